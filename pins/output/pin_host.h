@@ -1,0 +1,65 @@
+// What an output pin needs from the filter that owns it, and nothing more. The filter implements it
+// and outlives the pin's membership in it; a pin that was removed from its filter no longer calls it.
+#pragma once
+
+#include <cstdint>
+
+#include "framework/platform/platform.h"
+
+namespace tarvex {
+
+class CMatroskaOutputPin;
+
+/// The part of the file that is played. Times in 100 ns units.
+struct PlayRange {
+  REFERENCE_TIME start = 0;
+  REFERENCE_TIME stop = 0x7FFFFFFFFFFFFFFF;  ///< this value: open, play to the end
+  double rate = 1.0;
+};
+
+class PinHost {
+ public:
+  /// The range as stored; an open stop is given as it is. Any thread; takes the position lock.
+  virtual PlayRange Range() const = 0;
+
+  /// The range as applications see it: an open stop is replaced by the duration for good. Any thread.
+  virtual PlayRange Positions() = 0;
+
+  /// Segment duration in 100 ns units, 0x7FFFFFFFFFFFFFFF when unknown. Any thread.
+  virtual REFERENCE_TIME Duration() const = 0;
+
+  /// Moves playback: interrupts the worker, stores the range, starts again. Application threads and
+  /// queue threads.
+  virtual HRESULT SetPlayRange(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) = 0;
+
+  /// Stores the rate alone.
+  virtual void SetRate(double rate) = 0;
+
+  /// Replaces the start of the range without moving playback: the new segment's origin. Worker only.
+  virtual void SetStartPosition(REFERENCE_TIME start) = 0;
+
+  /// The first pin that asks owns seeking; answers whether `pin` does.
+  virtual bool ClaimSeekingOwner(const CMatroskaOutputPin* pin) = 0;
+  virtual void ClearSeekingOwner() = 0;
+
+  /// Sets the time format of every output pin.
+  virtual void SetTimeFormatOnAllPins(const GUID& format) = 0;
+
+  /// Default frame duration of a track, 100 ns units, 0 when it has none.
+  virtual REFERENCE_TIME DefaultFrameDuration(std::uint32_t trackNumber) const = 0;
+
+  /// Turns holding on or off for every output pin. Worker, or application thread while it is idle.
+  virtual void SetHoldingOnAllPins(bool on) = 0;
+
+  /// For every connected output pin, in pin order: drops held frames that start before `first` and
+  /// delivers the rest; stops at the first failure. Worker only.
+  virtual HRESULT ReleaseHeldFrames(REFERENCE_TIME first) = 0;
+
+ protected:
+  PinHost() = default;
+  PinHost(const PinHost&) = default;
+  PinHost& operator=(const PinHost&) = default;
+  ~PinHost() = default;
+};
+
+}  // namespace tarvex

@@ -1,0 +1,30 @@
+// What the scanner needs from whoever drives it. The filter implements it: OnTrack runs on the
+// connecting thread while a file is opened, the other two on the worker thread during delivery.
+#pragma once
+
+#include <cstdint>
+
+#include "scanner/frame_info.h"
+
+namespace tarvex {
+
+class CMatroskaCallback {
+ public:
+  /// One track entry was read; `heapIndex` counts from 0 in file order. May throw MessageError to
+  /// refuse the file.
+  virtual void OnTrack(std::uint32_t heapIndex) = 0;
+
+  /// True: a command is pending, stop delivering now.
+  virtual bool ProcessEvents() = 0;
+
+  /// Takes one frame. The bytes are valid during the call only. False stops delivery.
+  virtual bool OnData(const FrameInfo& frame) = 0;
+
+ protected:
+  CMatroskaCallback() = default;
+  CMatroskaCallback(const CMatroskaCallback&) = default;
+  CMatroskaCallback& operator=(const CMatroskaCallback&) = default;
+  ~CMatroskaCallback() = default;  // never owned through this interface
+};
+
+}  // namespace tarvex
