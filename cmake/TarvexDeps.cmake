@@ -1,0 +1,59 @@
+# The libraries this project links, as imported targets:
+#   tarvex::ebml tarvex::matroska tarvex::gtest        built by deps.sh into build/deps/<preset>
+#   tarvex::zlib tarvex::gcrypt                        Debian packages, static for Windows
+#   CLI11::CLI11 nlohmann_json::nlohmann_json fmt::fmt-header-only
+# The cache is found from the checkout, not from the build folder, so private build folders share it.
+set(TARVEX_DEPS ${CMAKE_SOURCE_DIR}/build/deps/${TARVEX_PRESET})
+
+file(GLOB patches CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/third_party/patches/*/*.patch)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${patches} ${CMAKE_SOURCE_DIR}/cmake/deps.sh)
+execute_process(COMMAND ${CMAKE_SOURCE_DIR}/cmake/deps.sh ${TARVEX_PRESET} COMMAND_ERROR_IS_FATAL ANY)
+
+function(tarvex_cached_library name archive)
+  add_library(tarvex::${name} STATIC IMPORTED GLOBAL)
+  set_target_properties(tarvex::${name} PROPERTIES IMPORTED_LOCATION ${TARVEX_DEPS}/lib/lib${archive}.a
+                        INTERFACE_INCLUDE_DIRECTORIES ${TARVEX_DEPS}/include)
+endfunction()
+
+tarvex_cached_library(ebml ebml)
+target_compile_definitions(tarvex::ebml INTERFACE EBML_STATIC_DEFINE)
+tarvex_cached_library(matroska matroska)
+target_compile_definitions(tarvex::matroska INTERFACE MATROSKA_STATIC_DEFINE)
+target_link_libraries(tarvex::matroska INTERFACE tarvex::ebml)
+
+tarvex_cached_library(gtest_core gtest)
+tarvex_cached_library(gmock gmock)
+tarvex_cached_library(gtest gmock_main)
+target_link_libraries(tarvex::gmock INTERFACE tarvex::gtest_core)
+target_link_libraries(tarvex::gtest INTERFACE tarvex::gmock tarvex::gtest_core)
+if(NOT WIN32)
+  find_package(Threads REQUIRED)
+  target_link_libraries(tarvex::gtest_core INTERFACE Threads::Threads)
+endif()
+
+# The cross packages keep import libraries beside the static ones, and the linker takes those by name,
+# so the archives are given as files.
+if(WIN32)
+  set(system_libraries /usr/${TARVEX_TRIPLET}/lib)
+  foreach(name z gcrypt gpg-error)
+    if(NOT EXISTS ${system_libraries}/lib${name}.a)
+      message(FATAL_ERROR "${system_libraries}/lib${name}.a is missing; packaging/setup.sh installs it")
+    endif()
+  endforeach()
+  add_library(tarvex::zlib STATIC IMPORTED GLOBAL)
+  set_target_properties(tarvex::zlib PROPERTIES IMPORTED_LOCATION ${system_libraries}/libz.a)
+  add_library(tarvex::gcrypt STATIC IMPORTED GLOBAL)
+  set_target_properties(tarvex::gcrypt PROPERTIES IMPORTED_LOCATION ${system_libraries}/libgcrypt.a)
+  target_link_libraries(tarvex::gcrypt INTERFACE ${system_libraries}/libgpg-error.a ws2_32 advapi32)
+else()
+  add_library(tarvex::zlib INTERFACE IMPORTED GLOBAL)
+  target_link_libraries(tarvex::zlib INTERFACE z)
+  add_library(tarvex::gcrypt INTERFACE IMPORTED GLOBAL)
+  target_link_libraries(tarvex::gcrypt INTERFACE gcrypt gpg-error)
+endif()
+
+foreach(name CLI11::CLI11 nlohmann_json::nlohmann_json fmt::fmt-header-only)
+  add_library(${name} INTERFACE IMPORTED GLOBAL)
+  target_include_directories(${name} INTERFACE ${TARVEX_DEPS}/include)
+endforeach()
+target_compile_definitions(fmt::fmt-header-only INTERFACE FMT_HEADER_ONLY=1)
