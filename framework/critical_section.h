@@ -1,0 +1,64 @@
+// The lock of this code base and its scoped holder. A lock belongs to the object it is declared in;
+// any thread may take it, and the thread that holds it may take it again.
+#pragma once
+
+#include <memory>
+
+#include "framework/platform/platform.h"
+
+namespace tarvex {
+
+class CConditionVariable;
+
+/// Places in the lock order. A thread takes locks in rising order; unranked ones are not checked.
+enum class LockRank : int {
+  kUnranked = 0,
+  kFilter = 10,         ///< filter state, pin connections
+  kPosition = 20,       ///< play range and seeking owner
+  kWorkerControl = 30,  ///< CAMThread's access lock
+  kPinStream = 40,      ///< a pin's pointer to its queue
+  kLeaf = 50            ///< queue, allocator, channel: nothing is taken below it
+};
+
+/// A recursive lock. In builds with TARVEX_DEBUG_CHECKS taking ranked locks out of order ends the
+/// process with the two names on stderr.
+class CCritSec {
+ public:
+  explicit CCritSec(const char* name = "", LockRank rank = LockRank::kUnranked);
+  ~CCritSec();
+  CCritSec(const CCritSec&) = delete;
+  CCritSec& operator=(const CCritSec&) = delete;
+
+  void Lock() noexcept;
+  void Unlock() noexcept;
+
+  const char* Name() const noexcept { return m_name; }
+  LockRank Rank() const noexcept { return m_rank; }
+
+ private:
+  friend class CConditionVariable;
+  struct Native;
+
+  // Room for the system's lock in place: a lock must not cost a heap allocation per object.
+  static constexpr std::size_t kNativeSize = 64;
+  Native& System() noexcept { return *reinterpret_cast<Native*>(m_system); }
+
+  alignas(std::max_align_t) unsigned char m_system[kNativeSize];
+  const char* m_name;
+  LockRank m_rank;
+};
+
+/// Holds a lock from construction to destruction.
+class [[nodiscard]] CAutoLock {
+ public:
+  explicit CAutoLock(CCritSec* lock) noexcept : m_lock(*lock) { m_lock.Lock(); }
+  explicit CAutoLock(CCritSec& lock) noexcept : m_lock(lock) { m_lock.Lock(); }
+  ~CAutoLock() { m_lock.Unlock(); }
+  CAutoLock(const CAutoLock&) = delete;
+  CAutoLock& operator=(const CAutoLock&) = delete;
+
+ private:
+  CCritSec& m_lock;
+};
+
+}  // namespace tarvex
