@@ -1,0 +1,87 @@
+// One media sample over memory that its allocator owns. Made and kept by an allocator; used by one
+// thread at a time, as samples are handed on.
+#pragma once
+
+#include <atomic>
+
+#include "framework/media_type.h"
+#include "framework/platform/platform.h"
+
+namespace tarvex {
+
+/// The life of a sample object: an allocator makes it (or takes it from its list of free ones and calls
+/// SetBuffer), then Lend gives the borrower the first reference and takes one on the allocator. When the
+/// borrowers' last reference goes, the allocator's ReleaseBuffer gets the object back to keep or delete,
+/// and after that the reference on the allocator is given up.
+class CMediaSample : public IMediaSample2 {
+ public:
+  /// `allocator` is not counted until Lend. The memory belongs to the allocator.
+  CMediaSample(IMemAllocator* allocator, BYTE* buffer, LONG length) noexcept;
+  virtual ~CMediaSample() = default;
+  CMediaSample(const CMediaSample&) = delete;
+  CMediaSample& operator=(const CMediaSample&) = delete;
+
+  /// Allocator only, while nobody borrows the sample: a new region, all properties forgotten.
+  void SetBuffer(BYTE* buffer, LONG length) noexcept;
+
+  /// Allocator only: hands the sample out with one reference, which the caller owns.
+  IMediaSample* Lend() noexcept;
+
+  /// Start of the region.
+  BYTE* Buffer() const noexcept { return m_buffer; }
+
+  /// The allocator's list of free samples.
+  CMediaSample* Next() const noexcept { return m_next; }
+  void SetNext(CMediaSample* next) noexcept { m_next = next; }
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
+  ULONG STDMETHODCALLTYPE AddRef() override;
+  ULONG STDMETHODCALLTYPE Release() override;
+
+  HRESULT STDMETHODCALLTYPE GetPointer(BYTE** ppBuffer) override;
+  LONG STDMETHODCALLTYPE GetSize() override;
+  /// VFW_E_SAMPLE_TIME_NOT_SET without times; VFW_S_NO_STOP_TIME and start plus one with a start alone.
+  HRESULT STDMETHODCALLTYPE GetTime(REFERENCE_TIME* pTimeStart, REFERENCE_TIME* pTimeEnd) override;
+  /// A null start forgets both times, a null end the end.
+  HRESULT STDMETHODCALLTYPE SetTime(REFERENCE_TIME* pTimeStart, REFERENCE_TIME* pTimeEnd) override;
+  HRESULT STDMETHODCALLTYPE IsSyncPoint() override;
+  HRESULT STDMETHODCALLTYPE SetSyncPoint(BOOL bIsSyncPoint) override;
+  HRESULT STDMETHODCALLTYPE IsPreroll() override;
+  HRESULT STDMETHODCALLTYPE SetPreroll(BOOL bIsPreroll) override;
+  LONG STDMETHODCALLTYPE GetActualDataLength() override;
+  /// VFW_E_BUFFER_OVERFLOW when the region is shorter.
+  HRESULT STDMETHODCALLTYPE SetActualDataLength(LONG length) override;
+  /// S_FALSE and null when the type has not changed.
+  HRESULT STDMETHODCALLTYPE GetMediaType(AM_MEDIA_TYPE** ppMediaType) override;
+  HRESULT STDMETHODCALLTYPE SetMediaType(AM_MEDIA_TYPE* pMediaType) override;
+  HRESULT STDMETHODCALLTYPE IsDiscontinuity() override;
+  HRESULT STDMETHODCALLTYPE SetDiscontinuity(BOOL bDiscontinuity) override;
+  HRESULT STDMETHODCALLTYPE GetMediaTime(LONGLONG* pTimeStart, LONGLONG* pTimeEnd) override;
+  HRESULT STDMETHODCALLTYPE SetMediaTime(LONGLONG* pTimeStart, LONGLONG* pTimeEnd) override;
+  HRESULT STDMETHODCALLTYPE GetProperties(DWORD cbProperties, BYTE* pbProperties) override;
+  HRESULT STDMETHODCALLTYPE SetProperties(DWORD cbProperties, const BYTE* pbProperties) override;
+
+ private:
+  void Forget() noexcept;
+  HRESULT Flag(DWORD flag) const noexcept { return (m_flags & flag) != 0 ? S_OK : S_FALSE; }
+  HRESULT SetFlag(DWORD flag, BOOL on) noexcept;
+  HRESULT CheckProperties(const AM_SAMPLE2_PROPERTIES& properties, DWORD size) const noexcept;
+
+  std::atomic<ULONG> m_references{0};
+  IMemAllocator* const m_allocator;  // a reference is held while the sample is out
+  CMediaSample* m_next = nullptr;
+  BYTE* m_buffer;
+  LONG m_length;
+  LONG m_actual;
+  DWORD m_flags = 0;  // AM_SAMPLE_*
+  DWORD m_typeSpecificFlags = 0;
+  DWORD m_streamId = 0;
+  bool m_hasMediaTime = false;
+  REFERENCE_TIME m_start = 0;  // 100 ns units
+  REFERENCE_TIME m_stop = 0;
+  LONGLONG m_mediaStart = 0;
+  LONGLONG m_mediaStop = 0;
+  MediaTypePtr m_mediaType;
+};
+
+}  // namespace tarvex

@@ -1,0 +1,74 @@
+// The queue between an output pin and the pin downstream: takes samples, end of stream and new segments
+// in order and passes them on, usually on a thread of its own. Owned by the output pin.
+#pragma once
+
+#include <memory>
+
+#include "framework/platform/platform.h"
+
+namespace tarvex {
+
+/// Waits here, and what ends each: the queue's thread for something to pass on (a call of this class or
+/// destruction); EndFlush for the thread to come back from downstream (downstream's flush; limited);
+/// destruction for the same (limited, see the destructor).
+///
+/// Every method may be called on any thread, the queue's own included: an application may seek or stop
+/// from inside its sample callback.
+class COutputQueue {
+ public:
+  /// `input` is the connected pin downstream; it must offer IMemInputPin. `*result` receives a failure
+  /// and is untouched otherwise. Throws std::bad_alloc.
+  /// autoMode    use a thread exactly when the pin says that Receive can block; `queue` is ignored then
+  /// queue       use a thread
+  /// batchSize   samples are passed on when this many are there ...
+  /// batchExact  ... and not before; otherwise whatever is there when the thread comes round, at most
+  ///             this many at a time
+  /// listSize    room made at the start, in entries; the queue grows when it must
+  /// priority    of the thread
+  /// flushingOpt a flush with nothing passed on since the last one is not passed on either
+  COutputQueue(IPin* input, HRESULT* result, bool autoMode = true, bool queue = true, LONG batchSize = 1,
+               bool batchExact = false, LONG listSize = 64, int priority = THREAD_PRIORITY_NORMAL,
+               bool flushingOpt = false);
+
+  /// Drops what waits and ends the thread. A thread inside downstream's Receive is waited for a moment,
+  /// then freed by flushing downstream, and as a last resort left behind: it owns all it touches, passes
+  /// on nothing more, and keeps the module loaded until it ends. The whole takes less than half a second.
+  ~COutputQueue();
+  COutputQueue(const COutputQueue&) = delete;
+  COutputQueue& operator=(const COutputQueue&) = delete;
+
+  /// Takes over the caller's reference on the sample, in any case. S_OK when it was queued (or accepted,
+  /// without a thread). S_FALSE while flushing. After downstream has answered anything but S_OK, that
+  /// answer: all samples are dropped from then on, until a flush or Reset.
+  HRESULT Receive(IMediaSample* sample);
+  /// The same for several samples in order. `processed` receives how many were taken before a refusal;
+  /// the references of all are taken over.
+  HRESULT ReceiveMultiple(IMediaSample** samples, LONG count, LONG* processed);
+
+  /// Lets what is queued now go without waiting for a full batch. Samples released this way are passed on
+  /// one by one, so that each is free again as soon as downstream is done with it.
+  void SendAnyway();
+
+  /// Queued behind the samples. End of stream is passed on even after a refusal, so that downstream can
+  /// complete, unless the refusal said that downstream has seen it (VFW_E_SAMPLE_REJECTED_EOS).
+  void EOS();
+  void NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate);
+
+  /// Drops what waits and refuses samples; downstream begins to flush.
+  void BeginFlush();
+  /// Waits until the thread is back from downstream, ends downstream's flush and takes samples again.
+  void EndFlush();
+  /// Forgets a refusal, for a new start without a flush. What waits is dropped.
+  void Reset();
+
+  /// Nothing waits and nothing is being passed on.
+  bool IsIdle() const;
+  /// A thread passes samples on.
+  bool IsQueued() const noexcept;
+
+ private:
+  class State;
+  std::shared_ptr<State> m_state;
+};
+
+}  // namespace tarvex
