@@ -1,0 +1,119 @@
+# shellcheck shell=sh
+# Shell functions around Wine for ./play and ./test, which set $root (the checkout) and source this.
+# The prefix is build/wine; nothing outside the checkout is written, the user's home least of all.
+
+: "${root:?}"
+WINEPREFIX=$root/build/wine
+export WINEPREFIX
+export WINEDEBUG=-all
+# No browser engine and no .NET to install, and no menu entries in the user's home.
+export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+export XDG_CACHE_HOME="$root/build/wine-cache"
+export GST_REGISTRY="$root/build/wine-cache/gstreamer-registry.bin"
+
+# Debian's wrapper complains about the missing 32-bit half on every start; the loader itself does not.
+if [ -x /usr/lib/wine/wine64 ]; then
+  wine_loader=/usr/lib/wine/wine64
+else
+  wine_loader=wine
+fi
+
+# Every Wine program gets a time limit: a crashed or blocked one must not hold up the caller.
+# run_wine SECONDS PROGRAM ARGUMENT...
+run_wine() {
+  wine_limit=$1
+  shift
+  timeout -k 5 "$wine_limit" "$wine_loader" "$@"
+}
+
+windows_path() {
+  printf 'Z:%s' "$1" | tr '/' '\134'
+}
+
+# Wine's own splitter takes any file at a higher merit than ours, so it is taken off the list.
+# The crash dialog would wait for a click that nobody makes.
+prepare_registry() {
+  run_wine 60 reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f &&
+    run_wine 60 reg delete 'HKCR\CLSID\{083863F1-70DE-11D0-BD40-00A0C911CE86}\Instance\{F9D8D64E-A144-47DC-8EE0-F53498372C29}' /f
+}
+
+make_prefix_locked() {
+  [ ! -e "$WINEPREFIX/tarvex-ready" ] || return 0
+  echo 'wine: making the prefix build/wine'
+  rm -rf "$WINEPREFIX"
+  mkdir -p "$WINEPREFIX" "$XDG_CACHE_HOME"
+  if ! { DISPLAY='' run_wine 300 wineboot -i && prepare_registry; } >"$root/build/wine.log" 2>&1; then
+    tail -n 20 "$root/build/wine.log" >&2
+    echo 'wine: the prefix could not be made (build/wine.log)' >&2
+    return 1
+  fi
+  touch "$WINEPREFIX/tarvex-ready"
+}
+
+# Wine's server outlives the programs by some seconds, so it must not inherit the lock.
+make_prefix() {
+  [ ! -e "$WINEPREFIX/tarvex-ready" ] || return 0
+  mkdir -p "$root/build"
+  (
+    flock 8
+    make_prefix_locked 8>&-
+  ) 8>"$root/build/wine.lock"
+}
+
+# Registers DLL with regsvr32 unless this very file is registered already.
+register_module() {
+  module_stamp="$1 $(sha256sum <"$1")"
+  if [ "$(cat "$WINEPREFIX/tarvex-registered" 2>/dev/null)" = "$module_stamp" ]; then
+    return 0
+  fi
+  echo "wine: registering $(basename "$1")"
+  if ! run_wine 60 regsvr32 /s "$(windows_path "$1")" >"$root/build/wine.log" 2>&1; then
+    echo "wine: regsvr32 refused $1" >&2
+    return 1
+  fi
+  echo "$module_stamp" >"$WINEPREFIX/tarvex-registered"
+}
+
+has_sound_device() {
+  [ -n "${PULSE_SERVER:-}" ] || [ -S "${XDG_RUNTIME_DIR:-/nonexistent}/pulse/native" ] ||
+    grep -q '^ *[0-9]' /proc/asound/cards 2>/dev/null
+}
+
+# Without a sound card an audio renderer cannot be connected. ALSA's null device stands in: it takes
+# sound at the pace of a real one.
+use_null_sound() {
+  mkdir -p "$XDG_CACHE_HOME"
+  cat >"$XDG_CACHE_HOME/asound.conf" <<'END'
+pcm.!default { type null }
+ctl.!default { type null }
+END
+  export ALSA_CONFIG_PATH="$XDG_CACHE_HOME/asound.conf"
+}
+
+# Starts a private X server on a free number and sets DISPLAY. stop_display ends it.
+start_display() {
+  display_file=$(mktemp)
+  Xvfb -displayfd 7 -screen 0 1024x768x24 -nolisten tcp 7>"$display_file" >/dev/null 2>&1 &
+  display_pid=$!
+  for _ in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23 24 25 26 27 28 29 30; do
+    DISPLAY=$(cat "$display_file")
+    [ -z "$DISPLAY" ] || break
+    sleep 0.1
+  done
+  rm -f "$display_file"
+  if [ -z "$DISPLAY" ]; then
+    stop_display
+    echo 'Xvfb did not start' >&2
+    return 1
+  fi
+  DISPLAY=:$DISPLAY
+  export DISPLAY
+}
+
+stop_display() {
+  if [ -n "${display_pid:-}" ]; then
+    kill "$display_pid" 2>/dev/null || true
+    wait "$display_pid" 2>/dev/null || true
+    display_pid=
+  fi
+}
