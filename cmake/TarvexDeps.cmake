@@ -5,7 +5,9 @@
 # The cache is found from the checkout, not from the build folder, so private build folders share it.
 set(TARVEX_DEPS ${CMAKE_SOURCE_DIR}/build/deps/${TARVEX_PRESET})
 
-file(GLOB patches CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/third_party/patches/*/*.patch)
+# Changed patches, and folders whose entries changed. Not by CONFIGURE_DEPENDS, which makes every
+# ninja run look as if there were something to do.
+file(GLOB_RECURSE patches LIST_DIRECTORIES TRUE ${CMAKE_SOURCE_DIR}/third_party/*)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${patches} ${CMAKE_SOURCE_DIR}/cmake/deps.sh)
 execute_process(COMMAND ${CMAKE_SOURCE_DIR}/cmake/deps.sh ${TARVEX_PRESET} COMMAND_ERROR_IS_FATAL ANY)
 

@@ -1,0 +1,104 @@
+# shellcheck shell=sh
+# Running GoogleTest programs and checks, and adding up what they say. ./test sources this after setting
+# $root. Logs are kept in build/test-logs.
+
+: "${root:?}"
+
+passed=0
+failed=0
+skipped=0
+logs=$root/build/test-logs
+
+# A check is one test: its output is shown only when it fails. check NAME COMMAND...
+check() {
+  check_name=$1
+  check_log=$logs/check-$(echo "$check_name" | tr ' /' '--').log
+  shift
+  if "$@" >"$check_log" 2>&1; then
+    passed=$((passed + 1))
+    echo "ok      $check_name"
+  else
+    failed=$((failed + 1))
+    echo "FAILED  $check_name (${check_log#"$root"/})"
+    tail -n 40 "$check_log"
+  fi
+}
+
+# The number after "KEY": in the totals, which come first in GoogleTest's report.
+report_total() {
+  sed -n "s/^ *\"$1\": *\\([0-9][0-9]*\\),*\\r*\$/\\1/p" "$2" | head -n 1
+}
+
+# A program that ended before its report counts what it had finished, and one failure for the end.
+count_unfinished() {
+  tr -d '\r' <"$1" >"$1.text"
+  run_passed=$(grep -c '^\[       OK \] ' "$1.text" || true)
+  run_failed=$(($(grep -c '^\[  FAILED  \] .* ms)$' "$1.text" || true) + 1))
+  run_skipped=$(grep -c '^\[  SKIPPED \] .* ms)$' "$1.text" || true)
+  rm -f "$1.text"
+}
+
+# A skipped or disabled case is never a pass.
+count_report() {
+  run_failed=$(report_total failures "$1")
+  run_skipped=$(($(grep -c '"result": "SKIPPED"' "$1" || true) + $(report_total disabled "$1")))
+  run_passed=$(($(report_total tests "$1") - run_failed - run_skipped))
+}
+
+# What went wrong beyond the cases' own verdicts: a leak found at the end, a program without cases.
+count_exit_code() {
+  case $2 in
+    0) if [ $((run_passed + run_failed + run_skipped)) -eq 0 ]; then run_failed=1; fi ;;
+    1) if [ "$run_failed" -eq 0 ]; then run_failed=1; fi ;;
+    124 | 137) echo "        ended by its time limit" >>"$1" ;;
+    *) if [ "$run_failed" -eq 0 ]; then run_failed=1; fi ;;
+  esac
+}
+
+show_failures() {
+  grep -aE '^\[  FAILED  \] .* ms\)|Failure$|runtime error:|ERROR: |WARNING: ThreadSanitizer|terminate called' "$1" |
+    head -n 20 || true
+  echo "        last lines:"
+  tail -n 8 "$1" | sed 's/^/        /'
+}
+
+# Runs one GoogleTest program and adds its counts. REPORT is where the command was told to write its
+# report. run_counted NAME REPORT COMMAND...
+run_counted() {
+  run_name=$1
+  run_report=$2
+  run_log=$logs/$(echo "$run_name" | tr ' /' '--').log
+  shift 2
+  rm -f "$run_report"
+  code=0
+  "$@" >"$run_log" 2>&1 </dev/null || code=$?
+  if [ -s "$run_report" ]; then
+    count_report "$run_report"
+  else
+    count_unfinished "$run_log"
+  fi
+  count_exit_code "$run_log" "$code"
+  passed=$((passed + run_passed))
+  failed=$((failed + run_failed))
+  skipped=$((skipped + run_skipped))
+  if [ "$run_failed" -eq 0 ]; then
+    echo "ok      $run_name: $run_passed cases$(skipped_note)"
+  else
+    echo "FAILED  $run_name: $run_failed of $((run_passed + run_failed)) cases, exit code $code (${run_log#"$root"/})"
+    show_failures "$run_log"
+  fi
+}
+
+skipped_note() {
+  if [ "$run_skipped" -ne 0 ]; then
+    echo ", $run_skipped skipped"
+  fi
+}
+
+closing_line() {
+  if [ "$skipped" -ne 0 ]; then
+    echo "$passed passed, $failed failed, $skipped skipped"
+  else
+    echo "$passed passed, $failed failed"
+  fi
+}
