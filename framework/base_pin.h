@@ -77,9 +77,10 @@ class CBasePin : public CUnknownImpl<IPin, IQualityControl> {
   /// The type is agreed; a failure undoes the connection.
   virtual HRESULT CompleteConnect(IPin* /*peer*/) { return S_OK; }
 
-  bool IsConnected() const noexcept { return m_Connected.Get() != nullptr; }
-  /// The connected peer, or null. Not counted.
-  IPin* GetConnected() const noexcept { return m_Connected.Get(); }
+  /// Any thread.
+  bool IsConnected() const noexcept { return m_isConnected; }
+  /// The connected peer, or null. Not counted; for the filter with its lock held.
+  IPin* GetConnected() const noexcept { return m_connected.Get(); }
   const WideString& Name() const noexcept { return m_name; }
   PIN_DIRECTION Direction() const noexcept { return m_dir; }
   const CMediaType& CurrentMediaType() const noexcept { return m_mt; }
@@ -124,16 +125,18 @@ class CBasePin : public CUnknownImpl<IPin, IQualityControl> {
   /// Disconnect with the lock held and the state not looked at.
   virtual HRESULT DisconnectInternal();
 
-  CCritSec* const m_pLock;   // the filter's; not to be touched after leaving
-  ComPtr<IPin> m_Connected;  // under the filter's lock
-  CMediaType m_mt;           // of the connection; under the filter's lock
+  /// Stores the peer, or null for none. With the filter's lock held.
+  void SetConnected(ComPtr<IPin> peer) noexcept;
+
+  CCritSec* const m_pLock;  // the filter's; not to be touched after leaving
+  CMediaType m_mt;          // of the connection; written with the filter's lock held, by SetMediaType
   bool m_bTryMyTypesFirst = false;
   bool m_bCanReconnectWhenActive = false;
   IQualityControl* m_pQSink = nullptr;  // not counted, as the contract says
 
  private:
-  void ForgetConnection() noexcept;
-  HRESULT AttemptReceivedConnection(IPin* connector, const AM_MEDIA_TYPE* type);
+  HRESULT ConnectAs(IPin* receiver, const CMediaType& type);
+  HRESULT ReceiveAs(IPin* connector, const CMediaType& type);
 
   const PIN_DIRECTION m_dir;
   const WideString m_name;
@@ -142,7 +145,11 @@ class CBasePin : public CUnknownImpl<IPin, IQualityControl> {
   REFERENCE_TIME m_tStop = 0x7FFFFFFFFFFFFFFF;
   double m_dRate = 1.0;
 
-  CCritSec m_membershipLock{"CBasePin membership", LockRank::kLeaf};
+  // Leaf. Also held for a moment around every change of the connection, so that a query about it needs
+  // no filter lock: a streaming thread may ask while a state change holds that one.
+  mutable CCritSec m_membershipLock{"CBasePin membership", LockRank::kLeaf};
+  ComPtr<IPin> m_connected;  // also under the filter's lock
+  std::atomic<bool> m_isConnected{false};
   std::atomic<CBaseFilter*> m_pFilter;  // not counted; written under m_membershipLock
   ULONG m_references = 0;               // all of them; under m_membershipLock
   ULONG m_outerReferences = 0;          // those that hold the filter too

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "framework/platform/platform.h"
+#include "framework/thread.h"
 
 namespace tarvex {
 
@@ -69,6 +70,7 @@ class COutputQueue {
  private:
   class State;
   std::shared_ptr<State> m_state;
+  CThread m_thread;  // shares the state, never this object
 };
 
 }  // namespace tarvex

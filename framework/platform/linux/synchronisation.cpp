@@ -1,0 +1,138 @@
+// Locks, condition variables and threads over the C++ library's, which the sanitizers understand.
+#include <unistd.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <new>
+#include <system_error>
+#include <thread>
+
+#include "framework/com_boundary.h"
+#include "framework/condition_variable.h"
+#include "framework/critical_section.h"
+#include "framework/event.h"
+#include "framework/platform/lock_order.h"
+#include "framework/thread.h"
+
+namespace tarvex {
+
+struct CCritSec::Native {
+  std::recursive_mutex mutex;
+};
+
+CCritSec::CCritSec(const char* name, LockRank rank) : m_name(name), m_rank(rank) {
+  static_assert(sizeof(Native) <= kNativeSize);
+  new (m_system) Native;
+}
+
+CCritSec::~CCritSec() { System().~Native(); }
+
+void CCritSec::Lock() noexcept {
+  CheckLockOrder(*this);
+  System().mutex.lock();
+  NoteLocked(*this);
+}
+
+void CCritSec::Unlock() noexcept {
+  NoteUnlocked(*this);
+  System().mutex.unlock();
+}
+
+struct CConditionVariable::Native {
+  std::condition_variable_any condition;
+};
+
+CConditionVariable::CConditionVariable() {
+  static_assert(sizeof(Native) <= kNativeSize);
+  new (m_system) Native;
+}
+
+CConditionVariable::~CConditionVariable() { System().~Native(); }
+
+bool CConditionVariable::Wait(CCritSec& lock, DWORD milliseconds) noexcept {
+  auto& mutex = lock.System().mutex;
+  if (milliseconds == INFINITE) {
+    System().condition.wait(mutex);
+    return true;
+  }
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  return System().condition.wait_until(mutex, end) == std::cv_status::no_timeout;
+}
+
+void CConditionVariable::WakeOne() noexcept { System().condition.notify_one(); }
+
+void CConditionVariable::WakeAll() noexcept { System().condition.notify_all(); }
+
+ULONGLONG MonotonicMilliseconds() noexcept {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return static_cast<ULONGLONG>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
+}
+
+DWORD CurrentThreadId() noexcept {
+  thread_local const auto id = static_cast<DWORD>(::gettid());
+  return id;
+}
+
+void SleepMilliseconds(DWORD milliseconds) noexcept {
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+struct CThread::Native {
+  std::thread thread;
+  // Shared with the thread, which may be left behind.
+  std::shared_ptr<CEvent> ended = std::make_shared<CEvent>(CEvent::Mode::kManual);
+};
+
+CThread::CThread() noexcept = default;
+CThread::~CThread() { Join(); }
+CThread::CThread(CThread&& other) noexcept = default;
+
+CThread& CThread::operator=(CThread&& other) noexcept {
+  Join();
+  m_native = std::move(other.m_native);
+  return *this;
+}
+
+HRESULT CThread::Start(Function function, int /*priority*/) noexcept {
+  if (m_native) return E_UNEXPECTED;
+  return ComBoundary([&] {
+    auto native = std::make_unique<Native>();
+    try {
+      native->thread = std::thread([body = std::move(function), ended = native->ended]() mutable {
+        static_cast<void>(ComBoundary([&] {
+          body();
+          return S_OK;
+        }));
+        body = nullptr;  // what it owns goes before anybody learns of the end
+        ended->Set();
+      });
+    } catch (const std::system_error&) {
+      return E_OUTOFMEMORY;
+    }
+    m_native = std::move(native);
+    return S_OK;
+  });
+}
+
+bool CThread::IsCurrent() const noexcept { return m_native && m_native->thread.get_id() == std::this_thread::get_id(); }
+
+void CThread::Join() noexcept {
+  if (!m_native) return;
+  m_native->thread.join();
+  m_native.reset();
+}
+
+bool CThread::JoinFor(DWORD milliseconds) noexcept {
+  if (m_native && !m_native->ended->Wait(milliseconds)) return false;
+  Join();
+  return true;
+}
+
+void CThread::Abandon() noexcept {
+  if (!m_native) return;
+  m_native->thread.detach();
+  m_native.reset();
+}
+
+}  // namespace tarvex

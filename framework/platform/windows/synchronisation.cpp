@@ -1,0 +1,153 @@
+// Locks, condition variables and threads over Win32's: the fastest there is on Windows, and far faster
+// than the C++ library's under Wine.
+#include <new>
+
+#include "framework/com_boundary.h"
+#include "framework/condition_variable.h"
+#include "framework/critical_section.h"
+#include "framework/platform/lock_order.h"
+#include "framework/thread.h"
+
+namespace tarvex {
+
+struct CCritSec::Native {
+  CRITICAL_SECTION section;
+};
+
+CCritSec::CCritSec(const char* name, LockRank rank) : m_name(name), m_rank(rank) {
+  static_assert(sizeof(Native) <= kNativeSize);
+  new (m_system) Native;
+  InitializeCriticalSection(&System().section);
+}
+
+CCritSec::~CCritSec() { DeleteCriticalSection(&System().section); }
+
+void CCritSec::Lock() noexcept {
+  CheckLockOrder(*this);
+  EnterCriticalSection(&System().section);
+  NoteLocked(*this);
+}
+
+void CCritSec::Unlock() noexcept {
+  NoteUnlocked(*this);
+  LeaveCriticalSection(&System().section);
+}
+
+struct CConditionVariable::Native {
+  CONDITION_VARIABLE condition;
+};
+
+CConditionVariable::CConditionVariable() {
+  static_assert(sizeof(Native) <= kNativeSize);
+  new (m_system) Native;
+  InitializeConditionVariable(&System().condition);
+}
+
+CConditionVariable::~CConditionVariable() = default;
+
+bool CConditionVariable::Wait(CCritSec& lock, DWORD milliseconds) noexcept {
+  return SleepConditionVariableCS(&System().condition, &lock.System().section, milliseconds) != FALSE;
+}
+
+void CConditionVariable::WakeOne() noexcept { WakeConditionVariable(&System().condition); }
+
+void CConditionVariable::WakeAll() noexcept { WakeAllConditionVariable(&System().condition); }
+
+ULONGLONG MonotonicMilliseconds() noexcept { return GetTickCount64(); }
+
+DWORD CurrentThreadId() noexcept { return GetCurrentThreadId(); }
+
+void SleepMilliseconds(DWORD milliseconds) noexcept { Sleep(milliseconds); }
+
+struct CThread::Native {
+  HANDLE handle = nullptr;
+  DWORD id = 0;
+  ~Native() {
+    if (handle != nullptr) CloseHandle(handle);
+  }
+};
+
+namespace {
+
+struct ThreadStart {
+  CThread::Function function;
+  HMODULE module = nullptr;
+};
+
+// All objects of the thread are gone when this returns.
+HMODULE RunFunction(void* argument) noexcept {
+  const std::unique_ptr<ThreadStart> start(static_cast<ThreadStart*>(argument));
+  static_cast<void>(ComBoundary([&] {
+    start->function();
+    return S_OK;
+  }));
+  start->function = nullptr;
+  return start->module;
+}
+
+DWORD WINAPI ThreadEntry(void* argument) noexcept {
+  HMODULE module = RunFunction(argument);
+  // Gives up the module and ends the thread in one system call, since the code may be gone after it.
+  if (module != nullptr) FreeLibraryAndExitThread(module, 0);
+  return 0;
+}
+
+HMODULE HoldThisModule() noexcept {
+  HMODULE module = nullptr;
+  static const int anchor = 0;
+  if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(&anchor), &module)) {
+    return nullptr;
+  }
+  return module;
+}
+
+}  // namespace
+
+CThread::CThread() noexcept = default;
+CThread::~CThread() { Join(); }
+CThread::CThread(CThread&& other) noexcept = default;
+
+CThread& CThread::operator=(CThread&& other) noexcept {
+  Join();
+  m_native = std::move(other.m_native);
+  return *this;
+}
+
+HRESULT CThread::Start(Function function, int priority) noexcept {
+  if (m_native) return E_UNEXPECTED;
+  return ComBoundary([&] {
+    auto native = std::make_unique<Native>();
+    auto start = std::make_unique<ThreadStart>();
+    start->function = std::move(function);
+    start->module = HoldThisModule();
+    native->handle = CreateThread(nullptr, 0, ThreadEntry, start.get(), CREATE_SUSPENDED, &native->id);
+    if (native->handle == nullptr) {
+      const HRESULT hr = HRESULT_FROM_WIN32(GetLastError());
+      if (start->module != nullptr) FreeLibrary(start->module);
+      return FAILED(hr) ? hr : E_OUTOFMEMORY;
+    }
+    static_cast<void>(start.release());
+    if (priority != THREAD_PRIORITY_NORMAL) SetThreadPriority(native->handle, priority);
+    ResumeThread(native->handle);
+    m_native = std::move(native);
+    return S_OK;
+  });
+}
+
+bool CThread::IsCurrent() const noexcept { return m_native && m_native->id == GetCurrentThreadId(); }
+
+void CThread::Join() noexcept {
+  if (!m_native) return;
+  WaitForSingleObject(m_native->handle, INFINITE);
+  m_native.reset();
+}
+
+bool CThread::JoinFor(DWORD milliseconds) noexcept {
+  if (m_native && WaitForSingleObject(m_native->handle, milliseconds) == WAIT_TIMEOUT) return false;
+  m_native.reset();
+  return true;
+}
+
+void CThread::Abandon() noexcept { m_native.reset(); }
+
+}  // namespace tarvex

@@ -1,0 +1,239 @@
+// The output queue's entries and the way they go downstream.
+#include "framework/queue_state.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tarvex {
+
+namespace {
+
+// How long EndFlush waits for a thread that downstream's flush should have sent back at once.
+constexpr DWORD kFlushWait = 500;
+
+}  // namespace
+
+COutputQueue::State::State(IPin* pin, IMemInputPin* input, const Settings& settings)
+    : m_pin(pin),
+      m_input(input),
+      m_settings(settings),
+      m_entries(static_cast<std::size_t>(std::max<LONG>(settings.listSize, 1))) {
+  m_work.samples.reserve(static_cast<std::size_t>(settings.batchSize));
+}
+
+void COutputQueue::State::Work::ReleaseSamples() noexcept {
+  for (IMediaSample* sample : samples) sample->Release();
+  samples.clear();
+}
+
+void COutputQueue::State::WakeThread() noexcept {
+  if (m_threadSleeps) m_wake.WakeOne();
+}
+
+// Unreleased entries are samples only: whatever else is queued releases itself and all before it.
+bool COutputQueue::State::CanTake() const noexcept {
+  if (m_entries.Empty()) return false;
+  if (m_released > 0) return true;
+  const bool exact = m_settings.batchExact || !m_settings.queued;
+  return !exact || m_entries.Size() >= static_cast<std::size_t>(m_settings.batchSize);
+}
+
+void COutputQueue::State::Take() {
+  const auto batch = static_cast<std::size_t>(m_settings.batchSize);
+  const std::size_t count = m_released > 0 ? 1 : std::min(batch, m_entries.Size());
+  m_work.isControl = m_entries.Front().kind != Entry::Kind::kSample;
+  if (m_work.isControl) {
+    m_work.control = m_entries.Pop();
+  } else {
+    for (std::size_t i = 0; i < count; ++i) m_work.samples.push_back(m_entries.Pop().sample.Detach());
+  }
+  m_released -= std::min(m_released, count);
+  m_passedOnSinceFlush = true;
+}
+
+HRESULT COutputQueue::State::PassOnSamples() {
+  if (m_work.samples.size() == 1) return m_input->Receive(m_work.samples.front());
+  LONG processed = 0;
+  return m_input->ReceiveMultiple(m_work.samples.data(), static_cast<LONG>(m_work.samples.size()), &processed);
+}
+
+// Only samples can be refused.
+HRESULT COutputQueue::State::PassOn() {
+  if (!m_work.isControl) return PassOnSamples();
+  const Entry& entry = m_work.control;
+  if (entry.kind == Entry::Kind::kEndOfStream) {
+    m_pin->EndOfStream();
+  } else {
+    m_pin->NewSegment(entry.start, entry.stop, entry.rate);
+  }
+  return S_OK;
+}
+
+// Passes on one piece of work. With the lock held once, which is given up meanwhile. False when there
+// was nothing.
+bool COutputQueue::State::Step() {
+  if (m_terminated || m_delivererId != 0 || !CanTake()) return false;
+  Take();
+  const unsigned generation = m_generation;
+  m_delivererId = CurrentThreadId();
+  m_lock.Unlock();
+  const HRESULT hr = PassOn();
+  m_work.ReleaseSamples();
+  m_lock.Lock();
+  if (hr != S_OK && generation == m_generation) Refuse(hr);
+  m_delivererId = 0;
+  if (m_flushWaiters != 0) m_back.WakeAll();
+  return true;
+}
+
+// Downstream wants nothing more: only the end of the stream stays queued, and that only when downstream
+// does not know it.
+void COutputQueue::State::Refuse(HRESULT hr) {
+  m_refusal = hr;
+  DropEntries(hr != VFW_E_SAMPLE_REJECTED_EOS);
+}
+
+// Drops what waits now. The lock, held once, is given up for each release, since a sample's allocator
+// has a lock of its own.
+void COutputQueue::State::DropEntries(bool keepEnd) {
+  const unsigned generation = m_generation;
+  m_released = 0;
+  for (std::size_t left = m_entries.Size(); left > 0 && !m_entries.Empty(); --left) {
+    Entry entry = m_entries.Pop();
+    if (keepEnd && entry.kind == Entry::Kind::kEndOfStream) {
+      m_entries.Push(std::move(entry));
+      continue;
+    }
+    m_lock.Unlock();
+    entry = Entry{};
+    m_lock.Lock();
+    if (generation != m_generation) return;
+  }
+  if (keepEnd) m_released = m_entries.Size();
+}
+
+void COutputQueue::State::Run() {
+  const CAutoLock hold(m_lock);
+  while (!m_terminated) {
+    if (Step()) continue;
+    m_threadSleeps = true;
+    m_wake.Wait(m_lock);
+    m_threadSleeps = false;
+  }
+}
+
+void COutputQueue::State::PassOnHere() {
+  const CAutoLock hold(m_lock);
+  while (Step()) {
+  }
+}
+
+HRESULT COutputQueue::State::PutSample(ComPtr<IMediaSample> sample) {
+  Entry entry;
+  entry.sample = std::move(sample);
+  const CAutoLock hold(m_lock);
+  if (m_refusal != S_OK || m_terminated) {
+    // Released after the lock: the allocator has its own.
+    return m_terminated ? S_FALSE : m_refusal;
+  }
+  m_entries.Push(std::move(entry));
+  if (CanTake()) WakeThread();
+  return S_OK;
+}
+
+void COutputQueue::State::PutControl(Entry entry) {
+  m_entries.Push(std::move(entry));
+  m_released = m_entries.Size();
+  WakeThread();
+}
+
+void COutputQueue::State::PutEndOfStream() {
+  const CAutoLock hold(m_lock);
+  if (m_terminated || m_flushing || m_refusal == VFW_E_SAMPLE_REJECTED_EOS) return;
+  Entry entry;
+  entry.kind = Entry::Kind::kEndOfStream;
+  PutControl(std::move(entry));
+}
+
+void COutputQueue::State::PutNewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+  const CAutoLock hold(m_lock);
+  if (m_terminated || m_refusal != S_OK) return;
+  Entry entry;
+  entry.kind = Entry::Kind::kNewSegment;
+  entry.start = start;
+  entry.stop = stop;
+  entry.rate = rate;
+  PutControl(std::move(entry));
+}
+
+void COutputQueue::State::ReleaseBatch() {
+  const CAutoLock hold(m_lock);
+  m_released = m_entries.Size();
+  if (m_released != 0) WakeThread();
+}
+
+void COutputQueue::State::BeginFlush() {
+  bool passOn = false;
+  {
+    const CAutoLock hold(m_lock);
+    m_flushing = true;
+    m_refusal = S_FALSE;
+    ++m_generation;
+    passOn = m_passedOnSinceFlush || !m_settings.flushingOpt;
+    m_flushPassedOn = passOn;
+    DropEntries(false);
+  }
+  if (passOn) m_pin->BeginFlush();
+}
+
+void COutputQueue::State::EndFlush() {
+  bool passOn = false;
+  {
+    const CAutoLock hold(m_lock);
+    passOn = m_flushPassedOn;
+    // On the thread that is passing on, waiting for its return would be waiting for ourselves.
+    if (m_delivererId != CurrentThreadId()) {
+      ++m_flushWaiters;
+      m_back.WaitUntil(m_lock, kFlushWait, [this] { return m_delivererId == 0; });
+      --m_flushWaiters;
+    }
+  }
+  if (passOn) m_pin->EndFlush();
+  const CAutoLock hold(m_lock);
+  m_flushing = false;
+  m_flushPassedOn = false;
+  m_passedOnSinceFlush = false;
+  m_refusal = S_OK;
+}
+
+void COutputQueue::State::Reset() {
+  const CAutoLock hold(m_lock);
+  ++m_generation;
+  DropEntries(false);
+  if (!m_flushing) m_refusal = S_OK;
+}
+
+void COutputQueue::State::Terminate() {
+  const CAutoLock hold(m_lock);
+  m_terminated = true;
+  ++m_generation;
+  WakeThread();
+  DropEntries(false);
+}
+
+bool COutputQueue::State::IsIdle() const {
+  const CAutoLock hold(m_lock);
+  return m_entries.Empty() && m_delivererId == 0;
+}
+
+bool COutputQueue::State::IsDelivering() const {
+  const CAutoLock hold(m_lock);
+  return m_delivererId != 0;
+}
+
+HRESULT COutputQueue::State::Refusal() const {
+  const CAutoLock hold(m_lock);
+  return m_refusal;
+}
+
+}  // namespace tarvex

@@ -1,0 +1,103 @@
+// What an output queue and its thread share: the waiting entries, the refusal, and the way downstream.
+// Kept alive by both, so that a thread that was left behind never touches what is gone. Internal to
+// COutputQueue.
+#pragma once
+
+#include <vector>
+
+#include "framework/com_ptr.h"
+#include "framework/condition_variable.h"
+#include "framework/critical_section.h"
+#include "framework/output_queue.h"
+#include "framework/ring_queue.h"
+
+namespace tarvex {
+
+/// All members are guarded by the lock, which is never held across a call downstream or the release of
+/// a sample.
+class COutputQueue::State {
+ public:
+  struct Settings {
+    bool queued;
+    bool batchExact;
+    bool flushingOpt;
+    LONG batchSize;
+    LONG listSize;
+  };
+
+  State(IPin* pin, IMemInputPin* input, const Settings& settings);
+
+  /// The thread's procedure: passes entries on until Terminate.
+  void Run();
+
+  /// S_OK: queued. Otherwise the refusal, and the sample is released.
+  HRESULT PutSample(ComPtr<IMediaSample> sample);
+  void PutEndOfStream();
+  void PutNewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate);
+  void ReleaseBatch();
+  /// Without a thread: passes on what may go, on the calling thread.
+  void PassOnHere();
+
+  void BeginFlush();
+  void EndFlush();
+  void Reset();
+  /// Drops everything; the thread ends as soon as it is back.
+  void Terminate();
+
+  bool IsQueued() const noexcept { return m_settings.queued; }
+  bool IsIdle() const;
+  bool IsDelivering() const;
+  HRESULT Refusal() const;
+  IPin* Pin() const noexcept { return m_pin.Get(); }
+
+ private:
+  struct Entry {
+    enum class Kind { kSample, kEndOfStream, kNewSegment };
+    Kind kind = Kind::kSample;
+    ComPtr<IMediaSample> sample;
+    REFERENCE_TIME start = 0;
+    REFERENCE_TIME stop = 0;
+    double rate = 1.0;
+  };
+  using Entries = RingQueue<Entry>;
+
+  /// What is being passed on: samples, or one other entry. Used by the thread that is doing it only.
+  struct Work {
+    Entry control;
+    bool isControl = false;
+    std::vector<IMediaSample*> samples;  // a reference of each is held
+    void ReleaseSamples() noexcept;
+  };
+
+  bool CanTake() const noexcept;
+  void Take();
+  bool Step();
+  HRESULT PassOn();
+  HRESULT PassOnSamples();
+  void PutControl(Entry entry);
+  void Refuse(HRESULT hr);
+  void DropEntries(bool keepEnd);
+  void WakeThread() noexcept;
+
+  const ComPtr<IPin> m_pin;
+  const ComPtr<IMemInputPin> m_input;
+  const Settings m_settings;
+
+  mutable CCritSec m_lock{"COutputQueue", LockRank::kLeaf};
+  CConditionVariable m_wake;  // the thread: there is something to take, or the end
+  CConditionVariable m_back;  // EndFlush: nothing is being passed on
+  Entries m_entries;
+  Work m_work;
+  std::size_t m_released = 0;  // entries at the front that do not wait for a full batch
+  HRESULT m_refusal = S_OK;
+  unsigned m_generation = 0;  // of flushes: a result from before one says nothing after it
+  DWORD m_delivererId = 0;    // the thread that is passing on, 0 for none
+  unsigned m_flushWaiters = 0;
+  bool m_threadSleeps = false;
+  bool m_flushing = false;
+  bool m_flushPassedOn = false;
+  bool m_passedOnSinceFlush = false;
+  bool m_terminated = false;
+};
+
+}  // namespace tarvex

@@ -1,0 +1,55 @@
+// A first-in-first-out list that keeps its room: in steady use nothing is allocated. Belongs to one
+// object, which guards it.
+#pragma once
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+namespace tarvex {
+
+/// T is default-constructible and movable; a taken entry is left as T{}.
+template <class T>
+class RingQueue {
+ public:
+  explicit RingQueue(std::size_t room) : m_entries(room == 0 ? 1 : room) {}
+
+  std::size_t Size() const noexcept { return m_count; }
+  bool Empty() const noexcept { return m_count == 0; }
+  T& Front() noexcept { return m_entries[m_first]; }
+
+  /// Throws std::bad_alloc, and is unchanged then.
+  void Push(T entry) {
+    if (m_count == m_entries.size()) Grow();
+    m_entries[(m_first + m_count) % m_entries.size()] = std::move(entry);
+    ++m_count;
+  }
+
+  /// Not to be called when empty.
+  T Pop() noexcept {
+    T entry = std::exchange(m_entries[m_first], T{});
+    m_first = (m_first + 1) % m_entries.size();
+    --m_count;
+    return entry;
+  }
+
+  void Swap(RingQueue& other) noexcept {
+    m_entries.swap(other.m_entries);
+    std::swap(m_first, other.m_first);
+    std::swap(m_count, other.m_count);
+  }
+
+ private:
+  void Grow() {
+    std::vector<T> larger(m_entries.size() * 2);
+    for (std::size_t i = 0; i < m_count; ++i) larger[i] = std::move(m_entries[(m_first + i) % m_entries.size()]);
+    m_entries.swap(larger);
+    m_first = 0;
+  }
+
+  std::vector<T> m_entries;
+  std::size_t m_first = 0;
+  std::size_t m_count = 0;
+};
+
+}  // namespace tarvex
