@@ -1,0 +1,52 @@
+// The byte source of the scanner: libebml's reading interface over an IAsyncReader. Owned by the
+// scanner. Reads and seeks run on the thread that drives the scanner; the flush operations may come from
+// another one while a read is blocked and touch nothing but the reader.
+#pragma once
+
+#include <ebml/IOCallback.h>
+
+#include <cstddef>
+#include <cstdint>
+
+#include "framework/platform/platform.h"
+
+namespace tarvex {
+
+/// Positional and unbuffered: one read is one call of the reader. All failures are MessageErrors.
+class CAsyncCallback : public libebml::IOCallback {
+ public:
+  CAsyncCallback() = default;
+  CAsyncCallback(const CAsyncCallback&) = delete;
+  CAsyncCallback& operator=(const CAsyncCallback&) = delete;
+
+  /// Takes a reader, which is not counted and must stay until it is replaced or detached, and asks for
+  /// its length.
+  void Attach(IAsyncReader* reader);
+  void Detach() noexcept { m_reader = nullptr; }
+
+  /// Asks the reader for the total length in bytes and keeps it.
+  std::uint64_t QueryLength();
+  std::uint64_t Length() const noexcept { return m_length; }
+
+  /// Returns and advances by the size asked for, also when the reader had less: the rest is then zero.
+  /// Behind the end it returns 0.
+  std::uint32_t read(void* buffer, std::size_t size) override;
+  /// A target outside the stream is refused silently. seek_end subtracts the offset.
+  void setFilePointer(std::int64_t offset, libebml::seek_mode mode = libebml::seek_beginning) override;
+  /// Writes nothing.
+  std::size_t write(const void* buffer, std::size_t size) override;
+  std::uint64_t getFilePointer() override { return m_position; }
+  void close() override {}
+
+  HRESULT BeginFlush();
+  HRESULT EndFlush();
+
+ private:
+  bool ReadWhole(void* buffer, LONG size);
+
+  IAsyncReader* m_reader = nullptr;
+  std::uint64_t m_position = 0;
+  std::uint64_t m_length = 0;
+};
+
+}  // namespace tarvex

@@ -1,0 +1,115 @@
+// The Matroska reader: opens a file over an IAsyncReader, keeps what its headers say, and delivers the
+// frames of its clusters. Owned by the filter, which also is its callback. It has no lock: opening runs
+// on the connecting thread, the index on the thread that pauses, delivery on the worker, never two at
+// once. Only the flush operations may come at any time.
+#pragma once
+
+#include <ebml/EbmlStream.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "framework/platform/platform.h"
+#include "scanner/async_callback.h"
+#include "scanner/chapter_entry.h"
+#include "scanner/content_decoding.h"
+#include "scanner/element_walker.h"
+#include "scanner/frame_info.h"
+#include "scanner/heap.h"
+#include "scanner/matroska_callback.h"
+#include "scanner/matroska_info.h"
+#include "scanner/seek_point.h"
+
+namespace tarvex {
+
+/// Times are 100 ns units. What the byte source throws (MessageError) passes through every operation
+/// that reads, and so does std::bad_alloc.
+class CEbmlScanner {
+ public:
+  CEbmlScanner() = default;
+  CEbmlScanner(const CEbmlScanner&) = delete;
+  CEbmlScanner& operator=(const CEbmlScanner&) = delete;
+  virtual ~CEbmlScanner() = default;
+
+  /// Lets go of the reader and the callback and forgets the index. Before every open.
+  void Reset() noexcept;
+  /// Not owned. Null: tracks are not announced and no frame is delivered.
+  void SetCallback(CMatroskaCallback* callback) noexcept { m_callback = callback; }
+
+  /// Opens a stream and reads its headers, calling OnTrack for every track entry. Throws MessageError
+  /// when it is not Matroska. `reader` is not counted: it must stay until Reset.
+  void CanProcess(IAsyncReader* reader);
+
+  /// As in the file, empty when absent.
+  const std::string& DocType() const noexcept { return m_info.docType; }
+  /// 0 when unknown.
+  std::uint64_t Duration() const { return m_info.Duration(); }
+  /// Nanoseconds.
+  std::uint64_t TimecodeScale() const { return m_info.TimecodeScale(); }
+
+  /// Number of track entries.
+  std::uint32_t Tracks() const noexcept { return static_cast<std::uint32_t>(m_info.TrackCount()); }
+  /// In file order; null when there is no such index. The scanner keeps ownership, until the next open.
+  const CHeap* TrackAt(std::uint32_t index) const { return m_info.TrackAt(index); }
+  /// The first with this track number, or null.
+  const CHeap* TrackByNumber(std::uint64_t number) const { return m_info.TrackByNumber(number); }
+  /// 0 when unknown.
+  std::uint64_t DefaultFrameDuration(std::uint64_t number) const { return m_info.DefaultFrameDuration(number); }
+  const std::vector<ScannedChapter>& Chapters() const noexcept { return m_info.chapters; }
+
+  /// Where the next Process begins; 0 = at the front.
+  void SetStartTime(std::uint64_t time) noexcept { m_startTime = time; }
+
+  /// Prepares the seek index, from the Cues or else by reading every Cluster. Does it once for an open
+  /// file. A failing read or a pending event ends it; the index is then empty and the next call tries
+  /// again.
+  void BuildIndex();
+  const std::vector<SeekPoint>& Index() const noexcept { return m_seekIndex; }
+
+  /// Delivers frames. True: interrupted, by an event or a refused frame. False: the Clusters ran out.
+  bool Process();
+
+  /// True: the frame's bytes were replaced and belong to `owner`. False: the frame is as it was.
+  bool Decode(FrameInfo& frame, DecodedFrame& owner) const;
+
+  /// Make a blocked read return, and reads possible again. MessageError when nothing is open.
+  void BeginFlush() { m_byteSource.BeginFlush(); }
+  void EndFlush() { m_byteSource.EndFlush(); }
+
+  /// File offset of the first byte of the Segment's data, and its size (to the end of the file when it
+  /// is not known).
+  std::uint64_t SegmentDataStart() const noexcept { return m_segmentDataStart; }
+  std::uint64_t SegmentSize() const noexcept { return m_segmentSize; }
+
+ protected:
+  /// Announces the current track table.
+  virtual void OnTrack();
+  /// Hands a frame over. False stops delivery.
+  virtual bool OnData(const FrameInfo& frame);
+
+ private:
+  void InitializeStream(IAsyncReader* reader);
+  void ReadHeaders();
+  void ReadInfo(libebml::EbmlMaster& info);
+  void ReadChapterList();
+  void ReadDocType();
+  void GoToStart();
+  void FillIndex();
+  bool EventsPending() const;
+  libebml::EbmlStream& Stream() { return *m_stream; }
+  CElementWalker Walker() { return CElementWalker(*m_stream, m_byteSource); }
+
+  CMatroskaCallback* m_callback = nullptr;
+  std::uint64_t m_segmentDataStart = 0;
+  std::uint64_t m_segmentSize = 0;
+  std::vector<SeekPoint> m_seekIndex;  // in file order
+  bool m_indexTried = false;
+  std::uint64_t m_startTime = 0;
+  std::unique_ptr<libebml::EbmlStream> m_stream;  // over m_byteSource; null while nothing is open
+  CAsyncCallback m_byteSource;
+  CMatroskaInfo m_info;
+};
+
+}  // namespace tarvex

@@ -1,0 +1,65 @@
+// An IAsyncReader over another one that serves small reads from a window read ahead. Made by the filter
+// for the upstream reader and given to the scanner. One thread at a time reads; the flush operations may
+// come from any thread during a read.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "framework/com_ptr.h"
+#include "framework/unknown.h"
+
+namespace tarvex {
+
+/// Gives the same bytes and results as the reader below. Between begin-flush and end-flush every new
+/// read fails with VFW_E_WRONG_STATE, since not every reader's own flush ends or refuses reads.
+class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
+ public:
+  static constexpr LONG kSmallestWindow = 4 * 1024;
+  static constexpr LONG kLargestWindow = 1024 * 1024;
+
+  explicit CReadAheadReader(IAsyncReader* upstream);
+
+  HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
+
+  HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override;
+  HRESULT STDMETHODCALLTYPE BeginFlush() override;
+  HRESULT STDMETHODCALLTYPE EndFlush() override;
+
+  // These are the reader's below.
+  HRESULT STDMETHODCALLTYPE RequestAllocator(IMemAllocator* pPreferred, ALLOCATOR_PROPERTIES* pProps,
+                                             IMemAllocator** ppActual) override;
+  HRESULT STDMETHODCALLTYPE Request(IMediaSample* pSample, DWORD_PTR dwUser) override;
+  HRESULT STDMETHODCALLTYPE WaitForNext(DWORD dwTimeout, IMediaSample** ppSample, DWORD_PTR* pdwUser) override;
+  HRESULT STDMETHODCALLTYPE SyncReadAligned(IMediaSample* pSample) override;
+  HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override;
+
+  /// Calls of SyncRead so far, and those it made below. For the reading thread.
+  std::uint64_t Reads() const noexcept { return m_reads; }
+  std::uint64_t UpstreamReads() const noexcept { return m_upstreamReads; }
+
+ private:
+  HRESULT ReadBelow(LONGLONG position, LONG length, BYTE* buffer);
+  HRESULT ReadMissing(LONGLONG position, LONG length, BYTE* buffer);
+  LONG TakeFromWindow(LONGLONG position, LONG length, BYTE* buffer) const noexcept;
+  bool FillWindow(LONGLONG position, LONG atLeast);
+  LONG BytesToAsk(LONGLONG position, LONG wanted);
+  void AdaptWindow(LONGLONG position) noexcept;
+
+  const ComPtr<IAsyncReader> m_upstream;
+  std::atomic<bool> m_flushing{false};
+
+  // The rest belongs to the reading thread.
+  std::unique_ptr<BYTE[]> m_window;
+  LONG m_capacity = 0;         // bytes at m_window
+  LONGLONG m_windowStart = 0;  // stream position of the first
+  LONG m_windowBytes = 0;      // valid ones
+  LONG m_windowSize = kSmallestWindow;
+  LONGLONG m_next = -1;         // where a sequential read would begin
+  LONGLONG m_knownEnd = 0;      // reads up to here are whole, as far as the reader said
+  std::uint64_t m_reads = 0;
+  std::uint64_t m_upstreamReads = 0;
+};
+
+}  // namespace tarvex
