@@ -20,7 +20,9 @@ inline constexpr GUID IID_IModuleConfig = {0x8867412E, 0x6C40, 0x4929, {0x98, 0x
 /// {7699B22B-E85E-492A-A7B4-5F9861FE325D}
 inline constexpr GUID paramAnnexBOutput = {0x7699B22B, 0xE85E, 0x492A, {0xA7, 0xB4, 0x5F, 0x98, 0x61, 0xFE, 0x32, 0x5D}};
 
-/// VT_BOOL, read and write: one output pin per stream instead of one per kind. Reads as 0 or 1.
+/// VT_BOOL, read and write: one output pin per stream instead of one per kind. Reads as 0 or 1. A change
+/// replaces all output pins, which disconnects them; while the filter is paused or running it is refused
+/// with VFW_E_NOT_STOPPED.
 /// {00A5C764-53D1-4259-991A-1558B4401E9A}
 inline constexpr GUID paramSeparatePins = {0x00A5C764, 0x53D1, 0x4259, {0x99, 0x1A, 0x15, 0x58, 0xB4, 0x40, 0x1E, 0x9A}};
 

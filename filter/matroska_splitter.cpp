@@ -1,0 +1,133 @@
+// The splitter's identity, pins and state.
+#include "filter/matroska_splitter.h"
+
+#include "filter/filter_registration.h"
+#include "filter/module_log.h"
+#include "framework/com_boundary.h"
+#include "framework/log.h"
+#include "include/tarvex/class_ids.h"
+
+namespace tarvex {
+
+CUnknown* CMatroskaSplitter::CreateInstance(IUnknown* outer, HRESULT* /*result*/) {
+  return new CMatroskaSplitter(outer);
+}
+
+CMatroskaSplitter::CMatroskaSplitter(IUnknown* outer)
+    : CBaseFilter("CMatroskaSplitter", outer, &m_filterLock, CLSID_MatroskaSplitter),
+      m_creator(this),
+      m_inputPin(new CStreamInputPin(this, &m_filterLock)) {}
+
+CMatroskaSplitter::~CMatroskaSplitter() {
+  // An owner that lets go without stopping leaves the worker to us, and the last reference may be given
+  // back while pins are still connected. Nothing can be done about a failure here.
+  static_cast<void>(ComBoundary([this] {
+    EndWorker();
+    const CAutoLock lock(m_filterLock);
+    CloseSource();
+    return S_OK;
+  }));
+}
+
+HRESULT CMatroskaSplitter::NonDelegatingQueryInterface(REFIID iid, void** out) {
+  if (iid == IID_IAMStreamSelect) return GiveInterface(static_cast<IAMStreamSelect*>(this), out);
+  if (iid == IID_IAMExtendedSeeking) return GiveInterface(static_cast<IAMExtendedSeeking*>(this), out);
+  if (iid == IID_IModuleConfig) return GiveInterface(static_cast<IModuleConfig*>(this), out);
+  if (iid == IID_IPersistStream) return GiveInterface(static_cast<IPersistStream*>(this), out);
+  if (iid == IID_IModuleLog) return GiveInterface(static_cast<IModuleLog*>(this), out);
+  return CBaseFilter::NonDelegatingQueryInterface(iid, out);
+}
+
+HRESULT CMatroskaSplitter::SetSink(ModuleLogSink sink, void* context) {
+  SetModuleLogSink(sink, context);
+  return S_OK;
+}
+
+const FilterSetup* CMatroskaSplitter::GetSetupData() { return &kSplitterSetup; }
+
+int CMatroskaSplitter::GetPinCount() { return 1 + static_cast<int>(m_outputPins.size()); }
+
+CBasePin* CMatroskaSplitter::GetPin(int index) {
+  if (index == 0) return m_inputPin.Get();
+  if (index < 0 || index >= GetPinCount()) return nullptr;
+  return m_outputPins[static_cast<std::size_t>(index) - 1].Get();
+}
+
+HRESULT CMatroskaSplitter::Pause() {
+  LogText("Pause");
+  return ComBoundary([this] {
+    // Held to the end, so that no stop comes between the pins' activation and the worker's start.
+    const CAutoLock filterLock(m_filterLock);
+    static_cast<void>(CBaseFilter::Pause());  // pins that failed to activate refuse frames, which ends the pass
+    const CAutoLock positionLock(m_positionLock);
+    PrepareSeekIndex();
+    return StartWorker();
+  });
+}
+
+HRESULT CMatroskaSplitter::Stop() {
+  LogText("Stop");
+  ++m_stopsComing;  // ends an index that a pausing thread is building with the lock held
+  const HRESULT result = ComBoundary([this] {
+    const CAutoLock filterLock(m_filterLock);  // no start may come in between
+    static_cast<void>(CBaseFilter::Stop());    // stopped whatever the pins answer
+    ClearSeekingOwner();
+    return EndWorker();
+  });
+  --m_stopsComing;
+  return result;
+}
+
+HRESULT CMatroskaSplitter::BeginFlush() {
+  LogText("BeginFlush");
+  for (const auto& pin : m_outputPins) {
+    if (pin->IsConnected()) pin->DeliverBeginFlush();
+  }
+  return S_OK;
+}
+
+HRESULT CMatroskaSplitter::EndFlush() {
+  LogText("EndFlush");
+  for (const auto& pin : m_outputPins) {
+    if (pin->IsConnected()) pin->DeliverEndFlush();
+  }
+  return S_OK;
+}
+
+HRESULT CMatroskaSplitter::EndOfStream() {
+  LogText("EndOfStream");
+  for (const auto& pin : m_outputPins) {
+    if (pin->IsConnected()) pin->DeliverEndOfStream();
+  }
+  return S_OK;
+}
+
+CMatroskaOutputPin* CMatroskaSplitter::FindPinByTrack(std::uint32_t trackNumber) const {
+  for (const auto& pin : m_outputPins) {
+    if (pin->Track().trackNumber == trackNumber) return pin.Get();
+  }
+  return nullptr;
+}
+
+CMatroskaOutputPin* CMatroskaSplitter::FindConnectedPin(std::uint32_t trackNumber) const {
+  for (const auto& pin : m_outputPins) {
+    if (pin->IsConnected() && pin->Track().trackNumber == trackNumber) return pin.Get();
+  }
+  return nullptr;
+}
+
+CMatroskaOutputPin* CMatroskaSplitter::FindPinByType(std::uint32_t trackType) const {
+  for (const auto& pin : m_outputPins) {
+    if (pin->Track().trackType == trackType) return pin.Get();
+  }
+  return nullptr;
+}
+
+bool CMatroskaSplitter::AnyOutputConnected() const {
+  for (const auto& pin : m_outputPins) {
+    if (pin->IsConnected()) return true;
+  }
+  return false;
+}
+
+}  // namespace tarvex

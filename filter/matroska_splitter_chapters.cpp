@@ -1,0 +1,78 @@
+// The file's chapters as seek markers: IAMExtendedSeeking, application threads.
+#include <vector>
+
+#include "filter/matroska_splitter.h"
+#include "framework/com_boundary.h"
+
+namespace tarvex {
+
+namespace {
+
+constexpr std::int64_t kUnitsPerSecond = 10'000'000;
+
+// Markers count from 1. Null for a number that is none.
+const ScannedChapter* MarkerOf(const std::vector<ScannedChapter>& chapters, LONG number) {
+  if (number < 1 || static_cast<std::size_t>(number) > chapters.size()) return nullptr;
+  return &chapters[static_cast<std::size_t>(number) - 1];
+}
+
+}  // namespace
+
+// A type library would promise more than the interface does.
+HRESULT CMatroskaSplitter::GetTypeInfoCount(UINT* /*count*/) { return E_NOTIMPL; }
+HRESULT CMatroskaSplitter::GetTypeInfo(UINT /*index*/, LCID /*locale*/, ITypeInfo** /*info*/) { return E_NOTIMPL; }
+HRESULT CMatroskaSplitter::GetIDsOfNames(REFIID /*iid*/, LPOLESTR* /*names*/, UINT /*count*/, LCID /*locale*/,
+                                         DISPID* /*ids*/) {
+  return E_NOTIMPL;
+}
+HRESULT CMatroskaSplitter::Invoke(DISPID /*id*/, REFIID /*iid*/, LCID /*locale*/, WORD /*flags*/,
+                                  DISPPARAMS* /*parameters*/, VARIANT* /*result*/, EXCEPINFO* /*exception*/,
+                                  UINT* /*argument*/) {
+  return E_NOTIMPL;
+}
+HRESULT CMatroskaSplitter::get_CurrentMarker(LONG* /*pCurrentMarker*/) { return E_NOTIMPL; }
+HRESULT CMatroskaSplitter::put_PlaybackSpeed(double /*Speed*/) { return E_NOTIMPL; }
+HRESULT CMatroskaSplitter::get_PlaybackSpeed(double* /*pSpeed*/) { return E_NOTIMPL; }
+
+HRESULT CMatroskaSplitter::get_ExSeekCapabilities(LONG* pExCapabilities) {
+  if (pExCapabilities == nullptr) return S_OK;
+  return ComBoundary([&] {
+    const CAutoLock lock(m_filterLock);
+    LONG capabilities = AM_EXSEEK_NOSTANDARDREPAINT | AM_EXSEEK_BUFFERING;
+    TrackPinInfo track;
+    for (std::uint32_t index = 0; m_creator.GetTrackInfoByIndex(index, track); ++index) {
+      // Replaced, not added to: players take the other two as a reason not to wait for a frame.
+      if (track.trackType == kTrackTypeVideo) capabilities = AM_EXSEEK_SENDS_VIDEOFRAMEREADY;
+    }
+    if (!m_scanner.Chapters().empty()) capabilities |= AM_EXSEEK_MARKERSEEK;
+    *pExCapabilities = capabilities | AM_EXSEEK_CANSEEK;
+    return S_OK;
+  });
+}
+
+HRESULT CMatroskaSplitter::get_MarkerCount(LONG* pMarkerCount) {
+  if (pMarkerCount == nullptr) return S_OK;
+  const CAutoLock lock(m_filterLock);
+  *pMarkerCount = static_cast<LONG>(m_scanner.Chapters().size());
+  return S_OK;
+}
+
+HRESULT CMatroskaSplitter::GetMarkerTime(LONG MarkerNum, double* pMarkerTime) {
+  const CAutoLock lock(m_filterLock);
+  const ScannedChapter* marker = MarkerOf(m_scanner.Chapters(), MarkerNum);
+  if (marker == nullptr || pMarkerTime == nullptr) return S_OK;
+  // Whole seconds, on purpose; a time before zero is stored as its two's complement.
+  *pMarkerTime = static_cast<double>(static_cast<std::int64_t>(marker->start) / kUnitsPerSecond);
+  return S_OK;
+}
+
+HRESULT CMatroskaSplitter::GetMarkerName(LONG MarkerNum, BSTR* pbstrMarkerName) {
+  return ComBoundary([&] {
+    const CAutoLock lock(m_filterLock);
+    const ScannedChapter* marker = MarkerOf(m_scanner.Chapters(), MarkerNum);
+    if (marker != nullptr && pbstrMarkerName != nullptr) *pbstrMarkerName = BStr(marker->name.View()).Detach();
+    return S_OK;
+  });
+}
+
+}  // namespace tarvex

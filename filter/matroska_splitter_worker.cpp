@@ -1,0 +1,165 @@
+// The streaming worker: the commands that control it (application threads) and its delivery passes.
+#include "filter/matroska_splitter.h"
+#include "framework/com_boundary.h"
+#include "framework/log.h"
+
+namespace tarvex {
+
+namespace {
+
+// What the reader says of flushing is not the controller's affair: without a reader, or with one that
+// fails, the worker is in no read either.
+template <class Call>
+void Try(Call&& call) noexcept {
+  static_cast<void>(ComBoundary([&] {
+    call();
+    return S_OK;
+  }));
+}
+
+}  // namespace
+
+/// Makes sure that the worker comes to its next command: from construction to destruction a read that it
+/// is blocked in, and a wait for room in a pin's ring, fail at once. The access lock must be held and a
+/// worker exist.
+class CMatroskaSplitter::WorkerWaitsCancelled {
+ public:
+  explicit WorkerWaitsCancelled(CMatroskaSplitter& filter) : m_filter(filter) {
+    m_filter.m_commandComing = true;
+    if (m_filter.m_reader) Try([this] { m_filter.m_scanner.BeginFlush(); });
+    for (const auto& pin : m_filter.m_outputPins) pin->CancelWaits(true);
+  }
+  ~WorkerWaitsCancelled() {
+    for (const auto& pin : m_filter.m_outputPins) pin->CancelWaits(false);
+    if (m_filter.m_reader) Try([this] { m_filter.m_scanner.EndFlush(); });
+    m_filter.m_commandComing = false;
+  }
+  WorkerWaitsCancelled(const WorkerWaitsCancelled&) = delete;
+  WorkerWaitsCancelled& operator=(const WorkerWaitsCancelled&) = delete;
+
+ private:
+  CMatroskaSplitter& m_filter;
+};
+
+HRESULT CMatroskaSplitter::StartWorker() {
+  const CAutoLock lock(m_AccessLock);
+  if (!ThreadExists() && !Create()) return E_FAIL;
+  return SendStart();
+}
+
+HRESULT CMatroskaSplitter::SendStart() {
+  if (m_runState == kStart) return S_OK;
+  m_runState = kStart;
+  return static_cast<HRESULT>(CallWorker(kStart));
+}
+
+HRESULT CMatroskaSplitter::PauseWorker() {
+  const CAutoLock lock(m_AccessLock);
+  if (!ThreadExists()) return E_UNEXPECTED;
+  const WorkerWaitsCancelled cancelled(*this);
+  m_runState = kPause;
+  return static_cast<HRESULT>(CallWorker(kPause));
+}
+
+HRESULT CMatroskaSplitter::EndWorker() {
+  // Held while the thread ends as well: until then no other may be made. The worker takes no such lock.
+  const CAutoLock lock(m_AccessLock);
+  if (!ThreadExists()) return S_FALSE;
+  {
+    const WorkerWaitsCancelled cancelled(*this);
+    m_runState = kExit;
+    CallWorker(kExit);
+  }
+  TakeThread().Join();
+  return S_OK;
+}
+
+bool CMatroskaSplitter::Interrupt() {
+  if (m_runState != kStart) return false;
+  BeginFlush();
+  const bool paused = !IsWorkerThread() && PauseWorker() == S_OK;
+  EndFlush();
+  return paused;
+}
+
+void CMatroskaSplitter::ResumeWorker() {
+  // A stop may have ended the worker since it was interrupted; then it must stay ended.
+  const CAutoLock lock(m_AccessLock);
+  if (ThreadExists() && m_runState == kPause) SendStart();
+}
+
+bool CMatroskaSplitter::IsWorkerThread() const { return m_workerId == CurrentThreadId(); }
+
+void CMatroskaSplitter::PrepareSeekIndex() {
+  // A worker that delivers has the scanner to itself, and its index was prepared when it was started.
+  if (m_runState == kStart && ThreadExists()) return;
+  if (!m_reader) return;
+  // Without an index playing starts from the front; a reader that fails here fails the worker too, which
+  // tells the graph.
+  Try([this] { m_scanner.BuildIndex(); });
+}
+
+DWORD CMatroskaSplitter::ThreadProc() {
+  m_workerId = CurrentThreadId();
+  for (;;) {
+    switch (GetRequest()) {
+      case kPause:
+        LogText("CMatroskaSplitter::ThreadProc tm_pause");
+        Reply(0);
+        break;
+      case kStart:
+        LogText("CMatroskaSplitter::ThreadProc tm_start");
+        Reply(0);  // the controller is not kept while frames are delivered
+        RunPass();
+        LogText("CMatroskaSplitter::ThreadProc Process exit");
+        break;
+      case kExit:
+        LogText("CMatroskaSplitter::ThreadProc tm_exit");
+        m_workerId = 0;
+        Reply(0);
+        return 0;
+      default:
+        break;  // nothing else is ever sent
+    }
+  }
+}
+
+void CMatroskaSplitter::RunPass() {
+  if (!AnyOutputConnected()) return;
+  const HRESULT result = ComBoundary([this] {
+    // A pass that was interrupted, or that downstream refused, ends without end of stream. Of a refusal
+    // the graph learns from the filter that refused.
+    const bool interrupted = m_scanner.Process();
+    if (!interrupted) EndOfStream();
+    return S_OK;
+  });
+  if (FAILED(result)) ReportFailedPass(result);
+}
+
+void CMatroskaSplitter::ReportFailedPass(HRESULT result) {
+  // A controller that wants the worker makes its reads fail before it sends the command.
+  if (m_commandComing || m_stopsComing != 0 || CheckRequest(nullptr)) return;
+  // Nobody else knows that no end of stream will come, and the graph would wait for it.
+  NotifyEvent(EC_ERRORABORT, result, 0);
+}
+
+bool CMatroskaSplitter::ProcessEvents() {
+  if (m_stopsComing != 0) return true;
+  DWORD command = 0;
+  if (!CheckRequest(&command)) return false;
+  LogFormat("CMatroskaSplitter::ProcessEvents event occured %d", static_cast<int>(command));
+  return true;
+}
+
+bool CMatroskaSplitter::OnData(const FrameInfo& frame) {
+  CMatroskaOutputPin* pin = FindConnectedPin(frame.trackNumber);
+  if (pin == nullptr) return true;
+  FrameInfo decoded = frame;
+  DecodedFrame buffer;  // owns the bytes when decoding made new ones
+  m_scanner.Decode(decoded, buffer);
+  if (pin->OnData(decoded)) return true;
+  LogText("CMatroskaSplitter::OnData failed");
+  return false;
+}
+
+}  // namespace tarvex

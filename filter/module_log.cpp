@@ -1,0 +1,34 @@
+#include "filter/module_log.h"
+
+#include "framework/critical_section.h"
+#include "framework/log.h"
+
+namespace tarvex {
+
+namespace {
+
+// A host's sink has the calling convention of COM, the log's has not.
+struct HostSink {
+  ModuleLogSink function = nullptr;
+  void* context = nullptr;
+};
+
+void Forward(void* context, const char* text) {
+  const auto* sink = static_cast<const HostSink*>(context);
+  sink->function(sink->context, text);
+}
+
+}  // namespace
+
+void SetModuleLogSink(ModuleLogSink function, void* context) noexcept {
+  static CCritSec lock("module log");
+  static HostSink sink;
+
+  const CAutoLock hold(lock);
+  SetLogSink(nullptr, nullptr);  // from here on nobody reads `sink`
+  if (function == nullptr) return;
+  sink = {function, context};
+  SetLogSink(&Forward, &sink);
+}
+
+}  // namespace tarvex

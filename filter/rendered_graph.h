@@ -1,0 +1,50 @@
+// The graph around the filter while one of its pins is made to carry another stream: stops it, takes away
+// what is downstream of the pin, renders it again and brings state and positions back. A value on the stack
+// of the application's thread that asked; no lock of the filter may be held around its calls, since the
+// graph has its own and calls the filter under it.
+#pragma once
+
+#include <vector>
+
+#include "framework/com_ptr.h"
+
+namespace tarvex {
+
+/// Waits here are limited, because a graph may never come to what is waited for: a paused one does not
+/// complete, and one without data does not finish its change of state.
+class CRenderedGraph {
+ public:
+  /// VFW_E_NOT_IN_GRAPH without a graph, or what it answers when it cannot be controlled.
+  HRESULT Attach(const ComPtr<IFilterGraph>& graph);
+
+  /// Remembers positions and state, for Restore.
+  void Save();
+  bool WasStopped() const noexcept { return m_state == State_Stopped; }
+
+  /// Waits until a running graph has taken the end of stream that was delivered, then stops it.
+  void Stop();
+
+  /// Removes every filter fed by `pin`, directly or through others, with all its connections. `owner` is the
+  /// pin's own filter.
+  void RemoveDownstream(IPin* pin, IBaseFilter* owner);
+
+  /// Disconnected pins are rendered, connected ones left alone.
+  HRESULT Render(IPin* pin);
+
+  /// Brings back what Save remembered, unless the graph was stopped then.
+  void Restore();
+
+ private:
+  void SavePositions();
+  void DisconnectAll(IBaseFilter* filter);
+
+  ComPtr<IGraphBuilder> m_builder;
+  ComPtr<IMediaControl> m_control;
+  ComPtr<IMediaSeeking> m_seeking;  // null when the graph cannot seek
+  OAFilterState m_state = State_Stopped;
+  LONGLONG m_current = 0;  // 100 ns units, as the graph gives them
+  LONGLONG m_stop = 0;
+  bool m_hasPositions = false;
+};
+
+}  // namespace tarvex

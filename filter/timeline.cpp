@@ -1,0 +1,58 @@
+#include "filter/timeline.h"
+
+#include <utility>
+
+namespace tarvex {
+
+void CTimeline::Open(REFERENCE_TIME duration, std::map<std::uint32_t, REFERENCE_TIME> frameDurations) {
+  const CAutoLock lock(m_lock);
+  m_range = PlayRange{};
+  m_duration = duration > 0 ? duration : kOpenTime;
+  m_frameDurations = std::move(frameDurations);
+}
+
+void CTimeline::Close() {
+  const CAutoLock lock(m_lock);
+  m_range = PlayRange{};
+  m_duration = kOpenTime;
+  m_frameDurations.clear();
+}
+
+PlayRange CTimeline::Range() const {
+  const CAutoLock lock(m_lock);
+  return m_range;
+}
+
+PlayRange CTimeline::Positions() {
+  const CAutoLock lock(m_lock);
+  if (m_range.stop == kOpenTime) m_range.stop = m_duration;
+  return m_range;
+}
+
+void CTimeline::SetRange(const PlayRange& range) {
+  const CAutoLock lock(m_lock);
+  m_range = range;
+}
+
+void CTimeline::SetStart(REFERENCE_TIME start) {
+  const CAutoLock lock(m_lock);
+  m_range.start = start;
+}
+
+void CTimeline::SetRate(double rate) {
+  const CAutoLock lock(m_lock);
+  m_range.rate = rate;
+}
+
+REFERENCE_TIME CTimeline::Duration() const {
+  const CAutoLock lock(m_lock);
+  return m_duration;
+}
+
+REFERENCE_TIME CTimeline::FrameDuration(std::uint32_t trackNumber) const {
+  const CAutoLock lock(m_lock);
+  const auto found = m_frameDurations.find(trackNumber);
+  return found == m_frameDurations.end() ? 0 : found->second;
+}
+
+}  // namespace tarvex

@@ -1,0 +1,43 @@
+// What playback positions are made of: the played range, the file's duration and the frame durations of
+// its tracks. Owned by the filter; read by pins on application threads, queue threads and the worker.
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "framework/critical_section.h"
+#include "pins/output/pin_host.h"
+
+namespace tarvex {
+
+/// The value of a stop time or duration that nobody gave.
+inline constexpr REFERENCE_TIME kOpenTime = 0x7FFFFFFFFFFFFFFF;
+
+/// Times in 100 ns units. Its lock is a leaf and not the filter's position lock, because that one is held
+/// while the worker is being waited for, and the worker reads the range with every frame.
+class CTimeline {
+ public:
+  /// A newly opened file is played whole. A duration that is not positive counts as unknown.
+  void Open(REFERENCE_TIME duration, std::map<std::uint32_t, REFERENCE_TIME> frameDurations);
+  void Close();
+
+  PlayRange Range() const;
+  /// The range with an open stop replaced by the duration, for good.
+  PlayRange Positions();
+  void SetRange(const PlayRange& range);
+  void SetStart(REFERENCE_TIME start);
+  void SetRate(double rate);
+
+  /// kOpenTime when unknown.
+  REFERENCE_TIME Duration() const;
+  /// 0 for a track without one.
+  REFERENCE_TIME FrameDuration(std::uint32_t trackNumber) const;
+
+ private:
+  mutable CCritSec m_lock{"CTimeline", LockRank::kLeaf};
+  PlayRange m_range;
+  REFERENCE_TIME m_duration = kOpenTime;
+  std::map<std::uint32_t, REFERENCE_TIME> m_frameDurations;
+};
+
+}  // namespace tarvex
