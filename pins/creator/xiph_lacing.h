@@ -1,0 +1,15 @@
+// The walk over packets in Xiph lacing, as the codec private of Vorbis tracks holds its headers. A pure
+// function over bytes.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace tarvex {
+
+/// The packets, in order, as views into `bytes`: as many as the count byte says and the one that takes
+/// the rest. Throws MessageError when sizes or packets run past the end; empty input lacks its count byte.
+std::vector<std::span<const std::uint8_t>> ReadXiphLacing(std::span<const std::uint8_t> bytes);
+
+}  // namespace tarvex
