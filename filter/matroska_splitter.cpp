@@ -15,8 +15,9 @@ CUnknown* CMatroskaSplitter::CreateInstance(IUnknown* outer, HRESULT* /*result*/
 
 CMatroskaSplitter::CMatroskaSplitter(IUnknown* outer)
     : CBaseFilter("CMatroskaSplitter", outer, &m_filterLock, CLSID_MatroskaSplitter),
-      m_creator(this),
-      m_inputPin(new CStreamInputPin(this, &m_filterLock)) {}
+      m_inputPin(new CStreamInputPin(this, &m_filterLock)) {
+  m_creator.SetFilter(this);
+}
 
 CMatroskaSplitter::~CMatroskaSplitter() {
   // An owner that lets go without stopping leaves the worker to us, and the last reference may be given

@@ -51,7 +51,9 @@ class CMatroskaSplitter final : public CBaseFilter,
   ~CMatroskaSplitter() override;
 
   // IUnknown of all the interfaces.
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override { return Owner()->QueryInterface(iid, out); }
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    return Owner()->QueryInterface(iid, out);
+  }
   ULONG STDMETHODCALLTYPE AddRef() override { return Owner()->AddRef(); }
   ULONG STDMETHODCALLTYPE Release() override { return Owner()->Release(); }
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
@@ -208,15 +210,15 @@ class CMatroskaSplitter final : public CBaseFilter,
   ComPtr<IAsyncReader> m_reader;  // what the scanner reads from; null while nothing is open
   COutPinsCreator m_creator;
   OwnedPin<CStreamInputPin> m_inputPin;
-  PinList m_outputPins;                                 // no entry is empty
+  PinList m_outputPins;                                // no entry is empty
   const CMatroskaOutputPin* m_seekingOwner = nullptr;  // compared only; under the position lock
 
-  std::atomic<DWORD> m_runState{kPause};       // written under the access lock
+  std::atomic<DWORD> m_runState{kPause};  // written under the access lock
   std::atomic<DWORD> m_workerId{0};
-  std::atomic<bool> m_commandComing{false};    // a failing read or a refused frame may be our own doing
-  std::atomic<int> m_stopsComing{0};           // stops that have begun and not ended
-  bool m_annexBOutput = false;                 // under the filter lock
-  bool m_separatePins = false;                 // under the filter lock
+  std::atomic<bool> m_commandComing{false};  // a failing read or a refused frame may be our own doing
+  std::atomic<int> m_stopsComing{0};         // stops that have begun and not ended
+  bool m_annexBOutput = false;               // under the filter lock
+  bool m_separatePins = false;               // under the filter lock
 };
 
 }  // namespace tarvex

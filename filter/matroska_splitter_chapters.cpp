@@ -38,12 +38,9 @@ HRESULT CMatroskaSplitter::get_ExSeekCapabilities(LONG* pExCapabilities) {
   if (pExCapabilities == nullptr) return S_OK;
   return ComBoundary([&] {
     const CAutoLock lock(m_filterLock);
-    LONG capabilities = AM_EXSEEK_NOSTANDARDREPAINT | AM_EXSEEK_BUFFERING;
-    TrackPinInfo track;
-    for (std::uint32_t index = 0; m_creator.GetTrackInfoByIndex(index, track); ++index) {
-      // Replaced, not added to: players take the other two as a reason not to wait for a frame.
-      if (track.trackType == kTrackTypeVideo) capabilities = AM_EXSEEK_SENDS_VIDEOFRAMEREADY;
-    }
+    // With video the one bit stands alone, without the other two, on purpose.
+    LONG capabilities =
+        m_creator.HasVideo() ? AM_EXSEEK_SENDS_VIDEOFRAMEREADY : AM_EXSEEK_NOSTANDARDREPAINT | AM_EXSEEK_BUFFERING;
     if (!m_scanner.Chapters().empty()) capabilities |= AM_EXSEEK_MARKERSEEK;
     *pExCapabilities = capabilities | AM_EXSEEK_CANSEEK;
     return S_OK;
@@ -62,7 +59,8 @@ HRESULT CMatroskaSplitter::GetMarkerTime(LONG MarkerNum, double* pMarkerTime) {
   const ScannedChapter* marker = MarkerOf(m_scanner.Chapters(), MarkerNum);
   if (marker == nullptr || pMarkerTime == nullptr) return S_OK;
   // Whole seconds, on purpose; a time before zero is stored as its two's complement.
-  *pMarkerTime = static_cast<double>(static_cast<std::int64_t>(marker->start) / kUnitsPerSecond);
+  const std::int64_t seconds = static_cast<std::int64_t>(marker->start) / kUnitsPerSecond;
+  *pMarkerTime = static_cast<double>(seconds);
   return S_OK;
 }
 

@@ -19,9 +19,11 @@ std::vector<ComPtr<IPin>> PinsOf(IBaseFilter* filter) {
   std::vector<ComPtr<IPin>> pins;
   ComPtr<IEnumPins> all;
   if (FAILED(filter->EnumPins(all.Put()))) return pins;
-  ComPtr<IPin> pin;
-  while (all->Next(1, pin.Put(), nullptr) == S_OK) pins.push_back(std::move(pin));
-  return pins;
+  for (;;) {
+    ComPtr<IPin> pin;
+    if (all->Next(1, pin.Put(), nullptr) != S_OK) return pins;
+    pins.push_back(std::move(pin));
+  }
 }
 
 // The filter that a pin's data goes to; null for an input pin or an unconnected one.
@@ -110,8 +112,8 @@ HRESULT CRenderedGraph::Render(IPin* pin) { return IsConnected(pin) ? S_OK : m_b
 void CRenderedGraph::Restore() {
   if (WasStopped()) return;
   if (m_hasPositions) {
-    static_cast<void>(m_seeking->SetPositions(&m_current, AM_SEEKING_AbsolutePositioning, &m_stop,
-                                              AM_SEEKING_AbsolutePositioning));
+    static_cast<void>(
+        m_seeking->SetPositions(&m_current, AM_SEEKING_AbsolutePositioning, &m_stop, AM_SEEKING_AbsolutePositioning));
   }
   static_cast<void>(m_state == State_Running ? m_control->Run() : m_control->Pause());
 }

@@ -1,6 +1,6 @@
 #include "filter/stream_name.h"
 
-#include "pins/creator/language_names.h"
+#include "pins/creator/language_table.h"
 
 namespace tarvex {
 
