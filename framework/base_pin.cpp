@@ -140,7 +140,7 @@ HRESULT CBasePin::CheckConnect(IPin* peer) {
 }
 
 void CBasePin::SetConnected(ComPtr<IPin> peer) noexcept {
-  const CAutoLock hold(m_membershipLock);
+  const CAutoLock hold(m_connectionLock);
   m_connected.Swap(peer);  // the former peer is released after the lock
   m_isConnected = m_connected.Get() != nullptr;
 }
@@ -148,7 +148,7 @@ void CBasePin::SetConnected(ComPtr<IPin> peer) noexcept {
 HRESULT CBasePin::SetMediaType(const CMediaType* type) {
   return ComBoundary([&] {
     CMediaType copy(*type);
-    const CAutoLock hold(m_membershipLock);
+    const CAutoLock hold(m_connectionLock);
     m_mt = std::move(copy);
     return S_OK;
   });
@@ -158,7 +158,7 @@ HRESULT CBasePin::GetMediaType(int /*position*/, CMediaType* /*type*/) { return 
 
 HRESULT STDMETHODCALLTYPE CBasePin::ConnectedTo(IPin** pPin) {
   if (pPin == nullptr) return E_POINTER;
-  const CAutoLock hold(m_membershipLock);
+  const CAutoLock hold(m_connectionLock);
   m_connected.CopyTo(pPin);
   return *pPin != nullptr ? S_OK : VFW_E_NOT_CONNECTED;
 }
@@ -167,7 +167,7 @@ HRESULT STDMETHODCALLTYPE CBasePin::ConnectionMediaType(AM_MEDIA_TYPE* pmt) {
   if (pmt == nullptr) return E_POINTER;
   *pmt = AM_MEDIA_TYPE{};
   return ComBoundary([&] {
-    const CAutoLock hold(m_membershipLock);
+    const CAutoLock hold(m_connectionLock);
     if (!m_connected) return VFW_E_NOT_CONNECTED;
     CopyMediaType(pmt, m_mt);
     return S_OK;

@@ -145,11 +145,14 @@ class CBasePin : public CUnknownImpl<IPin, IQualityControl> {
   REFERENCE_TIME m_tStop = 0x7FFFFFFFFFFFFFFF;
   double m_dRate = 1.0;
 
-  // Leaf. Also held for a moment around every change of the connection, so that a query about it needs
-  // no filter lock: a streaming thread may ask while a state change holds that one.
-  mutable CCritSec m_membershipLock{"CBasePin membership", LockRank::kLeaf};
+  // Leaf. Taken for a moment around every change of the connection, so that a query about it needs no
+  // filter lock: a streaming thread may ask while a state change holds that one. Not the same as the
+  // next, since the peer's reference count is touched under it.
+  mutable CCritSec m_connectionLock{"CBasePin connection", LockRank::kLeaf};
   ComPtr<IPin> m_connected;  // also under the filter's lock
   std::atomic<bool> m_isConnected{false};
+
+  CCritSec m_membershipLock{"CBasePin membership", LockRank::kLeaf};
   std::atomic<CBaseFilter*> m_pFilter;  // not counted; written under m_membershipLock
   ULONG m_references = 0;               // all of them; under m_membershipLock
   ULONG m_outerReferences = 0;          // those that hold the filter too

@@ -1,0 +1,131 @@
+// Small filters and pins for the framework's tests: a filter that owns whatever pins a test gives it, an
+// output pin with a list of types, and an input pin that records what it receives.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "framework/base_filter.h"
+#include "framework/base_input_pin.h"
+#include "framework/base_output_pin.h"
+#include "framework/event.h"
+#include "framework/mem_allocator.h"
+#include "framework/owned_pin.h"
+
+namespace tarvex::test {
+
+inline constexpr GUID kTestFilterId = {0x11223344, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
+
+/// Media type with this major type and one distinguishing byte as its block.
+CMediaType TypeOf(const GUID& major, BYTE mark = 0);
+
+class TestFilter : public CBaseFilter {
+ public:
+  explicit TestFilter(IUnknown* outer = nullptr);
+
+  int GetPinCount() override { return static_cast<int>(m_pins.size()); }
+  CBasePin* GetPin(int index) override { return m_pins.at(static_cast<std::size_t>(index)).Get(); }
+
+  /// Null leaves an empty entry.
+  template <class T>
+  T* Add(T* pin) {
+    m_pins.emplace_back(static_cast<CBasePin*>(pin));
+    IncrementPinVersion();
+    return pin;
+  }
+  void RemoveAll() {
+    m_pins.clear();
+    IncrementPinVersion();
+  }
+
+  CCritSec lock{"TestFilter", LockRank::kFilter};
+
+ private:
+  std::vector<OwnedPin<CBasePin>> m_pins;
+};
+
+class TestOutputPin : public CBaseOutputPin {
+ public:
+  explicit TestOutputPin(TestFilter& filter, const OLECHAR* name = OLESTR("Out"))
+      : CBaseOutputPin("TestOutputPin", &filter, &filter.lock, name) {}
+
+  HRESULT CheckMediaType(const CMediaType* type) override;
+  HRESULT GetMediaType(int position, CMediaType* type) override;
+  HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override;
+  HRESULT Active() override;
+  HRESULT Inactive() override;
+  HRESULT BreakConnect() override;
+
+  std::vector<CMediaType> types{TypeOf(MEDIATYPE_Video)};
+  HRESULT activeResult = S_OK;
+  int activations = 0;  // now active
+  int breaks = 0;
+};
+
+/// Everything that reached the pin, as short words: "s:7" for a sample whose first byte is 7, "eos",
+/// "segment:start", "flush", "endflush".
+class TestInputPin : public CBaseInputPin {
+ public:
+  explicit TestInputPin(TestFilter& filter, const OLECHAR* name = OLESTR("In"))
+      : CBaseInputPin("TestInputPin", &filter, &filter.lock, name) {}
+
+  HRESULT CheckMediaType(const CMediaType* type) override;
+  HRESULT GetMediaType(int position, CMediaType* type) override;
+  HRESULT CompleteConnect(IPin* peer) override;
+  HRESULT STDMETHODCALLTYPE Receive(IMediaSample* pSample) override;
+  HRESULT STDMETHODCALLTYPE ReceiveMultiple(IMediaSample** pSamples, LONG nSamples, LONG* nSamplesProcessed) override;
+  HRESULT STDMETHODCALLTYPE EndOfStream() override;
+  HRESULT STDMETHODCALLTYPE BeginFlush() override;
+  HRESULT STDMETHODCALLTYPE EndFlush() override;
+  HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
+
+  std::vector<std::string> Words();
+  /// Waits until this many words are there.
+  bool WaitForWords(std::size_t count);
+
+  std::vector<CMediaType> types;
+  std::function<bool(const CMediaType&)> accepts = [](const CMediaType&) { return true; };
+  HRESULT completeResult = S_OK;
+  /// Called for every sample with its first byte; the answer is Receive's.
+  std::function<HRESULT(int)> onSample = [](int) { return S_OK; };
+  /// Called in BeginFlush, on the flushing thread.
+  std::function<void()> onFlush = [] {};
+  std::atomic<int> batches{0};
+
+ private:
+  void Note(std::string word);
+
+  CCritSec m_wordsLock{"words"};
+  CConditionVariable m_noted;
+  std::vector<std::string> m_words;
+};
+
+/// Filter and input pin downstream, running, with an allocator to take samples from.
+class Downstream {
+ public:
+  Downstream();
+  ~Downstream();
+
+  /// A sample whose first byte is `mark`; the caller owns the reference.
+  IMediaSample* Sample(int mark);
+  /// Samples that are out.
+  LONG Out() { return allocator->Out(); }
+
+  class CountingAllocator : public CMemAllocator {
+   public:
+    LONG Out() {
+      const CAutoLock hold(Lock());
+      return LentCount();
+    }
+  };
+
+  ComPtr<TestFilter> upstreamFilter;
+  ComPtr<TestFilter> filter;
+  TestOutputPin* output;
+  TestInputPin* input;
+  ComPtr<CountingAllocator> allocator;
+};
+
+}  // namespace tarvex::test

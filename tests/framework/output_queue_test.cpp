@@ -1,0 +1,222 @@
+// The output queue's order, batches, refusals and flushes.
+#include "framework/output_queue.h"
+
+#include <gtest/gtest.h>
+
+#include "framework/thread.h"
+#include "tests/framework/fakes.h"
+
+namespace tarvex::test {
+namespace {
+
+using Words = std::vector<std::string>;
+
+/// As an output pin of this system makes it: own thread, exact batches that are sent anyway.
+class OutputQueue : public ::testing::Test {
+ protected:
+  std::unique_ptr<COutputQueue> Make(LONG batchSize = 200, bool queued = true, bool exact = true) {
+    HRESULT hr = S_OK;
+    auto queue = std::make_unique<COutputQueue>(down.input, &hr, false, queued, batchSize, exact, 4);
+    EXPECT_EQ(hr, S_OK);
+    return queue;
+  }
+  HRESULT Send(COutputQueue& queue, int mark) {
+    const HRESULT hr = queue.Receive(down.Sample(mark));
+    queue.SendAnyway();
+    return hr;
+  }
+  void WaitUntilIdle(const COutputQueue& queue) {
+    while (!queue.IsIdle()) SleepMilliseconds(1);
+  }
+
+  Downstream down;
+};
+
+TEST_F(OutputQueue, KeepsSamplesSegmentsAndEndInOrder) {
+  const auto queue = Make();
+  Words expected;
+  for (int i = 0; i < 40; ++i) {
+    if (i % 10 == 0) {
+      queue->NewSegment(i, 100, 1.0);
+      expected.push_back("segment:" + std::to_string(i));
+    }
+    EXPECT_EQ(Send(*queue, i), S_OK);
+    expected.push_back("s:" + std::to_string(i));
+  }
+  queue->EOS();
+  expected.emplace_back("eos");
+  ASSERT_TRUE(down.input->WaitForWords(expected.size()));
+  EXPECT_EQ(down.input->Words(), expected);
+}
+
+TEST_F(OutputQueue, ExactBatchWaitsUntilItIsFull) {
+  const auto queue = Make(3);
+  queue->Receive(down.Sample(1));
+  queue->Receive(down.Sample(2));
+  SleepMilliseconds(20);
+  EXPECT_TRUE(down.input->Words().empty());
+  queue->Receive(down.Sample(3));
+  ASSERT_TRUE(down.input->WaitForWords(3));
+  EXPECT_EQ(down.input->batches, 1);
+}
+
+TEST_F(OutputQueue, EndOfStreamTakesAPartialBatchAlong) {
+  const auto queue = Make(10);
+  queue->Receive(down.Sample(1));
+  queue->Receive(down.Sample(2));
+  queue->EOS();
+  ASSERT_TRUE(down.input->WaitForWords(3));
+  EXPECT_EQ(down.input->Words(), (Words{"s:1", "s:2", "eos"}));
+}
+
+TEST_F(OutputQueue, SamplesSentAnywayAreFreedOneByOne) {
+  CEvent entered;
+  CEvent go(CEvent::Mode::kManual);
+  LONG outAtSecond = 0;
+  down.input->onSample = [&](int mark) {
+    if (mark == 2) outAtSecond = down.Out();
+    entered.Set();
+    go.Wait(5000);
+    return S_OK;
+  };
+  const auto queue = Make();
+  for (int mark = 1; mark <= 3; ++mark) Send(*queue, mark);
+  ASSERT_TRUE(entered.Wait(5000));
+  go.Set();
+  ASSERT_TRUE(down.input->WaitForWords(3));
+  EXPECT_EQ(outAtSecond, 2);
+}
+
+TEST_F(OutputQueue, FirstRefusalDropsWhatFollowsAndIsReported) {
+  CEvent refused;
+  CEvent go;
+  down.input->onSample = [&](int mark) {
+    if (mark != 1) return S_OK;
+    refused.Set();
+    go.Wait(5000);
+    return E_ACCESSDENIED;
+  };
+  const auto queue = Make();
+  Send(*queue, 1);
+  ASSERT_TRUE(refused.Wait(5000));
+  Send(*queue, 2);
+  go.Set();
+  WaitUntilIdle(*queue);
+  EXPECT_EQ(Send(*queue, 3), E_ACCESSDENIED);
+  EXPECT_EQ(down.input->Words(), Words{"s:1"});
+  EXPECT_EQ(down.Out(), 0);
+}
+
+TEST_F(OutputQueue, EndOfStreamPassesARefusal) {
+  down.input->onSample = [](int) { return S_FALSE; };
+  const auto queue = Make();
+  Send(*queue, 1);
+  WaitUntilIdle(*queue);
+  queue->EOS();
+  ASSERT_TRUE(down.input->WaitForWords(2));
+  EXPECT_EQ(down.input->Words(), (Words{"s:1", "eos"}));
+}
+
+TEST_F(OutputQueue, EndOfStreamIsNotRepeatedToAPinThatHasSeenIt) {
+  down.input->onSample = [](int) { return VFW_E_SAMPLE_REJECTED_EOS; };
+  const auto queue = Make();
+  Send(*queue, 1);
+  WaitUntilIdle(*queue);
+  queue->EOS();
+  WaitUntilIdle(*queue);
+  EXPECT_EQ(down.input->Words(), Words{"s:1"});
+}
+
+TEST_F(OutputQueue, FlushDropsWaitingSamplesAndEndsARefusal) {
+  CEvent entered;
+  CEvent flushed;
+  down.input->onFlush = [&] { flushed.Set(); };
+  down.input->onSample = [&](int mark) {
+    if (mark != 1) return S_OK;
+    entered.Set();
+    return flushed.Wait(5000) ? S_FALSE : E_FAIL;
+  };
+  const auto queue = Make();
+  Send(*queue, 1);
+  ASSERT_TRUE(entered.Wait(5000));
+  Send(*queue, 2);
+  queue->BeginFlush();
+  EXPECT_EQ(Send(*queue, 3), S_FALSE);
+  queue->EndFlush();
+  EXPECT_EQ(Send(*queue, 4), S_OK);
+  ASSERT_TRUE(down.input->WaitForWords(4));
+  EXPECT_EQ(down.input->Words(), (Words{"s:1", "flush", "endflush", "s:4"}));
+  WaitUntilIdle(*queue);
+  EXPECT_EQ(down.Out(), 0);
+}
+
+TEST_F(OutputQueue, FlushFromTheQueuesOwnThreadDoesNotWaitForItself) {
+  const auto queue = Make();
+  down.input->onSample = [&](int mark) {
+    if (mark != 1) return S_OK;
+    queue->BeginFlush();
+    queue->EndFlush();
+    EXPECT_EQ(Send(*queue, 9), S_OK);
+    return E_FAIL;  // belongs to the time before the flush: must not refuse the sample after it
+  };
+  Send(*queue, 1);
+  Send(*queue, 2);
+  ASSERT_TRUE(down.input->WaitForWords(4));
+  WaitUntilIdle(*queue);
+  const Words words = down.input->Words();
+  EXPECT_EQ(words.back(), "s:9");
+  EXPECT_EQ(Send(*queue, 10), S_OK);
+}
+
+TEST_F(OutputQueue, ResetEndsARefusal) {
+  down.input->onSample = [](int mark) { return mark == 1 ? E_FAIL : S_OK; };
+  const auto queue = Make();
+  Send(*queue, 1);
+  WaitUntilIdle(*queue);
+  EXPECT_EQ(Send(*queue, 2), E_FAIL);
+  queue->Reset();
+  EXPECT_EQ(Send(*queue, 3), S_OK);
+}
+
+TEST_F(OutputQueue, WithoutAThreadPassesOnOnTheCallingThread) {
+  DWORD receiver = 0;
+  down.input->onSample = [&](int) {
+    receiver = CurrentThreadId();
+    return E_ACCESSDENIED;
+  };
+  const auto queue = Make(1, false);
+  EXPECT_FALSE(queue->IsQueued());
+  EXPECT_EQ(queue->Receive(down.Sample(1)), E_ACCESSDENIED);
+  EXPECT_EQ(receiver, CurrentThreadId());
+}
+
+TEST_F(OutputQueue, AutomaticModeFollowsWhetherReceiveCanBlock) {
+  HRESULT hr = S_OK;
+  const COutputQueue queue(down.input, &hr);
+  EXPECT_EQ(hr, S_OK);
+  EXPECT_FALSE(queue.IsQueued());  // a filter without output pins does not block
+}
+
+TEST_F(OutputQueue, FlushingOptPassesNoFlushOnWhenNothingWasSent) {
+  HRESULT hr = S_OK;
+  COutputQueue queue(down.input, &hr, false, true, 1, false, 4, THREAD_PRIORITY_NORMAL, true);
+  queue.BeginFlush();
+  queue.EndFlush();
+  EXPECT_TRUE(down.input->Words().empty());
+  Send(queue, 1);
+  ASSERT_TRUE(down.input->WaitForWords(1));
+  queue.BeginFlush();
+  queue.EndFlush();
+  EXPECT_EQ(down.input->Words(), (Words{"s:1", "flush", "endflush"}));
+}
+
+TEST_F(OutputQueue, PinWithoutMemInputPinIsRefusedAtConstruction) {
+  HRESULT hr = S_OK;
+  COutputQueue queue(down.output, &hr);
+  EXPECT_EQ(hr, E_NOINTERFACE);
+  EXPECT_EQ(queue.Receive(down.Sample(1)), E_UNEXPECTED);
+  EXPECT_EQ(down.Out(), 0);
+}
+
+}  // namespace
+}  // namespace tarvex::test
