@@ -14,8 +14,8 @@ struct LanguageRow {
   std::string_view englishName;
   std::string_view shownName;  ///< the English name once more
   std::string_view frenchName;
-  std::string_view code;     ///< three letters, or the range "qaa-qtz"
-  std::string_view alpha2;   ///< two letters, or empty
+  std::string_view code;    ///< three letters, or the range "qaa-qtz"
+  std::string_view alpha2;  ///< two letters, or empty
 };
 
 std::span<const LanguageRow> LanguageTable() noexcept;

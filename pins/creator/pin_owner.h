@@ -16,10 +16,10 @@ class PinHost;
 
 class PinOwner {
  public:
-  virtual CBaseFilter* Filter() = 0;     ///< the filter that new pins belong to; not counted
-  virtual CCritSec* FilterLock() = 0;    ///< the lock handed to every pin
-  virtual PinHost* Host() = 0;           ///< what new pins talk to; not counted
-  virtual bool AnnexBOutput() const = 0; ///< H.264 pins start in byte-stream form
+  virtual CBaseFilter* Filter() = 0;      ///< the filter that new pins belong to; not counted
+  virtual CCritSec* FilterLock() = 0;     ///< the lock handed to every pin
+  virtual PinHost* Host() = 0;            ///< what new pins talk to; not counted
+  virtual bool AnnexBOutput() const = 0;  ///< H.264 pins start in byte-stream form
 
   /// Adds a pin at the end of the filter's list, which keeps a reference. A null pin is refused.
   virtual void AppendOutputPin(ComPtr<CMatroskaOutputPin> pin) = 0;

@@ -1,0 +1,28 @@
+// The table's rows, generated when the project is built, and the lookups. Constant data; any thread.
+#include "pins/creator/language_table.h"
+
+#include <algorithm>
+
+namespace tarvex {
+
+namespace {
+
+constexpr LanguageRow kRows[] = {
+#include "pins/creator/language_rows.inc"
+};
+
+}  // namespace
+
+std::span<const LanguageRow> LanguageTable() noexcept { return kRows; }
+
+std::string_view LanguageName(std::string_view code) noexcept {
+  const auto* row = std::ranges::find(kRows, code, &LanguageRow::code);
+  return row == std::end(kRows) ? std::string_view() : row->englishName;
+}
+
+std::string_view LanguageCode(std::string_view englishName) noexcept {
+  const auto* row = std::ranges::find(kRows, englishName, &LanguageRow::englishName);
+  return row == std::end(kRows) ? std::string_view() : row->code;
+}
+
+}  // namespace tarvex
