@@ -33,8 +33,7 @@ class DecodedFrame {
 };
 
 /// `settings` followed by `frame`; nothing when that is more than a frame can be.
-std::optional<DecodedFrame> RestoreHeader(std::span<const std::uint8_t> settings,
-                                          std::span<const std::uint8_t> frame);
+std::optional<DecodedFrame> RestoreHeader(std::span<const std::uint8_t> settings, std::span<const std::uint8_t> frame);
 
 /// What zlib makes of `frame`; nothing when it is corrupt or empty.
 std::optional<DecodedFrame> Inflate(std::span<const std::uint8_t> frame);

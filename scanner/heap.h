@@ -38,8 +38,8 @@ class CHeap {
 
   std::optional<std::uint64_t> Unsigned(std::string_view key) const;
   std::optional<double> Float(std::string_view key) const;
-  std::optional<std::string> String(std::string_view key) const;    ///< narrow text as stored
-  std::optional<WideString> Text(std::string_view key) const;       ///< Unicode text
+  std::optional<std::string> String(std::string_view key) const;                    ///< narrow text as stored
+  std::optional<WideString> Text(std::string_view key) const;                       ///< Unicode text
   std::optional<std::span<const std::uint8_t>> Binary(std::string_view key) const;  ///< view into the element
 
  private:

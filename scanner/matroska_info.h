@@ -24,6 +24,8 @@ class CMatroskaInfo {
 
   /// Appends an empty table, which becomes the current one.
   CHeap& AddTrack();
+  /// The current table is filled: from now on it is found by its number.
+  void FinishTrack();
   /// Index of the table appended last; -1 when there is none.
   std::int32_t CurrentHeap() const { return static_cast<std::int32_t>(m_tracks.size()) - 1; }
 
@@ -34,7 +36,7 @@ class CMatroskaInfo {
   const CHeap* TrackByNumber(std::uint64_t number) const;
   /// Tries 1, 2, 3 and so on until a number has no track; -1 when none so far was a video track.
   std::int64_t FirstVideoTrackNumber() const;
-  /// 100 ns units; 0 when the track or its element is missing. Cheap to ask for every block.
+  /// 100 ns units; 0 when the track or its element is missing.
   std::uint64_t DefaultFrameDuration(std::uint64_t number) const;
 
   /// Nanoseconds.
@@ -47,8 +49,13 @@ class CMatroskaInfo {
   std::string docType;  // empty when absent
 
  private:
-  std::vector<std::unique_ptr<CHeap>> m_tracks;  // in file order
-  mutable std::unordered_map<std::uint64_t, std::uint64_t> m_frameDurations;  // what was asked for already
+  struct NumberedTrack {
+    const CHeap* heap;
+    std::uint64_t frameDuration;  // 100 ns units
+  };
+
+  std::vector<std::unique_ptr<CHeap>> m_tracks;                 // in file order
+  std::unordered_map<std::uint64_t, NumberedTrack> m_byNumber;  // the first of each number
 };
 
 }  // namespace tarvex

@@ -56,8 +56,8 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   LONGLONG m_windowStart = 0;  // stream position of the first
   LONG m_windowBytes = 0;      // valid ones
   LONG m_windowSize = kSmallestWindow;
-  LONGLONG m_next = -1;         // where a sequential read would begin
-  LONGLONG m_knownEnd = 0;      // reads up to here are whole, as far as the reader said
+  LONGLONG m_next = -1;     // where a sequential read would begin
+  LONGLONG m_knownEnd = 0;  // reads up to here are whole, as far as the reader said
   std::uint64_t m_reads = 0;
   std::uint64_t m_upstreamReads = 0;
 };

@@ -1,0 +1,88 @@
+#include "scanner/async_callback.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "framework/message_error.h"
+
+namespace tarvex {
+
+namespace {
+
+constexpr const char* kNoReader = "<CAsyncCallback::read> invalid pointer to IAsyncReader interface";
+constexpr const char* kReadFailed =
+    "<CAsyncCallback::read> failed to read input data using IAsyncReader::SyncRead method";
+
+}  // namespace
+
+void CAsyncCallback::Attach(IAsyncReader* reader) {
+  m_reader = reader;
+  QueryLength();
+}
+
+std::uint64_t CAsyncCallback::QueryLength() {
+  if (m_reader == nullptr) throw MessageError(kNoReader);
+  LONGLONG total = 0;
+  LONGLONG available = 0;
+  static_cast<void>(m_reader->Length(&total, &available));  // without a length the stream is empty
+  m_length = static_cast<std::uint64_t>(std::max<LONGLONG>(total, 0));
+  return m_length;
+}
+
+std::uint32_t CAsyncCallback::read(void* buffer, std::size_t size) {
+  if (m_reader == nullptr) throw MessageError(kNoReader);
+  if (m_position > m_length) return 0;
+  if (size > static_cast<std::size_t>(std::numeric_limits<LONG>::max())) throw MessageError(kReadFailed);
+  const bool crossesEnd = size > m_length - m_position;
+  if (crossesEnd) std::memset(buffer, 0, size);
+  if (!ReadWhole(buffer, static_cast<LONG>(size)) && !crossesEnd) {
+    // The stream became shorter. How many bytes came is not said, so they are read again over zeros.
+    std::memset(buffer, 0, size);
+    ReadWhole(buffer, static_cast<LONG>(size));
+  }
+  m_position += size;
+  return static_cast<std::uint32_t>(size);
+}
+
+bool CAsyncCallback::ReadWhole(void* buffer, LONG size) {
+  const HRESULT result = m_reader->SyncRead(static_cast<LONGLONG>(m_position), size, static_cast<BYTE*>(buffer));
+  if (FAILED(result)) throw MessageError(kReadFailed);
+  return result == S_OK;
+}
+
+void CAsyncCallback::setFilePointer(std::int64_t offset, libebml::seek_mode mode) {
+  // Unsigned, so that a sum out of range wraps around and is refused below.
+  auto target = static_cast<std::uint64_t>(offset);
+  switch (mode) {
+    case libebml::seek_beginning:
+      break;
+    case libebml::seek_current:
+      target = m_position + target;
+      break;
+    case libebml::seek_end:
+      target = m_length - target;
+      break;
+    default:
+      throw MessageError("<CAsyncCallback::setFilePointer> invalid seek mode");
+  }
+  if (static_cast<std::int64_t>(target) >= 0 && target <= m_length) m_position = target;
+}
+
+std::size_t CAsyncCallback::write(const void* /*buffer*/, std::size_t /*size*/) { return 0; }
+
+HRESULT CAsyncCallback::BeginFlush() {
+  if (m_reader == nullptr) {
+    throw MessageError("<CAsyncCallback::BeginFlush> invalid pointer to IAsyncReader interface");
+  }
+  return m_reader->BeginFlush();
+}
+
+HRESULT CAsyncCallback::EndFlush() {
+  if (m_reader == nullptr) {
+    throw MessageError("<CAsyncCallback::EndFlush> invalid pointer to IAsyncReader interface");
+  }
+  return m_reader->EndFlush();
+}
+
+}  // namespace tarvex

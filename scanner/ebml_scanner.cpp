@@ -1,0 +1,167 @@
+#include "scanner/ebml_scanner.h"
+
+#include <ebml/EbmlHead.h>
+#include <ebml/EbmlSubHead.h>
+#include <matroska/KaxChapters.h>
+#include <matroska/KaxInfo.h>
+#include <matroska/KaxInfoData.h>
+#include <matroska/KaxSemantic.h>
+#include <matroska/KaxTracks.h>
+
+#include <new>
+
+#include "framework/log.h"
+#include "framework/message_error.h"
+#include "scanner/chapter_reader.h"
+#include "scanner/cluster_delivery.h"
+#include "scanner/index_search.h"
+#include "scanner/seek_index_builder.h"
+#include "scanner/track_reader.h"
+
+namespace tarvex {
+
+void CEbmlScanner::Reset() noexcept {
+  m_stream.reset();
+  m_byteSource.Detach();
+  m_callback = nullptr;
+  m_seekIndex.clear();
+  m_indexTried = false;
+}
+
+void CEbmlScanner::InitializeStream(IAsyncReader* reader) {
+  m_info.Clear();
+  m_seekIndex.clear();
+  m_indexTried = false;
+  m_byteSource.Attach(reader);
+  m_byteSource.setFilePointer(0);
+  m_stream.reset(new (std::nothrow) libebml::EbmlStream(m_byteSource));
+  if (!m_stream) throw MessageError("<CEbmlScanner::initializeStream> failed to create EBML stream object");
+}
+
+void CEbmlScanner::CanProcess(IAsyncReader* reader) {
+  InitializeStream(reader);
+  ReadHeaders();
+  ReadChapterList();
+  ReadDocType();
+}
+
+void CEbmlScanner::ReadHeaders() {
+  CElementWalker walker = Walker();
+  const auto segment = walker.FindSegment();
+  if (!segment) throw MessageError("<CEbmlScanner::CanProcess> No segment/level 0 element found");
+  m_segmentSize = segment->IsFiniteSize() ? segment->GetSize() : m_byteSource.Length();
+  m_segmentDataStart = segment->GetDataStart();
+  // Either may come first, and a second one of a kind counts as the other.
+  constexpr int kHeaders = 2;
+  for (int headers = 0; headers < kHeaders;) {
+    const ElementPtr child = walker.FindNextChild(*segment);
+    if (!child) return;
+    if (auto* info = ElementAs<libmatroska::KaxInfo>(child.get())) {
+      walker.ReadMaster(*info);
+      ReadInfo(*info);
+      ++headers;
+    } else if (auto* tracks = ElementAs<libmatroska::KaxTracks>(child.get())) {
+      walker.ReadMaster(*tracks);
+      ReadTracks(*tracks, m_info, [this] { OnTrack(); });
+      ++headers;
+    }
+    walker.Skip(*child);
+  }
+}
+
+void CEbmlScanner::ReadInfo(libebml::EbmlMaster& info) {
+  for (const libebml::EbmlElement* child : info) {
+    if (ElementAs<libmatroska::KaxTimecodeScale>(child) != nullptr) {
+      m_info.segmentInfo.Store("KaxTimecodeScale", *child);
+    } else if (ElementAs<libmatroska::KaxDuration>(child) != nullptr) {
+      m_info.segmentInfo.Store("KaxDuration", *child);
+    }
+  }
+}
+
+void CEbmlScanner::ReadChapterList() {
+  CElementWalker walker = Walker();
+  const auto segment = walker.FindSegment();
+  if (!segment) return;
+  const auto chapters = walker.FindThroughSeekHead<libmatroska::KaxChapters>(*segment);
+  if (!chapters) return;
+  walker.ReadMaster(*chapters);
+  m_info.chapters = ReadChapters(*chapters);
+}
+
+void CEbmlScanner::ReadDocType() {
+  constexpr std::uint64_t kMaxDataSize = 0xFFFFFFFF;
+  CElementWalker walker = Walker();
+  walker.MoveTo(0);
+  const ElementPtr element(m_stream->FindNextID(EBML_INFO(libebml::EbmlHead), kMaxDataSize));
+  auto* head = ElementAs<libebml::EbmlHead>(element.get());
+  if (head == nullptr) return;
+  walker.ReadMaster(*head);
+  const auto* docType = ElementAs<libebml::EDocType>(head->FindFirstElt(EBML_INFO(libebml::EDocType)));
+  if (docType != nullptr) m_info.docType = docType->GetValue();
+}
+
+void CEbmlScanner::OnTrack() {
+  if (m_callback == nullptr) {
+    LogText("Scanner callback is not found");
+    return;
+  }
+  m_callback->OnTrack(static_cast<std::uint32_t>(m_info.CurrentHeap()));
+}
+
+bool CEbmlScanner::OnData(const FrameInfo& frame) { return m_callback != nullptr && m_callback->OnData(frame); }
+
+bool CEbmlScanner::EventsPending() const { return m_callback != nullptr && m_callback->ProcessEvents(); }
+
+void CEbmlScanner::BuildIndex() {
+  if (!m_stream || m_indexTried || !m_seekIndex.empty()) return;
+  try {
+    FillIndex();
+  } catch (const MessageError& error) {
+    LogText(error.what());  // playing starts from the front meanwhile
+    m_seekIndex.clear();
+  }
+  Walker().MoveTo(0);
+}
+
+void CEbmlScanner::FillIndex() {
+  const auto eventsPending = [this] { return EventsPending(); };
+  std::vector<SeekPoint> index = IndexFromCues(Walker(), m_info);
+  if (index.empty()) {
+    auto scanned = IndexFromClusters(Walker(), m_info, eventsPending);
+    if (!scanned) return;
+    index = std::move(*scanned);
+  }
+  m_seekIndex = std::move(index);
+  m_indexTried = true;
+}
+
+bool CEbmlScanner::Process() {
+  if (!m_stream) return false;
+  CElementWalker walker = Walker();
+  const auto segment = walker.FindSegment();
+  if (!segment) return false;
+  GoToStart();
+  const std::function<bool(const FrameInfo&)> onFrame = [this](const FrameInfo& frame) { return OnData(frame); };
+  const std::function<bool()> eventsPending = [this] { return EventsPending(); };
+  CClusterDelivery delivery(m_info, onFrame, eventsPending);
+  while (const auto cluster = walker.FindNextCluster(*segment)) {
+    walker.ReadMaster(*cluster);
+    if (!delivery.DeliverCluster(cluster.get())) return true;
+  }
+  return false;
+}
+
+// One entry earlier than the one that covers the start, so that decoders have a picture before it.
+void CEbmlScanner::GoToStart() {
+  if (m_startTime == 0 || m_seekIndex.empty()) return;
+  std::int32_t entry = FindIndexEntry(m_seekIndex, m_startTime, Duration());
+  if (entry > 0) --entry;
+  Walker().MoveTo(m_seekIndex[static_cast<std::size_t>(entry)].position);
+}
+
+bool CEbmlScanner::Decode(FrameInfo& frame, DecodedFrame& owner) const {
+  return DecodeFrame(TrackByNumber(frame.trackNumber), frame, owner);
+}
+
+}  // namespace tarvex

@@ -1,0 +1,26 @@
+#include "scanner/index_search.h"
+
+namespace tarvex {
+
+namespace {
+
+// A time before zero is stored as its two's complement.
+bool IsAfter(const SeekPoint& point, std::uint64_t time) {
+  return static_cast<std::int64_t>(point.time) > static_cast<std::int64_t>(time);
+}
+
+}  // namespace
+
+std::int32_t FindIndexEntry(std::span<const SeekPoint> index, std::uint64_t time, std::uint64_t duration) {
+  if (index.empty()) return 0;
+  const std::uint64_t last = index.size() - 1;
+  std::uint64_t entry = duration == 0 ? 0 : last * time / duration;
+  if (entry > last) return 0;
+  while (entry > 0 && IsAfter(index[entry], time)) --entry;
+  if (!IsAfter(index[entry], time)) {
+    while (entry < last && !IsAfter(index[entry + 1], time)) ++entry;
+  }
+  return static_cast<std::int32_t>(entry);
+}
+
+}  // namespace tarvex

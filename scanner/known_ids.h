@@ -1,0 +1,31 @@
+// The identifiers that mean something at one place of the element tree: those of the place itself, the
+// global ones, and those of every level above. A value made for one search.
+#pragma once
+
+#include <ebml/EbmlElement.h>
+
+#include <bitset>
+#include <cstdint>
+#include <vector>
+
+namespace tarvex {
+
+class CKnownIds {
+ public:
+  /// Voids are left out: they are passed like unknown elements.
+  explicit CKnownIds(const libebml::EbmlSemanticContext& context);
+
+  /// False: no known identifier begins with this byte.
+  bool MayBeginWith(std::uint8_t byte) const { return m_firstBytes[byte]; }
+  /// `id` with its length marker.
+  bool Contains(std::uint32_t id) const;
+
+ private:
+  void AddLevel(const libebml::EbmlSemanticContext& context);
+  void Add(const libebml::EbmlId& id);
+
+  std::vector<std::uint32_t> m_ids;
+  std::bitset<256> m_firstBytes;
+};
+
+}  // namespace tarvex

@@ -1,0 +1,123 @@
+#include "scanner/read_ahead_reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+
+namespace tarvex {
+
+namespace {
+
+constexpr LONGLONG kLastPosition = std::numeric_limits<LONGLONG>::max();
+
+}  // namespace
+
+CReadAheadReader::CReadAheadReader(IAsyncReader* upstream)
+    : CUnknownImpl("CReadAheadReader", nullptr), m_upstream(upstream) {}
+
+HRESULT CReadAheadReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
+  if (iid == IID_IAsyncReader && out != nullptr) return GiveInterface(static_cast<IAsyncReader*>(this), out);
+  return CUnknown::NonDelegatingQueryInterface(iid, out);
+}
+
+HRESULT CReadAheadReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
+  ++m_reads;
+  const bool sensible = llPosition >= 0 && lLength > 0 && llPosition <= kLastPosition - lLength && pBuffer != nullptr;
+  if (!sensible) return ReadBelow(llPosition, lLength, pBuffer);
+  if (m_flushing.load(std::memory_order_acquire)) return VFW_E_WRONG_STATE;
+  const LONG taken = TakeFromWindow(llPosition, lLength, pBuffer);
+  if (taken == lLength) return S_OK;
+  return ReadMissing(llPosition + taken, lLength - taken, pBuffer + taken);
+}
+
+HRESULT CReadAheadReader::ReadBelow(LONGLONG position, LONG length, BYTE* buffer) {
+  if (m_flushing.load(std::memory_order_acquire)) return VFW_E_WRONG_STATE;
+  ++m_upstreamReads;
+  return m_upstream->SyncRead(position, length, buffer);
+}
+
+LONG CReadAheadReader::TakeFromWindow(LONGLONG position, LONG length, BYTE* buffer) const noexcept {
+  const LONGLONG offset = position - m_windowStart;
+  if (offset < 0 || offset >= m_windowBytes) return 0;
+  const LONG taken = static_cast<LONG>(std::min<LONGLONG>(length, m_windowBytes - offset));
+  std::memcpy(buffer, m_window.get() + offset, static_cast<std::size_t>(taken));
+  return taken;
+}
+
+// None of it is in the window.
+HRESULT CReadAheadReader::ReadMissing(LONGLONG position, LONG length, BYTE* buffer) {
+  AdaptWindow(position);
+  if (length < m_windowSize && FillWindow(position, length)) {
+    TakeFromWindow(position, length, buffer);
+    return S_OK;
+  }
+  const HRESULT result = ReadBelow(position, length, buffer);
+  if (result == S_OK) m_next = position + length;
+  return result;
+}
+
+void CReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
+  m_windowSize = position == m_next ? std::min(m_windowSize * 2, kLargestWindow) : kSmallestWindow;
+}
+
+// False: nothing is known of these bytes, so the reader below has to answer for them.
+bool CReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
+  const LONG bytes = BytesToAsk(position, m_windowSize);
+  if (bytes < atLeast) return false;
+  m_windowBytes = 0;
+  if (m_capacity < bytes) {
+    m_window.reset(new (std::nothrow) BYTE[static_cast<std::size_t>(m_windowSize)]);
+    m_capacity = m_window ? m_windowSize : 0;
+    if (!m_window) return false;
+  }
+  // A short read does not tell how much came, and the stream may have more of it next time.
+  if (ReadBelow(position, bytes, m_window.get()) != S_OK) return false;
+  m_windowStart = position;
+  m_windowBytes = bytes;
+  m_next = position + bytes;
+  return true;
+}
+
+// Reading ahead stops where the reader has no more yet: behind it lies the end of the stream, or a wait.
+LONG CReadAheadReader::BytesToAsk(LONGLONG position, LONG wanted) {
+  if (wanted > m_knownEnd - position) {
+    LONGLONG total = 0;
+    LONGLONG available = 0;
+    m_knownEnd = SUCCEEDED(m_upstream->Length(&total, &available)) ? std::min(total, available) : 0;
+  }
+  return static_cast<LONG>(std::clamp<LONGLONG>(m_knownEnd - position, 0, wanted));
+}
+
+HRESULT CReadAheadReader::BeginFlush() {
+  const HRESULT result = m_upstream->BeginFlush();
+  m_flushing.store(true, std::memory_order_release);
+  return result;
+}
+
+HRESULT CReadAheadReader::EndFlush() {
+  const HRESULT result = m_upstream->EndFlush();
+  m_flushing.store(false, std::memory_order_release);
+  return result;
+}
+
+HRESULT CReadAheadReader::RequestAllocator(IMemAllocator* pPreferred, ALLOCATOR_PROPERTIES* pProps,
+                                           IMemAllocator** ppActual) {
+  return m_upstream->RequestAllocator(pPreferred, pProps, ppActual);
+}
+
+HRESULT CReadAheadReader::Request(IMediaSample* pSample, DWORD_PTR dwUser) {
+  return m_upstream->Request(pSample, dwUser);
+}
+
+HRESULT CReadAheadReader::WaitForNext(DWORD dwTimeout, IMediaSample** ppSample, DWORD_PTR* pdwUser) {
+  return m_upstream->WaitForNext(dwTimeout, ppSample, pdwUser);
+}
+
+HRESULT CReadAheadReader::SyncReadAligned(IMediaSample* pSample) { return m_upstream->SyncReadAligned(pSample); }
+
+HRESULT CReadAheadReader::Length(LONGLONG* pTotal, LONGLONG* pAvailable) {
+  return m_upstream->Length(pTotal, pAvailable);
+}
+
+}  // namespace tarvex

@@ -1,0 +1,16 @@
+// Turning a Tracks element into track tables. A free function; runs while a file is opened.
+#pragma once
+
+#include <matroska/KaxTracks.h>
+
+#include <functional>
+
+#include "scanner/matroska_info.h"
+
+namespace tarvex {
+
+/// Appends one table for each track entry of `tracks`, which has been read whole, and calls `onTrack`
+/// after each. What that throws ends the reading.
+void ReadTracks(const libmatroska::KaxTracks& tracks, CMatroskaInfo& info, const std::function<void()>& onTrack);
+
+}  // namespace tarvex
