@@ -1,0 +1,176 @@
+// The worker's life, as state changes, flushes and failures show it.
+#include <chrono>
+
+#include "tests/filter/filter_fixture.h"
+
+namespace tarvex::test {
+namespace {
+
+constexpr const char* kStarted = "CMatroskaSplitter::ThreadProc tm_start";
+constexpr const char* kPaused = "CMatroskaSplitter::ThreadProc tm_pause";
+constexpr const char* kPassEnded = "CMatroskaSplitter::ThreadProc Process exit";
+constexpr const char* kExited = "CMatroskaSplitter::ThreadProc tm_exit";
+constexpr LONG kEcErrorAbort = 3;
+
+// More than the reader's window and the pins' rings hold, so that neither hides a reader or a sink.
+constexpr MovieShape kLongMovie = {.frames = 1500, .frameSize = 10000};
+
+class Worker : public FilterTest {
+ protected:
+  void SetUp() override { m_log.emplace(Splitter()); }
+  void TearDown() override {
+    m_log.reset();
+    FilterTest::TearDown();
+  }
+
+  bool WaitForText(const char* text) {
+    for (DWORD waited = 0; waited < kPatience; waited += 5) {
+      if (m_log->Contains(text)) return true;
+      SleepMilliseconds(5);
+    }
+    return false;
+  }
+  /// In milliseconds.
+  template <class Call>
+  long long TimeOf(Call call) {
+    const auto begin = std::chrono::steady_clock::now();
+    call();
+    const auto passed = std::chrono::steady_clock::now() - begin;
+    return std::chrono::duration_cast<std::chrono::milliseconds>(passed).count();
+  }
+  HRESULT Seek(REFERENCE_TIME time) {
+    const auto seeking = QueryFor<IMediaSeeking>(Graph().OutputPins().front().Get());
+    return seeking->SetPositions(&time, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning);
+  }
+
+  std::optional<LogCapture> m_log;
+};
+
+TEST_F(Worker, StopWithoutOneSaysSo) { EXPECT_EQ(Splitter()->Stop(), S_FALSE); }
+
+TEST_F(Worker, UnconnectedFilterStartsAndEndsOneWithoutDelivering) {
+  EXPECT_EQ(Splitter()->Pause(), S_OK);
+  EXPECT_TRUE(WaitForText(kPassEnded));
+  EXPECT_EQ(Splitter()->Stop(), S_OK);
+  EXPECT_EQ(m_log->CountOf(kStarted), 1u);
+  EXPECT_EQ(m_log->CountOf(kExited), 1u);
+  EXPECT_EQ(m_log->CountOf("EndOfStream"), 0u);
+}
+
+TEST_F(Worker, NoConnectedOutputMeansNoPass) {
+  OpenMovie({});
+  EXPECT_EQ(Splitter()->Pause(), S_OK);
+  EXPECT_TRUE(WaitForText(kPassEnded));
+  EXPECT_EQ(m_log->CountOf("EndOfStream"), 0u);
+  Splitter()->Stop();
+}
+
+TEST_F(Worker, SecondPauseStartsNothing) {
+  OpenMovie({});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  EXPECT_EQ(Splitter()->Pause(), S_OK);
+  EXPECT_EQ(Splitter()->Pause(), S_OK);
+  Splitter()->Stop();
+  EXPECT_EQ(m_log->CountOf(kStarted), 1u);
+  EXPECT_EQ(m_log->CountOf("Pause"), 2u);
+}
+
+TEST_F(Worker, EveryRunEndsWithOneEndOfStreamPerPin) {
+  OpenMovie({});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  for (int run = 0; run < 2; ++run) {
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    ASSERT_TRUE(Graph().WaitForEnd());
+    ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
+    for (const auto& sink : Graph().Sinks()) {
+      EXPECT_EQ(sink->CountOf(SinkEvent::Kind::kEndOfStream), 1u);
+      EXPECT_EQ(sink->CountOf(SinkEvent::Kind::kSample), 100u);
+      sink->Clear();
+    }
+  }
+  EXPECT_EQ(m_log->CountOf(kExited), 2u);
+}
+
+TEST_F(Worker, UnconnectedPinDoesNotKeepTheOthersBack) {
+  OpenMovie({.videos = 0, .audios = 2});
+  ASSERT_EQ(Graph().ConnectSink(Graph().OutputPins().front().Get(), SinkKind::kCounting), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  EXPECT_TRUE(Graph().WaitForEnd());
+}
+
+TEST_F(Worker, SeekWhileRunningPausesAndStartsIt) {
+  OpenMovie(kLongMovie);
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kSlow), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ASSERT_TRUE(Graph().Sink(0).WaitForSample(kPatience));
+  EXPECT_LT(TimeOf([this] { EXPECT_EQ(Seek(10'000'000), S_OK); }), 1000);
+  EXPECT_EQ(m_log->CountOf(kPaused), 1u);
+  EXPECT_EQ(m_log->CountOf(kStarted), 2u);
+}
+
+TEST_F(Worker, SeekWhileStoppedStartsNothing) {
+  OpenMovie({});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  EXPECT_EQ(Seek(10'000'000), S_OK);
+  EXPECT_EQ(m_log->CountOf(kStarted), 0u);
+  EXPECT_EQ(m_log->CountOf("BeginFlush"), 0u);
+}
+
+TEST_F(Worker, StopEndsAReadThatOnlyAFlushEnds) {
+  const auto source = OpenMovie(kLongMovie);
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Pause()));  // prepares the index, which the next start then has
+  ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
+  source->BlockFrom(0);
+  ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
+  ASSERT_TRUE(source->WaitUntilBlocked(kPatience));
+  EXPECT_LT(TimeOf([this] { Graph().Stop(); }), 1000);
+  EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 100)) << "our own flush was reported as a failure";
+}
+
+TEST_F(Worker, StopEndsAWaitForRoomThatDownstreamNeverGives) {
+  OpenMovie(kLongMovie);
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kHolding), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ASSERT_TRUE(Graph().Sink(0).WaitForSample(kPatience));
+  SleepMilliseconds(200);  // until the ring is full
+  EXPECT_LT(TimeOf([this] { Splitter()->Stop(); }), 1000);
+  EXPECT_EQ(m_log->CountOf(kExited), 1u);
+  EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 100));
+}
+
+TEST_F(Worker, ReadFailureInTheMiddleAbortsTheGraph) {
+  const auto source = OpenMovie(kLongMovie);
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  source->FailFrom(5, E_FAIL);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  EXPECT_TRUE(Graph().WaitForEvent(kEcErrorAbort));
+  EXPECT_EQ(m_log->CountOf("EndOfStream"), 0u);
+  EXPECT_LT(TimeOf([this] { Graph().Stop(); }), 1000);
+}
+
+TEST_F(Worker, FrameThatNoRingCanHoldAbortsTheGraph) {
+  OpenMovie({.videos = 0, .frames = 1, .frameSize = 10'485'601});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  EXPECT_TRUE(Graph().WaitForEvent(kEcErrorAbort));
+  EXPECT_TRUE(m_log->Contains("CSampleBuffer::GetSample size of buffer less than sample")) << m_log->Joined();
+}
+
+TEST_F(Worker, RefusalDownstreamEndsThePassWithoutEndOfStream) {
+  OpenMovie({.videos = 0, .frames = 2000});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kRefusing), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  EXPECT_TRUE(WaitForText("CMatroskaSplitter::OnData failed"));
+  EXPECT_TRUE(WaitForText(kPassEnded));
+  EXPECT_EQ(m_log->CountOf("EndOfStream"), 0u);
+}
+
+TEST_F(Worker, LastReferenceGivenBackWhileItRunsEndsIt) {
+  // Without a graph, which would stop the filter.
+  const ComPtr<IBaseFilter> splitter = CreateSplitter();
+  EXPECT_EQ(splitter->Pause(), S_OK);
+}
+
+}  // namespace
+}  // namespace tarvex::test
