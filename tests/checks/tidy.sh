@@ -1,5 +1,6 @@
 #!/bin/sh
 # Runs clang-tidy over the sources of a build folder, two at a time. Usage: tests/checks/tidy.sh PRESET
+# For a Windows preset only those sources are taken that the native build does not have.
 # A source that passed is not checked again until it, a header of ours that it includes, the list of
 # checks or clang-tidy itself changes: build/tidy keeps a mark per passed content.
 set -eu
@@ -10,6 +11,20 @@ preset=${1:?usage: tests/checks/tidy.sh PRESET}
 build=$root/build/$preset
 marks=$root/build/tidy
 mkdir -p "$marks"
+
+# clang knows the target but not where Debian keeps the cross compiler's headers.
+windows_arguments='' only=.
+case $preset in
+  windows-*)
+    library=$(x86_64-w64-mingw32-g++-posix -print-libgcc-file-name)
+    library=$(dirname -- "$library")/include/c++
+    only='^(host|module|pages|framework/platform/windows|tests/host)/'
+    for argument in --target=x86_64-w64-mingw32 -nostdinc++ "-isystem$library" \
+      "-isystem$library/x86_64-w64-mingw32" -isystem/usr/x86_64-w64-mingw32/include; do
+      windows_arguments="$windows_arguments --extra-arg=$argument"
+    done
+    ;;
+esac
 common=$({ clang-tidy --version && cat .clang-tidy && echo "$preset"; } | sha256sum)
 
 # One line for each object file: its own source first, then what it includes of ours.
@@ -22,7 +37,7 @@ sources_with_headers() {
       if (index(path, "../../") == 1) path = root substr(path, 7)
       if (index(path, root) == 1 && index(path, generated) != 1) line = line (line == "" ? "" : " ") substr(path, length(root) + 1)
     }
-    END { flush() }' | grep -E '^[^ ]+\.cpp' | sort -u
+    END { flush() }' | grep -E '^[^ ]+\.cpp' | grep -E "$only" | sort -u
 }
 
 mark_of() {
@@ -39,17 +54,17 @@ sources_with_headers | while read -r files; do
   if [ ! -e "$marks/$mark" ]; then
     echo "$source $mark"
   fi
-done >"$marks/todo"
+done >"$marks/$preset.todo"
 
-echo "$(wc -l <"$marks/todo") sources to check"
+echo "$(wc -l <"$marks/$preset.todo") sources to check"
 # shellcheck disable=SC2016  # expanded by the inner shell
-xargs -P 2 -L 1 sh -c '
+TIDY_ARGUMENTS=$windows_arguments xargs -r -P 2 -L 1 sh -c '
   build=$1 marks=$2 source=$3 mark=$4
-  if clang-tidy --quiet -p "$build" ${TARVEX_TIDY_ARGS:-} "$source" >"$marks/$mark.log" 2>&1; then
+  if clang-tidy --quiet -p "$build" $TIDY_ARGUMENTS "$source" >"$marks/$mark.log" 2>&1; then
     rm -f "$marks/$mark.log"
     : >"$marks/$mark"
   else
     grep -v "warnings\? generated" "$marks/$mark.log" || true
     rm -f "$marks/$mark.log"
     exit 1
-  fi' sh "$build" "$marks" <"$marks/todo"
+  fi' sh "$build" "$marks" <"$marks/$preset.todo"
