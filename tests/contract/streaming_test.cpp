@@ -1,0 +1,151 @@
+// The order of what reaches a sink: segments, samples, flushes and the end.
+#include "framework/thread.h"
+#include "tests/contract/contract_fixture.h"
+
+namespace tarvex::test {
+namespace {
+
+using Kind = SinkEvent::Kind;
+
+class Streaming : public OpenedTest {
+ protected:
+  void PlayToEnd(SinkKind kind = SinkKind::kCounting) {
+    ASSERT_EQ(Graph().ConnectSinks(kind), S_OK);
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    ASSERT_TRUE(Graph().WaitForEnd());
+  }
+  // A segment, all samples, the end.
+  static void ExpectOnePass(CSinkFilter& sink, std::size_t frames) {
+    const std::vector<SinkEvent> events = sink.Events();
+    ASSERT_EQ(events.size(), frames + 2);
+    EXPECT_EQ(events.front().kind, Kind::kNewSegment);
+    EXPECT_EQ(events.front().start, 0);
+    EXPECT_EQ(events.front().rate, 1.0);
+    EXPECT_EQ(events[1].start, 0);
+    EXPECT_TRUE(events[1].discontinuity);
+    for (std::size_t k = 1; k <= frames; ++k) {
+      ASSERT_EQ(events[k].kind, Kind::kSample);
+      EXPECT_EQ(events[k].start, static_cast<REFERENCE_TIME>(k - 1) * 400000);
+      EXPECT_EQ(events[k].stop - events[k].start, 400000);
+      EXPECT_EQ(events[k].discontinuity, k == 1);
+    }
+    EXPECT_EQ(events.back().kind, Kind::kEndOfStream);
+  }
+};
+
+TEST_F(Streaming, OneSegmentPrecedesTheSamplesAndOneEndFollows) {
+  PlayToEnd();
+  for (const auto& sink : Graph().Sinks()) ExpectOnePass(*sink, 100);
+}
+
+TEST_F(Streaming, ASecondRunDeliversFromTheStartAgain) {
+  PlayToEnd();
+  ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
+  for (const auto& sink : Graph().Sinks()) sink->Clear();
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ASSERT_TRUE(Graph().WaitForEnd());
+  for (const auto& sink : Graph().Sinks()) ExpectOnePass(*sink, 100);
+}
+
+TEST_F(Streaming, RunAfterPauseDoesNotStartOver) {
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
+  ASSERT_TRUE(Graph().WaitForEnd());
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
+  ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
+  for (const auto& sink : Graph().Sinks()) ExpectOnePass(*sink, 100);
+}
+
+TEST_F(Streaming, AFileWithoutFramesEndsAtOnce) {
+  OpenMovie({.frames = 0});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ASSERT_TRUE(Graph().WaitForEnd());
+  for (const auto& sink : Graph().Sinks()) EXPECT_EQ(sink->Events().size(), 1U);
+}
+
+TEST_F(Streaming, AFlushFromUpstreamReachesEverySinkInOrder) {
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
+  ASSERT_TRUE(Graph().WaitForEnd());
+  EXPECT_EQ(Graph().InputPin()->BeginFlush(), S_OK);
+  EXPECT_EQ(Graph().InputPin()->EndFlush(), S_OK);
+  for (const auto& sink : Graph().Sinks()) {
+    const std::vector<SinkEvent> events = sink->Events();
+    ASSERT_GE(events.size(), 2U);
+    EXPECT_EQ(events[events.size() - 2].kind, Kind::kBeginFlush);
+    EXPECT_EQ(events.back().kind, Kind::kEndFlush);
+  }
+}
+
+TEST_F(Streaming, AfterAFlushTheNextSampleOpensANewSegment) {
+  OpenMovie({.videos = 0, .audios = 1, .frames = 400, .frameSize = 60000});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kHolding), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  CSinkFilter& sink = Graph().Sink(0);
+  ASSERT_TRUE(sink.WaitForSample(kPatience));
+  EXPECT_EQ(Graph().InputPin()->BeginFlush(), S_OK);
+  sink.Clear();
+  EXPECT_EQ(Graph().InputPin()->EndFlush(), S_OK);
+  ASSERT_TRUE(sink.WaitForSample(kPatience));
+  const std::vector<SinkEvent> events = sink.Events();
+  ASSERT_GE(events.size(), 3U);
+  EXPECT_EQ(events[0].kind, Kind::kEndFlush);
+  EXPECT_EQ(events[1].kind, Kind::kNewSegment);
+  EXPECT_EQ(events[2].kind, Kind::kSample);
+  EXPECT_TRUE(events[2].discontinuity);
+}
+
+TEST_F(Streaming, NothingIsDeliveredBetweenBeginFlushAndEndFlush) {
+  OpenMovie({.videos = 1, .audios = 1, .frames = 2000});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kSlow), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ASSERT_TRUE(Graph().Sink(0).WaitForSample(kPatience));
+  ASSERT_EQ(Graph().InputPin()->BeginFlush(), S_OK);
+  SleepMilliseconds(50);
+  ASSERT_EQ(Graph().InputPin()->EndFlush(), S_OK);
+  for (const auto& sink : Graph().Sinks()) {
+    bool flushing = false;
+    for (const SinkEvent& event : sink->Events()) {
+      if (event.kind == Kind::kEndFlush) flushing = false;
+      EXPECT_FALSE(flushing && event.kind != Kind::kEndFlush) << "in the middle of a flush";
+      if (event.kind == Kind::kBeginFlush) flushing = true;
+    }
+    EXPECT_FALSE(flushing);
+  }
+}
+
+TEST_F(Streaming, AnEndFromUpstreamIsPassedOnOnce) {
+  PlayToEnd();
+  EXPECT_EQ(Graph().InputPin()->EndOfStream(), S_OK);
+  for (const auto& sink : Graph().Sinks()) EXPECT_EQ(sink->CountOf(Kind::kEndOfStream), 1U);
+}
+
+TEST_F(Streaming, ARefusingSinkDoesNotKeepTheOtherFromItsEnd) {
+  ASSERT_EQ(Graph().ConnectSink(Output(0).Get(), SinkKind::kRefusing), S_OK);
+  ASSERT_EQ(Graph().ConnectSink(Output(1).Get(), SinkKind::kCounting), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  Graph().Sink(1).WaitForEnd(500);
+  EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+  // A queue that was refused discards the rest; the sink is not asked again and again.
+  EXPECT_EQ(Graph().Sink(0).Samples().size(), 1U);
+}
+
+TEST_F(Streaming, AReadErrorInThePassIsToldToTheGraph) {
+  OpenMovie({.frames = 5000, .frameSize = 4000});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kSlow), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ASSERT_TRUE(Graph().Sink(0).WaitForSample(kPatience));
+  m_source->FailFrom(0, E_FAIL);
+  EXPECT_TRUE(Graph().WaitForEvent(EC_ERRORABORT));
+}
+
+TEST_F(Streaming, ShortReadsChangeNothing) {
+  m_source->SetLongestRead(7);
+  PlayToEnd();
+  for (const auto& sink : Graph().Sinks()) ExpectOnePass(*sink, 100);
+}
+
+}  // namespace
+}  // namespace tarvex::test

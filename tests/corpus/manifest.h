@@ -1,0 +1,88 @@
+// The corpus manifest as values: what each file holds and what a reader must find in it. Read once by
+// corpus_test; never changed afterwards.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarvex::test {
+
+/// Bytes that are known by their length and checksum.
+struct Blob {
+  std::uint64_t size = 0;
+  std::string sha1;
+};
+
+/// One track entry. What is absent in the file is absent here, unless noted.
+struct ManifestTrack {
+  std::optional<std::uint32_t> number;
+  std::optional<std::uint32_t> type;
+  std::optional<std::string> codecId;
+  std::string language;  ///< "eng" when absent
+  std::string name;
+  std::optional<Blob> codecPrivate;
+  std::optional<std::uint64_t> defaultDuration;  ///< nanoseconds
+  std::optional<std::uint32_t> pixelWidth;
+  std::optional<std::uint32_t> pixelHeight;
+  std::uint32_t displayWidth = 0;
+  std::uint32_t displayHeight = 0;
+  double samplingFrequency = 8000.0;  ///< the format's default when absent
+  std::uint32_t channels = 1;
+  std::uint32_t bitDepth = 0;
+  std::optional<Blob> sequenceHeader;  ///< parameter sets of an avcC
+};
+
+/// Times in 100 ns units; the payload is that after content decoding.
+struct ManifestFrame {
+  std::int64_t time = 0;
+  std::int64_t duration = 0;
+  bool key = false;
+  std::uint32_t size = 0;
+  std::string sha1;
+
+  friend bool operator==(const ManifestFrame&, const ManifestFrame&) = default;
+};
+
+/// The frames of one track number, in file order.
+struct ManifestFrames {
+  std::size_t count = 0;
+  std::size_t afterDamage = 0;       ///< how many of them come after the first damage
+  std::vector<ManifestFrame> rows;   ///< all of them, or empty when there are sums instead
+  std::vector<ManifestFrame> first;  ///< with sums: the first few
+  std::string linesSha256;           ///< over LineOf of every frame
+};
+
+struct ManifestChapter {
+  std::string name;  ///< UTF-8
+  std::int64_t start = 0;
+  std::int64_t end = 0;
+};
+
+struct ManifestFile {
+  std::string name;  ///< below the corpus folder
+  std::string path;
+  std::string docType;
+  bool opens = true;
+  std::string message;  ///< of a refusal; empty where the text is left open
+  bool robustness = false;
+  bool upToDamage = false;
+  std::string disputed;
+  std::int64_t duration = 0;  ///< 100 ns units
+  std::vector<ManifestTrack> tracks;
+  std::map<std::uint32_t, ManifestFrames> frames;
+  std::vector<ManifestChapter> chapters;
+};
+
+/// The line of the sums: "time duration key size sha1\n".
+std::string LineOf(const ManifestFrame& frame);
+
+/// Where the corpus is: the folder that TARVEX_CORPUS names, or the repository's own choice.
+std::string CorpusFolder();
+
+/// All files of the corpus in `folder`. Throws std::exception when the manifest cannot be read.
+std::vector<ManifestFile> ReadManifest(const std::string& folder);
+
+}  // namespace tarvex::test

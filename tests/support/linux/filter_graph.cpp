@@ -1,0 +1,141 @@
+// See filter_graph.h. What no filter or test calls answers E_NOTIMPL.
+#include "tests/support/linux/filter_graph.h"
+
+#include <algorithm>
+#include <ranges>
+
+namespace tarvex::test {
+
+CFilterGraph::~CFilterGraph() {
+  for (const ComPtr<IBaseFilter>& filter : m_filters) filter->JoinFilterGraph(nullptr, nullptr);
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::NonDelegatingQueryInterface(REFIID iid, void** out) {
+  if (iid == IID_IFilterGraph || iid == IID_IGraphBuilder) return GiveInterface(static_cast<IGraphBuilder*>(this), out);
+  if (iid == IID_IMediaControl) return GiveInterface(static_cast<IMediaControl*>(this), out);
+  if (iid == IID_IMediaEvent) return GiveInterface(static_cast<IMediaEvent*>(this), out);
+  if (iid == IID_IMediaEventSink) return GiveInterface(static_cast<IMediaEventSink*>(this), out);
+  return CUnknown::NonDelegatingQueryInterface(iid, out);
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::AddFilter(IBaseFilter* pFilter, LPCWSTR pName) {
+  const HRESULT result = pFilter->JoinFilterGraph(static_cast<IGraphBuilder*>(this), pName);
+  if (SUCCEEDED(result)) m_filters.emplace_back(pFilter);
+  return result;
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::RemoveFilter(IBaseFilter* pFilter) {
+  const auto found = std::find_if(m_filters.begin(), m_filters.end(),
+                                  [pFilter](const ComPtr<IBaseFilter>& filter) { return filter.Get() == pFilter; });
+  if (found == m_filters.end()) return E_FAIL;
+  pFilter->JoinFilterGraph(nullptr, nullptr);
+  m_filters.erase(found);
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::ConnectDirect(IPin* ppinOut, IPin* ppinIn, const AM_MEDIA_TYPE* pmt) {
+  return ppinOut->Connect(ppinIn, pmt);
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::Disconnect(IPin* ppin) { return ppin->Disconnect(); }
+
+template <class Change>
+HRESULT CFilterGraph::ChangeState(OAFilterState state, Change change) {
+  HRESULT result = S_OK;
+  for (const ComPtr<IBaseFilter>& filter : m_filters | std::views::reverse) {
+    const HRESULT one = change(*filter);
+    if (FAILED(one) && SUCCEEDED(result)) result = one;
+  }
+  m_state = state;
+  return result;
+}
+
+// Renderers stand at the end and change first, so that they are ready for what comes.
+HRESULT STDMETHODCALLTYPE CFilterGraph::Pause() {
+  return ChangeState(State_Paused, [](IBaseFilter& filter) { return filter.Pause(); });
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::Run() {
+  const HRESULT paused = m_state == State_Stopped ? Pause() : S_OK;
+  if (FAILED(paused)) return paused;
+  return ChangeState(State_Running, [](IBaseFilter& filter) { return filter.Run(0); });
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::Stop() {
+  return ChangeState(State_Stopped, [](IBaseFilter& filter) { return filter.Stop(); });
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::GetState(LONG /*msTimeout*/, OAFilterState* pfs) {
+  *pfs = m_state;
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::Notify(LONG EventCode, LONG_PTR EventParam1, LONG_PTR EventParam2) {
+  const CAutoLock lock(m_eventLock);
+  m_events.push_back({EventCode, EventParam1, EventParam2});
+  m_notified.Set();
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::GetEvent(LONG* lEventCode, LONG_PTR* lParam1, LONG_PTR* lParam2,
+                                                 LONG msTimeout) {
+  do {
+    const CAutoLock lock(m_eventLock);
+    if (m_events.empty()) continue;
+    *lEventCode = m_events.front().code;
+    *lParam1 = m_events.front().first;
+    *lParam2 = m_events.front().second;
+    m_events.pop_front();
+    return S_OK;
+  } while (m_notified.Wait(static_cast<DWORD>(msTimeout)));
+  return E_ABORT;
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::FreeEventParams(LONG /*lEvCode*/, LONG_PTR /*lParam1*/, LONG_PTR /*lParam2*/) {
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CFilterGraph::EnumFilters(IEnumFilters** /*ppEnum*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::FindFilterByName(LPCWSTR /*pName*/, IBaseFilter** /*ppFilter*/) {
+  return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CFilterGraph::Reconnect(IPin* /*ppin*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::SetDefaultSyncSource() { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::Connect(IPin* /*ppinOut*/, IPin* /*ppinIn*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::Render(IPin* /*ppinOut*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::RenderFile(LPCWSTR /*lpcwstrFile*/, LPCWSTR /*lpcwstrPlayList*/) {
+  return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CFilterGraph::AddSourceFilter(LPCWSTR /*lpcwstrFileName*/, LPCWSTR /*lpcwstrFilterName*/,
+                                                        IBaseFilter** /*ppFilter*/) {
+  return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CFilterGraph::SetLogFile(DWORD_PTR /*hFile*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::Abort() { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::ShouldOperationContinue() { return S_OK; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::GetTypeInfoCount(UINT* /*pctinfo*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::GetTypeInfo(UINT /*iTInfo*/, LCID /*lcid*/, ITypeInfo** /*ppTInfo*/) {
+  return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CFilterGraph::GetIDsOfNames(REFIID /*riid*/, LPOLESTR* /*rgszNames*/, UINT /*cNames*/,
+                                                      LCID /*lcid*/, DISPID* /*rgDispId*/) {
+  return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CFilterGraph::Invoke(DISPID /*dispIdMember*/, REFIID /*riid*/, LCID /*lcid*/, WORD /*wFlags*/,
+                                               DISPPARAMS* /*pDispParams*/, VARIANT* /*pVarResult*/,
+                                               EXCEPINFO* /*pExcepInfo*/, UINT* /*puArgErr*/) {
+  return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CFilterGraph::RenderFile(BSTR /*strFilename*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::AddSourceFilter(BSTR /*strFilename*/, IDispatch** /*ppUnk*/) {
+  return E_NOTIMPL;
+}
+HRESULT STDMETHODCALLTYPE CFilterGraph::get_FilterCollection(IDispatch** /*ppUnk*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::get_RegFilterCollection(IDispatch** /*ppUnk*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::StopWhenReady() { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::GetEventHandle(OAEVENT* /*hEvent*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::WaitForCompletion(LONG /*msTimeout*/, LONG* /*pEvCode*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::CancelDefaultHandling(LONG /*lEvCode*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::RestoreDefaultHandling(LONG /*lEvCode*/) { return E_NOTIMPL; }
+
+}  // namespace tarvex::test

@@ -1,0 +1,44 @@
+// test_system.h for Linux.
+#include "tests/support/test_system.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "tests/support/linux/filter_graph.h"
+#include "tests/support/source_filter.h"
+
+namespace tarvex::test {
+
+ComPtr<IGraphBuilder> CreateFilterGraph() { return MakeCom<CFilterGraph>(); }
+
+ComPtr<IBaseFilter> CreateFileSource(const std::string& path) { return CSourceFilter::FromFile(path); }
+
+std::string SystemPath(const std::string& path) { return path; }
+
+std::uint32_t OpenHandles() {
+  const std::filesystem::directory_iterator entries("/proc/self/fd");
+  return static_cast<std::uint32_t>(std::distance(begin(entries), end(entries)));
+}
+
+std::uint64_t MemoryInUse() {
+  std::ifstream statm("/proc/self/statm");
+  std::uint64_t total = 0;
+  std::uint64_t resident = 0;
+  statm >> total >> resident;
+  return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+bool RunsFullByDefault() { return false; }
+
+bool IsInstrumented() {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  return true;
+#else
+  return false;
+#endif
+}
+
+}  // namespace tarvex::test

@@ -1,0 +1,116 @@
+// A filter with one input pin that stands at the end of a test graph: it takes any media type, writes
+// down what reaches it, and can be slow, hold samples, block or refuse. A test owns it through ComPtr
+// and reads its record from any thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "framework/base_filter.h"
+#include "framework/base_input_pin.h"
+#include "framework/event.h"
+#include "framework/owned_pin.h"
+
+namespace tarvex::test {
+
+enum class SinkKind {
+  kRecording,  ///< takes and writes down every sample
+  kCounting,   ///< the same without checksums
+  kSlow,       ///< takes a few milliseconds for each
+  kHolding,    ///< keeps samples until it is stopped, flushed or told to let go
+  kBlocking,   ///< stays in Receive until it is stopped or flushed
+  kRefusing    ///< answers VFW_E_SAMPLE_REJECTED
+};
+inline constexpr SinkKind kAllSinkKinds[] = {SinkKind::kRecording, SinkKind::kSlow, SinkKind::kHolding,
+                                             SinkKind::kBlocking};
+const char* NameOf(SinkKind kind);
+
+/// One thing that reached a sink, in order.
+struct SinkEvent {
+  enum class Kind { kNewSegment, kSample, kEndOfStream, kBeginFlush, kEndFlush };
+  Kind kind = Kind::kSample;
+  REFERENCE_TIME start = 0;  ///< of the sample or segment, 100 ns units
+  REFERENCE_TIME stop = 0;
+  double rate = 0;
+  bool key = false;
+  bool discontinuity = false;
+  bool preroll = false;
+  std::uint32_t size = 0;
+  std::string sha1 = {};  ///< empty unless the sink records
+};
+
+class CSinkPin;
+
+class CSinkFilter : public CBaseFilter {
+ public:
+  static ComPtr<CSinkFilter> Create(SinkKind kind);
+  ~CSinkFilter() override;
+
+  int GetPinCount() override { return 1; }
+  CBasePin* GetPin(int index) override;
+  HRESULT STDMETHODCALLTYPE Stop() override;
+
+  CSinkPin* Pin() const noexcept { return m_pin.Get(); }
+  SinkKind Kind() const noexcept { return m_kind; }
+
+  std::vector<SinkEvent> Events();
+  std::vector<SinkEvent> Samples();
+  std::size_t CountOf(SinkEvent::Kind kind);
+  /// Forgets what was written down.
+  void Clear();
+
+  bool WaitForEnd(DWORD milliseconds) { return m_ended.Wait(milliseconds); }
+  /// Until the first sample has reached the pin.
+  bool WaitForSample(DWORD milliseconds) { return m_sampled.Wait(milliseconds); }
+  /// A holding sink gives all its samples back.
+  void LetGo();
+  /// Called in Receive, on the thread that delivers, before the sample is written down.
+  void OnSample(std::function<void(IMediaSample*)> call) { m_onSample = std::move(call); }
+
+ private:
+  friend class CSinkPin;
+  explicit CSinkFilter(SinkKind kind);
+  HRESULT Take(IMediaSample* sample);
+  void Record(SinkEvent event);
+  void End();
+  void Unblock();
+  void Block();
+
+  const SinkKind m_kind;
+  CCritSec m_filterLock{"CSinkFilter", LockRank::kUnranked};
+  CCritSec m_recordLock{"CSinkFilter record", LockRank::kUnranked};
+  std::vector<SinkEvent> m_events;           // under m_recordLock
+  std::vector<ComPtr<IMediaSample>> m_held;  // under m_recordLock
+  std::function<void(IMediaSample*)> m_onSample;
+  CEvent m_ended{CEvent::Mode::kManual};
+  CEvent m_sampled{CEvent::Mode::kManual};
+  CEvent m_released{CEvent::Mode::kManual};  // ends Receive of a blocking sink
+  OwnedPin<CSinkPin> m_pin;
+};
+
+class CSinkPin : public CBaseInputPin {
+ public:
+  explicit CSinkPin(CSinkFilter* filter, CCritSec* lock);
+
+  HRESULT CheckMediaType(const CMediaType* type) override;
+  HRESULT Active() override;
+  HRESULT Inactive() override;
+
+  HRESULT STDMETHODCALLTYPE Receive(IMediaSample* pSample) override;
+  HRESULT STDMETHODCALLTYPE ReceiveCanBlock() override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE EndOfStream() override;
+  HRESULT STDMETHODCALLTYPE BeginFlush() override;
+  HRESULT STDMETHODCALLTYPE EndFlush() override;
+  HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
+
+  /// From now on no media type is good enough.
+  void RefuseTypes() { m_refuseTypes = true; }
+
+ private:
+  CSinkFilter& m_sink;
+  std::atomic<bool> m_refuseTypes{false};
+};
+
+}  // namespace tarvex::test

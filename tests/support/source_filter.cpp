@@ -1,0 +1,153 @@
+// See source_filter.h.
+#include "tests/support/source_filter.h"
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+#include <stdexcept>
+
+#include "framework/thread.h"
+
+namespace tarvex::test {
+namespace {
+
+// {2B0A2C2E-0B1C-4D52-8A4B-4C3B5B1D7A31}
+constexpr GUID kSourceClass = {0x2B0A2C2E, 0x0B1C, 0x4D52, {0x8A, 0x4B, 0x4C, 0x3B, 0x5B, 0x1D, 0x7A, 0x31}};
+constexpr DWORD kPollInterval = 2;  // milliseconds between looks at two events
+
+}  // namespace
+
+std::vector<std::uint8_t> ReadWholeFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary | std::ios::ate);
+  if (!file) throw std::runtime_error("cannot read " + path);
+  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(file.tellg()));
+  file.seekg(0);
+  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  return bytes;
+}
+
+ComPtr<CSourceFilter> CSourceFilter::FromFile(const std::string& path) { return FromBytes(ReadWholeFile(path)); }
+
+ComPtr<CSourceFilter> CSourceFilter::FromBytes(std::vector<std::uint8_t> bytes) {
+  return ComPtr<CSourceFilter>(new CSourceFilter(std::move(bytes)));
+}
+
+CSourceFilter::CSourceFilter(std::vector<std::uint8_t> bytes)
+    : CBaseFilter("CSourceFilter", nullptr, &m_filterLock, kSourceClass),
+      m_bytes(std::move(bytes)),
+      m_pin(new CSourcePin(this, &m_filterLock)) {}
+
+CSourceFilter::~CSourceFilter() = default;
+
+CBasePin* CSourceFilter::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
+
+void CSourceFilter::FailFrom(int read, HRESULT result) {
+  m_failure = result;
+  m_failFrom = m_reads + read;
+}
+
+void CSourceFilter::BlockFrom(int read, bool ignoreFlush) {
+  m_ignoreFlush = ignoreFlush;
+  m_unblocked.Clear();
+  m_blocked.Clear();
+  m_blockFrom = m_reads + read;
+}
+
+HRESULT CSourceFilter::Read(LONGLONG position, LONG length, BYTE* buffer) {
+  const HRESULT result = Gate(m_reads++);
+  return FAILED(result) ? result : Copy(position, length, buffer);
+}
+
+// What stands between a read and its bytes.
+HRESULT CSourceFilter::Gate(int number) {
+  if (m_delay != 0) SleepMilliseconds(m_delay);
+  if (number >= m_failFrom) return m_failure;
+  if (number < m_blockFrom) return S_OK;
+  m_blocked.Set();
+  while (!m_unblocked.Wait(kPollInterval)) {
+    if (!m_ignoreFlush && m_flushing.Check()) return VFW_E_WRONG_STATE;
+  }
+  return S_OK;
+}
+
+HRESULT CSourceFilter::Copy(LONGLONG position, LONG length, BYTE* buffer) const {
+  if (position < 0 || length < 0) return E_INVALIDARG;
+  const auto size = static_cast<LONGLONG>(m_bytes.size());
+  const LONGLONG limit = m_longestRead == 0 ? length : std::min(length, m_longestRead.load());
+  const LONGLONG count = std::clamp<LONGLONG>(size - position, 0, limit);
+  if (count > 0) std::memcpy(buffer, m_bytes.data() + position, static_cast<std::size_t>(count));
+  return count == length ? S_OK : S_FALSE;
+}
+
+void CSourceFilter::BeginFlush() {
+  ++m_flushes;
+  m_flushing.Set();
+}
+
+void CSourceFilter::EndFlush() { m_flushing.Clear(); }
+
+CSourcePin::CSourcePin(CSourceFilter* filter, CCritSec* lock)
+    : CBasePin("CSourcePin", filter, lock, OLESTR("Output"), PINDIR_OUTPUT), m_source(*filter) {}
+
+HRESULT STDMETHODCALLTYPE CSourcePin::NonDelegatingQueryInterface(REFIID iid, void** out) {
+  if (iid == IID_IAsyncReader && !m_hidden) return GiveInterface(static_cast<IAsyncReader*>(this), out);
+  return CBasePin::NonDelegatingQueryInterface(iid, out);
+}
+
+HRESULT STDMETHODCALLTYPE CSourcePin::QueryInterface(REFIID iid, void** out) {
+  return CBasePin::QueryInterface(iid, out);
+}
+
+ULONG STDMETHODCALLTYPE CSourcePin::AddRef() { return CBasePin::AddRef(); }
+
+ULONG STDMETHODCALLTYPE CSourcePin::Release() { return CBasePin::Release(); }
+
+HRESULT CSourcePin::CheckMediaType(const CMediaType* type) {
+  return type->majortype == MEDIATYPE_Stream ? S_OK : S_FALSE;
+}
+
+HRESULT CSourcePin::GetMediaType(int position, CMediaType* type) {
+  if (position != 0 || m_typeless) return VFW_S_NO_MORE_ITEMS;
+  type->InitMediaType();
+  type->SetType(&MEDIATYPE_Stream);
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CSourcePin::RequestAllocator(IMemAllocator* /*pPreferred*/, ALLOCATOR_PROPERTIES* /*pProps*/,
+                                                       IMemAllocator** ppActual) {
+  *ppActual = nullptr;
+  return E_NOTIMPL;
+}
+
+HRESULT STDMETHODCALLTYPE CSourcePin::Request(IMediaSample* /*pSample*/, DWORD_PTR /*dwUser*/) { return E_NOTIMPL; }
+
+HRESULT STDMETHODCALLTYPE CSourcePin::WaitForNext(DWORD /*dwTimeout*/, IMediaSample** ppSample,
+                                                  DWORD_PTR* /*pdwUser*/) {
+  *ppSample = nullptr;
+  return E_NOTIMPL;
+}
+
+HRESULT STDMETHODCALLTYPE CSourcePin::SyncReadAligned(IMediaSample* /*pSample*/) { return E_NOTIMPL; }
+
+HRESULT STDMETHODCALLTYPE CSourcePin::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
+  return m_source.Read(llPosition, lLength, pBuffer);
+}
+
+HRESULT STDMETHODCALLTYPE CSourcePin::Length(LONGLONG* pTotal, LONGLONG* pAvailable) {
+  const auto length = static_cast<LONGLONG>(m_source.m_bytes.size());
+  if (pTotal != nullptr) *pTotal = length;
+  if (pAvailable != nullptr) *pAvailable = length;
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CSourcePin::BeginFlush() {
+  m_source.BeginFlush();
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE CSourcePin::EndFlush() {
+  m_source.EndFlush();
+  return S_OK;
+}
+
+}  // namespace tarvex::test

@@ -1,0 +1,107 @@
+// A file source for test graphs: one output pin that offers IAsyncReader over bytes in memory, and can
+// be told to be slow, to fail, to give short reads, or to block until it is flushed. Owned through
+// ComPtr; the reader side runs on the reader's threads, the settings may change at any time.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "framework/base_filter.h"
+#include "framework/base_pin.h"
+#include "framework/event.h"
+#include "framework/owned_pin.h"
+
+namespace tarvex::test {
+
+/// All bytes of a file; throws std::runtime_error when it cannot be read.
+std::vector<std::uint8_t> ReadWholeFile(const std::string& path);
+
+class CSourcePin;
+
+class CSourceFilter : public CBaseFilter {
+ public:
+  static ComPtr<CSourceFilter> FromFile(const std::string& path);
+  static ComPtr<CSourceFilter> FromBytes(std::vector<std::uint8_t> bytes);
+  ~CSourceFilter() override;
+
+  int GetPinCount() override { return 1; }
+  CBasePin* GetPin(int index) override;
+  CSourcePin* Pin() const noexcept { return m_pin.Get(); }
+
+  /// Every read takes this long.
+  void SetDelay(DWORD milliseconds) { m_delay = milliseconds; }
+  /// The read with this number (from 0, counted from now) and all after it fail with `result`.
+  void FailFrom(int read, HRESULT result);
+  /// The read with this number (from 0, counted from now) and all after it wait for a flush, for
+  /// Unblock, or, when asked to ignore flushes as the platform's reader does, for Unblock alone.
+  void BlockFrom(int read, bool ignoreFlush = false);
+  void Unblock() { m_unblocked.Set(); }
+  /// A read waits since BlockFrom.
+  bool WaitUntilBlocked(DWORD milliseconds) { return m_blocked.Wait(milliseconds); }
+  /// No read gives more than this; what is cut answers S_FALSE, as at the end of a file. 0 for no limit.
+  void SetLongestRead(LONG bytes) { m_longestRead = bytes; }
+
+  int Reads() const noexcept { return m_reads; }
+  int Flushes() const noexcept { return m_flushes; }
+
+ private:
+  friend class CSourcePin;
+  static constexpr int kNever = 0x7FFFFFFF;
+  explicit CSourceFilter(std::vector<std::uint8_t> bytes);
+  HRESULT Read(LONGLONG position, LONG length, BYTE* buffer);
+  HRESULT Gate(int number);
+  HRESULT Copy(LONGLONG position, LONG length, BYTE* buffer) const;
+  void BeginFlush();
+  void EndFlush();
+
+  CCritSec m_filterLock{"CSourceFilter", LockRank::kUnranked};
+  const std::vector<std::uint8_t> m_bytes;
+  std::atomic<int> m_reads{0};
+  std::atomic<int> m_flushes{0};
+  std::atomic<DWORD> m_delay{0};
+  std::atomic<int> m_failFrom{kNever};
+  std::atomic<HRESULT> m_failure{E_FAIL};
+  std::atomic<int> m_blockFrom{kNever};
+  std::atomic<bool> m_ignoreFlush{false};
+  std::atomic<LONG> m_longestRead{0};
+  CEvent m_flushing{CEvent::Mode::kManual};
+  CEvent m_unblocked{CEvent::Mode::kManual};
+  CEvent m_blocked{CEvent::Mode::kManual};
+  OwnedPin<CSourcePin> m_pin;
+};
+
+class CSourcePin : public CBasePin, public IAsyncReader {
+ public:
+  CSourcePin(CSourceFilter* filter, CCritSec* lock);
+
+  /// From now on the pin answers no question for IAsyncReader.
+  void HideReader() { m_hidden = true; }
+  /// From now on the pin offers no media type.
+  void HideTypes() { m_typeless = true; }
+
+  HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
+  ULONG STDMETHODCALLTYPE AddRef() override;
+  ULONG STDMETHODCALLTYPE Release() override;
+
+  HRESULT CheckMediaType(const CMediaType* type) override;
+  HRESULT GetMediaType(int position, CMediaType* type) override;
+
+  HRESULT STDMETHODCALLTYPE RequestAllocator(IMemAllocator* pPreferred, ALLOCATOR_PROPERTIES* pProps,
+                                             IMemAllocator** ppActual) override;
+  HRESULT STDMETHODCALLTYPE Request(IMediaSample* pSample, DWORD_PTR dwUser) override;
+  HRESULT STDMETHODCALLTYPE WaitForNext(DWORD dwTimeout, IMediaSample** ppSample, DWORD_PTR* pdwUser) override;
+  HRESULT STDMETHODCALLTYPE SyncReadAligned(IMediaSample* pSample) override;
+  HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override;
+  HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override;
+  HRESULT STDMETHODCALLTYPE BeginFlush() override;
+  HRESULT STDMETHODCALLTYPE EndFlush() override;
+
+ private:
+  CSourceFilter& m_source;
+  std::atomic<bool> m_hidden{false};
+  std::atomic<bool> m_typeless{false};
+};
+
+}  // namespace tarvex::test

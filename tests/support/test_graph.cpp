@@ -1,0 +1,159 @@
+// See test_graph.h.
+#include "tests/support/test_graph.h"
+
+#include <chrono>
+#include <stdexcept>
+
+#include "framework/text_conversion.h"
+#include "include/tarvex/module_config.h"
+#include "tests/support/splitter_module.h"
+#include "tests/support/test_system.h"
+
+namespace tarvex::test {
+namespace {
+
+ComPtr<IPin> FirstPin(IBaseFilter* filter, PIN_DIRECTION direction) {
+  for (const ComPtr<IPin>& pin : PinsOf(filter)) {
+    if (DirectionOf(pin.Get()) == direction) return pin;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::vector<ComPtr<IPin>> PinsOf(IBaseFilter* filter) {
+  std::vector<ComPtr<IPin>> pins;
+  ComPtr<IEnumPins> list;
+  if (FAILED(filter->EnumPins(list.Put()))) throw std::runtime_error("no pin list");
+  ComPtr<IPin> pin;
+  while (list->Next(1, pin.Put(), nullptr) == S_OK) pins.push_back(pin);
+  return pins;
+}
+
+PIN_DIRECTION DirectionOf(IPin* pin) {
+  PIN_DIRECTION direction = PINDIR_INPUT;
+  pin->QueryDirection(&direction);
+  return direction;
+}
+
+std::string NameOf(IPin* pin) {
+  PIN_INFO info{};
+  if (FAILED(pin->QueryPinInfo(&info))) return {};
+  const auto filter = ComPtr<IBaseFilter>::Attach(info.pFilter);
+  return Utf8FromWide(info.achName);
+}
+
+bool IsConnected(IPin* pin) {
+  ComPtr<IPin> peer;
+  return SUCCEEDED(pin->ConnectedTo(peer.Put())) && peer;
+}
+
+TestGraph::TestGraph() : TestGraph(CreateSplitter()) {}
+
+TestGraph::TestGraph(ComPtr<IBaseFilter> splitter) : m_graph(CreateFilterGraph()), m_splitter(std::move(splitter)) {
+  m_control = m_graph.Query<IMediaControl>();
+  if (!m_control) throw std::runtime_error("the graph has no IMediaControl");
+  if (FAILED(m_graph->AddFilter(m_splitter.Get(), OLESTR("Splitter")))) throw std::runtime_error("AddFilter");
+}
+
+TestGraph::~TestGraph() {
+  Stop();
+  DisconnectAll();
+  RemoveFilters();
+}
+
+void TestGraph::RemoveFilters() {
+  for (const ComPtr<CSinkFilter>& sink : m_sinks) m_graph->RemoveFilter(sink.Get());
+  m_graph->RemoveFilter(m_splitter.Get());
+  if (m_source) m_graph->RemoveFilter(m_source.Get());
+}
+
+HRESULT TestGraph::SeparatePins(bool on) {
+  ComPtr<IModuleConfig> config;
+  const HRESULT result = m_splitter->QueryInterface(IID_IModuleConfig, config.PutVoid());
+  if (FAILED(result)) return result;
+  VARIANT value;
+  VariantInit(&value);
+  value.vt = VT_BOOL;
+  value.boolVal = on ? VARIANT_TRUE : VARIANT_FALSE;
+  return config->SetValue(&paramSeparatePins, &value);
+}
+
+HRESULT TestGraph::Open(const std::string& path) { return Open(CreateFileSource(path).Get()); }
+
+HRESULT TestGraph::Open(IBaseFilter* source) {
+  m_source = ComPtr<IBaseFilter>(source);
+  const HRESULT result = m_graph->AddFilter(source, OLESTR("Source"));
+  if (FAILED(result)) return result;
+  return m_graph->ConnectDirect(FirstPin(source, PINDIR_OUTPUT).Get(), InputPin().Get(), nullptr);
+}
+
+HRESULT TestGraph::CloseSource() {
+  if (!m_source) return S_FALSE;
+  InputPin()->Disconnect();
+  FirstPin(m_source.Get(), PINDIR_OUTPUT)->Disconnect();
+  const HRESULT result = m_graph->RemoveFilter(m_source.Get());
+  m_source.Reset();
+  return result;
+}
+
+ComPtr<IPin> TestGraph::InputPin() const { return FirstPin(m_splitter.Get(), PINDIR_INPUT); }
+
+std::vector<ComPtr<IPin>> TestGraph::OutputPins() const {
+  std::vector<ComPtr<IPin>> pins = PinsOf(m_splitter.Get());
+  std::erase_if(pins, [](const ComPtr<IPin>& pin) { return DirectionOf(pin.Get()) != PINDIR_OUTPUT; });
+  return pins;
+}
+
+HRESULT TestGraph::ConnectSinks(SinkKind kind) {
+  for (const ComPtr<IPin>& pin : OutputPins()) {
+    if (IsConnected(pin.Get())) continue;
+    const HRESULT result = ConnectSink(pin.Get(), kind);
+    if (FAILED(result)) return result;
+  }
+  return S_OK;
+}
+
+HRESULT TestGraph::ConnectSink(IPin* pin, SinkKind kind) {
+  const ComPtr<CSinkFilter> sink = CSinkFilter::Create(kind);
+  m_sinks.push_back(sink);
+  const HRESULT result = m_graph->AddFilter(sink.Get(), OLESTR("Sink"));
+  return FAILED(result) ? result : m_graph->ConnectDirect(pin, sink->Pin(), nullptr);
+}
+
+HRESULT TestGraph::Run() { return m_control->Run(); }
+
+HRESULT TestGraph::Pause() { return m_control->Pause(); }
+
+HRESULT TestGraph::Stop() { return m_control->Stop(); }
+
+bool TestGraph::WaitForEnd(DWORD milliseconds) const {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  for (const ComPtr<CSinkFilter>& sink : m_sinks) {
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
+    if (!sink->WaitForEnd(left > 0 ? static_cast<DWORD>(left) : 0)) return false;
+  }
+  return true;
+}
+
+bool TestGraph::WaitForEvent(LONG code, DWORD milliseconds) const {
+  const ComPtr<IMediaEvent> events = m_graph.Query<IMediaEvent>();
+  LONG found = 0;
+  LONG_PTR first = 0;
+  LONG_PTR second = 0;
+  while (events && SUCCEEDED(events->GetEvent(&found, &first, &second, static_cast<LONG>(milliseconds)))) {
+    events->FreeEventParams(found, first, second);
+    if (found == code) return true;
+  }
+  return false;
+}
+
+void TestGraph::DisconnectAll() {
+  for (const ComPtr<CSinkFilter>& sink : m_sinks) sink->Pin()->Disconnect();
+  for (const ComPtr<IPin>& pin : OutputPins()) pin->Disconnect();
+  InputPin()->Disconnect();
+  if (m_source) FirstPin(m_source.Get(), PINDIR_OUTPUT)->Disconnect();
+}
+
+}  // namespace tarvex::test

@@ -1,0 +1,34 @@
+// What the tests need of the system and each build does its own way: the filter graph, the file
+// source, paths, and the process's own use of memory and handles. Free functions; any thread.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "framework/com_ptr.h"
+
+namespace tarvex::test {
+
+/// A new filter graph: the platform's where there is one, our own small one elsewhere. It offers
+/// IGraphBuilder, IMediaControl, IMediaEvent and IMediaEventSink. Throws std::runtime_error.
+ComPtr<IGraphBuilder> CreateFilterGraph();
+
+/// The platform's asynchronous file reader, or CSourceFilter, with the file loaded. Throws
+/// std::runtime_error.
+ComPtr<IBaseFilter> CreateFileSource(const std::string& path);
+
+/// As the program's own system names the file: Wine gets Unix paths from outside.
+std::string SystemPath(const std::string& path);
+
+/// Open handles or file descriptors of this process.
+std::uint32_t OpenHandles();
+/// Private or resident memory of this process, in bytes.
+std::uint64_t MemoryInUse();
+
+/// Long tests make all their rounds without being asked: where they show what users get.
+bool RunsFullByDefault();
+
+/// Numbers in this build's reports are from the shipped module, not from an instrumented one.
+bool IsInstrumented();
+
+}  // namespace tarvex::test
