@@ -7,10 +7,14 @@ namespace tarvex {
 
 inline constexpr std::uint64_t kNanosecondsPerUnit = 100;  // our unit is 100 ns
 
-/// From signed nanoseconds, cut toward zero. A time before zero comes out as its two's complement.
-constexpr std::uint64_t UnitsFromSignedNanoseconds(std::uint64_t nanoseconds) {
-  return static_cast<std::uint64_t>(static_cast<std::int64_t>(nanoseconds) /
-                                    static_cast<std::int64_t>(kNanosecondsPerUnit));
+/// The time of a block `relative` ticks of `scale` nanoseconds after its Cluster's time, which is given in
+/// nanoseconds: cut toward zero, and in two's complement when it is before zero. What does not fit in 64
+/// bits is cut off.
+constexpr std::uint64_t BlockUnits(std::uint64_t clusterNanoseconds, std::int16_t relative, std::uint64_t scale) {
+  if (relative >= 0) return (clusterNanoseconds + static_cast<std::uint64_t>(relative) * scale) / kNanosecondsPerUnit;
+  const std::uint64_t before = static_cast<std::uint64_t>(-relative) * scale;
+  if (before <= clusterNanoseconds) return (clusterNanoseconds - before) / kNanosecondsPerUnit;
+  return std::uint64_t{0} - (before - clusterNanoseconds) / kNanosecondsPerUnit;
 }
 
 /// From a count of ticks of `scale` nanoseconds. What does not fit in 64 bits is cut off.

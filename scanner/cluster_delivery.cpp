@@ -1,7 +1,6 @@
 #include "scanner/cluster_delivery.h"
 
 #include <matroska/KaxBlockData.h>
-#include <matroska/KaxClusterData.h>
 #include <matroska/KaxSemantic.h>
 
 #include <limits>
@@ -9,7 +8,6 @@
 #include <vector>
 
 #include "framework/log.h"
-#include "scanner/block_time.h"
 #include "scanner/element_walker.h"
 
 namespace tarvex {
@@ -23,41 +21,33 @@ using libmatroska::KaxInternalBlock;
 using libmatroska::KaxReferenceBlock;
 using libmatroska::KaxSimpleBlock;
 
-void StartCluster(KaxCluster& cluster, std::uint64_t timecodeScale) {
-  cluster.InitTimecode(0, static_cast<std::int64_t>(timecodeScale));
-}
-
-std::uint64_t BlockTime(const KaxInternalBlock& block) { return UnitsFromSignedNanoseconds(block.GlobalTimecode()); }
-
 bool CClusterDelivery::DeliverCluster(KaxCluster* cluster) {
   if (cluster == nullptr) {
     LogText("CEbmlScanner::DeliverCluster !cluster exiting");
     return false;
   }
-  StartCluster(*cluster, m_timecodeScale);
+  m_clock.BeginCluster();
   for (libebml::EbmlElement* child : *cluster) {
     if (m_eventsPending()) {
       LogText("CEbmlScanner::DeliverCluster exiting");
       return false;
     }
-    if (!DeliverChild(*cluster, *child)) return false;
+    if (!DeliverChild(*child)) return false;
   }
   return true;
 }
 
-bool CClusterDelivery::DeliverChild(KaxCluster& cluster, libebml::EbmlElement& child) {
+bool CClusterDelivery::DeliverChild(libebml::EbmlElement& child) {
   if (const auto* timecode = ElementAs<KaxClusterTimecode>(&child)) {
-    cluster.InitTimecode(timecode->GetValue(), static_cast<std::int64_t>(m_timecodeScale));
-    LogFormat("cluster time: %s", std::to_string(UnitsFromTicks(timecode->GetValue(), m_timecodeScale)).c_str());
+    m_clock.SetTimecode(*timecode);
+    LogFormat("cluster time: %s", std::to_string(m_clock.ClusterTime()).c_str());
   } else if (auto* block = ElementAs<KaxSimpleBlock>(&child)) {
-    block->SetParent(cluster);
     if (!DeliverSimpleBlock(*block)) {
       LogText("DeliverSimpleBlock failed exiting");
       return false;
     }
   } else if (auto* group = ElementAs<KaxBlockGroup>(&child)) {
-    group->SetParent(cluster);
-    if (!DeliverBlockGroup(cluster, *group)) {
+    if (!DeliverBlockGroup(*group)) {
       LogText("DeliverBlockGroupBlocks failed exiting");
       return false;
     }
@@ -69,14 +59,12 @@ bool CClusterDelivery::DeliverSimpleBlock(KaxSimpleBlock& block) {
   return DeliverFrames(block, block.IsKeyframe(), m_info.DefaultFrameDuration(block.TrackNum()));
 }
 
-bool CClusterDelivery::DeliverBlockGroup(KaxCluster& cluster, KaxBlockGroup& group) {
+bool CClusterDelivery::DeliverBlockGroup(const KaxBlockGroup& group) {
   std::vector<libebml::EbmlElement*> children;
   for (libebml::EbmlElement* child : group) {
     const bool wanted = ElementAs<KaxReferenceBlock>(child) != nullptr ||
                         ElementAs<KaxBlockDuration>(child) != nullptr || ElementAs<KaxBlock>(child) != nullptr;
     if (wanted) children.push_back(child);
-    // The group gives its Cluster to the first block only.
-    if (auto* block = ElementAs<KaxBlock>(child)) block->SetParent(cluster);
   }
   return DeliverBlockGroupBlocks(children);
 }
@@ -105,7 +93,7 @@ bool CClusterDelivery::DeliverFrames(KaxInternalBlock& block, bool keyFrame, std
   FrameInfo frame;
   frame.keyFrame = keyFrame;
   frame.trackNumber = static_cast<std::uint32_t>(block.TrackNum());
-  frame.start = BlockTime(block);
+  frame.start = m_clock.TimeOf(block);
   frame.duration = duration;
   for (unsigned int index = 0; index < block.NumberFrames(); ++index) {
     const libmatroska::DataBuffer& buffer = block.GetBuffer(index);

@@ -4,21 +4,38 @@
 #include <ebml/EbmlElement.h>
 #include <matroska/KaxBlock.h>
 #include <matroska/KaxCluster.h>
+#include <matroska/KaxClusterData.h>
 
 #include <cstdint>
 #include <functional>
 #include <span>
 
+#include "scanner/block_time.h"
 #include "scanner/frame_info.h"
 #include "scanner/matroska_info.h"
 
 namespace tarvex {
 
-/// Until a Timecode child of it is met, a Cluster's blocks count from zero.
-void StartCluster(libmatroska::KaxCluster& cluster, std::uint64_t timecodeScale);
+/// The time of a Cluster's blocks. Blocks in front of its Timecode count from zero.
+class CClusterClock {
+ public:
+  /// `timecodeScale` in nanoseconds.
+  explicit CClusterClock(std::uint64_t timecodeScale) : m_scale(timecodeScale) {}
 
-/// 100 ns units, for a block that has its Cluster; before zero the two's complement.
-std::uint64_t BlockTime(const libmatroska::KaxInternalBlock& block);
+  void BeginCluster() { m_clusterTime = 0; }
+  void SetTimecode(const libmatroska::KaxClusterTimecode& timecode) { m_clusterTime = timecode.GetValue() * m_scale; }
+
+  /// 100 ns units.
+  std::uint64_t ClusterTime() const { return m_clusterTime / kNanosecondsPerUnit; }
+  /// 100 ns units; before zero the two's complement.
+  std::uint64_t TimeOf(const libmatroska::KaxInternalBlock& block) const {
+    return BlockUnits(m_clusterTime, block.GetRelativeTimestamp(), m_scale);
+  }
+
+ private:
+  const std::uint64_t m_scale;
+  std::uint64_t m_clusterTime = 0;  // nanoseconds
+};
 
 class CClusterDelivery {
  public:
@@ -26,25 +43,30 @@ class CClusterDelivery {
   /// `eventsPending` true to stop.
   CClusterDelivery(const CMatroskaInfo& info, const std::function<bool(const FrameInfo&)>& onFrame,
                    const std::function<bool()>& eventsPending)
-      : m_info(info), m_onFrame(onFrame), m_eventsPending(eventsPending), m_timecodeScale(info.TimecodeScale()) {}
+      : m_info(info),
+        m_onFrame(onFrame),
+        m_eventsPending(eventsPending),
+        m_timecodeScale(info.TimecodeScale()),
+        m_clock(m_timecodeScale) {}
 
   /// `cluster` has been read whole; null is refused. False: stop.
   bool DeliverCluster(libmatroska::KaxCluster* cluster);
-  /// The block has its Cluster. False: stop.
+  /// False: stop.
   bool DeliverSimpleBlock(libmatroska::KaxSimpleBlock& block);
-  /// Blocks (which have their Cluster), durations and references of one group; the last block counts.
+  /// Blocks, durations and references of one group; the last block counts.
   /// False: stop.
   bool DeliverBlockGroupBlocks(std::span<libebml::EbmlElement* const> children);
 
  private:
-  bool DeliverChild(libmatroska::KaxCluster& cluster, libebml::EbmlElement& child);
-  bool DeliverBlockGroup(libmatroska::KaxCluster& cluster, libmatroska::KaxBlockGroup& group);
+  bool DeliverChild(libebml::EbmlElement& child);
+  bool DeliverBlockGroup(const libmatroska::KaxBlockGroup& group);
   bool DeliverFrames(libmatroska::KaxInternalBlock& block, bool keyFrame, std::uint64_t duration);
 
   const CMatroskaInfo& m_info;
   const std::function<bool(const FrameInfo&)>& m_onFrame;
   const std::function<bool()>& m_eventsPending;
   const std::uint64_t m_timecodeScale;
+  CClusterClock m_clock;
 };
 
 }  // namespace tarvex

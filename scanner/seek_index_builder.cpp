@@ -1,10 +1,12 @@
 #include "scanner/seek_index_builder.h"
 
 #include <matroska/KaxBlock.h>
+#include <matroska/KaxBlockData.h>
 #include <matroska/KaxCluster.h>
 #include <matroska/KaxClusterData.h>
 #include <matroska/KaxCues.h>
 #include <matroska/KaxCuesData.h>
+#include <matroska/KaxSemantic.h>
 
 #include "scanner/block_time.h"
 #include "scanner/cluster_delivery.h"
@@ -15,8 +17,11 @@ using libmatroska::KaxBlock;
 using libmatroska::KaxBlockGroup;
 using libmatroska::KaxCluster;
 using libmatroska::KaxClusterTimecode;
+using libmatroska::KaxCueClusterPosition;
 using libmatroska::KaxCuePoint;
 using libmatroska::KaxCues;
+using libmatroska::KaxCueTrackPositions;
+using libmatroska::KaxReferenceBlock;
 using libmatroska::KaxSegment;
 using libmatroska::KaxSimpleBlock;
 
@@ -24,9 +29,23 @@ namespace {
 
 constexpr std::uint64_t kIndexedTrack = 1;
 
+/// The one that names the earliest Cluster.
+const KaxCueTrackPositions* EarliestPositions(const KaxCuePoint& point) {
+  const KaxCueTrackPositions* earliest = nullptr;
+  std::uint64_t position = 0xFFFFFFFFFFFFFFF;  // as libmatroska, which however takes quadratic time
+  for (const libebml::EbmlElement* child : point) {
+    const auto* candidate = ElementAs<KaxCueTrackPositions>(child);
+    if (candidate == nullptr || candidate->FindFirstElt(EBML_INFO(KaxCueClusterPosition)) == nullptr) continue;
+    if (candidate->ClusterPosition() >= position) continue;
+    earliest = candidate;
+    position = candidate->ClusterPosition();
+  }
+  return earliest;
+}
+
 void AddCuePoint(const KaxCuePoint& point, const KaxSegment& segment, std::uint64_t scale,
                  std::vector<SeekPoint>& index) {
-  const auto* positions = point.GetSeekPosition();
+  const auto* positions = EarliestPositions(point);
   if (positions == nullptr || positions->TrackNumber() != kIndexedTrack) return;
   std::uint64_t nanoseconds = 0;
   if (!point.Timecode(nanoseconds, scale)) return;
@@ -36,41 +55,39 @@ void AddCuePoint(const KaxCuePoint& point, const KaxSegment& segment, std::uint6
 class CClusterIndexer {
  public:
   CClusterIndexer(std::uint64_t track, std::uint64_t scale, std::vector<SeekPoint>& index)
-      : m_track(track), m_scale(scale), m_index(index) {}
+      : m_track(track), m_clock(scale), m_index(index) {}
 
-  void Add(KaxCluster& cluster) {
-    StartCluster(cluster, m_scale);
-    for (libebml::EbmlElement* child : cluster) {
+  void Add(const KaxCluster& cluster) {
+    m_position = cluster.GetElementPosition();
+    m_clock.BeginCluster();
+    for (const libebml::EbmlElement* child : cluster) {
       if (const auto* timecode = ElementAs<KaxClusterTimecode>(child)) {
-        cluster.InitTimecode(timecode->GetValue(), static_cast<std::int64_t>(m_scale));
-      } else if (auto* block = ElementAs<KaxSimpleBlock>(child)) {
-        block->SetParent(cluster);
-        if (block->TrackNum() == m_track && block->IsKeyframe()) AddBlock(cluster, *block);
-      } else if (auto* group = ElementAs<KaxBlockGroup>(child)) {
-        AddGroup(cluster, *group);
+        m_clock.SetTimecode(*timecode);
+      } else if (const auto* block = ElementAs<KaxSimpleBlock>(child)) {
+        if (block->TrackNum() == m_track && block->IsKeyframe()) AddBlock(*block);
+      } else if (const auto* group = ElementAs<KaxBlockGroup>(child)) {
+        AddGroup(*group);
       }
     }
   }
 
  private:
-  void AddGroup(KaxCluster& cluster, KaxBlockGroup& group) {
-    group.SetParent(cluster);
-    if (group.TrackNumber() != m_track || group.ReferenceCount() != 0) return;
-    for (libebml::EbmlElement* child : group) {
-      if (auto* block = ElementAs<KaxBlock>(child)) {
-        block->SetParent(cluster);
-        AddBlock(cluster, *block);
-      }
+  // The first block's track number is the group's.
+  void AddGroup(const KaxBlockGroup& group) {
+    const auto* first = ElementAs<KaxBlock>(group.FindFirstElt(EBML_INFO(KaxBlock)));
+    if (first == nullptr || first->TrackNum() != m_track) return;
+    if (group.FindFirstElt(EBML_INFO(KaxReferenceBlock)) != nullptr) return;
+    for (const libebml::EbmlElement* child : group) {
+      if (const auto* block = ElementAs<KaxBlock>(child)) AddBlock(*block);
     }
   }
 
-  void AddBlock(const KaxCluster& cluster, const libmatroska::KaxInternalBlock& block) {
-    m_index.push_back({cluster.GetElementPosition(), BlockTime(block)});
-  }
+  void AddBlock(const libmatroska::KaxInternalBlock& block) { m_index.push_back({m_position, m_clock.TimeOf(block)}); }
 
   const std::uint64_t m_track;
-  const std::uint64_t m_scale;
+  CClusterClock m_clock;
   std::vector<SeekPoint>& m_index;
+  std::uint64_t m_position = 0;  // of the Cluster
 };
 
 }  // namespace
