@@ -13,6 +13,11 @@ play_packages='
   libz-mingw-w64-dev libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev
   wine wine64 xvfb
 '
+# What Wine loads while it runs, and only recommends: windows, fonts, and drawing through OpenGL.
+play_packages="$play_packages
+  libxcomposite1 libxcursor1 libxfixes3 libxi6 libxinerama1 libxrandr2 libxrender1 libxxf86vm1
+  fonts-wine libgl1 libgl1-mesa-dri
+"
 # What the native builds, the 32-bit module and the checks take besides.
 test_packages='
   git g++ g++-mingw-w64-i686-posix binutils-mingw-w64-i686

@@ -6,10 +6,12 @@
 WINEPREFIX=$root/build/wine
 export WINEPREFIX
 export WINEDEBUG=-all
-# No browser engine and no .NET to install, and no menu entries in the user's home.
-export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+# No browser engine and no .NET to install, and no menu entries in the user's home. Wine's GStreamer
+# filters are off: what they can do depends on the machine's plugins, and their splitter takes every
+# file at a higher merit than ours. Off while the prefix is made, they are not even registered in it.
+# Wine's other decoders play the same everywhere.
+export WINEDLLOVERRIDES='mscoree,mshtml,winegstreamer=;winemenubuilder.exe=d'
 export XDG_CACHE_HOME="$root/build/wine-cache"
-export GST_REGISTRY="$root/build/wine-cache/gstreamer-registry.bin"
 
 # Debian's wrapper complains about the missing 32-bit half on every start; the loader itself does not.
 if [ -x /usr/lib/wine/wine64 ]; then
@@ -30,11 +32,9 @@ windows_path() {
   printf 'Z:%s' "$1" | tr '/' '\134'
 }
 
-# Wine's own splitter takes any file at a higher merit than ours, so it is taken off the list.
 # The crash dialog would wait for a click that nobody makes.
-prepare_registry() {
-  run_wine 60 reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f &&
-    run_wine 60 reg delete 'HKCR\CLSID\{083863F1-70DE-11D0-BD40-00A0C911CE86}\Instance\{F9D8D64E-A144-47DC-8EE0-F53498372C29}' /f
+switch_off_crash_dialog() {
+  run_wine 60 reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f
 }
 
 make_prefix_locked() {
@@ -42,7 +42,7 @@ make_prefix_locked() {
   echo 'wine: making the prefix build/wine'
   rm -rf "$WINEPREFIX"
   mkdir -p "$WINEPREFIX" "$XDG_CACHE_HOME"
-  if ! { DISPLAY='' run_wine 300 wineboot -i && prepare_registry; } >"$root/build/wine.log" 2>&1; then
+  if ! { DISPLAY='' run_wine 300 wineboot -i && switch_off_crash_dialog; } >"$root/build/wine.log" 2>&1; then
     tail -n 20 "$root/build/wine.log" >&2
     echo 'wine: the prefix could not be made (build/wine.log)' >&2
     return 1
