@@ -1,0 +1,26 @@
+// The fake filter of the creation tests.
+#include "tests/pins_creator/fake_splitter.h"
+
+#include <new>
+
+namespace tarvex::test {
+
+FakeSplitter::FakeSplitter() : CBaseFilter("FakeSplitter", nullptr, &m_lock, CLSID_NULL) {}
+
+std::vector<std::string> FakeSplitter::PinNames() const {
+  std::vector<std::string> names;
+  for (const auto& pin : pins) names.push_back(Utf8FromWide(pin->Name()));
+  return names;
+}
+
+void FakeSplitter::AppendOutputPin(ComPtr<CMatroskaOutputPin> pin) {
+  if (pins.size() >= refuseAfter) throw std::bad_alloc();
+  pins.emplace_back(pin);
+}
+
+HRESULT FakeSplitter::EnableStream(std::uint32_t streamIndex) {
+  enabled.push_back(streamIndex);
+  return S_OK;
+}
+
+}  // namespace tarvex::test
