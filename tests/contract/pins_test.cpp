@@ -23,7 +23,7 @@ ComPtr<IPin> NextOf(IEnumPins* list) {
 WideString IdOf(IPin* pin) {
   LPWSTR id = nullptr;
   EXPECT_EQ(pin->QueryId(&id), S_OK);
-  const WideString text = id == nullptr ? WideString() : WideString(id);
+  WideString text = id == nullptr ? WideString() : WideString(id);
   CoTaskMemFree(id);
   return text;
 }

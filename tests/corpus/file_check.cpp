@@ -74,7 +74,7 @@ void FileCheck::CheckOpened(TestGraph& graph) {
 }
 
 void FileCheck::CheckDocType(IBaseFilter* filter) {
-  VARIANT value;
+  VARIANT value{};
   VariantInit(&value);
   const HRESULT result = ConfigOf(filter)->GetValue(&paramDocType, &value);
   const bool known = m_file.docType == "matroska" || m_file.docType == "webm";
@@ -87,7 +87,7 @@ void FileCheck::CheckDocType(IBaseFilter* filter) {
 
 void FileCheck::CheckChapters(IBaseFilter* filter) {
   const ComPtr<IModuleConfig> config = ConfigOf(filter);
-  VARIANT value;
+  VARIANT value{};
   VariantInit(&value);
   value.vt = VT_UINT;
   if (config->GetValue(&paramChapterList, &value) != S_OK) return Add("the chapters cannot be counted");
@@ -122,8 +122,8 @@ void FileCheck::CheckMarkers(IBaseFilter* filter) {
     markers->GetMarkerTime(k + 1, &time);
     markers->GetMarkerName(k + 1, name.Put());
     const ManifestChapter& expected = m_file.chapters.at(static_cast<std::size_t>(k));
-    if (time != static_cast<double>(expected.start / 10000000))
-      Add("marker " + std::to_string(k + 1) + " is misplaced");
+    const std::int64_t seconds = expected.start / 10000000;
+    if (time != static_cast<double>(seconds)) Add("marker " + std::to_string(k + 1) + " is misplaced");
     if (Utf8FromWide(name.View()) != ThroughCodePage(expected.name))
       Add("marker " + std::to_string(k + 1) + " is misnamed");
   }

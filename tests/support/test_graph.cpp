@@ -72,7 +72,7 @@ HRESULT TestGraph::SeparatePins(bool on) {
   ComPtr<IModuleConfig> config;
   const HRESULT result = m_splitter->QueryInterface(IID_IModuleConfig, config.PutVoid());
   if (FAILED(result)) return result;
-  VARIANT value;
+  VARIANT value{};
   VariantInit(&value);
   value.vt = VT_BOOL;
   value.boolVal = on ? VARIANT_TRUE : VARIANT_FALSE;

@@ -2,7 +2,6 @@
 #include "tests/support/linux/filter_graph.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace tarvex::test {
 
@@ -42,10 +41,10 @@ HRESULT STDMETHODCALLTYPE CFilterGraph::Disconnect(IPin* ppin) { return ppin->Di
 template <class Change>
 HRESULT CFilterGraph::ChangeState(OAFilterState state, Change change) {
   HRESULT result = S_OK;
-  for (const ComPtr<IBaseFilter>& filter : m_filters | std::views::reverse) {
+  std::for_each(m_filters.rbegin(), m_filters.rend(), [&](const ComPtr<IBaseFilter>& filter) {
     const HRESULT one = change(*filter);
     if (FAILED(one) && SUCCEEDED(result)) result = one;
-  }
+  });
   m_state = state;
   return result;
 }
