@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "framework/log.h"
-#include "framework/message_error.h"
 #include "pins/creator/media_guids.h"
 #include "pins/creator/track_elements.h"
 #include "pins/creator/xiph_lacing.h"
@@ -112,14 +111,19 @@ void BuildReal(const AudioTrack& track, const AudioRow& row, CMediaType& type) {
   SetWaveBlock(row, CommonFields(track, tag), track.codecPrivate, type);
 }
 
-// The packets one after another when they are the three headers, otherwise as much room in zeros.
+// The packets one after another when they are the three headers, otherwise as much room in zeros. An
+// audio track is never refused, so damaged lacing counts as no headers at all.
 std::vector<std::uint8_t> VorbisHeaders(Bytes codecPrivate, VorbisFormat2& format) {
   std::vector<std::uint8_t> data;
   if (codecPrivate.empty()) return data;
-  const std::vector<Bytes> packets = ReadXiphLacing(codecPrivate);
-  for (const Bytes packet : packets) data.insert(data.end(), packet.begin(), packet.end());
-  if (packets.size() != kVorbisHeaders) return std::vector<std::uint8_t>(data.size());
-  for (std::size_t i = 0; i < kVorbisHeaders; ++i) format.headerSize[i] = FormatBlockSize(0, packets[i].size());
+  const auto packets = ReadXiphLacing(codecPrivate);
+  if (!packets) {
+    LogText("COutPinsCreator::createAudioPin KaxCodecPrivate is too short");
+    return data;
+  }
+  for (const Bytes packet : *packets) data.insert(data.end(), packet.begin(), packet.end());
+  if (packets->size() != kVorbisHeaders) return std::vector<std::uint8_t>(data.size());
+  for (std::size_t i = 0; i < kVorbisHeaders; ++i) format.headerSize[i] = FormatBlockSize(0, (*packets)[i].size());
   return data;
 }
 

@@ -8,8 +8,8 @@ namespace tarvex {
 
 class CHeap;
 
-/// An empty or unknown identifier gives the major type alone. Throws MessageError for codec data that
-/// is damaged or larger than a format block can be.
+/// An empty or unknown identifier gives the major type alone, and damaged Vorbis headers count as none.
+/// Throws MessageError only for codec data larger than a format block can be.
 CMediaType AudioMediaType(const CHeap& track);
 
 }  // namespace tarvex

@@ -3,13 +3,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
 namespace tarvex {
 
 /// The packets, in order, as views into `bytes`: as many as the count byte says and the one that takes
-/// the rest. Throws MessageError when sizes or packets run past the end; empty input lacks its count byte.
-std::vector<std::span<const std::uint8_t>> ReadXiphLacing(std::span<const std::uint8_t> bytes);
+/// the rest. Nothing when sizes or packets run past the end, or when there is not even a count byte.
+std::optional<std::vector<std::span<const std::uint8_t>>> ReadXiphLacing(std::span<const std::uint8_t> bytes);
 
 }  // namespace tarvex
