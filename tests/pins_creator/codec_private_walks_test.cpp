@@ -83,7 +83,9 @@ TEST(XiphLacing, CutAnywhereIsDamageOrShortensTheLast) {
   for (std::size_t count = 0; count <= bytes.size(); ++count) {
     const auto sizes = PacketSizes(bytes, count);
     ASSERT_EQ(sizes.has_value(), count >= 305) << count;
-    if (sizes) EXPECT_EQ(*sizes, (Sizes{1, 300, count - 305}));
+    if (sizes) {
+      EXPECT_EQ(*sizes, (Sizes{1, 300, count - 305}));
+    }
   }
 }
 
