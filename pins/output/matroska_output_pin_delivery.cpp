@@ -1,0 +1,197 @@
+// The output pin's way from frame to queued sample, holding back, flushing and the end of the stream. The
+// worker, but for flushes and cancelling.
+#include <cinttypes>
+#include <cstring>
+#include <utility>
+
+#include "framework/log.h"
+#include "pins/output/matroska_output_pin.h"
+#include "pins/output/pin_seeking.h"
+
+namespace tarvex {
+
+namespace {
+
+REFERENCE_TIME StartOf(const FrameInfo& frame) { return static_cast<REFERENCE_TIME>(frame.start); }
+
+REFERENCE_TIME DurationOf(const FrameInfo& frame) { return static_cast<REFERENCE_TIME>(frame.duration); }
+
+}  // namespace
+
+bool CMatroskaOutputPin::OnData(const FrameInfo& frame) {
+  if (!Queue()) return false;
+  const HRESULT hr = ProcessFrame(frame);
+  if (SUCCEEDED(hr)) return true;
+  LogFormat("CMatroskaVideoPin::OnData %x", static_cast<unsigned>(hr));
+  return false;
+}
+
+HRESULT CMatroskaOutputPin::ProcessFrame(const FrameInfo& frame) {
+  if (IsPastStop(frame) || HoldFrame(frame)) return S_OK;
+  return DeliverRelative(frame, m_host->Range().start);
+}
+
+bool CMatroskaOutputPin::IsPastStop(const FrameInfo& frame) {
+  {
+    const CAutoLock hold(m_streamLock);
+    if (m_endOfStream != EndOfStreamState::kOpen) return true;
+  }
+  if (AddTimes(StartOf(frame), DurationOf(frame)) <= m_host->Range().stop) return false;
+  DeliverEndOfStream();
+  return true;
+}
+
+bool CMatroskaOutputPin::HoldFrame(const FrameInfo& frame) {
+  const CAutoLock hold(m_streamLock);
+  if (!m_holding) return false;
+  m_pending.Add(frame);
+  return true;
+}
+
+void CMatroskaOutputPin::SetHolding(bool on) {
+  const CAutoLock hold(m_streamLock);
+  m_holding = on;
+}
+
+void CMatroskaOutputPin::DropHeldBefore(REFERENCE_TIME first) {
+  const CAutoLock hold(m_streamLock);
+  m_pending.DropBefore(first);
+}
+
+void CMatroskaOutputPin::ClearPending() {
+  const CAutoLock hold(m_streamLock);
+  m_pending.Clear();
+}
+
+void CMatroskaOutputPin::ResetForSeek() {
+  const CAutoLock hold(m_streamLock);
+  m_discontinuityPending = true;
+  m_endOfStream = EndOfStreamState::kOpen;
+}
+
+void CMatroskaOutputPin::CancelWaits(bool on) {
+  if (const auto buffer = Buffer(); buffer) buffer->CancelWaits(on);
+}
+
+HRESULT CMatroskaOutputPin::FlushPending() {
+  PendingFrames held;
+  {
+    const CAutoLock hold(m_streamLock);
+    std::swap(held, m_pending);
+  }
+  const REFERENCE_TIME segmentStart = m_host->Range().start;
+  for (std::size_t i = 0; i < held.Count(); ++i) {
+    const HRESULT hr = DeliverRelative(held.At(i), segmentStart);
+    if (FAILED(hr)) return hr;
+  }
+  EndHeldStream();
+  return S_OK;
+}
+
+void CMatroskaOutputPin::EndHeldStream() {
+  const auto queue = Queue();
+  if (!queue) return;
+  {
+    const CAutoLock hold(m_streamLock);
+    if (m_endOfStream != EndOfStreamState::kBehindHeld) return;
+    m_endOfStream = EndOfStreamState::kSent;
+  }
+  queue->EOS();
+}
+
+HRESULT CMatroskaOutputPin::DeliverRelative(const FrameInfo& frame, REFERENCE_TIME segmentStart) {
+  return DeliverFrameSample(frame.data, frame.size, SubtractTimes(StartOf(frame), segmentStart), DurationOf(frame),
+                            frame.keyFrame);
+}
+
+HRESULT CMatroskaOutputPin::DeliverFrameSample(const std::uint8_t* data, std::size_t size, REFERENCE_TIME start,
+                                               REFERENCE_TIME duration, bool splice) {
+  REFERENCE_TIME tStart = start;
+  REFERENCE_TIME tStop = AddTimes(start, duration);
+  const bool isEarly = tStart < 0 && tStop < 0;
+  // A decoder needs early pictures for the later ones; nothing needs early sound.
+  if (isEarly && CurrentMediaType().majortype != MEDIATYPE_Video) return S_OK;
+
+  ComPtr<IMediaSample> sample;
+  HRESULT hr = GetDeliveryBuffer(sample.Put(), size);
+  if (FAILED(hr)) return hr;
+  hr = FillSample(*sample, data, size);
+  if (FAILED(hr)) return hr;
+  sample->SetSyncPoint(splice ? TRUE : FALSE);
+  StartSegment(*sample);
+  if (isEarly) sample->SetPreroll(TRUE);
+  sample->SetTime(&tStart, &tStop);
+  if (m_kind == Kind::kVideo) {
+    LogFormat("DeliverFrameSample tStart: %" PRId64 " tStop: %" PRId64 " splice: %d", std::int64_t{tStart},
+              std::int64_t{tStop}, splice ? 1 : 0);
+  }
+  hr = Deliver(sample.Detach());
+  if (const auto queue = Queue(); queue) queue->SendAnyway();
+  return hr;
+}
+
+HRESULT CMatroskaOutputPin::FillSample(IMediaSample& sample, const std::uint8_t* data, std::size_t size) {
+  BYTE* bytes = nullptr;
+  const HRESULT hr = sample.GetPointer(&bytes);
+  if (FAILED(hr)) return hr;
+  if (size != 0) std::memcpy(bytes, data, size);
+  return sample.SetActualDataLength(static_cast<LONG>(size));
+}
+
+// The first sample after a start or a flush tells downstream of the segment it belongs to.
+void CMatroskaOutputPin::StartSegment(IMediaSample& sample) {
+  {
+    const CAutoLock hold(m_streamLock);
+    if (!std::exchange(m_discontinuityPending, false)) return;
+  }
+  sample.SetDiscontinuity(TRUE);
+  const PlayRange range = m_host->Range();
+  DeliverNewSegment(range.start, range.stop, range.rate);
+}
+
+HRESULT CMatroskaOutputPin::GetDeliveryBuffer(IMediaSample** sample, std::size_t size) {
+  const auto buffer = Buffer();
+  return buffer ? buffer->GetSample(sample, size, true) : VFW_E_NO_ALLOCATOR;
+}
+
+HRESULT CMatroskaOutputPin::Deliver(IMediaSample* sample) {
+  auto owner = ComPtr<IMediaSample>::Attach(sample);
+  const auto queue = Queue();
+  return queue ? queue->Receive(owner.Detach()) : VFW_E_WRONG_STATE;
+}
+
+HRESULT CMatroskaOutputPin::DeliverEndOfStream() {
+  const auto queue = Queue();
+  if (!queue) return S_OK;
+  queue->SendAnyway();
+  {
+    const CAutoLock hold(m_streamLock);
+    if (m_endOfStream != EndOfStreamState::kOpen) return S_OK;
+    // Nothing may come after the end, so it waits for what is held back.
+    m_endOfStream = m_pending.IsEmpty() ? EndOfStreamState::kSent : EndOfStreamState::kBehindHeld;
+    if (m_endOfStream != EndOfStreamState::kSent) return S_OK;
+  }
+  queue->EOS();
+  return S_OK;
+}
+
+HRESULT CMatroskaOutputPin::DeliverBeginFlush() {
+  if (const auto buffer = Buffer(); buffer) buffer->BeginFlush();
+  if (const auto queue = Queue(); queue) queue->BeginFlush();
+  return S_OK;
+}
+
+HRESULT CMatroskaOutputPin::DeliverEndFlush() {
+  if (const auto queue = Queue(); queue) queue->EndFlush();
+  if (const auto buffer = Buffer(); buffer) buffer->EndFlush();
+  ClearPending();
+  ResetForSeek();
+  return S_OK;
+}
+
+HRESULT CMatroskaOutputPin::DeliverNewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+  if (const auto queue = Queue(); queue) queue->NewSegment(start, stop, rate);
+  return S_OK;
+}
+
+}  // namespace tarvex

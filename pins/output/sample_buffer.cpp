@@ -1,0 +1,116 @@
+// Samples from a ring: taking, waiting for room, giving back.
+#include "pins/output/sample_buffer.h"
+
+#include "framework/com_boundary.h"
+#include "framework/message_error.h"
+
+namespace tarvex {
+
+class CSampleBuffer::Sample final : public CMediaSample {
+ public:
+  explicit Sample(IMemAllocator* allocator) noexcept : CMediaSample(allocator, nullptr, 0) {}
+
+  RingRegions::Region region;
+};
+
+CSampleBuffer::CSampleBuffer() : CMemAllocator("CSampleBuffer") {}
+
+CSampleBuffer::~CSampleBuffer() = default;
+
+HRESULT CSampleBuffer::Alloc() {
+  const bool hadBlock = Block() != nullptr;
+  const HRESULT hr = CMemAllocator::Alloc();
+  // Samples of an earlier commit may still lie in the block; then the ring goes on with them.
+  if (SUCCEEDED(hr) && !hadBlock) m_ring.Reset(BlockSize());
+  return hr;
+}
+
+void CSampleBuffer::Free() {
+  m_free = nullptr;
+  m_samples.clear();
+  m_ring.Reset(0);
+  CMemAllocator::Free();
+}
+
+void CSampleBuffer::OnDecommit() {
+  CMemAllocator::OnDecommit();
+  m_spaceFreed.WakeAll();
+}
+
+void CSampleBuffer::Set(bool& flag, bool on) noexcept {
+  const CAutoLock hold(Lock());
+  flag = on;
+  if (on && m_waiters != 0) m_spaceFreed.WakeAll();
+}
+
+void CSampleBuffer::CancelWaits(bool on) noexcept { Set(m_cancelled, on); }
+
+void CSampleBuffer::BeginFlush() noexcept { Set(m_flushing, true); }
+
+void CSampleBuffer::EndFlush() noexcept { Set(m_flushing, false); }
+
+CSampleBuffer::Sample* CSampleBuffer::FreeSample() {
+  if (m_free == nullptr) {
+    m_samples.push_back(std::make_unique<Sample>(this));
+    m_free = m_samples.back().get();
+  }
+  return static_cast<Sample*>(m_free);
+}
+
+// Null when there is no room.
+CSampleBuffer::Sample* CSampleBuffer::Take(std::size_t size) {
+  if (LentCount() >= kMaxSamplesOut) return nullptr;
+  Sample* sample = FreeSample();
+  if (!m_ring.Take(sample->region, size)) {
+    if (m_ring.IsEmpty()) throw MessageError("CSampleBuffer::GetSample size of buffer less than sample");
+    return nullptr;
+  }
+  m_free = sample->Next();
+  sample->SetBuffer(Block() + sample->region.start, static_cast<LONG>(size));
+  return sample;
+}
+
+HRESULT CSampleBuffer::GetSample(IMediaSample** sample, std::size_t size, bool wait) {
+  *sample = nullptr;
+  const CAutoLock hold(Lock());
+  for (;;) {
+    if (!IsCommitted()) return VFW_E_NOT_COMMITTED;
+    if (Sample* taken = Take(size); taken != nullptr) {
+      NoteLent();
+      *sample = taken->Lend();
+      return S_OK;
+    }
+    if (!wait) return S_FALSE;
+    if (m_cancelled || m_flushing) return VFW_E_WRONG_STATE;
+    ++m_waiters;
+    m_spaceFreed.Wait(Lock());
+    --m_waiters;
+  }
+}
+
+HRESULT STDMETHODCALLTYPE CSampleBuffer::GetBuffer(IMediaSample** ppBuffer, REFERENCE_TIME* /*pStartTime*/,
+                                                   REFERENCE_TIME* /*pEndTime*/, DWORD dwFlags) {
+  if (ppBuffer == nullptr) return E_POINTER;
+  *ppBuffer = nullptr;
+  return ComBoundary([&] {
+    ALLOCATOR_PROPERTIES properties{};
+    GetProperties(&properties);
+    const bool wait = (dwFlags & AM_GBF_NOWAIT) == 0;
+    const HRESULT hr = GetSample(ppBuffer, static_cast<std::size_t>(properties.cbBuffer), wait);
+    return hr == S_FALSE ? VFW_E_TIMEOUT : hr;
+  });
+}
+
+HRESULT STDMETHODCALLTYPE CSampleBuffer::ReleaseBuffer(IMediaSample* pBuffer) {
+  if (pBuffer == nullptr) return E_POINTER;
+  const CAutoLock hold(Lock());
+  auto* sample = static_cast<Sample*>(pBuffer);
+  m_ring.Give(sample->region);
+  sample->SetNext(m_free);
+  m_free = sample;
+  if (m_waiters != 0) m_spaceFreed.WakeAll();
+  NoteReturned();
+  return S_OK;
+}
+
+}  // namespace tarvex

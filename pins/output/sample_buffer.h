@@ -1,0 +1,64 @@
+// The allocator of an output pin's connection: samples of exactly the frame's size, one after another in
+// a ring. Made by the pin for each connection; the worker takes samples, any thread releases them.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "framework/condition_variable.h"
+#include "framework/mem_allocator.h"
+#include "pins/output/ring_regions.h"
+
+namespace tarvex {
+
+/// Waits here: GetSample for room, ended by a released sample, by Decommit, by BeginFlush or by
+/// CancelWaits. The block's memory is not touched before a sample lies in it, and stays until the
+/// allocator is decommitted and the last sample is back. In steady use nothing is allocated.
+class CSampleBuffer final : public CMemAllocator {
+ public:
+  /// As many samples may be out at a time: a file of tiny frames must not take memory without limit.
+  static constexpr LONG kMaxSamplesOut = 1 << 18;
+
+  CSampleBuffer();
+  ~CSampleBuffer() override;
+
+  /// Stores a sample of `size` bytes, with a reference. Without room: S_FALSE when not to `wait`, else
+  /// waits; VFW_E_WRONG_STATE when the wait was cancelled or a flush began. VFW_E_NOT_COMMITTED. Throws
+  /// MessageError when the whole block is smaller than `size`, once no sample is out; std::bad_alloc.
+  HRESULT GetSample(IMediaSample** sample, std::size_t size, bool wait);
+
+  /// While on, nobody waits for room: a wait in progress and later ones fail at once. Any thread.
+  void CancelWaits(bool on) noexcept;
+  // The same for the time of a flush, independently. Any thread.
+  void BeginFlush() noexcept;
+  void EndFlush() noexcept;
+
+  // IMemAllocator, for a peer that takes samples of ours: of the negotiated size, from the same ring.
+  HRESULT STDMETHODCALLTYPE GetBuffer(IMediaSample** ppBuffer, REFERENCE_TIME* pStartTime, REFERENCE_TIME* pEndTime,
+                                      DWORD dwFlags) override;
+  HRESULT STDMETHODCALLTYPE ReleaseBuffer(IMediaSample* pBuffer) override;
+
+ protected:
+  HRESULT Alloc() override;
+  void Free() override;
+  void OnDecommit() override;
+
+ private:
+  class Sample;
+
+  Sample* FreeSample();
+  Sample* Take(std::size_t size);
+  void Set(bool& flag, bool on) noexcept;
+
+  // All under Lock(), which is a leaf.
+  CConditionVariable m_spaceFreed;
+  RingRegions m_ring;
+  std::vector<std::unique_ptr<Sample>> m_samples;  // every sample object, out or not
+  CMediaSample* m_free = nullptr;
+  unsigned m_waiters = 0;
+  bool m_cancelled = false;
+  bool m_flushing = false;
+};
+
+}  // namespace tarvex

@@ -1,0 +1,12 @@
+# Sources of the output pins, relative to pins/.
+set(TARVEX_PINS_OUTPUT_SOURCES
+  output/matroska_audio_pin.cpp
+  output/matroska_output_pin.cpp
+  output/matroska_output_pin_delivery.cpp
+  output/matroska_output_pin_seeking.cpp
+  output/matroska_subtitle_pin.cpp
+  output/matroska_video_pin.cpp
+  output/pending_frames.cpp
+  output/pin_seeking.cpp
+  output/ring_regions.cpp
+  output/sample_buffer.cpp)
