@@ -38,10 +38,17 @@ void CAMThread::RunThread() noexcept {
   m_changed.WakeAll();
 }
 
+bool CAMThread::IsWorker() const {
+  const CAutoLock hold(m_channelLock);
+  return m_thread.IsCurrent();
+}
+
 DWORD CAMThread::CallWorker(DWORD command) {
+  // Before the access lock: its holder may be waiting for this very thread's reply.
+  if (IsWorker()) return kNoReply;
   const CAutoLock access(m_AccessLock);
   const CAutoLock hold(m_channelLock);
-  if (!m_thread || !m_running || m_thread.IsCurrent()) return kNoReply;
+  if (!m_thread || !m_running) return kNoReply;
   m_command = command;
   m_pending = true;
   m_changed.WakeAll();

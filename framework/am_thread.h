@@ -53,6 +53,7 @@ class CAMThread {
 
  private:
   void RunThread() noexcept;
+  bool IsWorker() const;
 
   mutable CCritSec m_channelLock{"CAMThread channel", LockRank::kLeaf};
   CConditionVariable m_changed;  // a request, a reply, or the end of the thread

@@ -87,16 +87,17 @@ TEST(QueueDestruction, ReceiveThatNeverReturnsIsLeftBehindAndTouchesNothingGone)
 TEST(QueueDestruction, FromTheQueuesOwnThread) {
   Downstream down;
   auto queue = MakeQueue(down);
+  CEvent sent;
   CEvent destroyed;
   down.input->onSample = [&](int) {
+    sent.Wait(5000);  // no other call may be in progress when the owner destroys its queue
     queue.reset();
     destroyed.Set();
     return S_OK;
   };
-  // The pointer belongs to the callback from now on.
-  COutputQueue* raw = queue.get();
-  raw->Receive(down.Sample(1));
-  raw->EOS();
+  queue->Receive(down.Sample(1));
+  queue->EOS();
+  sent.Set();
   ASSERT_TRUE(destroyed.Wait(5000));
   while (down.Out() != 0) SleepMilliseconds(1);
   EXPECT_EQ(down.input->Words(), std::vector<std::string>{"s:1"});
