@@ -105,21 +105,14 @@ HRESULT CMatroskaSplitter::EndOfStream() {
 
 CMatroskaOutputPin* CMatroskaSplitter::FindPinByTrack(std::uint32_t trackNumber) const {
   for (const auto& pin : m_outputPins) {
-    if (pin->Track().trackNumber == trackNumber) return pin.Get();
-  }
-  return nullptr;
-}
-
-CMatroskaOutputPin* CMatroskaSplitter::FindConnectedPin(std::uint32_t trackNumber) const {
-  for (const auto& pin : m_outputPins) {
-    if (pin->IsConnected() && pin->Track().trackNumber == trackNumber) return pin.Get();
+    if (pin->TrackNumber() == trackNumber) return pin.Get();
   }
   return nullptr;
 }
 
 CMatroskaOutputPin* CMatroskaSplitter::FindPinByType(std::uint32_t trackType) const {
   for (const auto& pin : m_outputPins) {
-    if (pin->Track().trackType == trackType) return pin.Get();
+    if (pin->TrackType() == trackType) return pin.Get();
   }
   return nullptr;
 }

@@ -164,8 +164,6 @@ class CMatroskaSplitter final : public CBaseFilter,
   // Output pins; see the rules for the list.
   CMatroskaOutputPin* FindPinByTrack(std::uint32_t trackNumber) const;
   CMatroskaOutputPin* FindPinByType(std::uint32_t trackType) const;
-  /// For the worker, which does not look at what an unconnected pin carries: that may change meanwhile.
-  CMatroskaOutputPin* FindConnectedPin(std::uint32_t trackNumber) const;
   bool AnyOutputConnected() const;
 
   // Worker.

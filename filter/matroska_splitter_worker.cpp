@@ -152,8 +152,8 @@ bool CMatroskaSplitter::ProcessEvents() {
 }
 
 bool CMatroskaSplitter::OnData(const FrameInfo& frame) {
-  CMatroskaOutputPin* pin = FindConnectedPin(frame.trackNumber);
-  if (pin == nullptr) return true;
+  CMatroskaOutputPin* pin = FindPinByTrack(frame.trackNumber);
+  if (pin == nullptr || !pin->IsConnected()) return true;
   FrameInfo decoded = frame;
   DecodedFrame buffer;  // owns the bytes when decoding made new ones
   m_scanner.Decode(decoded, buffer);

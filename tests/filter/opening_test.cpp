@@ -37,8 +37,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Refusal{"track_no_number.mkv", "COutPinsCreator::CreatePin failed get track_number"},
                     Refusal{"track_type3.mkv", "COutPinsCreator::CreatePin  unknown type"},
                     Refusal{"codec_unknown_video.mkv", "<COutPinsCreator::createVideoPin> unknown codec id"}),
-    [](const auto& info) {
-      const std::string name = info.param.file;
+    [](const auto& instance) {
+      const std::string name = instance.param.file;
       return name.substr(0, name.find('.'));
     });
 

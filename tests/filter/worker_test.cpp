@@ -1,6 +1,7 @@
 // The worker's life, as state changes, flushes and failures show it.
 #include <chrono>
 
+#include "framework/thread.h"
 #include "tests/filter/filter_fixture.h"
 
 namespace tarvex::test {
