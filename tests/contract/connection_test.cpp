@@ -55,7 +55,7 @@ TEST_F(Connecting, APinWithoutReaderIsRefused) {
 TEST_F(Connecting, ASourceThatCannotBeReadIsRefused) {
   TestGraph graph;
   const auto source = CSourceFilter::FromBytes(MakeMovie({}));
-  source->FailFrom(1, E_FAIL);
+  source->FailFrom(0, E_FAIL);
   EXPECT_TRUE(FAILED(Receive(graph, *source)));
   ExpectNothingOpen(graph);
   ExpectStillUsable(graph);

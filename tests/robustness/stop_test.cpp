@@ -243,8 +243,8 @@ TEST_F(OpeningAgainAndAgain, LeavesNothingAfterPlaying) {
 }
 
 TEST_F(OpeningAgainAndAgain, LeavesNothingAfterARefusal) {
-  const auto noise = CSourceFilter::FromBytes(std::vector<std::uint8_t>(4000, 0x42));
-  ExpectNothingLeftBy(Rounds(1000, 200), [&noise] {
+  ExpectNothingLeftBy(Rounds(1000, 200), [] {
+    const auto noise = CSourceFilter::FromBytes(std::vector<std::uint8_t>(4000, 0x42));
     TestGraph graph;
     ASSERT_TRUE(FAILED(graph.Open(noise.Get())));
   });

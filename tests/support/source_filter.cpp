@@ -73,8 +73,7 @@ HRESULT CSourceFilter::Gate(int number) {
 HRESULT CSourceFilter::Copy(LONGLONG position, LONG length, BYTE* buffer) const {
   if (position < 0 || length < 0) return E_INVALIDARG;
   const auto size = static_cast<LONGLONG>(m_bytes.size());
-  const LONGLONG limit = m_longestRead == 0 ? length : std::min(length, m_longestRead.load());
-  const LONGLONG count = std::clamp<LONGLONG>(size - position, 0, limit);
+  const LONGLONG count = std::clamp<LONGLONG>(size - position, 0, length);
   if (count > 0) std::memcpy(buffer, m_bytes.data() + position, static_cast<std::size_t>(count));
   return count == length ? S_OK : S_FALSE;
 }

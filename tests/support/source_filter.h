@@ -1,5 +1,5 @@
 // A file source for test graphs: one output pin that offers IAsyncReader over bytes in memory, and can
-// be told to be slow, to fail, to give short reads, or to block until it is flushed. Owned through
+// be told to be slow, to fail, or to block until it is flushed. Owned through
 // ComPtr; the reader side runs on the reader's threads, the settings may change at any time.
 #pragma once
 
@@ -39,9 +39,6 @@ class CSourceFilter : public CBaseFilter {
   void Unblock() { m_unblocked.Set(); }
   /// A read waits since BlockFrom.
   bool WaitUntilBlocked(DWORD milliseconds) { return m_blocked.Wait(milliseconds); }
-  /// No read gives more than this; what is cut answers S_FALSE, as at the end of a file. 0 for no limit.
-  void SetLongestRead(LONG bytes) { m_longestRead = bytes; }
-
   int Reads() const noexcept { return m_reads; }
   int Flushes() const noexcept { return m_flushes; }
 
@@ -64,7 +61,6 @@ class CSourceFilter : public CBaseFilter {
   std::atomic<HRESULT> m_failure{E_FAIL};
   std::atomic<int> m_blockFrom{kNever};
   std::atomic<bool> m_ignoreFlush{false};
-  std::atomic<LONG> m_longestRead{0};
   CEvent m_flushing{CEvent::Mode::kManual};
   CEvent m_unblocked{CEvent::Mode::kManual};
   CEvent m_blocked{CEvent::Mode::kManual};
