@@ -3,6 +3,7 @@
 #include "pins/creator/out_pins_creator.h"
 
 #include <algorithm>
+#include <new>
 #include <string>
 
 #include "framework/log.h"
@@ -140,7 +141,8 @@ void COutPinsCreator::CreatePinFor(const TrackPinInfo& info) {
   if (m_owner == nullptr) return;
   const ComPtr<CMatroskaOutputPin> pin = NewPin(info);
   if (!pin) return;
-  pin->SetTrack(info);
+  // An unconnected pin fails here for one reason only.
+  if (FAILED(pin->SetTrack(info))) throw std::bad_alloc();
   m_owner->AppendOutputPin(pin);
 }
 
