@@ -30,8 +30,8 @@ struct AudioTrack {
 struct AudioRow {
   std::string_view codecId;
   void (*build)(const AudioTrack& track, const AudioRow& row, CMediaType& type);
+  const GUID* subtype;  // null: the tag's own
   WORD tag;
-  const GUID* subtype;    // null: the tag's own
   bool withMore = false;  // the identifier goes on after codecId, by at least one character
 };
 
@@ -153,23 +153,23 @@ void BuildAcm(const AudioTrack& track, const AudioRow&, CMediaType& type) {
 }
 
 constexpr AudioRow kRows[] = {
-    {"A_AC3", BuildPlain, 0x2000, nullptr},
+    {"A_AC3", BuildPlain, nullptr, 0x2000},
     // The same as AC-3 on purpose.
-    {"A_EAC3", BuildPlain, 0x2000, nullptr},
-    {"A_TRUEHD", BuildPlain, 0, &kSubtypeTrueHd},
-    {"A_MPEG/L3", BuildPlain, 0x0055, nullptr},
-    {"A_MPEG/L1", BuildPlain, 0x0050, nullptr},
-    {"A_MPEG/L2", BuildPlain, 0x0050, nullptr},
-    {"A_DTS", BuildPlain, 0x2001, nullptr},
-    {"A_PCM/INT/LIT", BuildPlain, 0x0001, nullptr},
-    {"A_PCM/FLOAT/IEEE", BuildPlain, 0x0003, nullptr},
-    {"A_TTA1", BuildWithPrivate, 0x77A1, nullptr},
-    {"A_WAVPACK4", BuildWithPrivate, 0x5756, nullptr},
-    {"A_VORBIS", BuildVorbis, 0, &kSubtypeVorbis2},
-    {"A_FLAC", BuildWithPrivate, 0xF1AC, &kSubtypeFlac},
-    {"A_REAL", BuildReal, 0, nullptr, true},
-    {"A_AAC", BuildAac, 0x00FF, nullptr},
-    {"A_MS/ACM", BuildAcm, 0, nullptr},
+    {"A_EAC3", BuildPlain, nullptr, 0x2000},
+    {"A_TRUEHD", BuildPlain, &kSubtypeTrueHd, 0},
+    {"A_MPEG/L3", BuildPlain, nullptr, 0x0055},
+    {"A_MPEG/L1", BuildPlain, nullptr, 0x0050},
+    {"A_MPEG/L2", BuildPlain, nullptr, 0x0050},
+    {"A_DTS", BuildPlain, nullptr, 0x2001},
+    {"A_PCM/INT/LIT", BuildPlain, nullptr, 0x0001},
+    {"A_PCM/FLOAT/IEEE", BuildPlain, nullptr, 0x0003},
+    {"A_TTA1", BuildWithPrivate, nullptr, 0x77A1},
+    {"A_WAVPACK4", BuildWithPrivate, nullptr, 0x5756},
+    {"A_VORBIS", BuildVorbis, &kSubtypeVorbis2, 0},
+    {"A_FLAC", BuildWithPrivate, &kSubtypeFlac, 0xF1AC},
+    {"A_REAL", BuildReal, nullptr, 0, true},
+    {"A_AAC", BuildAac, nullptr, 0x00FF},
+    {"A_MS/ACM", BuildAcm, nullptr, 0},
 };
 
 bool Matches(const AudioRow& row, std::string_view codecId) {
