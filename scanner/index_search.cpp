@@ -16,9 +16,9 @@ std::int32_t FindIndexEntry(std::span<const SeekPoint> index, std::uint64_t time
   const std::uint64_t last = index.size() - 1;
   std::uint64_t entry = duration == 0 ? 0 : last * time / duration;
   if (entry > last) return 0;
-  while (entry > 0 && IsAfter(index[entry], time)) --entry;
-  if (!IsAfter(index[entry], time)) {
-    while (entry < last && !IsAfter(index[entry + 1], time)) ++entry;
+  while (entry > 0 && IsAfter(index[static_cast<std::size_t>(entry)], time)) --entry;
+  if (!IsAfter(index[static_cast<std::size_t>(entry)], time)) {
+    while (entry < last && !IsAfter(index[static_cast<std::size_t>(entry + 1)], time)) ++entry;
   }
   return static_cast<std::int32_t>(entry);
 }
