@@ -23,9 +23,10 @@ HRESULT CReadAheadReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
 
 HRESULT CReadAheadReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
   ++m_reads;
-  const bool sensible = llPosition >= 0 && lLength > 0 && llPosition <= kLastPosition - lLength && pBuffer != nullptr;
+  const bool sensible = llPosition >= 0 && lLength >= 0 && llPosition <= kLastPosition - lLength && pBuffer != nullptr;
   if (!sensible) return ReadBelow(llPosition, lLength, pBuffer);
   if (m_flushing.load(std::memory_order_acquire)) return VFW_E_WRONG_STATE;
+  if (lLength == 0 && llPosition < m_knownEnd) return S_OK;
   const LONG taken = TakeFromWindow(llPosition, lLength, pBuffer);
   if (taken == lLength) return S_OK;
   return ReadMissing(llPosition + taken, lLength - taken, pBuffer + taken);

@@ -1,0 +1,152 @@
+#include "scanner/read_ahead_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "tests/support/ebml_writer.h"
+#include "tests/support/memory_reader.h"
+
+namespace tarvex::test {
+namespace {
+
+constexpr std::size_t kStreamSize = 3 * 1024 * 1024 + 17;
+
+struct TwoReaders {
+  explicit TwoReaders(std::size_t size = kStreamSize) : below(Noise(size, 2)) {}
+
+  /// Both readers must answer alike and leave alike bytes.
+  void ExpectSame(LONGLONG position, LONG length) {
+    ByteString expected(static_cast<std::size_t>(length), 0xEE);
+    ByteString actual(static_cast<std::size_t>(length), 0xEE);
+    const HRESULT expectedResult = below.SyncRead(position, length, expected.data());
+    const HRESULT actualResult = readAhead->SyncRead(position, length, actual.data());
+    EXPECT_EQ(actualResult, expectedResult) << position << "+" << length;
+    EXPECT_TRUE(FAILED(expectedResult) || actual == expected) << position << "+" << length;
+  }
+
+  MemoryReader below;
+  ComPtr<CReadAheadReader> readAhead = MakeCom<CReadAheadReader>(&below);
+};
+
+TEST(ReadAheadReader, RandomReadsAreThoseOfTheReaderBelow) {
+  TwoReaders readers;
+  std::mt19937 random(3);
+  LONGLONG position = 0;
+  for (int count = 0; count < 20000; ++count) {
+    if (random() % 50 == 0) position = random() % (kStreamSize + 5000);
+    const LONG length = random() % 100 == 0 ? static_cast<LONG>(random() % 300000) : static_cast<LONG>(random() % 300);
+    readers.ExpectSame(position, length);
+    position += length;
+  }
+}
+
+TEST(ReadAheadReader, ReadsAcrossAndBehindTheEndAreShortAlike) {
+  TwoReaders readers(10000);
+  for (LONGLONG position = 9980; position < 10020; ++position) readers.ExpectSame(position, 16);
+  readers.ExpectSame(0, 20000);
+}
+
+TEST(ReadAheadReader, BrokenPlaceFailsOnlyReadsThatTouchIt) {
+  TwoReaders readers;
+  readers.below.brokenFrom = 5000;
+  for (LONGLONG position = 0; position < 6000; position += 100) readers.ExpectSame(position, 100);
+  readers.ExpectSame(0, 5000);
+  readers.ExpectSame(0, 5001);
+}
+
+TEST(ReadAheadReader, NonsenseIsAnsweredByTheReaderBelow) {
+  TwoReaders readers;
+  BYTE byte = 0;
+  EXPECT_EQ(readers.readAhead->SyncRead(-1, 1, &byte), readers.below.SyncRead(-1, 1, &byte));
+  EXPECT_EQ(readers.readAhead->SyncRead(0, -1, &byte), readers.below.SyncRead(0, -1, &byte));
+  EXPECT_EQ(readers.readAhead->SyncRead(0, 0, &byte), S_OK);
+  const LONGLONG last = std::numeric_limits<LONGLONG>::max();
+  EXPECT_EQ(readers.readAhead->SyncRead(last - 1, 1, &byte), S_FALSE);
+}
+
+TEST(ReadAheadReader, GrownStreamIsReadBehindItsFormerEnd) {
+  TwoReaders readers(10000);
+  readers.ExpectSame(9990, 20);
+  const ByteString more = Noise(5000, 4);
+  readers.below.bytes.insert(readers.below.bytes.end(), more.begin(), more.end());
+  readers.ExpectSame(9990, 20);
+  readers.ExpectSame(10010, 100);
+  readers.below.reportedLength = 15000;
+  readers.ExpectSame(10110, 100);
+  readers.ExpectSame(10210, 100);
+}
+
+TEST(ReadAheadReader, SmallSequentialReadsCostFewReadsBelow) {
+  TwoReaders readers;
+  BYTE bytes[16];
+  for (LONGLONG position = 0; position + 16 <= static_cast<LONGLONG>(kStreamSize); position += 16) {
+    ASSERT_EQ(readers.readAhead->SyncRead(position, 16, bytes), S_OK);
+  }
+  EXPECT_EQ(readers.readAhead->Reads(), kStreamSize / 16);
+  EXPECT_LT(readers.readAhead->UpstreamReads(), 16U);
+  EXPECT_EQ(readers.below.largestRead, CReadAheadReader::kLargestWindow);
+}
+
+TEST(ReadAheadReader, FirstReadAndJumpsAskForLittle) {
+  TwoReaders readers;
+  BYTE bytes[16];
+  std::mt19937 random(5);
+  for (int count = 0; count < 100; ++count) {
+    ASSERT_EQ(readers.readAhead->SyncRead((random() % 3000) * 1000, 16, bytes), S_OK);
+  }
+  EXPECT_EQ(readers.below.largestRead, CReadAheadReader::kSmallestWindow);
+}
+
+TEST(ReadAheadReader, LargeReadGoesStraightThrough) {
+  TwoReaders readers;
+  ByteString bytes(2 * 1024 * 1024);
+  ASSERT_EQ(readers.readAhead->SyncRead(0, static_cast<LONG>(bytes.size()), bytes.data()), S_OK);
+  EXPECT_EQ(readers.below.reads, 1);
+  EXPECT_EQ(readers.below.largestRead, static_cast<LONG>(bytes.size()));
+}
+
+TEST(ReadAheadReader, FlushFailsNewReadsAlsoOfBytesReadAhead) {
+  TwoReaders readers;
+  BYTE bytes[16];
+  ASSERT_EQ(readers.readAhead->SyncRead(0, 16, bytes), S_OK);
+  EXPECT_EQ(readers.readAhead->BeginFlush(), S_OK);
+  EXPECT_EQ(readers.below.beginFlushes, 1);
+  EXPECT_EQ(readers.readAhead->SyncRead(16, 16, bytes), VFW_E_WRONG_STATE);
+  EXPECT_EQ(readers.readAhead->SyncRead(1000000, 16, bytes), VFW_E_WRONG_STATE);
+  EXPECT_EQ(readers.readAhead->EndFlush(), S_OK);
+  EXPECT_EQ(readers.below.endFlushes, 1);
+  readers.ExpectSame(16, 16);
+}
+
+// The flush arrives while the reader below is inside a read, which then comes back with data.
+TEST(ReadAheadReader, FlushDuringAReadDoesNotWaitForIt) {
+  TwoReaders readers;
+  bool flushed = false;
+  readers.below.onRead = [&] {
+    if (flushed) return;
+    flushed = true;
+    readers.readAhead->BeginFlush();
+  };
+  BYTE bytes[16];
+  EXPECT_EQ(readers.readAhead->SyncRead(0, 16, bytes), S_OK);
+  EXPECT_EQ(readers.readAhead->SyncRead(16, 16, bytes), VFW_E_WRONG_STATE);
+}
+
+TEST(ReadAheadReader, IsAnAsyncReaderAndGoesWithItsLastReference) {
+  MemoryReader below(Noise(100, 6));
+  ComPtr<IUnknown> unknown;
+  {
+    const auto reader = MakeCom<CReadAheadReader>(&below);
+    ASSERT_EQ(reader->QueryInterface(IID_IUnknown, unknown.PutVoid()), S_OK);
+  }
+  ComPtr<IAsyncReader> reader;
+  ASSERT_EQ(unknown->QueryInterface(IID_IAsyncReader, reader.PutVoid()), S_OK);
+  LONGLONG total = 0;
+  LONGLONG available = 0;
+  EXPECT_EQ(reader->Length(&total, &available), S_OK);
+  EXPECT_EQ(total, 100);
+}
+
+}  // namespace
+}  // namespace tarvex::test

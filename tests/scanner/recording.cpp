@@ -1,0 +1,46 @@
+#include "tests/scanner/recording.h"
+
+#include <algorithm>
+
+#include "framework/log.h"
+
+namespace tarvex::test {
+
+bool RecordingCallback::OnData(const FrameInfo& frame) {
+  if (framesToTake >= 0 && framesToTake-- == 0) return false;
+  frames.push_back({frame.keyFrame, frame.trackNumber, static_cast<std::int64_t>(frame.start),
+                    static_cast<std::int64_t>(frame.duration), ByteString(frame.data, frame.data + frame.size)});
+  return true;
+}
+
+OpenFile::OpenFile(ByteString bytes) : reader(std::move(bytes)) {
+  scanner.SetCallback(&callback);
+  scanner.CanProcess(&reader);
+}
+
+std::vector<std::int64_t> OpenFile::StartTimes() const {
+  std::vector<std::int64_t> times;
+  for (const RecordedFrame& frame : callback.frames) times.push_back(frame.start);
+  return times;
+}
+
+ByteString Headers(std::uint64_t trackType, const ByteString& trackChildren) {
+  return Join({Element(id::kInfo, Unsigned(id::kTimecodeScale, 1000000)),
+               Element(id::kTracks, TrackEntry(1, trackType, "A_TEST", trackChildren))});
+}
+
+ByteString FileOf(const ByteString& clusters, const ByteString& headers) {
+  return MatroskaFile(Join({headers, clusters}));
+}
+
+LogTexts::LogTexts() {
+  SetLogSink([](void* self, const char* text) { static_cast<LogTexts*>(self)->texts.emplace_back(text); }, this);
+}
+
+LogTexts::~LogTexts() { SetLogSink(nullptr, nullptr); }
+
+bool LogTexts::Contains(const std::string& text) const {
+  return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
+}  // namespace tarvex::test

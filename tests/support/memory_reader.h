@@ -1,0 +1,76 @@
+// An IAsyncReader over bytes in memory, with the manners of a real one: short reads at the end, reads
+// that fail, a stream that grows. Made by a test, on its stack; not counted. One thread at a time.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include "framework/platform/platform.h"
+
+namespace tarvex::test {
+
+class MemoryReader final : public IAsyncReader {
+ public:
+  explicit MemoryReader(std::vector<std::uint8_t> content) : bytes(std::move(content)) {
+    reportedLength = static_cast<LONGLONG>(bytes.size());
+  }
+  MemoryReader(const MemoryReader&) = delete;
+  MemoryReader& operator=(const MemoryReader&) = delete;
+
+  std::vector<std::uint8_t> bytes;
+  LONGLONG reportedLength = 0;    ///< what Length says, which does not follow `bytes`
+  std::int64_t failingRead = -1;  ///< this read (counted from 0) and all after it fail
+  LONGLONG brokenFrom = -1;       ///< reads that touch this position or one behind it fail
+  std::int64_t reads = 0;         ///< calls of SyncRead
+  LONG largestRead = 0;           ///< bytes asked for in one call
+  int beginFlushes = 0;
+  int endFlushes = 0;
+  std::function<void()> onRead;  ///< called inside every SyncRead
+
+  HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override {
+    const std::int64_t number = reads++;
+    largestRead = std::max(largestRead, lLength);
+    if (onRead) onRead();
+    if (llPosition < 0 || lLength < 0) return E_INVALIDARG;
+    if (failingRead >= 0 && number >= failingRead) return E_FAIL;
+    if (brokenFrom >= 0 && llPosition + lLength > brokenFrom) return E_FAIL;
+    const auto size = static_cast<LONGLONG>(bytes.size());
+    const LONGLONG there = std::clamp<LONGLONG>(size - llPosition, 0, lLength);
+    if (there > 0) std::memcpy(pBuffer, bytes.data() + llPosition, static_cast<std::size_t>(there));
+    return there == lLength ? S_OK : S_FALSE;
+  }
+  HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override {
+    *pTotal = reportedLength;
+    *pAvailable = reportedLength;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE BeginFlush() override {
+    ++beginFlushes;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE EndFlush() override {
+    ++endFlushes;
+    return S_OK;
+  }
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    *out = nullptr;
+    if (iid != IID_IUnknown && iid != IID_IAsyncReader) return E_NOINTERFACE;
+    *out = static_cast<IAsyncReader*>(this);
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
+  ULONG STDMETHODCALLTYPE Release() override { return 1; }
+  HRESULT STDMETHODCALLTYPE RequestAllocator(IMemAllocator*, ALLOCATOR_PROPERTIES*, IMemAllocator**) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Request(IMediaSample*, DWORD_PTR) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE WaitForNext(DWORD, IMediaSample**, DWORD_PTR*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE SyncReadAligned(IMediaSample*) override { return E_NOTIMPL; }
+};
+
+}  // namespace tarvex::test
