@@ -60,7 +60,7 @@ TEST_F(Opening, AFileThatIsNoMatroskaIsATypeNotAccepted) {
 
 TEST_F(Opening, AReaderThatFailsIsATypeNotAccepted) {
   const auto source = CSourceFilter::FromBytes(MakeMovie({}));
-  source->FailFrom(1, E_FAIL);
+  source->FailFrom(0, E_FAIL);
   CMediaType type(MEDIATYPE_Stream);
   EXPECT_EQ(Graph().InputPin()->ReceiveConnection(source->Pin(), &type), VFW_E_TYPE_NOT_ACCEPTED);
   EXPECT_TRUE(Graph().OutputPins().empty());

@@ -159,7 +159,7 @@ TEST_F(Worker, FrameThatNoRingCanHoldAbortsTheGraph) {
 }
 
 TEST_F(Worker, RefusalDownstreamEndsThePassWithoutEndOfStream) {
-  OpenMovie({.videos = 0, .frames = 2000});
+  OpenMovie({.videos = 0, .frames = 1500, .frameSize = 10000});
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kRefusing), S_OK);
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   EXPECT_TRUE(WaitForText("CMatroskaSplitter::OnData failed"));
