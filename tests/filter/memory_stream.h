@@ -23,7 +23,7 @@ class MemoryStream : public CUnknownImpl<IStream> {
     return given == count ? S_OK : S_FALSE;
   }
   HRESULT STDMETHODCALLTYPE Write(const void* data, ULONG count, ULONG* written) override {
-    if (bytes.size() + count > capacity) return STG_E_MEDIUMFULL;
+    if (bytes.size() + count > capacity) return kFull;
     const auto* first = static_cast<const std::uint8_t*>(data);
     bytes.insert(bytes.end(), first, first + count);
     if (written != nullptr) *written = count;
@@ -46,7 +46,7 @@ class MemoryStream : public CUnknownImpl<IStream> {
   std::size_t capacity = 1024;  ///< writes beyond it fail
 
  private:
-  static constexpr HRESULT STG_E_MEDIUMFULL = static_cast<HRESULT>(0x80030070);
+  static constexpr HRESULT kFull = static_cast<HRESULT>(0x80030070);
   std::size_t m_position = 0;
 };
 
