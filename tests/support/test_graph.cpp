@@ -50,7 +50,8 @@ bool IsConnected(IPin* pin) {
 
 TestGraph::TestGraph() : TestGraph(CreateSplitter()) {}
 
-TestGraph::TestGraph(ComPtr<IBaseFilter> splitter) : m_graph(CreateFilterGraph()), m_splitter(std::move(splitter)) {
+TestGraph::TestGraph(ComPtr<IBaseFilter> splitter, ComPtr<IGraphBuilder> graph)
+    : m_graph(graph ? std::move(graph) : CreateFilterGraph()), m_splitter(std::move(splitter)) {
   m_control = m_graph.Query<IMediaControl>();
   if (!m_control) throw std::runtime_error("the graph has no IMediaControl");
   if (FAILED(m_graph->AddFilter(m_splitter.Get(), OLESTR("Splitter")))) throw std::runtime_error("AddFilter");
@@ -137,12 +138,16 @@ bool TestGraph::WaitForEnd(DWORD milliseconds) const {
   return true;
 }
 
+// Asked again and again: a graph may answer that there is nothing before the time is over.
 bool TestGraph::WaitForEvent(LONG code, DWORD milliseconds) const {
+  constexpr LONG kInterval = 20;  // milliseconds
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
   const ComPtr<IMediaEvent> events = m_graph.Query<IMediaEvent>();
-  LONG found = 0;
-  LONG_PTR first = 0;
-  LONG_PTR second = 0;
-  while (events && SUCCEEDED(events->GetEvent(&found, &first, &second, static_cast<LONG>(milliseconds)))) {
+  while (events && std::chrono::steady_clock::now() < deadline) {
+    LONG found = 0;
+    LONG_PTR first = 0;
+    LONG_PTR second = 0;
+    if (FAILED(events->GetEvent(&found, &first, &second, kInterval))) continue;
     events->FreeEventParams(found, first, second);
     if (found == code) return true;
   }

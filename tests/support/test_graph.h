@@ -17,8 +17,8 @@ class TestGraph {
  public:
   /// A graph with a splitter that is not connected to anything.
   TestGraph();
-  /// The same with this splitter.
-  explicit TestGraph(ComPtr<IBaseFilter> splitter);
+  /// The same with this splitter, and in this graph where one is given.
+  explicit TestGraph(ComPtr<IBaseFilter> splitter, ComPtr<IGraphBuilder> graph = nullptr);
   /// Stops, disconnects and drops everything.
   ~TestGraph();
   TestGraph(const TestGraph&) = delete;

@@ -22,8 +22,10 @@ std::string SystemPath(const std::string& path);
 
 /// Open handles or file descriptors of this process.
 std::uint32_t OpenHandles();
-/// Private or resident memory of this process, in bytes.
+/// Private memory of this process that the system has committed or made resident, in bytes.
 std::uint64_t MemoryInUse();
+/// Bytes that are allocated on the process's heaps.
+std::uint64_t HeapInUse();
 
 /// Long tests make all their rounds without being asked: where they show what users get.
 bool RunsFullByDefault();

@@ -1,6 +1,7 @@
 // test_system.h for Linux.
 #include "tests/support/test_system.h"
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -29,6 +30,11 @@ std::uint64_t MemoryInUse() {
   std::uint64_t resident = 0;
   statm >> total >> resident;
   return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+std::uint64_t HeapInUse() {
+  const struct mallinfo2 info = mallinfo2();
+  return info.uordblks + info.hblkhd;
 }
 
 bool RunsFullByDefault() { return false; }
