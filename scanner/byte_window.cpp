@@ -15,9 +15,8 @@ std::span<const std::uint8_t> CByteWindow::From(std::uint64_t position, std::siz
 }
 
 void CByteWindow::Load(std::uint64_t position, std::size_t atLeast) {
-  constexpr std::size_t kLargestChunk = 64 * 1024;
   const std::uint64_t left = m_source.Length() - position;
-  const auto bytes = static_cast<std::size_t>(std::min<std::uint64_t>(std::max(m_chunk, atLeast), left));
+  const auto bytes = static_cast<std::size_t>(std::min<std::uint64_t>(atLeast, left));
   m_bytes.resize(bytes);
   m_start = position;
   if (bytes != 0) {
@@ -25,7 +24,6 @@ void CByteWindow::Load(std::uint64_t position, std::size_t atLeast) {
     m_source.read(m_bytes.data(), bytes);
   }
   if (bytes == left) m_bytes.push_back(0);
-  m_chunk = std::min(m_chunk * 8, kLargestChunk);
 }
 
 }  // namespace tarvex

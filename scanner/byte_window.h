@@ -1,5 +1,5 @@
-// A view of the stream's bytes for looking at many positions in a row. Made for one search on the thread
-// that drives the scanner; moves the byte source's position.
+// A view of the stream's bytes for looking at many positions in a row. Used on the thread that drives
+// the scanner; moves the byte source's position.
 #pragma once
 
 #include <cstddef>
@@ -19,13 +19,15 @@ class CByteWindow {
   /// byte counts as following the stream, as the byte source gives it. Valid until the next call.
   std::span<const std::uint8_t> From(std::uint64_t position, std::size_t atLeast);
 
+  /// Forgets what was read: the stream may be another one by now.
+  void Clear() { m_bytes.clear(); }
+
  private:
   void Load(std::uint64_t position, std::size_t atLeast);
 
   CAsyncCallback& m_source;
   std::vector<std::uint8_t> m_bytes;
   std::uint64_t m_start = 0;  // stream position of the first
-  std::size_t m_chunk = 64;   // grows, since most searches end at once
 };
 
 }  // namespace tarvex

@@ -46,7 +46,7 @@ void CEbmlScanner::CanProcess(IAsyncReader* reader) {
 }
 
 void CEbmlScanner::ReadHeaders() {
-  CElementWalker walker = Walker();
+  CElementWalker walker(*m_stream, m_byteSource);
   const auto segment = walker.FindSegment();
   if (!segment) throw MessageError("<CEbmlScanner::CanProcess> No segment/level 0 element found");
   m_segmentSize = segment->IsFiniteSize() ? segment->GetSize() : m_byteSource.Length();
@@ -80,7 +80,7 @@ void CEbmlScanner::ReadInfo(libebml::EbmlMaster& info) {
 }
 
 void CEbmlScanner::ReadChapterList() {
-  CElementWalker walker = Walker();
+  CElementWalker walker(*m_stream, m_byteSource);
   const auto segment = walker.FindSegment();
   if (!segment) return;
   const auto chapters = walker.FindThroughSeekHead<libmatroska::KaxChapters>(*segment);
@@ -91,7 +91,7 @@ void CEbmlScanner::ReadChapterList() {
 
 void CEbmlScanner::ReadDocType() {
   constexpr std::uint64_t kMaxDataSize = 0xFFFFFFFF;
-  CElementWalker walker = Walker();
+  CElementWalker walker(*m_stream, m_byteSource);
   walker.MoveTo(0);
   const ElementPtr element(m_stream->FindNextID(EBML_INFO(libebml::EbmlHead), kMaxDataSize));
   auto* head = ElementAs<libebml::EbmlHead>(element.get());
@@ -121,14 +121,15 @@ void CEbmlScanner::BuildIndex() {
     LogText(error.what());  // playing starts from the front meanwhile
     m_seekIndex.clear();
   }
-  Walker().MoveTo(0);
+  m_byteSource.setFilePointer(0);
 }
 
 void CEbmlScanner::FillIndex() {
   const auto eventsPending = [this] { return EventsPending(); };
-  std::vector<SeekPoint> index = IndexFromCues(Walker(), m_info);
+  CElementWalker walker(*m_stream, m_byteSource);
+  std::vector<SeekPoint> index = IndexFromCues(walker, m_info);
   if (index.empty()) {
-    auto scanned = IndexFromClusters(Walker(), m_info, eventsPending);
+    auto scanned = IndexFromClusters(walker, m_info, eventsPending);
     if (!scanned) return;
     index = std::move(*scanned);
   }
@@ -138,10 +139,10 @@ void CEbmlScanner::FillIndex() {
 
 bool CEbmlScanner::Process() {
   if (!m_stream) return false;
-  CElementWalker walker = Walker();
+  CElementWalker walker(*m_stream, m_byteSource);
   const auto segment = walker.FindSegment();
   if (!segment) return false;
-  GoToStart();
+  GoToStart(walker);
   const std::function<bool(const FrameInfo&)> onFrame = [this](const FrameInfo& frame) { return OnData(frame); };
   const std::function<bool()> eventsPending = [this] { return EventsPending(); };
   CClusterDelivery delivery(m_info, onFrame, eventsPending);
@@ -153,11 +154,11 @@ bool CEbmlScanner::Process() {
 }
 
 // One entry earlier than the one that covers the start, so that decoders have a picture before it.
-void CEbmlScanner::GoToStart() {
+void CEbmlScanner::GoToStart(CElementWalker& walker) const {
   if (m_startTime == 0 || m_seekIndex.empty()) return;
   std::int32_t entry = FindIndexEntry(m_seekIndex, m_startTime, Duration());
   if (entry > 0) --entry;
-  Walker().MoveTo(m_seekIndex[static_cast<std::size_t>(entry)].position);
+  walker.MoveTo(m_seekIndex[static_cast<std::size_t>(entry)].position);
 }
 
 bool CEbmlScanner::Decode(FrameInfo& frame, DecodedFrame& owner) const {

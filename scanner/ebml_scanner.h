@@ -95,11 +95,9 @@ class CEbmlScanner {
   void ReadInfo(libebml::EbmlMaster& info);
   void ReadChapterList();
   void ReadDocType();
-  void GoToStart();
+  void GoToStart(CElementWalker& walker) const;
   void FillIndex();
   bool EventsPending() const;
-  libebml::EbmlStream& Stream() { return *m_stream; }
-  CElementWalker Walker() { return CElementWalker(*m_stream, m_byteSource); }
 
   CMatroskaCallback* m_callback = nullptr;
   std::uint64_t m_segmentDataStart = 0;

@@ -1,154 +1,39 @@
 #include "scanner/element_walker.h"
 
-#include <ebml/EbmlCrc32.h>
 #include <matroska/KaxSeekHead.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <limits>
-#include <optional>
-#include <span>
 
 #include "scanner/byte_window.h"
 #include "scanner/element_header.h"
-#include "scanner/known_ids.h"
 
 namespace tarvex {
 
-namespace {
-
-/// Shows libebml one element head and nothing behind it, so that judging a head costs the same wherever
-/// it stands and whatever follows.
-class CHeaderProbe : public libebml::IOCallback {
- public:
-  CHeaderProbe(std::uint64_t position, std::span<const std::uint8_t> head) : m_position(position), m_head(head) {}
-
-  std::uint32_t read(void* buffer, std::size_t size) override {
-    if (size > m_head.size()) return 0;
-    std::memcpy(buffer, m_head.data(), size);
-    m_head = m_head.subspan(size);
-    m_position += size;
-    return static_cast<std::uint32_t>(size);
-  }
-  void setFilePointer(std::int64_t /*offset*/, libebml::seek_mode /*mode*/) override {}
-  std::size_t write(const void* /*buffer*/, std::size_t /*size*/) override { return 0; }
-  std::uint64_t getFilePointer() override { return m_position; }
-  void close() override {}
-
- private:
-  std::uint64_t m_position;
-  std::span<const std::uint8_t> m_head;
-};
-
-struct FoundHead {
-  std::uint64_t position = 0;  // of the element
-  ElementHeader header;
-  std::array<std::uint8_t, ElementHeader::kMaxBytes> bytes{};
-
-  std::uint64_t DataPosition() const { return position + header.Length(); }
-};
-
-/// One element that stands below a context or above it.
-struct FoundElement {
-  ElementPtr element;
-  std::uint64_t position = 0;
-  std::uint64_t dataPosition = 0;
-  int upperLevel = 0;  // 0 = child, above 0 = belongs that much further up, below 0 = global
-};
-
-/// Looks for the elements of one context, byte by byte.
-class CElementSearch {
- public:
-  CElementSearch(CAsyncCallback& source, const libebml::EbmlSemanticContext& context)
-      : m_context(context), m_ids(context), m_window(source) {}
-
-  /// The first that libebml takes for one at or after `position`.
-  std::optional<FoundElement> From(std::uint64_t position) {
-    while (const auto head = NextHead(position)) {
-      FoundElement found = Create(*head);
-      if (found.element) return found;
-      position = head->position + 1;
-    }
-    return std::nullopt;
-  }
-
- private:
-  std::optional<FoundHead> NextHead(std::uint64_t position) {
-    for (;;) {
-      const auto bytes = m_window.From(position, ElementHeader::kMaxBytes);
-      const auto next = std::find_if(bytes.begin(), bytes.end(), [this](auto b) { return m_ids.MayBeginWith(b); });
-      if (bytes.empty()) return std::nullopt;
-      position += static_cast<std::uint64_t>(next - bytes.begin());
-      if (next == bytes.end()) continue;
-      if (const auto head = HeadAt(position)) return head;
-      ++position;
-    }
-  }
-
-  std::optional<FoundHead> HeadAt(std::uint64_t position) {
-    const auto bytes = m_window.From(position, ElementHeader::kMaxBytes);
-    const auto header = ParseElementHeader(bytes.first(std::min(bytes.size(), ElementHeader::kMaxBytes)));
-    if (!header || !m_ids.Contains(header->id)) return std::nullopt;
-    // Otherwise the byte that begins it, a frequent one, would cost an element each time.
-    const bool isChecksum = header->id == EBML_ID_VALUE(EBML_ID(libebml::EbmlCrc32));
-    if (isChecksum && header->size != 4) return std::nullopt;
-    FoundHead head{position, *header, {}};
-    std::copy_n(bytes.begin(), header->Length(), head.bytes.begin());
-    return head;
-  }
-
-  FoundElement Create(const FoundHead& head) {
-    constexpr std::uint64_t kMaxDataSize = 0xFFFFFFFF;
-    FoundElement found{nullptr, head.position, head.DataPosition(), 0};
-    CHeaderProbe probe(head.position, std::span(head.bytes).first(head.header.Length()));
-    found.element.reset(libebml::EbmlElement::FindNextElement(probe, m_context, found.upperLevel, kMaxDataSize, true));
-    // Refused here, it may have found another in the remaining bytes of the head.
-    if (found.element && found.element->GetElementPosition() != head.position) found.element.reset();
-    return found;
-  }
-
-  const libebml::EbmlSemanticContext& m_context;
-  const CKnownIds m_ids;
-  CByteWindow m_window;
-};
-
-/// Holds what reading a master may hand back.
-struct HandedUp {
-  HandedUp() = default;
-  HandedUp(const HandedUp&) = delete;
-  HandedUp& operator=(const HandedUp&) = delete;
-  ~HandedUp() { const ElementPtr owner(element); }
-
-  libebml::EbmlElement* element = nullptr;
-};
-
-}  // namespace
+CElementSearch CElementWalker::SearchBelow(const libebml::EbmlElement& parent) {
+  m_window.Clear();
+  return {m_window, m_source.Length(), m_ids, EBML_CONTEXT(&parent), CElementSearch::Unknown::kPassByteWise};
+}
 
 ElementPtr CElementWalker::FindNextChild(const libebml::EbmlElement& parent) {
   const std::uint64_t start = Position();
   if (start >= m_source.Length()) return nullptr;
-  CElementSearch search(m_source, EBML_CONTEXT(&parent));
-  std::uint64_t position = start;
-  while (auto found = search.From(position)) {
-    if (found->upperLevel > 0) {
-      MoveTo(start);
-      return nullptr;
-    }
-    MoveTo(found->dataPosition);
-    if (found->upperLevel == 0) return std::move(found->element);
-    Skip(*found->element);
-    position = Position();
+  auto found = SearchBelow(parent).From(start);
+  if (!found) {
+    MoveTo(m_source.Length());
+    return nullptr;
   }
-  MoveTo(m_source.Length());
-  return nullptr;
+  MoveTo(found->upperLevel > 0 ? start : found->dataPosition);
+  return found->upperLevel > 0 ? nullptr : std::move(found->element);
 }
 
-void CElementWalker::ReadMaster(libebml::EbmlElement& element) {
-  HandedUp found;
-  int upperLevel = 0;
-  element.Read(m_stream, EBML_CONTEXT(&element), upperLevel, found.element, true, libebml::SCOPE_ALL_DATA);
-  if (found.element != nullptr) MoveTo(found.element->GetElementPosition());
+void CElementWalker::ReadMaster(libebml::EbmlMaster& element) {
+  if (const auto end = m_masterReader.Read(element)) MoveTo(*end);
+}
+
+void CElementWalker::ReadEachChild(libebml::EbmlMaster& element, const CMasterReader::Visitor& visit) {
+  if (const auto end = m_masterReader.ReadEach(element, visit)) MoveTo(*end);
 }
 
 void CElementWalker::Skip(libebml::EbmlElement& element) {
@@ -162,7 +47,7 @@ void CElementWalker::Skip(libebml::EbmlElement& element) {
 // Below an element of unknown size another one of unknown size is not descended into: what it holds is
 // passed like everything that is not known here.
 void CElementWalker::SkipUnknownSize(libebml::EbmlElement& element) {
-  CElementSearch search(m_source, EBML_CONTEXT(&element));
+  CElementSearch search = SearchBelow(element);
   std::uint64_t position = Position();
   while (const auto found = search.From(position)) {
     if (found->upperLevel > 0) {
@@ -184,10 +69,11 @@ std::unique_ptr<libmatroska::KaxSegment> CElementWalker::FindSegment() {
   if (first != kMagic) return nullptr;
 
   const std::uint32_t segmentId = EBML_ID_VALUE(EBML_ID(libmatroska::KaxSegment));
+  constexpr std::size_t kHeadBytes = 64;
   constexpr std::uint64_t kTooLargeToSkip = 0x7FFFFFFF;  // where libebml stops taking it for an element
-  CByteWindow window(m_source);
+  m_window.Clear();
   for (std::uint64_t position = 0;;) {
-    const auto header = ParseElementHeader(window.From(position, ElementHeader::kMaxBytes));
+    const auto header = ParseElementHeader(m_window.From(position, kHeadBytes));
     if (!header) return nullptr;
     if (header->id == segmentId) {
       MoveTo(position);

@@ -12,10 +12,10 @@
 #include <memory>
 
 #include "scanner/async_callback.h"
+#include "scanner/element_search.h"
+#include "scanner/master_reader.h"
 
 namespace tarvex {
-
-using ElementPtr = std::unique_ptr<libebml::EbmlElement>;
 
 /// The element as a `T`, or null when it is of another kind.
 template <class T>
@@ -31,6 +31,8 @@ const T* ElementAs(const libebml::EbmlElement* element) {
 class CElementWalker {
  public:
   CElementWalker(libebml::EbmlStream& stream, CAsyncCallback& source) : m_stream(stream), m_source(source) {}
+  CElementWalker(const CElementWalker&) = delete;
+  CElementWalker& operator=(const CElementWalker&) = delete;
 
   /// The next element below `parent` from the current position on, positioned at its data. What is
   /// unknown there, and voids, are passed byte by byte. Null at the end of the stream, and in front of an
@@ -38,7 +40,9 @@ class CElementWalker {
   ElementPtr FindNextChild(const libebml::EbmlElement& parent);
 
   /// Reads a master with all below it. Positions at the element that ended it, if one did.
-  void ReadMaster(libebml::EbmlElement& element);
+  void ReadMaster(libebml::EbmlMaster& element);
+  /// The same, but shows each child in turn instead of keeping it.
+  void ReadEachChild(libebml::EbmlMaster& element, const CMasterReader::Visitor& visit);
 
   /// Moves behind an element's data. One that ends behind the stream is not moved behind; one of unknown
   /// size ends at the first element that belongs further up.
@@ -71,9 +75,13 @@ class CElementWalker {
 
  private:
   void SkipUnknownSize(libebml::EbmlElement& element);
+  CElementSearch SearchBelow(const libebml::EbmlElement& parent);
 
   libebml::EbmlStream& m_stream;
   CAsyncCallback& m_source;
+  CByteWindow m_window{m_source};
+  CKnownIdTables m_ids;
+  CMasterReader m_masterReader{m_source, m_window, m_ids};
 };
 
 }  // namespace tarvex

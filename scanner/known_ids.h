@@ -1,11 +1,12 @@
 // The identifiers that mean something at one place of the element tree: those of the place itself, the
-// global ones, and those of every level above. A value made for one search.
+// global ones, and those of every level above. Values, used by one thread at a time.
 #pragma once
 
 #include <ebml/EbmlElement.h>
 
 #include <bitset>
 #include <cstdint>
+#include <map>
 #include <vector>
 
 namespace tarvex {
@@ -26,6 +27,18 @@ class CKnownIds {
 
   std::vector<std::uint32_t> m_ids;
   std::bitset<256> m_firstBytes;
+};
+
+/// The identifiers of every place that was searched so far.
+class CKnownIdTables {
+ public:
+  /// Stays where it is.
+  const CKnownIds& For(const libebml::EbmlSemanticContext& context) {
+    return m_tables.try_emplace(&context, context).first->second;
+  }
+
+ private:
+  std::map<const libebml::EbmlSemanticContext*, CKnownIds> m_tables;
 };
 
 }  // namespace tarvex

@@ -92,22 +92,21 @@ class CClusterIndexer {
 
 }  // namespace
 
-std::vector<SeekPoint> IndexFromCues(CElementWalker walker, const CMatroskaInfo& info) {
+std::vector<SeekPoint> IndexFromCues(CElementWalker& walker, const CMatroskaInfo& info) {
   std::vector<SeekPoint> index;
   const auto segment = walker.FindSegment();
   if (!segment) return index;
   const auto cues = walker.FindThroughSeekHead<KaxCues>(*segment);
   if (!cues) return index;
-  walker.ReadMaster(*cues);
-  for (const libebml::EbmlElement* child : *cues) {
-    if (const auto* point = ElementAs<KaxCuePoint>(child)) {
-      AddCuePoint(*point, *segment, info.TimecodeScale(), index);
-    }
-  }
+  const std::uint64_t scale = info.TimecodeScale();
+  walker.ReadEachChild(*cues, [&](libebml::EbmlElement& child) {
+    const auto* point = ElementAs<KaxCuePoint>(&child);
+    if (point != nullptr) AddCuePoint(*point, *segment, scale, index);
+  });
   return index;
 }
 
-std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker walker, const CMatroskaInfo& info,
+std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker& walker, const CMatroskaInfo& info,
                                                         const std::function<bool()>& eventsPending) {
   std::vector<SeekPoint> index;
   const auto segment = walker.FindSegment();

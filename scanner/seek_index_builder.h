@@ -13,11 +13,11 @@
 namespace tarvex {
 
 /// One entry for each cue point of track 1, whatever kind of track that is. Empty without such Cues.
-std::vector<SeekPoint> IndexFromCues(CElementWalker walker, const CMatroskaInfo& info);
+std::vector<SeekPoint> IndexFromCues(CElementWalker& walker, const CMatroskaInfo& info);
 
 /// One entry for each key frame of the first video track (of track 1 when there is none). Reads every
 /// Cluster. Nothing when `eventsPending` answered true.
-std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker walker, const CMatroskaInfo& info,
+std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker& walker, const CMatroskaInfo& info,
                                                         const std::function<bool()>& eventsPending);
 
 }  // namespace tarvex

@@ -187,10 +187,10 @@ TEST(Delivery, NoClusterIsRefusedAndLogged) {
 
 TEST(Delivery, FailingReadIsThrownAndTheNextPassWorks) {
   OpenFile file(FileOf(Cluster(0, SimpleBlock(1, 0, Noise(1000, 1)))));
-  file.reader.failingRead = file.reader.reads + 20;
+  file.reader.brokenFrom = file.reader.reportedLength - 100;
   EXPECT_EQ(MessageOf([&] { file.Process(); }),
             "<CAsyncCallback::read> failed to read input data using IAsyncReader::SyncRead method");
-  file.reader.failingRead = -1;
+  file.reader.brokenFrom = -1;
   EXPECT_FALSE(file.Process());
   EXPECT_EQ(file.callback.frames.size(), 1U);
 }

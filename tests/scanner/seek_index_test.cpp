@@ -126,10 +126,10 @@ TEST(SeekIndex, IsBuiltOnceAlsoWhenNothingCameOfIt) {
 
 TEST(SeekIndex, FailingReadLeavesNoIndexAndIsTriedAgain) {
   OpenFile file(FileOf(ThreeClusters()));
-  file.reader.failingRead = file.reader.reads + 60;
+  file.reader.brokenFrom = file.reader.reportedLength - 3;
   file.scanner.BuildIndex();
   EXPECT_TRUE(file.scanner.Index().empty());
-  file.reader.failingRead = -1;
+  file.reader.brokenFrom = -1;
   file.scanner.BuildIndex();
   EXPECT_EQ(file.scanner.Index().size(), 3U);
 }

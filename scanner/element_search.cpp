@@ -1,0 +1,115 @@
+#include "scanner/element_search.h"
+
+#include <ebml/EbmlCrc32.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace tarvex {
+
+namespace {
+
+/// Shows libebml one element head and nothing behind it.
+class CHeaderProbe : public libebml::IOCallback {
+ public:
+  CHeaderProbe(std::uint64_t position, std::span<const std::uint8_t> head) : m_position(position), m_head(head) {}
+
+  std::uint32_t read(void* buffer, std::size_t size) override {
+    if (size > m_head.size()) return 0;
+    std::memcpy(buffer, m_head.data(), size);
+    m_head = m_head.subspan(size);
+    m_position += size;
+    return static_cast<std::uint32_t>(size);
+  }
+  void setFilePointer(std::int64_t /*offset*/, libebml::seek_mode /*mode*/) override {}
+  std::size_t write(const void* /*buffer*/, std::size_t /*size*/) override { return 0; }
+  std::uint64_t getFilePointer() override { return m_position; }
+  void close() override {}
+
+ private:
+  std::uint64_t m_position;
+  std::span<const std::uint8_t> m_head;
+};
+
+bool IsChecksum(const ElementHeader& header) { return header.id == EBML_ID_VALUE(EBML_ID(libebml::EbmlCrc32)); }
+
+}  // namespace
+
+std::optional<FoundElement> CElementSearch::From(std::uint64_t position) {
+  constexpr std::size_t kFirstChunk = 64;  // most searches end at once
+  constexpr std::size_t kLargestChunk = 64 * 1024;
+  const std::uint64_t end = std::min(m_end, m_streamLength + 1);
+  for (std::size_t chunk = kFirstChunk; position < end;) {
+    auto bytes = m_window.From(position, chunk);
+    if (bytes.size() > end - position) bytes = bytes.first(static_cast<std::size_t>(end - position));
+    // A head that the chunk cuts is looked at in the next one.
+    const bool isLast = bytes.size() == end - position;
+    const std::size_t whole = isLast ? bytes.size() : bytes.size() - ElementHeader::kMaxBytes + 1;
+    std::size_t offset = 0;
+    while (offset < whole) {
+      const auto rest = bytes.subspan(offset);
+      if (m_ids.MayBeginWith(rest[0])) {
+        if (auto found = LookAt(position + offset, rest)) return found;
+      }
+      offset += PassUnknown(position + offset, rest);
+    }
+    chunk = offset > bytes.size() ? kFirstChunk : std::min(chunk * 8, kLargestChunk);
+    position += offset;
+  }
+  return std::nullopt;
+}
+
+std::optional<FoundElement> CElementSearch::At(std::uint64_t position) {
+  if (position >= m_end) return std::nullopt;
+  const auto bytes = m_window.From(position, ElementHeader::kMaxBytes);
+  return LookAt(position,
+                bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), m_end - position))));
+}
+
+std::optional<FoundElement> CElementSearch::LookAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
+  const auto header = ParseElementHeader(bytes);
+  if (!header || !m_ids.Contains(header->id) || IsChecksum(*header)) return std::nullopt;
+  return Create(position, bytes.first(header->Length()));
+}
+
+std::optional<FoundElement> CElementSearch::Create(std::uint64_t position, std::span<const std::uint8_t> head) const {
+  // The sizes up to which libebml is asked to look, in a stream and in a parent of unknown size.
+  constexpr std::uint64_t kLargestInStream = 0xFFFFFFFF;
+  constexpr std::uint64_t kLargestInParent = 0x7FFFFFFF;
+  const std::uint64_t noEnd = m_unknown == Unknown::kSkip ? kLargestInParent : kLargestInStream;
+  FoundElement found{nullptr, position, position + head.size(), 0};
+  CHeaderProbe probe(position, head);
+  found.element.reset(libebml::EbmlElement::FindNextElement(probe, m_context, found.upperLevel,
+                                                            m_end == kNoEnd ? noEnd : m_end - position, true));
+  // Refused here, it may have found another in the remaining bytes of the head.
+  if (!found.element || found.element->GetElementPosition() != position) return std::nullopt;
+  return found;
+}
+
+// How far to go from a place where nothing known begins.
+std::size_t CElementSearch::PassUnknown(std::uint64_t position, std::span<const std::uint8_t> bytes) const {
+  constexpr std::uint8_t kSmallestFirstByte = 0x10;
+  constexpr std::uint8_t kChecksum = 0xBF;
+  if (bytes[0] < kSmallestFirstByte || (m_unknown == Unknown::kPassByteWise && bytes[0] != kChecksum)) return 1;
+  const auto header = ParseElementHeader(bytes);
+  if (!header) return 1;
+  if (IsChecksum(*header)) return PassChecksum(position, *header);
+  if (m_ids.Contains(header->id) || !IsSkippable(position, *header)) return 1;
+  return header->Length() + static_cast<std::size_t>(header->size);
+}
+
+std::size_t CElementSearch::PassChecksum(std::uint64_t position, const ElementHeader& header) const {
+  constexpr std::uint64_t kSize = 4;
+  if (header.size != kSize || !IsSkippable(position, header)) return 1;
+  // One that the end of the stream cuts is not skipped.
+  const bool isWhole = position + header.Length() + kSize <= m_streamLength;
+  return header.Length() + (isWhole ? kSize : 0);
+}
+
+bool CElementSearch::IsSkippable(std::uint64_t position, const ElementHeader& header) const {
+  constexpr std::uint64_t kTooLarge = 0x7FFFFFFF;  // where libebml stops taking it for an element
+  if (!header.sizeKnown || header.size >= kTooLarge) return false;
+  return m_end == kNoEnd || header.Length() + header.size <= m_end - position;
+}
+
+}  // namespace tarvex
