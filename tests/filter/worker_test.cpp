@@ -58,40 +58,6 @@ TEST_F(Worker, UnconnectedFilterStartsAndEndsOneWithoutDelivering) {
   EXPECT_EQ(m_log->CountOf("EndOfStream"), 0u);
 }
 
-TEST_F(Worker, NoConnectedOutputMeansNoPass) {
-  OpenMovie({});
-  EXPECT_EQ(Splitter()->Pause(), S_OK);
-  EXPECT_TRUE(WaitForText(kPassEnded));
-  EXPECT_EQ(m_log->CountOf("EndOfStream"), 0u);
-  Splitter()->Stop();
-}
-
-TEST_F(Worker, SecondPauseStartsNothing) {
-  OpenMovie({});
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  EXPECT_EQ(Splitter()->Pause(), S_OK);
-  EXPECT_EQ(Splitter()->Pause(), S_OK);
-  Splitter()->Stop();
-  EXPECT_EQ(m_log->CountOf(kStarted), 1u);
-  EXPECT_EQ(m_log->CountOf("Pause"), 2u);
-}
-
-TEST_F(Worker, EveryRunEndsWithOneEndOfStreamPerPin) {
-  OpenMovie({});
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  for (int run = 0; run < 2; ++run) {
-    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-    ASSERT_TRUE(Graph().WaitForEnd());
-    ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
-    for (const auto& sink : Graph().Sinks()) {
-      EXPECT_EQ(sink->CountOf(SinkEvent::Kind::kEndOfStream), 1u);
-      EXPECT_EQ(sink->CountOf(SinkEvent::Kind::kSample), 100u);
-      sink->Clear();
-    }
-  }
-  EXPECT_EQ(m_log->CountOf(kExited), 2u);
-}
-
 TEST_F(Worker, UnconnectedPinDoesNotKeepTheOthersBack) {
   OpenMovie({.videos = 0, .audios = 2});
   ASSERT_EQ(Graph().ConnectSink(Graph().OutputPins().front().Get(), SinkKind::kCounting), S_OK);
@@ -129,17 +95,6 @@ TEST_F(Worker, StopEndsAReadThatOnlyAFlushEnds) {
   EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 100)) << "our own flush was reported as a failure";
 }
 
-TEST_F(Worker, StopEndsAWaitForRoomThatDownstreamNeverGives) {
-  OpenMovie(kLongMovie);
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kHolding), S_OK);
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  ASSERT_TRUE(Graph().Sink(0).WaitForSample(kPatience));
-  SleepMilliseconds(200);  // until the ring is full
-  EXPECT_LT(TimeOf([this] { Splitter()->Stop(); }), 1000);
-  EXPECT_EQ(m_log->CountOf(kExited), 1u);
-  EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 100));
-}
-
 TEST_F(Worker, ReadFailureInTheMiddleAbortsTheGraph) {
   const auto source = OpenMovie(kLongMovie);
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
@@ -156,15 +111,6 @@ TEST_F(Worker, FrameThatNoRingCanHoldAbortsTheGraph) {
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   EXPECT_TRUE(Graph().WaitForEvent(kEcErrorAbort));
   EXPECT_TRUE(m_log->Contains("CSampleBuffer::GetSample size of buffer less than sample")) << m_log->Joined();
-}
-
-TEST_F(Worker, RefusalDownstreamEndsThePassWithoutEndOfStream) {
-  OpenMovie({.videos = 0, .frames = 1500, .frameSize = 10000});
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kRefusing), S_OK);
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  EXPECT_TRUE(WaitForText("CMatroskaSplitter::OnData failed"));
-  EXPECT_TRUE(WaitForText(kPassEnded));
-  EXPECT_EQ(m_log->CountOf("EndOfStream"), 0u);
 }
 
 TEST_F(Worker, LastReferenceGivenBackWhileItRunsEndsIt) {
