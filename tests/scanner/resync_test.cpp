@@ -170,7 +170,7 @@ TEST(Resync, ReadsOfAClusterWhatLibebmlReads) {
       int upperLevel = 0;
       libebml::EbmlElement* found = nullptr;
       master.Read(stream, EBML_CONTEXT(&master), upperLevel, found, true, libebml::SCOPE_ALL_DATA);
-      const ElementPtr owner(found);
+      const ElementPtr owner(upperLevel > 0 ? found : nullptr);  // else it is one of those that were kept
       if (owner) walker.MoveTo(owner->GetElementPosition());
     });
     const std::string ours =
