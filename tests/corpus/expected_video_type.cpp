@@ -58,7 +58,7 @@ ExpectedMediaType Vp8(const ManifestTrack& track) {
   return type;
 }
 
-// MPEG-2, Theora and MPEG-4 part 2 differ in subtype and compression alone.
+// MPEG-2, Theora and MPEG-4 ASP differ in subtype and compression alone.
 ExpectedMediaType Mpeg2Like(const ManifestTrack& track, Bytes codecPrivate, const GUID& subtype,
                             std::uint32_t compression) {
   BlockWriter block(codecPrivate.empty() && !track.codecPrivate ? kSequence + 4 : kSequence + codecPrivate.size());
