@@ -37,7 +37,7 @@ bool PendingFrames::PickStart(REFERENCE_TIME t, bool final, REFERENCE_TIME& star
 }
 
 void PendingFrames::TrimToKeyFrameBefore(REFERENCE_TIME t) {
-  for (auto key = m_keyFrames.rbegin(); key != m_keyFrames.rend() && *key > m_firstNumber; ++key) {
+  for (auto key = m_keyFrames.rbegin(); key != m_keyFrames.rend(); ++key) {
     const Number number = *key;
     if (StartOf(Frame(number)) > t) continue;
     while (m_firstNumber < number) DropFirst();

@@ -37,8 +37,7 @@ class PendingFrames {
   /// frames come (`final`), a latest start of exactly `t` is found, with `start` left as it is.
   bool PickStart(REFERENCE_TIME t, bool final, REFERENCE_TIME& start) const;
 
-  /// Drops all before the last key frame that starts no later than `t`; nothing when there is none but
-  /// perhaps the first frame.
+  /// Drops all before the last key frame that starts no later than `t`; nothing when there is none.
   void TrimToKeyFrameBefore(REFERENCE_TIME t);
   /// Drops frames from the front as long as they start before `t`.
   void DropBefore(REFERENCE_TIME t);
