@@ -69,7 +69,7 @@ std::unique_ptr<libmatroska::KaxSegment> CElementWalker::FindSegment() {
   if (first != kMagic) return nullptr;
 
   const std::uint32_t segmentId = EBML_ID_VALUE(EBML_ID(libmatroska::KaxSegment));
-  constexpr std::size_t kHeadBytes = 64;
+  constexpr std::size_t kHeadBytes = 4096;  // there may be many small elements
   constexpr std::uint64_t kTooLargeToSkip = 0x7FFFFFFF;  // where libebml stops taking it for an element
   m_window.Clear();
   for (std::uint64_t position = 0;;) {

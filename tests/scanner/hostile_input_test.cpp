@@ -43,24 +43,24 @@ void ScanEverywhere(const ByteString& content) {
 }
 
 TEST(HostileInput, LongRunsOfNothing) {
-  ScanEverywhere(Zeros(4 * kMegabyte));
-  ScanEverywhere(ByteString(4 * kMegabyte, 0xFF));
-  ScanEverywhere(ByteString(4 * kMegabyte, 0x1F));
-  ScanEverywhere(Noise(4 * kMegabyte, 1));
+  ScanEverywhere(Zeros(kMegabyte));
+  ScanEverywhere(ByteString(kMegabyte, 0xFF));
+  ScanEverywhere(ByteString(kMegabyte, 0x1F));
+  ScanEverywhere(Noise(kMegabyte, 1));
 }
 
 TEST(HostileInput, VoidsLargeSmallAndBroken) {
-  ScanEverywhere(Repeat({id::kVoid, 0x80}, 2 * kMegabyte));
-  ScanEverywhere(Element(id::kVoid, Zeros(4 * kMegabyte)));
+  ScanEverywhere(Repeat({id::kVoid, 0x80}, kMegabyte / 2));
+  ScanEverywhere(Element(id::kVoid, Zeros(kMegabyte)));
   ScanEverywhere(Element(id::kVoid, Repeat({id::kVoid, 0x8F}, kMegabyte)));
-  ScanEverywhere(ByteString(4 * kMegabyte, id::kVoid));
+  ScanEverywhere(ByteString(kMegabyte, id::kVoid));
 }
 
 // Each of them sends libebml looking, and a quadratic walk would look at the zeros each time.
 TEST(HostileInput, ManyBrokenHeadsInFrontOfZeros) {
   const ByteString tooLarge = Join({Id(id::kTags), Vint(std::uint64_t{1} << 40, 8)});
-  ScanEverywhere(Join({Repeat(tooLarge, 20000), Zeros(2 * kMegabyte), Element(0x4444, {})}));
-  ScanEverywhere(Join({Repeat({0xBF, 0x81}, 100000), Zeros(2 * kMegabyte), Element(0x4444, {})}));
+  ScanEverywhere(Join({Repeat(tooLarge, 20000), Zeros(kMegabyte / 2), Element(0x4444, {})}));
+  ScanEverywhere(Join({Repeat({0xBF, 0x81}, 100000), Zeros(kMegabyte / 2), Element(0x4444, {})}));
 }
 
 TEST(HostileInput, ManyEmptyElements) {
