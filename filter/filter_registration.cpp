@@ -1,3 +1,4 @@
+// The filter's entry for the filter mapper.
 #include "filter/filter_registration.h"
 
 #include "include/tarvex/class_ids.h"

@@ -1,3 +1,4 @@
+// Passes the log's texts on to a host's sink.
 #include "filter/module_log.h"
 
 #include "framework/critical_section.h"

@@ -1,3 +1,4 @@
+// Calls of the graph around a switch of streams.
 #include "filter/rendered_graph.h"
 
 #include <algorithm>

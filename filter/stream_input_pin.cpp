@@ -1,3 +1,4 @@
+// The input pin: everything of it is the filter's doing.
 #include "filter/stream_input_pin.h"
 
 #include "filter/matroska_splitter.h"

@@ -1,3 +1,4 @@
+// Composition of stream names.
 #include "filter/stream_name.h"
 
 #include "pins/creator/language_table.h"

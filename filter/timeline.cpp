@@ -1,3 +1,4 @@
+// Reads and changes of the play range, each whole.
 #include "filter/timeline.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// The table of classes.
 #include "module/class_table.h"
 
 #include "filter/filter_registration.h"

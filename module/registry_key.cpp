@@ -1,3 +1,4 @@
+// Calls of the system's registry.
 #include "module/registry_key.h"
 
 #include <utility>

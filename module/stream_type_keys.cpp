@@ -1,3 +1,4 @@
+// The registry entries of the Matroska stream type.
 #include "module/stream_type_keys.h"
 
 #include <array>
