@@ -99,7 +99,7 @@ std::size_t CElementSearch::PassUnknown(std::uint64_t position, std::span<const 
 }
 
 std::size_t CElementSearch::PassChecksum(std::uint64_t position, const ElementHeader& header) const {
-  constexpr std::uint64_t kSize = 4;
+  constexpr std::size_t kSize = 4;
   if (header.size != kSize || !IsSkippable(position, header)) return 1;
   // One that the end of the stream cuts is not skipped.
   const bool isWhole = position + header.Length() + kSize <= m_streamLength;
