@@ -1,0 +1,13 @@
+// The chapters that a splitter offers, through both of its interfaces. A free function; application
+// threads.
+#pragma once
+
+#include "framework/com_ptr.h"
+#include "host/info_report.h"
+
+namespace tarvex::host {
+
+/// Fills chapters, markers and seek capabilities; leaves empty what the splitter does not offer.
+void AddChapters(IBaseFilter* splitter, InfoReport& report);
+
+}  // namespace tarvex::host

@@ -1,0 +1,103 @@
+#include "host/command_line.h"
+
+#include <CLI/CLI.hpp>
+
+#include <sstream>
+
+#include "host/host_error.h"
+
+namespace tarvex::host {
+
+namespace {
+
+// The options of all commands, as the parser fills them in.
+struct Parsed {
+  SessionOptions session;
+  bool json = false;
+  std::string bytesFolder;
+  bool withoutClock = false;
+  double seconds = 0;
+};
+
+void AddSessionOptions(CLI::App& command, SessionOptions& session) {
+  command.add_option("FILE", session.file, "the Matroska file")->required()->type_name("");
+  command.add_option("--module", session.module, "load the splitter from this DLL instead of the registered one")
+      ->type_name("PATH");
+  command.add_option("--log", session.logFile, "write what the module logs to this file")->type_name("PATH");
+  command.add_flag("--separate-pins", session.separatePins, "one pin for each stream, not one for each kind");
+}
+
+CLI::App* AddInfo(CLI::App& app, Parsed& parsed) {
+  CLI::App* command = app.add_subcommand("info", "Print the streams, pins, media types and chapters of a file");
+  AddSessionOptions(*command, parsed.session);
+  command->add_flag("--json", parsed.json, "as one JSON object");
+  return command;
+}
+
+CLI::App* AddDump(CLI::App& app, Parsed& parsed) {
+  CLI::App* command = app.add_subcommand("dump", "Print time, flags, size and checksum of every sample");
+  AddSessionOptions(*command, parsed.session);
+  command->add_flag("--json", parsed.json, "as JSON, one object on each line");
+  command->add_option("--bytes", parsed.bytesFolder, "also write the bytes, into one file for each pin")
+      ->type_name("FOLDER");
+  return command;
+}
+
+// What is wrong with a number of seconds; empty for nothing.
+std::string RefuseNonPositive(const std::string& text) {
+  double seconds = 0;
+  const bool isNumber = CLI::detail::lexical_cast(text, seconds);
+  return isNumber && seconds > 0 && seconds < 1e9 ? std::string() : text + " is no number of seconds";
+}
+
+void AddPlay(CLI::App& app, Parsed& parsed) {
+  CLI::App* command = app.add_subcommand("play", "Play a file; streams that nothing can render are counted");
+  AddSessionOptions(*command, parsed.session);
+  command->add_flag("--no-clock", parsed.withoutClock, "as fast as the data flows");
+  command->add_option("--duration-limit", parsed.seconds, "stop after so many seconds")
+      ->type_name("SECONDS")
+      ->check(CLI::Validator(RefuseNonPositive, std::string()));
+}
+
+// The parser itself would only say that a command is missing.
+void RequireCommand(const CLI::App& app, const std::vector<std::string>& arguments) {
+  if (arguments.empty()) throw HostError(ExitCode::kUsage, "no command: info, dump or play (mkvhost --help says more)");
+  const std::string& first = arguments.front();
+  const auto isFirst = [&first](const CLI::App* command) { return command->get_name() == first; };
+  if (first.starts_with('-') || !app.get_subcommands(isFirst).empty()) return;
+  throw HostError(ExitCode::kUsage, first + " is no command: info, dump or play (mkvhost --help says more)");
+}
+
+void Parse(CLI::App& app, const std::vector<std::string>& arguments) {
+  RequireCommand(app, arguments);
+  std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());  // as the parser wants them
+  app.parse(reversed);
+}
+
+}  // namespace
+
+CommandOptions ParseCommandLine(const std::vector<std::string>& arguments) {
+  Parsed parsed;
+  CLI::App app("Looks into Matroska files and plays them through the Tarvex Matroska Splitter", "mkvhost");
+  app.allow_windows_style_options(false);  // a name that begins with a slash is a file
+  app.require_subcommand(1);
+  app.set_version_flag("--version", "mkvhost " TARVEX_VERSION);
+  const CLI::App* info = AddInfo(app, parsed);
+  const CLI::App* dump = AddDump(app, parsed);
+  AddPlay(app, parsed);
+  try {
+    Parse(app, arguments);
+  } catch (const CLI::Success& success) {
+    std::ostringstream text;
+    app.exit(success, text, text);
+    return TextOptions{text.str()};
+  } catch (const CLI::Error& error) {
+    throw HostError(ExitCode::kUsage, std::string(error.what()) + " (mkvhost --help says more)");
+  }
+  if (*info) return InfoOptions{parsed.session, parsed.json};
+  if (*dump) return DumpOptions{parsed.session, parsed.json, parsed.bytesFolder};
+  return PlayOptions{parsed.session, parsed.withoutClock,
+                     parsed.seconds > 0 ? std::optional(parsed.seconds) : std::nullopt};
+}
+
+}  // namespace tarvex::host

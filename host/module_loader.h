@@ -1,0 +1,31 @@
+// Where the splitter comes from: the registered class, or a DLL named by the user. Owned by a command,
+// outlives every filter it makes; main thread.
+#pragma once
+
+#include <string>
+
+#include "framework/com_ptr.h"
+#include "framework/text_conversion.h"
+
+namespace tarvex::host {
+
+class CModuleLoader {
+ public:
+  /// `path` (as NarrowFileName gives it) names a DLL; empty for the registered module. Throws HostError.
+  explicit CModuleLoader(const std::string& path);
+  /// Unloads a named DLL unless something in it is still alive.
+  ~CModuleLoader();
+  CModuleLoader(const CModuleLoader&) = delete;
+  CModuleLoader& operator=(const CModuleLoader&) = delete;
+
+  /// A new splitter filter. Throws HostError.
+  ComPtr<IBaseFilter> CreateSplitter() const;
+
+ private:
+  ComPtr<IClassFactory> FactoryOfModule() const;
+
+  const std::string m_path;
+  HMODULE m_module = nullptr;
+};
+
+}  // namespace tarvex::host

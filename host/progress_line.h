@@ -1,0 +1,26 @@
+// The one line that tells how far playing has come: rewritten in place on a terminal; elsewhere printed
+// once at the end. Owned by the play command, main thread.
+#pragma once
+
+#include <string>
+
+namespace tarvex::host {
+
+class CProgressLine {
+ public:
+  CProgressLine();
+
+  /// Milliseconds between two calls of Show that make sense.
+  unsigned Interval() const noexcept { return m_isTerminal ? 100 : 1000; }
+
+  /// Cut to the width of the terminal. `text` is plain ASCII.
+  void Show(const std::string& text);
+  /// The last state, which stays.
+  void Finish(const std::string& text);
+
+ private:
+  const bool m_isTerminal;
+  std::size_t m_shown = 0;  // characters on the line
+};
+
+}  // namespace tarvex::host

@@ -1,0 +1,32 @@
+// Seeking for filters that only hand requests on towards the source: the platform's own object, made
+// part of one of ours. Owned by the filter or pin that offers it; any thread.
+#pragma once
+
+#include "framework/com_ptr.h"
+#include "framework/critical_section.h"
+
+namespace tarvex::host {
+
+class CSeekingPassThru {
+ public:
+  /// `owner` is the object that offers IMediaSeeking, `input` the input pin whose peer is asked; neither
+  /// is counted. `isRenderer` when nothing comes after that pin.
+  CSeekingPassThru(IUnknown* owner, IPin* input, bool isRenderer) noexcept
+      : m_owner(owner), m_input(input), m_isRenderer(isRenderer) {}
+
+  /// IMediaSeeking and IMediaPosition; E_NOINTERFACE for all others, and for these too where the
+  /// platform lacks the object.
+  HRESULT Query(REFIID iid, void** out);
+
+ private:
+  void Create();
+
+  IUnknown* const m_owner;
+  IPin* const m_input;
+  const bool m_isRenderer;
+
+  CCritSec m_lock{"CSeekingPassThru"};
+  ComPtr<IUnknown> m_inner;  // under m_lock; made for the first query, when the owner is counted already
+};
+
+}  // namespace tarvex::host

@@ -1,0 +1,83 @@
+#include "host/text_escape.h"
+
+#include <algorithm>
+
+#include "host/utf8_reader.h"
+
+namespace tarvex::host {
+
+namespace {
+
+struct Range {
+  char32_t first;
+  char32_t last;
+};
+
+// What a terminal obeys instead of showing.
+constexpr Range kUnsafe[] = {
+    {0x00, 0x1F},      // control characters
+    {0x7F, 0x9F},      // delete, and the eight-bit control characters
+    {0x200E, 0x200F},  // direction marks
+    {0x2028, 0x202E},  // line and paragraph separator, direction embeddings and overrides
+    {0x2066, 0x2069},  // direction isolates
+    {0xFEFF, 0xFEFF},  // byte order mark
+};
+
+bool IsUnsafe(char32_t character) {
+  return std::any_of(std::begin(kUnsafe), std::end(kUnsafe),
+                     [character](Range range) { return character >= range.first && character <= range.last; });
+}
+
+void AppendHex(std::string& out, char32_t value, int leastDigits) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string digits;
+  for (; value != 0 || static_cast<int>(digits.size()) < leastDigits; value >>= 4) {
+    digits.insert(digits.begin(), kDigits[value & 15]);
+  }
+  out += digits;
+}
+
+void AppendEscaped(std::string& out, char32_t character) {
+  if (character == U'\n') {
+    out += "\\n";
+  } else if (character == U'\r') {
+    out += "\\r";
+  } else if (character == U'\t') {
+    out += "\\t";
+  } else if (character < 0x80) {
+    out += "\\x";
+    AppendHex(out, character, 2);
+  } else {
+    out += "\\u{";
+    AppendHex(out, character, 4);
+    out += '}';
+  }
+}
+
+}  // namespace
+
+std::string EscapeForTerminal(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  while (!text.empty()) {
+    const Utf8Step step = ReadUtf8(text);
+    if (!step.valid) {
+      out += "\\x";
+      AppendHex(out, static_cast<unsigned char>(text.front()), 2);
+    } else if (IsUnsafe(step.character)) {
+      AppendEscaped(out, step.character);
+    } else {
+      out += text.substr(0, step.length);
+    }
+    text.remove_prefix(step.length);
+  }
+  return out;
+}
+
+std::size_t CharacterCount(std::string_view text) {
+  std::size_t count = 0;
+  for (; !text.empty(); ++count) text.remove_prefix(ReadUtf8(text).length);
+  return count;
+}
+
+}  // namespace tarvex::host

@@ -1,0 +1,30 @@
+// A table in plain text with aligned columns. Filled and printed by one thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarvex::host {
+
+class CTextTable {
+ public:
+  /// A heading that begins with '>' makes its column right-aligned; the sign is not shown.
+  explicit CTextTable(std::vector<std::string> headings);
+
+  /// As many cells as there are headings. Cells are escaped for the terminal here.
+  void AddRow(const std::vector<std::string>& cells);
+
+  bool IsEmpty() const noexcept { return m_rows.size() == 1; }
+
+  /// Headings and rows, each line indented by two blanks and ended by a line feed.
+  std::string Text() const;
+
+ private:
+  std::string Line(const std::vector<std::string>& cells) const;
+
+  std::vector<bool> m_rightAligned;
+  std::vector<std::size_t> m_widths;
+  std::vector<std::vector<std::string>> m_rows;  // the headings first
+};
+
+}  // namespace tarvex::host
