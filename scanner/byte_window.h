@@ -15,15 +15,16 @@ class CByteWindow {
  public:
   explicit CByteWindow(CAsyncCallback& source) : m_source(source) {}
 
-  /// The bytes from `position` on: at least `atLeast` of them, unless the stream ends before. One zero
-  /// byte counts as following the stream, as the byte source gives it. Valid until the next call.
-  std::span<const std::uint8_t> From(std::uint64_t position, std::size_t atLeast);
+  /// The bytes from `position` on: at least `atLeast` of them, unless the stream ends before. When they
+  /// have to be read, `chunk` are. One zero byte counts as following the stream, as the byte source gives
+  /// it. Valid until the next call.
+  std::span<const std::uint8_t> From(std::uint64_t position, std::size_t atLeast, std::size_t chunk);
 
   /// Forgets what was read: the stream may be another one by now.
   void Clear() { m_bytes.clear(); }
 
  private:
-  void Load(std::uint64_t position, std::size_t atLeast);
+  void Load(std::uint64_t position, std::size_t chunk);
 
   CAsyncCallback& m_source;
   std::vector<std::uint8_t> m_bytes;

@@ -77,7 +77,7 @@ std::optional<DecodedFrame> Inflate(std::span<const std::uint8_t> frame) {
   CInflater inflater(frame);
   if (!inflater.Ready() || frame.empty()) return std::nullopt;
   DecodedFrame decoded;
-  std::array<std::uint8_t, 16384> chunk;
+  std::array<std::uint8_t, 16384> chunk{};
   for (;;) {
     const auto produced = inflater.Fill(chunk);
     const std::size_t before = decoded.Bytes().size();

@@ -40,7 +40,7 @@ std::optional<FoundElement> CElementSearch::From(std::uint64_t position) {
   constexpr std::size_t kLargestChunk = 64 * 1024;
   const std::uint64_t end = std::min(m_end, m_streamLength + 1);
   for (std::size_t chunk = kFirstChunk; position < end;) {
-    auto bytes = m_window.From(position, chunk);
+    auto bytes = m_window.From(position, ElementHeader::kMaxBytes, chunk);
     if (bytes.size() > end - position) bytes = bytes.first(static_cast<std::size_t>(end - position));
     // A head that the chunk cuts is looked at in the next one.
     const bool isLast = bytes.size() == end - position;
@@ -61,7 +61,7 @@ std::optional<FoundElement> CElementSearch::From(std::uint64_t position) {
 
 std::optional<FoundElement> CElementSearch::At(std::uint64_t position) {
   if (position >= m_end) return std::nullopt;
-  const auto bytes = m_window.From(position, ElementHeader::kMaxBytes);
+  const auto bytes = m_window.From(position, ElementHeader::kMaxBytes, ElementHeader::kMaxBytes);
   return LookAt(position,
                 bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), m_end - position))));
 }

@@ -69,11 +69,11 @@ std::unique_ptr<libmatroska::KaxSegment> CElementWalker::FindSegment() {
   if (first != kMagic) return nullptr;
 
   const std::uint32_t segmentId = EBML_ID_VALUE(EBML_ID(libmatroska::KaxSegment));
-  constexpr std::size_t kHeadBytes = 4096;  // there may be many small elements
+  constexpr std::size_t kChunk = 1024;                   // there may be many small elements
   constexpr std::uint64_t kTooLargeToSkip = 0x7FFFFFFF;  // where libebml stops taking it for an element
   m_window.Clear();
   for (std::uint64_t position = 0;;) {
-    const auto header = ParseElementHeader(m_window.From(position, kHeadBytes));
+    const auto header = ParseElementHeader(m_window.From(position, ElementHeader::kMaxBytes, kChunk));
     if (!header) return nullptr;
     if (header->id == segmentId) {
       MoveTo(position);

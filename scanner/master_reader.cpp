@@ -26,7 +26,7 @@ void RemoveChildren(libebml::EbmlMaster& master) {
 
 struct CMasterReader::Level {
   libebml::EbmlMaster& master;
-  const Visitor* visit;  // null: children are kept
+  const Visitor* visit = nullptr;  // null: children are kept
   CElementSearch search;
 };
 
