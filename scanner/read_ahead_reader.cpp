@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace tarvex {
 
@@ -65,18 +66,31 @@ void CReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
 // False: nothing is known of these bytes, so the reader below has to answer for them.
 bool CReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
   const LONG bytes = BytesToAsk(position, m_windowSize);
-  if (bytes < atLeast) return false;
-  m_windowBytes = 0;
-  if (m_capacity < bytes) {
-    m_window.reset(new (std::nothrow) BYTE[static_cast<std::size_t>(m_windowSize)]);
-    m_capacity = m_window ? m_windowSize : 0;
-    if (!m_window) return false;
-  }
+  if (bytes < atLeast || !MakeRoomBehindTail(position)) return false;
   // A short read does not tell how much came, and the stream may have more of it next time.
-  if (ReadBelow(position, bytes, m_window.get()) != S_OK) return false;
-  m_windowStart = position;
-  m_windowBytes = bytes;
+  if (ReadBelow(position, bytes, m_window.get() + m_windowBytes) != S_OK) return false;
+  m_windowBytes += bytes;
   m_next = position + bytes;
+  return true;
+}
+
+// Keeps the end of what `position` follows on: whoever looks a few bytes ahead comes back to them.
+bool CReadAheadReader::MakeRoomBehindTail(LONGLONG position) {
+  const bool follows = position == m_windowStart + m_windowBytes;
+  const LONG tail = follows ? std::min(m_windowBytes, kSmallestWindow) : 0;
+  const BYTE* from = m_window.get() + (m_windowBytes - tail);
+  if (m_capacity < m_windowSize + tail) {
+    const LONG capacity = m_windowSize + kSmallestWindow;
+    std::unique_ptr<BYTE[]> window(new (std::nothrow) BYTE[static_cast<std::size_t>(capacity)]);
+    if (!window) return false;
+    std::copy_n(from, tail, window.get());
+    m_window = std::move(window);
+    m_capacity = capacity;
+  } else {
+    std::copy_n(from, tail, m_window.get());
+  }
+  m_windowStart = position - tail;
+  m_windowBytes = tail;
   return true;
 }
 

@@ -44,6 +44,7 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   HRESULT ReadMissing(LONGLONG position, LONG length, BYTE* buffer);
   LONG TakeFromWindow(LONGLONG position, LONG length, BYTE* buffer) const noexcept;
   bool FillWindow(LONGLONG position, LONG atLeast);
+  bool MakeRoomBehindTail(LONGLONG position);
   LONG BytesToAsk(LONGLONG position, LONG wanted);
   void AdaptWindow(LONGLONG position) noexcept;
 

@@ -88,6 +88,16 @@ TEST(ReadAheadReader, SmallSequentialReadsCostFewReadsBelow) {
   EXPECT_EQ(readers.below.largestRead, CReadAheadReader::kLargestWindow);
 }
 
+TEST(ReadAheadReader, LookingAFewBytesAheadKeepsTheReadsSequential) {
+  TwoReaders readers;
+  BYTE bytes[64];
+  for (LONGLONG position = 0; position + 64 <= static_cast<LONGLONG>(kStreamSize); position += 16) {
+    ASSERT_EQ(readers.readAhead->SyncRead(position, 64, bytes), S_OK);
+    ASSERT_EQ(readers.readAhead->SyncRead(position, 16, bytes), S_OK);
+  }
+  EXPECT_LT(readers.readAhead->UpstreamReads(), 16U);
+}
+
 TEST(ReadAheadReader, FirstReadAndJumpsAskForLittle) {
   TwoReaders readers;
   BYTE bytes[16];
