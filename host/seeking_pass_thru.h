@@ -10,9 +10,8 @@ namespace tarvex::host {
 class CSeekingPassThru {
  public:
   /// `owner` is the object that offers IMediaSeeking, `input` the input pin whose peer is asked; neither
-  /// is counted. `isRenderer` when nothing comes after that pin.
-  CSeekingPassThru(IUnknown* owner, IPin* input, bool isRenderer) noexcept
-      : m_owner(owner), m_input(input), m_isRenderer(isRenderer) {}
+  /// is counted.
+  CSeekingPassThru(IUnknown* owner, IPin* input) noexcept : m_owner(owner), m_input(input) {}
 
   /// IMediaSeeking and IMediaPosition; E_NOINTERFACE for all others, and for these too where the
   /// platform lacks the object.
@@ -23,7 +22,6 @@ class CSeekingPassThru {
 
   IUnknown* const m_owner;
   IPin* const m_input;
-  const bool m_isRenderer;
 
   CCritSec m_lock{"CSeekingPassThru"};
   ComPtr<IUnknown> m_inner;  // under m_lock; made for the first query, when the owner is counted already

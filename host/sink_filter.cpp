@@ -14,14 +14,12 @@ constexpr GUID kSinkClass = {0x0C2DF9F5, 0x9A6C, 0x4E0A, {0x8B, 0x0E, 0x6C, 0x0C
 
 CSinkFilter::CSinkFilter(std::shared_ptr<SampleObserver> observer)
     : CBaseFilter("host CSinkFilter", nullptr, &m_filterLock, kSinkClass),
-      m_pin(new CSinkPin(this, &m_filterLock, std::move(observer))),
-      m_seeking(Owner(), m_pin.Get(), true) {}
+      m_pin(new CSinkPin(this, &m_filterLock, std::move(observer))) {}
 
 CSinkFilter::~CSinkFilter() = default;
 
 HRESULT STDMETHODCALLTYPE CSinkFilter::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAMFilterMiscFlags) return GiveInterface(static_cast<IAMFilterMiscFlags*>(this), out);
-  if (SUCCEEDED(m_seeking.Query(iid, out))) return S_OK;
   return CBaseFilter::NonDelegatingQueryInterface(iid, out);
 }
 

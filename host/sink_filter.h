@@ -1,5 +1,7 @@
 // The end of a stream that no renderer takes: a filter with one input pin that accepts everything, shows
 // it to an observer and lets it go at once. Made by the commands, owned by them and the graph.
+// It offers no seeking, on purpose: a graph that finds some reads the stop position when it runs, and with
+// that the splitter ends where the file says it does, even if there is more.
 #pragma once
 
 #include <memory>
@@ -8,7 +10,6 @@
 #include "framework/base_input_pin.h"
 #include "framework/owned_pin.h"
 #include "host/sample_observer.h"
-#include "host/seeking_pass_thru.h"
 
 namespace tarvex::host {
 
@@ -54,7 +55,6 @@ class CSinkFilter : public CBaseFilter, public IAMFilterMiscFlags {
   bool m_notified = false;  // under m_endLock
 
   OwnedPin<CSinkPin> m_pin;
-  CSeekingPassThru m_seeking;
 };
 
 }  // namespace tarvex::host

@@ -1,0 +1,160 @@
+// The three commands over real files, from outside.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <regex>
+#include <sstream>
+
+#include "host/checksum.h"
+#include "tests/host/host_process.h"
+
+namespace tarvex::host::test {
+namespace {
+
+using nlohmann::json;
+
+const char* const kSample = "tests/data/sample.mkv";
+const char* const kGroups = "tests/data/corpus/gen/groups.mkv";
+
+std::vector<json> Lines(const HostResult& result) {
+  std::vector<json> lines;
+  std::istringstream stream(result.output);
+  for (std::string line; std::getline(stream, line);) lines.push_back(json::parse(line));
+  return lines;
+}
+
+std::vector<json> SamplesOf(const std::vector<json>& lines, int pin) {
+  std::vector<json> samples;
+  for (const json& line : lines) {
+    if (line["event"] == "sample" && line["pin"] == pin) samples.push_back(line);
+  }
+  return samples;
+}
+
+std::span<const std::uint8_t> Bytes(std::string_view text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+TEST(HostInfo, SaysWhatTheFileHolds) {
+  const HostResult result = RunHostWithModule({L"info", L"--json", SourcePath(kSample)});
+  ASSERT_EQ(result.code, 0u) << result.errors;
+  const json info = json::parse(result.output);
+  EXPECT_EQ(info["doc_type"], "matroska");
+  EXPECT_EQ(info["duration"], 50'000'000);
+  ASSERT_EQ(info["pins"].size(), 3u);
+  const json& video = info["pins"][0]["media_types"][0];
+  EXPECT_EQ(video["details"]["compression"], "UYVY");
+  EXPECT_EQ(video["block"].get<std::string>().size(), video["block_size"].get<std::size_t>() * 2);
+  EXPECT_EQ(info["pins"][1]["media_types"][0]["subtype"]["name"], "0x0055 MP3");
+  EXPECT_EQ(info["streams"].back()["name"], "No Subtitles");
+  EXPECT_EQ(info["chapters"][1]["name"], "Second half");
+  EXPECT_EQ(info["chapters"][1]["start"], 25'000'000);
+  EXPECT_EQ(info["markers"].size(), 2u);
+}
+
+TEST(HostInfo, SeparatePinsGiveEveryStreamAPin) {
+  const WideString file = SourcePath("tests/data/corpus/gen/flags_names.mkv");
+  const json together = json::parse(RunHostWithModule({L"info", L"--json", file}).output);
+  const json apart = json::parse(RunHostWithModule({L"info", L"--json", L"--separate-pins", file}).output);
+  EXPECT_LT(together["pins"].size(), apart["pins"].size());
+  EXPECT_EQ(apart["pins"].size(), apart["streams"].size());
+}
+
+TEST(HostDump, EverySampleIsThatOfTheManifest) {
+  const json manifest = json::parse(ReadAll(SourcePath("tests/data/corpus/manifest.json")));
+  const json& frames = manifest["files"]["gen/groups.mkv"]["frames"]["1"]["frames"];
+  const HostResult result = RunHostWithModule({L"dump", L"--json", SourcePath(kGroups)});
+  ASSERT_EQ(result.code, 0u) << result.errors;
+  const auto lines = Lines(result);
+  const auto samples = SamplesOf(lines, 0);
+  ASSERT_EQ(samples.size(), frames.size());
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    EXPECT_EQ(samples[i]["start"], frames[i][0]) << i;
+    EXPECT_EQ(samples[i]["sync"], frames[i][2] == 1) << i;
+    EXPECT_EQ(samples[i]["size"], frames[i][3]) << i;
+    EXPECT_EQ(samples[i]["sha1"], frames[i][4]) << i;
+  }
+  EXPECT_EQ(lines[0]["event"], "pin");
+  EXPECT_EQ(lines[1]["event"], "segment");
+  EXPECT_EQ(lines.back()["event"], "end");
+}
+
+TEST(HostDump, BytesAreThoseOfTheChecksums) {
+  const TemporaryFolder folder;
+  const HostResult result =
+      RunHostWithModule({L"dump", L"--json", L"--bytes", folder.PathOf(L"made"), SourcePath(kSample)});
+  ASSERT_EQ(result.code, 0u) << result.errors;
+  const auto lines = Lines(result);
+  for (int pin = 0; pin < 3; ++pin) {
+    const std::string bytes = ReadAll(folder.PathOf(L"made\\pin" + std::to_wstring(pin) + L".bin"));
+    std::size_t at = 0;
+    for (const json& sample : SamplesOf(lines, pin)) {
+      const auto size = sample["size"].get<std::size_t>();
+      EXPECT_EQ(sample["sha1"], Sha1Text(Bytes(bytes).subspan(at, size)));
+      at += size;
+    }
+    EXPECT_EQ(at, bytes.size());
+  }
+}
+
+TEST(HostDump, TwoRunsAreTheSame) {
+  const HostResult first = RunHostWithModule({L"dump", SourcePath(kSample)});
+  const HostResult second = RunHostWithModule({L"dump", SourcePath(kSample)});
+  EXPECT_EQ(first.code, 0u) << first.errors;
+  EXPECT_EQ(first.output, second.output);
+}
+
+// Whatever the platform can render of it, every sample passes.
+TEST(HostPlay, CountsWhatTheFileHolds) {
+  const HostResult result = RunHostWithModule({L"play", L"--no-clock", SourcePath(kSample)});
+  ASSERT_EQ(result.code, 0u) << result.errors;
+  EXPECT_NE(result.output.find(" / 0:00:05.000  100 %  video 50  audio 192  subtitle 2  "), std::string::npos)
+      << result.output;
+  EXPECT_NE(result.output.find("\n  Subtitle 0 (lang:eng)  "), std::string::npos) << result.output;
+  EXPECT_EQ(result.output.find('\r'), std::string::npos) << "progress is rewritten on terminals only";
+}
+
+TEST(HostPlay, StreamsThatNothingRendersAreCounted) {
+  const HostResult result = RunHostWithModule({L"play", SourcePath(kGroups)});
+  ASSERT_EQ(result.code, 0u) << result.errors;
+  EXPECT_NE(result.output.find("  counted"), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("  video 9  "), std::string::npos) << result.output;
+}
+
+TEST(HostPlay, DurationLimitEndsIt) {
+  const HostResult result = RunHostWithModule({L"play", L"--duration-limit", L"0.001", SourcePath(kSample)});
+  EXPECT_EQ(result.code, 0u) << result.errors;
+  EXPECT_EQ(result.output.find("video 50"), std::string::npos) << result.output;
+}
+
+TEST(HostFiles, NameOutsideEveryCodePage) {
+  const TemporaryFolder folder;
+  const WideString path = folder.PathOf(L"日本語 ünï 🎬.mkv");
+  WriteAll(path, ReadAll(SourcePath(kGroups)));
+  const HostResult result = RunHostWithModule({L"info", L"--json", path});
+  ASSERT_EQ(result.code, 0u) << result.errors;
+  EXPECT_TRUE(json::parse(result.output)["file"].get<std::string>().ends_with("日本語 ünï 🎬.mkv"));
+}
+
+TEST(HostFiles, NameLikeAnOption) {
+  const TemporaryFolder folder;
+  WriteAll(folder.PathOf(L"-x.mkv"), ReadAll(SourcePath(kGroups)));
+  EXPECT_EQ(RunHostWithModule({L"info", L"--", folder.PathOf(L"-x.mkv")}).code, 0u);
+}
+
+TEST(HostLog, EveryLineHasTimeAndThread) {
+  const TemporaryFolder folder;
+  const WideString log = folder.PathOf(L"log.txt");
+  ASSERT_EQ(RunHostWithModule({L"dump", L"--log", log, SourcePath(kGroups)}).code, 0u);
+  std::istringstream lines(ReadAll(log));
+  bool started = false;
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_TRUE(std::regex_search(line, std::regex("^\\d\\d:\\d\\d:\\d\\d\\.\\d{3} [0-9a-f]{4,} \\S"))) << line;
+    started = started || line.ends_with(" CMatroskaSplitter::ThreadProc tm_start");
+  }
+  EXPECT_TRUE(started);
+}
+
+}  // namespace
+}  // namespace tarvex::host::test

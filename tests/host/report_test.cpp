@@ -1,0 +1,98 @@
+// The reports of the commands: JSON that every reader takes, whatever the file's texts are, and lines
+// that say what is absent.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "host/checksum.h"
+#include "host/dump_report.h"
+#include "host/info_report.h"
+#include "host/play_report.h"
+
+namespace tarvex::host {
+namespace {
+
+using nlohmann::json;
+
+InfoReport NastyReport() {
+  InfoReport report;
+  report.file = "a\"b\\\x1B[31m\xFF.mkv";
+  report.docType = "webm";
+  report.streams.push_back({2, "line\nbreak \xE2\x80\xAE", true});
+  report.chapters.push_back({"\xC2\x9B", -5, 0});
+  report.pins.push_back({"Audio 0", std::nullopt, {}});
+  return report;
+}
+
+bool IsPlainAscii(const std::string& text) {
+  return text.find_first_not_of("\n -~") == std::string::npos ||
+         std::all_of(text.begin(), text.end(), [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); });
+}
+
+TEST(InfoJson, HostileTextsLeaveItValidAndHarmless) {
+  const std::string text = InfoJson(NastyReport());
+  EXPECT_TRUE(IsPlainAscii(text)) << text;
+  const json parsed = json::parse(text);
+  EXPECT_EQ(parsed["file"], "a\"b\\\x1B[31m\xEF\xBF\xBD.mkv");
+  EXPECT_EQ(parsed["streams"][0]["name"], "line\nbreak \xE2\x80\xAE");
+  EXPECT_EQ(parsed["chapters"][0]["start"], -5);
+}
+
+TEST(InfoJson, AbsentValuesAreNull) {
+  const json parsed = json::parse(InfoJson(NastyReport()));
+  EXPECT_TRUE(parsed["duration"].is_null());
+  EXPECT_TRUE(parsed["seek_capabilities"].is_null());
+  EXPECT_TRUE(parsed["pins"][0]["stream"].is_null());
+}
+
+TEST(InfoTable, HostileTextsStayOnTheirLine) {
+  const std::string text = InfoTable(NastyReport());
+  EXPECT_EQ(text.find('\x1B'), std::string::npos);
+  EXPECT_EQ(text.find("\xC2\x9B"), std::string::npos);
+  EXPECT_NE(text.find("line\\nbreak \\u{202E}\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("duration  unknown\n"), std::string::npos) << text;
+}
+
+TEST(DumpReport, SampleWithoutTimesSaysSo) {
+  const DumpPin pin{1, "Audio", 3, {}};
+  DumpEvent event;
+  event.size = 7;
+  event.sha1 = "ab";
+  event.sync = true;
+  const json parsed = json::parse(EventJsonLine(pin, event, 4));
+  EXPECT_TRUE(parsed["start"].is_null());
+  EXPECT_EQ(parsed["number"], 4);
+  EXPECT_EQ(parsed["stream"], 3);
+  EXPECT_EQ(EventTextLine(pin, event, 4), "1   sample         4            -                    - K            7 ab\n");
+}
+
+TEST(DumpReport, EveryFlagHasItsLetter) {
+  DumpEvent event;
+  event.sync = event.discontinuity = event.preroll = event.typeChange = true;
+  EXPECT_NE(EventTextLine({}, event, 0).find(" KDPT "), std::string::npos);
+}
+
+TEST(PlayReport, UnknownDurationHasNoPercentage) {
+  PlayProgress progress;
+  progress.position = 12'000'000;
+  progress.streams.push_back({"Video 0", "video", "", "counted", 30, 2'000'000, 0});
+  EXPECT_EQ(ProgressText(progress), "0:00:01.200  video 30");
+  progress.duration = 48'000'000;
+  progress.seconds = 2;
+  EXPECT_EQ(ProgressText(progress), "0:00:01.200 / 0:00:04.800  25 %  video 30  1.00 MB/s");
+}
+
+TEST(PlayReport, RateIsPerSecondOfTheFile) {
+  const std::string text = SummaryText({{"Audio 0", "audio", "Audio AAC: details", "counted", 2, 1000, 20'000'000}});
+  EXPECT_NE(text.find("  Audio 0  Audio AAC   counted            2   1000  4 kbit/s\n"), std::string::npos) << text;
+}
+
+TEST(Checksum, KnownDigests) {
+  const std::uint8_t abc[] = {'a', 'b', 'c'};
+  EXPECT_EQ(Sha1Text(abc), "a9993e364706816aba3e25717850c26c9cd0d89d");
+  EXPECT_EQ(Sha256Text(abc), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+  EXPECT_EQ(Sha1Text({}), "da39a3ee5e6b4b0d3255bfef95601890afd80709");
+}
+
+}  // namespace
+}  // namespace tarvex::host
