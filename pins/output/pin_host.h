@@ -19,7 +19,7 @@ struct PlayRange {
 
 class PinHost {
  public:
-  /// The range as stored; an open stop is given as it is. Any thread; takes the position lock.
+  /// The range as stored; an open stop is given as it is. Any thread; takes a leaf lock only.
   virtual PlayRange Range() const = 0;
 
   /// The range as applications see it: an open stop is replaced by the duration for good. Any thread.
