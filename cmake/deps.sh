@@ -11,7 +11,7 @@ root=$(CDPATH='' cd -- "$(dirname -- "$0")/.." && pwd)
 cache=$root/build/deps
 sources=$cache/src
 prefix=$cache/$preset
-work=$cache/work/$preset
+work=$cache/tree/$preset
 patches=$root/third_party/patches
 ebml_version=1.4.4
 matroska_version=1.7.1
