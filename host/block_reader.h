@@ -15,7 +15,7 @@ namespace tarvex::host {
 template <class T>
 std::optional<T> ReadBlock(const std::vector<std::uint8_t>& block, std::size_t offset = 0) {
   if (offset > block.size() || block.size() - offset < sizeof(T)) return std::nullopt;
-  T value;
+  T value{};
   std::memcpy(&value, block.data() + offset, sizeof(T));
   return value;
 }

@@ -41,7 +41,7 @@ bool WriteBytes(HANDLE handle, std::string_view text) noexcept {
 }
 
 bool Write(DWORD stream, std::string_view text) {
-  const HANDLE handle = GetStdHandle(stream);
+  HANDLE handle = GetStdHandle(stream);
   return IsConsole(handle) ? WriteConsoleText(handle, text) : WriteBytes(handle, text);
 }
 

@@ -23,7 +23,7 @@ CGraphEvents::CGraphEvents(IGraphBuilder* graph) {
   HRESULT result = graph->QueryInterface(IID_IMediaEventEx, m_events.PutVoid());
   if (SUCCEEDED(result)) result = m_events->GetEventHandle(&handle);
   if (FAILED(result)) throw HostError(ExitCode::kInternal, "the graph has no events: " + ResultText(result));
-  m_signal = reinterpret_cast<HANDLE>(handle);
+  m_signal = reinterpret_cast<HANDLE>(handle);  // NOLINT(performance-no-int-to-ptr): the interface has it so
 }
 
 GraphEnd CGraphEvents::TakeEvents() {

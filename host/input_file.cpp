@@ -52,11 +52,12 @@ std::string ReasonOf(DWORD error) {
 
 WideString FullPath(const std::string& name) {
   const WideString path = WideFileName(name);
-  const WideString full = Absolute(path);
+  WideString full = Absolute(path);
   const bool looksLikeUnix = path.starts_with(L'/') && !path.starts_with(L"//");
   if (!looksLikeUnix || Exists(full) || !RunsUnderWine()) return full;
-  const WideString onUnixDrive = Absolute(L"Z:" + path);
-  return Exists(onUnixDrive) ? onUnixDrive : full;
+  WideString onUnixDrive = Absolute(L"Z:" + path);
+  if (Exists(onUnixDrive)) return onUnixDrive;
+  return full;
 }
 
 void RequireReadable(const WideString& path, const std::string& name) {

@@ -9,7 +9,7 @@ namespace {
 std::atomic<HANDLE> interruptEvent{nullptr};
 
 BOOL WINAPI Handle(DWORD /*kind*/) {
-  const HANDLE event = interruptEvent.load();
+  HANDLE event = interruptEvent.load();
   if (event == nullptr || WaitForSingleObject(event, 0) == WAIT_OBJECT_0) return FALSE;
   SetEvent(event);
   return TRUE;

@@ -30,7 +30,7 @@ constexpr NamedResult kResults[] = {
 }  // namespace
 
 std::string ResultText(HRESULT result) {
-  const auto number = fmt::format("0x{:08X}", static_cast<std::uint32_t>(result));
+  std::string number = fmt::format("0x{:08X}", static_cast<std::uint32_t>(result));
   for (const NamedResult& entry : kResults) {
     if (entry.result == result) return fmt::format("{} ({})", entry.name, number);
   }

@@ -58,6 +58,10 @@ bool HasConnectedInput(IBaseFilter* filter) {
   return std::any_of(pins.begin(), pins.end(), [](const auto& pin) { return IsConnected(pin.Get()); });
 }
 
+// A type that does not say what it is has no decoder, and the platform's filters may read the format block
+// that it lacks.
+bool IsWorthTrying(const CMediaType& type) { return type.subtype != GUID_NULL && type.pbFormat != nullptr; }
+
 // Empty when the platform cannot render the pin; the graph is then as it was.
 std::string TryPlatform(CGraphSession& session, IPin* output, const std::shared_ptr<CStreamCounter>& counter) {
   const auto before = FiltersOf(session.Graph());
@@ -80,7 +84,9 @@ RenderedStream RenderStream(CGraphSession& session, IPin* output) {
     stream.majorType = types.front().majortype;
     stream.mediaType = MediaTypeLine(DescribeMediaType(types.front()));
   }
-  stream.renderer = TryPlatform(session, output, stream.counter);
+  if (!types.empty() && IsWorthTrying(types.front())) {
+    stream.renderer = TryPlatform(session, output, stream.counter);
+  }
   if (!stream.renderer.empty()) return stream;
   const auto sink = MakeCom<CSinkFilter>(stream.counter);
   session.AddAndConnect(sink.Get(), L"Counting sink", output, sink->Input().Get());

@@ -47,7 +47,20 @@ make_prefix_locked() {
     echo 'wine: the prefix could not be made (build/wine.log)' >&2
     return 1
   fi
+  end_wine_server
   touch "$WINEPREFIX/tarvex-ready"
+}
+
+# The prefix is made without a display, and the desktop of that time has none either. Whatever starts
+# while it lingers would find no place for pictures.
+end_wine_server() {
+  for server in /usr/lib/wine/wineserver64 /usr/lib/wine/wineserver wineserver; do
+    if command -v "$server" >/dev/null 2>&1; then
+      "$server" -k >>"$root/build/wine.log" 2>&1 || true
+      "$server" -w >>"$root/build/wine.log" 2>&1 || true
+      return 0
+    fi
+  done
 }
 
 # Wine's server outlives the programs by some seconds, so it must not inherit the lock.
@@ -88,6 +101,8 @@ pcm.!default { type null }
 ctl.!default { type null }
 END
   export ALSA_CONFIG_PATH="$XDG_CACHE_HOME/asound.conf"
+  # The sound server's client library leaves a folder in the user's configuration otherwise.
+  export XDG_CONFIG_HOME="$XDG_CACHE_HOME"
 }
 
 # Starts a private X server on a free number and sets DISPLAY. stop_display ends it.
