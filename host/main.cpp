@@ -6,6 +6,7 @@
 #include "host/com_apartment.h"
 #include "host/command_line.h"
 #include "host/console.h"
+#include "host/crash_report.h"
 #include "host/file_name_text.h"
 #include "host/host_error.h"
 
@@ -56,4 +57,7 @@ ExitCode Run() {
 
 }  // namespace tarvex::host
 
-int main() { return static_cast<int>(tarvex::host::Run()); }
+int main() {
+  tarvex::host::ReportCrashes();
+  return static_cast<int>(tarvex::host::Run());
+}
