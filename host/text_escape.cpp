@@ -17,6 +17,7 @@ struct Range {
 constexpr Range kUnsafe[] = {
     {0x00, 0x1F},      // control characters
     {0x7F, 0x9F},      // delete, and the eight-bit control characters
+    {0x061C, 0x061C},  // Arabic direction mark
     {0x200E, 0x200F},  // direction marks
     {0x2028, 0x202E},  // line and paragraph separator, direction embeddings and overrides
     {0x2066, 0x2069},  // direction isolates

@@ -12,7 +12,7 @@ namespace tarvex::host {
 
 namespace {
 
-constexpr std::size_t kSequenceHeader1 = 92;   // of an MPEG1VIDEOINFO, published
+constexpr std::size_t kSequenceHeader1 = 96;   // of an MPEG1VIDEOINFO, published
 constexpr std::size_t kSequenceHeader2 = 132;  // of an MPEG2VIDEOINFO, published
 
 void Add(MediaTypeText& text, const char* name, std::int64_t value) { text.fields.push_back({name, value}); }

@@ -23,6 +23,7 @@ TEST(TextEscape, WritingDirectionCannotBeTurned) {
                               "gpj.exe"),
             "a\\u{202E}gpj.exe");
   EXPECT_EQ(EscapeForTerminal("\xE2\x80\xA8"), "\\u{2028}");
+  EXPECT_EQ(EscapeForTerminal("\xD8\x9C"), "\\u{061C}");
 }
 
 TEST(TextEscape, OrdinaryTextIsLeftAlone) {

@@ -106,6 +106,15 @@ TEST(MediaTypeText, EveryShorterBlockIsReadWithinItsBounds) {
   }
 }
 
+TEST(MediaTypeText, Mpeg1SequenceHeaderSizeIsNotTheStartTime) {
+  std::vector<std::uint8_t> block(96 + 12);
+  Put<std::uint32_t>(block, 88, 7);  // dwStartTimeCode
+  Put<std::uint32_t>(block, 92, 12);
+  const MediaTypeText text =
+      DescribeMediaType(TypeOf(MEDIATYPE_Video, MEDIASUBTYPE_MPEG1Payload, FORMAT_MPEGVideo, block));
+  EXPECT_EQ(Number(text, "sequence_header_size"), 12);
+}
+
 TEST(MediaTypeText, WaveFormatIsDecoded) {
   std::vector<std::uint8_t> block(18 + 5);
   Put<std::uint16_t>(block, 0, 0xFF);
