@@ -59,6 +59,8 @@ HRESULT CMatroskaSplitter::Pause() {
   return ComBoundary([this] {
     // Held to the end, so that no stop comes between the pins' activation and the worker's start.
     const CAutoLock filterLock(m_filterLock);
+    // A run that was cut short leaves pins holding, perhaps for a video pin that is no longer connected.
+    if (IsStopped()) SetHoldingOnAllPins(false);
     static_cast<void>(CBaseFilter::Pause());  // pins that failed to activate refuse frames, which ends the pass
     const CAutoLock positionLock(m_positionLock);
     PrepareSeekIndex();

@@ -151,7 +151,7 @@ class CMatroskaSplitter final : public CBaseFilter,
   CBaseFilter* Filter() override { return this; }
   CCritSec* FilterLock() override { return &m_filterLock; }
   PinHost* Host() override { return this; }
-  bool AnnexBOutput() const override;
+  bool AnnexBOutput() const override { return m_annexBOutput; }
   void AppendOutputPin(ComPtr<CMatroskaOutputPin> pin) override;
   HRESULT EnableStream(std::uint32_t streamIndex) override;
 

@@ -96,12 +96,6 @@ void CMatroskaSplitter::AppendOutputPin(ComPtr<CMatroskaOutputPin> pin) {
   IncrementPinVersion();
 }
 
-bool CMatroskaSplitter::AnnexBOutput() const {
-  // Becomes m_annexBOutput together with ApplyH264Form: until a pin can convert its frames it must not
-  // offer the byte stream form.
-  return false;
-}
-
 HRESULT CMatroskaSplitter::EnableStream(std::uint32_t streamIndex) {
   return Enable(static_cast<LONG>(streamIndex), AMSTREAMSELECTENABLE_ENABLE);
 }

@@ -44,7 +44,10 @@ HRESULT CMatroskaSplitter::ReleaseHeldFrames(REFERENCE_TIME first) {
     if (!pin->IsConnected()) continue;
     pin->DropHeldBefore(first);
     const HRESULT result = pin->FlushPending();
-    if (FAILED(result)) return result;
+    if (SUCCEEDED(result)) continue;
+    // What comes next goes past the frames that are still held, and they must not follow later.
+    for (const auto& each : m_outputPins) each->DropHeld();
+    return result;
   }
   return S_OK;
 }

@@ -66,9 +66,10 @@ HRESULT CMatroskaSplitter::SetAnnexBOutput(const VARIANT& value) {
   return S_OK;
 }
 
+// Connections stay as they are: what was agreed with a peer holds until the pin connects anew.
 void CMatroskaSplitter::ApplyH264Form() {
-  // The place where the media types of H.264 pins change form. A pin must not offer the byte stream form
-  // before it converts its frames; see AnnexBOutput.
+  m_creator.SetH264Form(m_annexBOutput);
+  for (const auto& pin : m_outputPins) pin->SetH264Form(m_annexBOutput);
 }
 
 HRESULT CMatroskaSplitter::GetAnnexBOutput(VARIANT& value) { return StoreBool(value, m_annexBOutput); }

@@ -13,6 +13,7 @@
 #include "pins/creator/subtitle_media_type.h"
 #include "pins/creator/track_elements.h"
 #include "pins/creator/video_media_type.h"
+#include "pins/h264_form.h"
 #include "pins/output/matroska_audio_pin.h"
 #include "pins/output/matroska_subtitle_pin.h"
 #include "pins/output/matroska_video_pin.h"
@@ -182,6 +183,12 @@ bool COutPinsCreator::GetTrackInfoByNumber(std::uint32_t trackNumber, TrackPinIn
   if (track == m_tracks.end()) return false;
   info = track->second;
   return true;
+}
+
+void COutPinsCreator::SetH264Form(bool byteStream) noexcept {
+  for (auto& [number, info] : m_tracks) {
+    if (info.trackType == kTrackTypeVideo) tarvex::SetH264Form(info.mediaType, byteStream);
+  }
 }
 
 bool COutPinsCreator::HasVideo() const noexcept {

@@ -35,6 +35,9 @@ class COutPinsCreator {
   bool GetTrackInfoByIndex(std::uint32_t streamIndex, TrackPinInfo& info) const;
   bool GetTrackInfoByNumber(std::uint32_t trackNumber, TrackPinInfo& info) const;
 
+  /// The form of every H.264 stream in the records, and so in pins that are made from now on.
+  void SetH264Form(bool byteStream) noexcept;
+
   /// Streams as stream selection counts them: videos, then audio, then subtitles.
   std::uint32_t GetStreamCount() const noexcept { return static_cast<std::uint32_t>(m_streams.size()); }
 

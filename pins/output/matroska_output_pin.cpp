@@ -5,6 +5,7 @@
 
 #include "framework/com_boundary.h"
 #include "framework/log.h"
+#include "pins/h264_form.h"
 
 namespace tarvex {
 
@@ -49,6 +50,13 @@ HRESULT CMatroskaOutputPin::SetTrack(const TrackPinInfo& track) {
     IncrementTypeVersion();
     return S_OK;
   });
+}
+
+void CMatroskaOutputPin::SetH264Form(bool byteStream) {
+  if (m_kind != Kind::kVideo) return;
+  const CAutoLock hold(m_recordLock);
+  tarvex::SetH264Form(m_track.mediaType, byteStream);
+  IncrementTypeVersion();
 }
 
 TrackPinInfo CMatroskaOutputPin::Track() const {
@@ -104,7 +112,7 @@ HRESULT CMatroskaOutputPin::BreakConnect() {
 }
 
 HRESULT CMatroskaOutputPin::Active() {
-  ClearPending();
+  DropHeld();
   ResetForSeek();
   HRESULT hr = S_OK;
   if (IsConnected()) {
@@ -141,7 +149,7 @@ HRESULT CMatroskaOutputPin::Inactive() {
     const CAutoLock hold(m_streamLock);
     m_endOfStream = EndOfStreamState::kOpen;
   }
-  ClearPending();
+  DropHeld();
   LogText("CMatroskaOutputPin::Inactive");
   return hr;
 }

@@ -46,6 +46,8 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   virtual bool IsPastStop(const FrameInfo& frame);
   /// The frame needs no delivery now: it was held back or dropped.
   virtual bool HoldFrame(const FrameInfo& frame);
+  /// Active and connected.
+  bool HasQueue() const { return Queue() != nullptr; }
   /// Makes the queue for the connected peer. Filter lock held.
   virtual HRESULT CreateOutputQueue();
   /// What comes next is the first of a new segment, and no end of stream was sent.
@@ -86,6 +88,8 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   // For the filter.
   /// Gives the pin its stream, or another. VFW_E_ALREADY_CONNECTED while connected; E_OUTOFMEMORY.
   HRESULT SetTrack(const TrackPinInfo& track);
+  /// The form that an H.264 pin offers from its next connection on; nothing on other pins.
+  void SetH264Form(bool byteStream);
   /// A copy of the stream's record. Any thread.
   TrackPinInfo Track() const;
   // From the record, without a copy: for every frame. Any thread.
@@ -96,6 +100,8 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   void SetHolding(bool on);
   /// Drops held frames from the front as long as they start before `first`, a time of the file.
   void DropHeldBefore(REFERENCE_TIME first);
+  /// Drops all held frames. An end of stream that waited behind them was not sent.
+  void DropHeld();
   /// Delivers the held frames, and the end of stream if it waits behind them; stops at the first failure
   /// and drops the rest. Worker only. Throws as OnData does.
   HRESULT FlushPending();
@@ -148,7 +154,6 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   ComPtr<CSampleBuffer> Buffer() const;
   void ExchangeQueue(std::shared_ptr<COutputQueue> queue);
   void EndHeldStream();
-  void ClearPending();
 
   // Seeking.
   GUID TimeFormat() const;
@@ -168,9 +173,11 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   ComPtr<CSampleBuffer> m_sampleBuffer;  // null while unconnected
 
  protected:
-  // These too under the stream lock, which a derived class takes through StreamLock.
-  CCritSec& StreamLock() const noexcept { return m_streamLock; }
   PinHost& Host() const noexcept { return *m_host; }
+  CCritSec& StreamLock() const noexcept { return m_streamLock; }
+  // These under the stream lock.
+  bool IsHolding() const noexcept { return m_holding; }
+  bool IsEndOfStreamSent() const noexcept { return m_endOfStream != EndOfStreamState::kOpen; }
   PendingFrames m_pending;
 
  private:

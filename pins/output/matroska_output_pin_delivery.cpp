@@ -34,7 +34,7 @@ HRESULT CMatroskaOutputPin::ProcessFrame(const FrameInfo& frame) {
 bool CMatroskaOutputPin::IsPastStop(const FrameInfo& frame) {
   {
     const CAutoLock hold(m_streamLock);
-    if (m_endOfStream != EndOfStreamState::kOpen) return true;
+    if (IsEndOfStreamSent()) return true;
   }
   if (AddTimes(StartOf(frame), DurationOf(frame)) <= m_host->Range().stop) return false;
   DeliverEndOfStream();
@@ -58,9 +58,10 @@ void CMatroskaOutputPin::DropHeldBefore(REFERENCE_TIME first) {
   m_pending.DropBefore(first);
 }
 
-void CMatroskaOutputPin::ClearPending() {
+void CMatroskaOutputPin::DropHeld() {
   const CAutoLock hold(m_streamLock);
   m_pending.Clear();
+  if (m_endOfStream == EndOfStreamState::kBehindHeld) m_endOfStream = EndOfStreamState::kOpen;
 }
 
 void CMatroskaOutputPin::ResetForSeek() {
@@ -166,7 +167,7 @@ HRESULT CMatroskaOutputPin::DeliverEndOfStream() {
   queue->SendAnyway();
   {
     const CAutoLock hold(m_streamLock);
-    if (m_endOfStream != EndOfStreamState::kOpen) return S_OK;
+    if (IsEndOfStreamSent()) return S_OK;
     // Nothing may come after the end, so it waits for what is held back.
     m_endOfStream = m_pending.IsEmpty() ? EndOfStreamState::kSent : EndOfStreamState::kBehindHeld;
     if (m_endOfStream != EndOfStreamState::kSent) return S_OK;
@@ -184,7 +185,7 @@ HRESULT CMatroskaOutputPin::DeliverBeginFlush() {
 HRESULT CMatroskaOutputPin::DeliverEndFlush() {
   if (const auto queue = Queue(); queue) queue->EndFlush();
   if (const auto buffer = Buffer(); buffer) buffer->EndFlush();
-  ClearPending();
+  DropHeld();
   ResetForSeek();
   return S_OK;
 }

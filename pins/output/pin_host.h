@@ -52,7 +52,7 @@ class PinHost {
   virtual void SetHoldingOnAllPins(bool on) = 0;
 
   /// For every connected output pin, in pin order: drops held frames that start before `first` and
-  /// delivers the rest; stops at the first failure. Worker only.
+  /// delivers the rest. The first failure ends it, and what is held then is dropped. Worker only.
   virtual HRESULT ReleaseHeldFrames(REFERENCE_TIME first) = 0;
 
  protected:

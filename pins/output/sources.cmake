@@ -1,5 +1,6 @@
 # Sources of the output pins, relative to pins/.
 set(TARVEX_PINS_OUTPUT_SOURCES
+  output/annex_b_converter.cpp
   output/matroska_audio_pin.cpp
   output/matroska_output_pin.cpp
   output/matroska_output_pin_delivery.cpp

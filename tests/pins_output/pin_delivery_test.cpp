@@ -36,7 +36,7 @@ TEST(PinDelivery, SegmentThenSamplesThenOneEnd) {
 }
 
 TEST(PinDelivery, TimesCountFromTheStartOfTheSegment) {
-  VideoRig rig;
+  AudioRig rig;
   rig.host.SetPlayRange(10 * kSecond, kOpenStop, 1.0);
   rig.Start();
   EXPECT_TRUE(rig.Send(12 * kSecond, 0));
@@ -59,6 +59,7 @@ TEST(PinDelivery, EarlySoundIsDropped) {
 TEST(PinDelivery, EarlyPicturesAreDeliveredAsPreroll) {
   VideoRig rig;
   rig.Start();
+  rig.pin->SetHolding(false);
   EXPECT_TRUE(rig.Send(-400000, 200000));
   EXPECT_TRUE(rig.Send(-400000, 400000));
   ASSERT_TRUE(rig.WaitForSamples(2));
@@ -187,6 +188,7 @@ TEST(PinDelivery, VideoSamplesAreLogged) {
   VideoRig video;
   AudioRig audio;
   video.Start();
+  video.pin->SetHolding(false);
   audio.Start();
   EXPECT_EQ(log.CountOf("CMatroskaOutputPin::Active"), 2);
   EXPECT_TRUE(video.Send(-800000, 400000));
@@ -200,7 +202,7 @@ TEST(PinDelivery, VideoSamplesAreLogged) {
 }
 
 TEST(PinDelivery, SteadyDeliveryAllocatesNothing) {
-  VideoRig rig(SinkKind::kCounting);
+  AudioRig rig(SinkKind::kCounting);
   rig.Start();
   const std::vector<std::uint8_t> bytes(50000, 1);
   FrameInfo frame;

@@ -60,7 +60,14 @@ void FakeHost::SetHoldingOnAllPins(bool on) {
   for (CMatroskaOutputPin* pin : pins) pin->SetHolding(on);
 }
 
-HRESULT FakeHost::ReleaseHeldFrames(REFERENCE_TIME /*first*/) { return E_NOTIMPL; }
+HRESULT FakeHost::ReleaseHeldFrames(REFERENCE_TIME first) {
+  for (CMatroskaOutputPin* pin : pins) {
+    pin->DropHeldBefore(first);
+    const HRESULT hr = pin->FlushPending();
+    if (FAILED(hr)) return hr;
+  }
+  return S_OK;
+}
 
 TextLog::TextLog() { SetLogSink(&TextLog::Take, this); }
 
