@@ -21,7 +21,7 @@ play_packages="$play_packages
 # What the native builds, the 32-bit module and the checks take besides.
 test_packages='
   git g++ g++-mingw-w64-i686-posix binutils-mingw-w64-i686
-  clang clang-tidy clang-format
+  clang clang-tidy clang-format ffmpeg
   libgtest-dev zlib1g-dev libgcrypt20-dev libgpg-error-dev
 '
 

@@ -16,7 +16,8 @@ namespace tarvex {
 inline constexpr GUID IID_IModuleConfig = {
     0x8867412E, 0x6C40, 0x4929, {0x98, 0x61, 0x90, 0x5C, 0x0D, 0x1B, 0xBA, 0x59}};
 
-/// VT_BOOL, read and write: H.264 pins deliver start codes instead of lengths. Reads as 0 or 1;
+/// VT_BOOL, read and write: H.264 pins deliver start codes instead of lengths, each from its next
+/// connection on. Reads as 0 or 1;
 /// test for non-zero.
 /// {7699B22B-E85E-492A-A7B4-5F9861FE325D}
 inline constexpr GUID paramAnnexBOutput = {

@@ -1,6 +1,6 @@
-"""Writes sample.mkv from raw pictures and an MP3 stream.
+"""Writes sample.mkv from raw pictures and two MP3 streams.
 
-Usage: make_sample.py PICTURES WIDTH HEIGHT RATE MP3 OUTPUT
+Usage: make_sample.py PICTURES WIDTH HEIGHT RATE MP3 MP3 OUTPUT
 
 The pictures are UYVY, the one form that Wine's renderer takes from a V_MS/VFW/FOURCC track as
 DirectShow describes it; they are stored zlib-compressed, each on its own.
@@ -11,8 +11,8 @@ import sys
 import zlib
 
 CHAPTERS = [(0, 2500, "First half"), (2500, 5000, "Second half")]
-TITLES = [(500, 2300, "Tarvex Matroska Splitter"), (2600, 4800, "One picture, one sound, one subtitle")]
-VIDEO, AUDIO, SUBTITLE = 1, 2, 3
+TITLES = [(500, 2300, "Tarvex Matroska Splitter"), (2600, 4800, "One picture, two sounds, one subtitle")]
+VIDEO, AUDIO, SUBTITLE, SECOND_AUDIO = 1, 2, 3, 4
 
 
 def element(identifier, *parts):
@@ -53,6 +53,11 @@ def track(number_, kind, codec, *parts):
     return element("AE", number("D7", number_), number("73C5", number_), number("83", kind), text("86", codec), *parts)
 
 
+def sound(number_, language, name):
+    return track(number_, 2, "A_MPEG/L3", text("22B59C", language), text("536E", name),
+                 element("E1", real("B5", 44100.0), number("9F", 1)))
+
+
 def tracks(width, height, rate):
     bitmap = struct.pack("<IiiHH4sIiiII", 40, width, height, 1, 16, b"UYVY", width * height * 2, 0, 0, 0, 0)
     zlib_encoding = element("6D80", element("6240", element("5034", number("4254", 0))))
@@ -60,8 +65,9 @@ def tracks(width, height, rate):
         "1654AE6B",
         track(VIDEO, 1, "V_MS/VFW/FOURCC", short("63A2", bitmap), number("23E383", 10**9 // rate), text("22B59C", "und"),
               element("E0", number("B0", width), number("BA", height)), zlib_encoding),
-        track(AUDIO, 2, "A_MPEG/L3", text("22B59C", "eng"), element("E1", real("B5", 44100.0), number("9F", 1))),
+        sound(AUDIO, "eng", "Low tone"),
         track(SUBTITLE, 17, "S_TEXT/UTF8", text("22B59C", "eng")),
+        sound(SECOND_AUDIO, "ger", "High tone"),
     )
 
 
@@ -74,13 +80,14 @@ def chapters():
     return element("1043A770", element("45B9", *atoms))
 
 
-def frames(pictures, picture_size, rate, mp3):
+def frames(pictures, picture_size, rate, sounds):
     """(time in milliseconds, track, payload, duration or None), by time."""
     for index in range(len(pictures) // picture_size):
         picture = pictures[index * picture_size : (index + 1) * picture_size]
         yield index * 1000 // rate, VIDEO, zlib.compress(picture, 9), None
-    for index, frame in enumerate(mp3_frames(mp3)):
-        yield index * 1152 * 1000 // 44100, AUDIO, frame, None
+    for track_number, mp3 in sounds.items():
+        for index, frame in enumerate(mp3_frames(mp3)):
+            yield index * 1152 * 1000 // 44100, track_number, frame, None
     for start, end, line in TITLES:
         yield start, SUBTITLE, line.encode(), end - start
 
@@ -116,13 +123,15 @@ def cues(entries):
 
 
 def main():
-    pictures_path, width, height, rate, mp3_path, output = sys.argv[1:]
+    pictures_path, width, height, rate, low_path, high_path, output = sys.argv[1:]
     width, height, rate = int(width), int(height), int(rate)
     with open(pictures_path, "rb") as file:
         pictures = file.read()
-    with open(mp3_path, "rb") as file:
-        mp3 = file.read()
-    all_frames = sorted(frames(pictures, width * height * 2, rate, mp3), key=lambda frame: frame[:2])
+    sounds = {}
+    for track_number, path in ((AUDIO, low_path), (SECOND_AUDIO, high_path)):
+        with open(path, "rb") as file:
+            sounds[track_number] = file.read()
+    all_frames = sorted(frames(pictures, width * height * 2, rate, sounds), key=lambda frame: frame[:2])
     names = text("7BA9", "Tarvex sample") + text("4D80", "make_sample") + text("5741", "make_sample")
     parts = [
         ("1549A966", element("1549A966", number("2AD7B1", 10**6), real("4489", 5000.0), names)),

@@ -12,7 +12,11 @@ ffmpeg -v error -nostdin -f lavfi -i "testsrc=size=${width}x$height:rate=$rate:d
   -f rawvideo -pix_fmt uyvy422 "$work/pictures"
 # The encoder's delay makes the sound longer. All of it must lie within the five seconds: whatever ends
 # after the stop time is not played, and players differ in when they set one.
-ffmpeg -v error -nostdin -f lavfi -i 'sine=frequency=440:beep_factor=2:sample_rate=44100:duration=4.9' \
-  -c:a libmp3lame -b:a 64k -ac 1 -write_xing 0 -id3v2_version 0 -f mp3 "$work/sound"
-python3 "$folder/make_sample.py" "$work/pictures" $width $height $rate "$work/sound" "$folder/sample.mkv"
+make_sound() {
+  ffmpeg -v error -nostdin -f lavfi -i "sine=frequency=$1:beep_factor=2:sample_rate=44100:duration=4.9" \
+    -c:a libmp3lame -b:a 32k -ac 1 -write_xing 0 -id3v2_version 0 -f mp3 "$2"
+}
+make_sound 440 "$work/low"
+make_sound 660 "$work/high"
+python3 "$folder/make_sample.py" "$work/pictures" $width $height $rate "$work/low" "$work/high" "$folder/sample.mkv"
 ls -l "$folder/sample.mkv"

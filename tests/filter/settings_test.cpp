@@ -4,6 +4,7 @@
 #include "framework/bstr.h"
 #include "framework/text_conversion.h"
 #include "include/tarvex/chapter_entry.h"
+#include "pins/creator/media_guids.h"
 #include "tests/filter/filter_fixture.h"
 #include "tests/filter/memory_stream.h"
 
@@ -108,6 +109,42 @@ TEST_F(Settings, SeparatePinsIsRefusedWhileTheFilterIsActive) {
   EXPECT_EQ(GetBool(paramSeparatePins), 0);
   EXPECT_EQ(OutputPinCount(), 3u);
   Splitter()->Stop();
+}
+
+MediaTypePtr OfferedType(IPin* pin) {
+  ComPtr<IEnumMediaTypes> types;
+  AM_MEDIA_TYPE* type = nullptr;
+  if (SUCCEEDED(pin->EnumMediaTypes(types.Put()))) types->Next(1, &type, nullptr);
+  return MediaTypePtr(type);
+}
+
+bool IsByteStream(const AM_MEDIA_TYPE* type) {
+  const CMediaType copy(*type);
+  const auto* info = copy.FormatAs<MPEG2VIDEOINFO>();
+  const bool byteStream = info->hdr.bmiHeader.biCompression == FourCc("H264");
+  EXPECT_EQ(info->hdr.bmiHeader.biCompression, byteStream ? FourCc("H264") : FourCc("AVC1"));
+  EXPECT_EQ(copy.subtype, byteStream ? kSubtypeH264ByteStream : SubtypeOf(FourCc("AVC1")));
+  return byteStream;
+}
+
+TEST_F(Settings, H264FormIsThatOfTheNextConnection) {
+  ASSERT_EQ(Graph().Open(CorpusFile("multi.mkv")), S_OK);
+  const ComPtr<IPin> pin = Graph().OutputPins().front();
+  ASSERT_EQ(Graph().ConnectSink(pin.Get(), SinkKind::kCounting), S_OK);
+  EXPECT_FALSE(IsByteStream(OfferedType(pin.Get()).get()));
+  EXPECT_EQ(SetBool(paramAnnexBOutput, 1), S_OK);
+  EXPECT_TRUE(IsByteStream(OfferedType(pin.Get()).get()));
+  CMediaType connected;
+  ASSERT_EQ(pin->ConnectionMediaType(&connected), S_OK);
+  EXPECT_FALSE(IsByteStream(&connected)) << "what was agreed with the peer is kept";
+  // Pins made from now on have it as well, whether for this file or for the next.
+  EXPECT_EQ(SetBool(paramSeparatePins, 1), S_OK);
+  EXPECT_TRUE(IsByteStream(OfferedType(Graph().OutputPins().front().Get()).get()));
+  EXPECT_EQ(Graph().CloseSource(), S_OK);
+  ASSERT_EQ(Graph().Open(CorpusFile("multi.mkv")), S_OK);
+  EXPECT_TRUE(IsByteStream(OfferedType(Graph().OutputPins().front().Get()).get()));
+  EXPECT_EQ(SetBool(paramAnnexBOutput, 0), S_OK);
+  EXPECT_FALSE(IsByteStream(OfferedType(Graph().OutputPins().front().Get()).get()));
 }
 
 TEST_F(Settings, ChapterListAnswersByTheCallersType) {

@@ -1,0 +1,121 @@
+// The start-code form of every H.264 stream of the corpus decodes to the same pictures as the file itself.
+// ffmpeg decodes both.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+
+#include "filter/interface_ids.h"
+#include "include/tarvex/module_config.h"
+#include "tests/corpus/manifest.h"
+#include "tests/support/test_graph.h"
+
+namespace tarvex::test {
+namespace {
+
+constexpr char kCodec[] = "V_MPEG4/ISO/AVC";
+
+// Where ffmpeg is no judge: it decodes nothing of empty NAL units, ends at a block of an unknown track, goes
+// on into a second segment; and of several sequence sets the first two entries hold no picture set.
+constexpr const char* kNotComparable[] = {"gen/avc_empty_nals.mkv", "gen/stray_track.mkv", "gen/two_segments.mkv",
+                                          "gen/avc_two_sps.mkv"};
+
+bool IsH264(const ManifestTrack& track) { return track.codecId == kCodec; }
+
+// Damaged files are left out, since an error is concealed by what the container tells of the frames, and a
+// file without frames has no pictures.
+std::vector<ManifestFile> H264Files() {
+  std::vector<ManifestFile> files = ReadManifest(CorpusFolder());
+  std::erase_if(files, [](const ManifestFile& file) {
+    if (std::ranges::find(kNotComparable, file.name) != std::end(kNotComparable)) return true;
+    const auto track = std::find_if(file.tracks.begin(), file.tracks.end(), IsH264);
+    if (!file.opens || file.robustness || file.upToDamage || track == file.tracks.end()) return true;
+    const auto frames = file.frames.find(track->number.value_or(0));
+    return frames == file.frames.end() || frames->second.count == 0;
+  });
+  return files;
+}
+
+const std::vector<ManifestFile>& Files() {
+  static const std::vector<ManifestFile> files = H264Files();
+  return files;
+}
+
+/// A file of the test's own, gone at its end.
+class ScratchFile {
+ public:
+  ScratchFile() : m_path(std::filesystem::temp_directory_path() / ("tarvex-" + std::to_string(getpid()) + ".h264")) {}
+  ~ScratchFile() {
+    std::error_code ignored;
+    std::filesystem::remove(m_path, ignored);
+  }
+  ScratchFile(const ScratchFile&) = delete;
+  ScratchFile& operator=(const ScratchFile&) = delete;
+  std::string Path() const { return m_path.string(); }
+
+ private:
+  std::filesystem::path m_path;
+};
+
+// What the first video pin delivers, to the end of the file.
+void WriteStartCodeStream(const std::string& file, const std::string& output) {
+  TestGraph graph;
+  VARIANT on{};
+  on.vt = VT_BOOL;
+  on.boolVal = VARIANT_TRUE;
+  ASSERT_EQ(QueryFor<IModuleConfig>(graph.Splitter())->SetValue(&paramAnnexBOutput, &on), S_OK);
+  ASSERT_EQ(graph.Open(file), S_OK);
+  ASSERT_EQ(graph.ConnectSinks(SinkKind::kCounting), S_OK);
+  std::ofstream stream(output, std::ios::binary);
+  graph.Sink(0).OnSample([&](IMediaSample* sample) {
+    BYTE* bytes = nullptr;
+    sample->GetPointer(&bytes);
+    stream.write(reinterpret_cast<const char*>(bytes), sample->GetActualDataLength());
+  });
+  ASSERT_EQ(graph.Run(), S_OK);
+  EXPECT_TRUE(graph.WaitForEnd());
+  graph.Stop();
+  EXPECT_TRUE(stream.good());
+}
+
+// The checksum of every decoded picture, without its time.
+std::string Pictures(const std::string& input) {
+  const std::string command =
+      "ffmpeg -nostdin -v quiet " + input + " -an -sn -fps_mode passthrough -f framemd5 - </dev/null";
+  const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), pclose);
+  std::string sums;
+  char line[512];
+  while (output && std::fgets(line, sizeof line, output.get()) != nullptr) {
+    const std::string text = line;
+    if (text.front() != '#') sums += text.substr(text.rfind(',') + 1);
+  }
+  return sums;
+}
+
+class AnnexBPictures : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(AnnexBPictures, AreThoseOfTheFile) {
+  const ManifestFile& file = Files()[GetParam()];
+  const ScratchFile scratch;
+  WriteStartCodeStream(file.path, scratch.Path());
+  const std::string original = Pictures("-i '" + file.path + "' -map 0:v:0");
+  EXPECT_FALSE(original.empty()) << "ffmpeg decodes nothing of the file";
+  EXPECT_EQ(Pictures("-f h264 -i '" + scratch.Path() + "'"), original);
+}
+
+std::string CaseName(const testing::TestParamInfo<std::size_t>& info) {
+  std::string name = Files()[info.param].name;
+  for (char& letter : name) {
+    if (std::isalnum(static_cast<unsigned char>(letter)) == 0) letter = '_';
+  }
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Corpus, AnnexBPictures, testing::Range<std::size_t>(0, Files().size()), CaseName);
+
+}  // namespace
+}  // namespace tarvex::test
