@@ -94,9 +94,9 @@ void CMatroskaSplitter::PrepareSeekIndex() {
   // A worker that delivers has the scanner to itself, and its index was prepared when it was started.
   if (m_runState == kStart && ThreadExists()) return;
   if (!m_reader) return;
-  // Without an index playing starts from the front; a reader that fails here fails the worker too, which
-  // tells the graph.
-  Try([this] { m_scanner.BuildIndex(); });
+  // A reader that fails here fails the worker too, which tells the graph. Without Cues the worker itself
+  // reads the Clusters for an index, when it has to start elsewhere than at the front.
+  Try([this] { m_scanner.ReadCues(); });
 }
 
 DWORD CMatroskaSplitter::ThreadProc() {

@@ -25,13 +25,15 @@ void CEbmlScanner::Reset() noexcept {
   m_byteSource.Detach();
   m_callback = nullptr;
   m_seekIndex.clear();
-  m_indexTried = false;
+  m_cuesRead = false;
+  m_clustersScanned = false;
 }
 
 void CEbmlScanner::InitializeStream(IAsyncReader* reader) {
   m_info.Clear();
   m_seekIndex.clear();
-  m_indexTried = false;
+  m_cuesRead = false;
+  m_clustersScanned = false;
   m_byteSource.Attach(reader);
   m_byteSource.setFilePointer(0);
   m_stream.reset(new (std::nothrow) libebml::EbmlStream(m_byteSource));
@@ -113,10 +115,10 @@ bool CEbmlScanner::OnData(const FrameInfo& frame) { return m_callback != nullptr
 
 bool CEbmlScanner::EventsPending() const { return m_callback != nullptr && m_callback->ProcessEvents(); }
 
-void CEbmlScanner::BuildIndex() {
-  if (!m_stream || m_indexTried || !m_seekIndex.empty()) return;
+template <class Fill>
+void CEbmlScanner::FillIndex(Fill&& fill) {
   try {
-    FillIndex();
+    fill();
   } catch (const MessageError& error) {
     LogText(error.what());  // playing starts from the front meanwhile
     m_seekIndex.clear();
@@ -124,21 +126,35 @@ void CEbmlScanner::BuildIndex() {
   m_byteSource.setFilePointer(0);
 }
 
-void CEbmlScanner::FillIndex() {
-  const auto eventsPending = [this] { return EventsPending(); };
+void CEbmlScanner::ReadCues() {
+  if (!m_stream || m_cuesRead) return;
+  FillIndex([this] {
+    CElementWalker walker(*m_stream, m_byteSource);
+    m_seekIndex = IndexFromCues(walker, m_info);
+    m_cuesRead = true;
+  });
+}
+
+void CEbmlScanner::BuildIndex() {
+  ReadCues();
+  if (!m_cuesRead || m_clustersScanned || !m_seekIndex.empty()) return;
+  FillIndex([this] { ScanClusters(); });
+}
+
+void CEbmlScanner::ScanClusters() {
   CElementWalker walker(*m_stream, m_byteSource);
-  std::vector<SeekPoint> index = IndexFromCues(walker, m_info);
-  if (index.empty()) {
-    auto scanned = IndexFromClusters(walker, m_info, eventsPending);
-    if (!scanned) return;
-    index = std::move(*scanned);
-  }
-  m_seekIndex = std::move(index);
-  m_indexTried = true;
+  auto index = IndexFromClusters(walker, m_info, [this] { return EventsPending(); });
+  if (!index) return;
+  m_seekIndex = std::move(*index);
+  m_clustersScanned = true;
 }
 
 bool CEbmlScanner::Process() {
   if (!m_stream) return false;
+  if (m_startTime != 0) {
+    BuildIndex();
+    if (EventsPending()) return true;  // perhaps in the midst of it
+  }
   CElementWalker walker(*m_stream, m_byteSource);
   const auto segment = walker.FindSegment();
   if (!segment) return false;

@@ -62,13 +62,15 @@ class CEbmlScanner {
   /// Where the next Process begins; 0 = at the front.
   void SetStartTime(std::uint64_t time) noexcept { m_startTime = time; }
 
-  /// Prepares the seek index, from the Cues or else by reading every Cluster. Does it once for an open
-  /// file. A failing read or a pending event ends it; the index is then empty and the next call tries
-  /// again.
+  /// Prepares the seek index from the Cues. Does it once for an open file. After a failing read the index
+  /// is empty and the next call tries again.
+  void ReadCues();
+  /// The same, and without Cues from the Clusters, all of which that reads. A pending event ends it too.
   void BuildIndex();
   const std::vector<SeekPoint>& Index() const noexcept { return m_seekIndex; }
 
-  /// Delivers frames. True: interrupted, by an event or a refused frame. False: the Clusters ran out.
+  /// Delivers frames, from the start time if that is not 0, for which it builds the index first. True:
+  /// interrupted, by an event or a refused frame. False: the Clusters ran out.
   bool Process();
 
   /// True: the frame's bytes were replaced and belong to `owner`. False: the frame is as it was.
@@ -96,14 +98,17 @@ class CEbmlScanner {
   void ReadChapterList();
   void ReadDocType();
   void GoToStart(CElementWalker& walker) const;
-  void FillIndex();
+  template <class Fill>
+  void FillIndex(Fill&& fill);
+  void ScanClusters();
   bool EventsPending() const;
 
   CMatroskaCallback* m_callback = nullptr;
   std::uint64_t m_segmentDataStart = 0;
   std::uint64_t m_segmentSize = 0;
   std::vector<SeekPoint> m_seekIndex;  // in file order
-  bool m_indexTried = false;
+  bool m_cuesRead = false;
+  bool m_clustersScanned = false;
   std::uint64_t m_startTime = 0;
   std::unique_ptr<libebml::EbmlStream> m_stream;  // over m_byteSource; null while nothing is open
   CAsyncCallback m_byteSource;

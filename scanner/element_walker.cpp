@@ -29,7 +29,11 @@ ElementPtr CElementWalker::FindNextChild(const libebml::EbmlElement& parent) {
 }
 
 void CElementWalker::ReadMaster(libebml::EbmlMaster& element) {
-  if (const auto end = m_masterReader.Read(element)) MoveTo(*end);
+  if (const auto end = m_masterReader.Read(element, CMasterReader::Frames::kRead)) MoveTo(*end);
+}
+
+void CElementWalker::ReadMasterWithoutFrames(libebml::EbmlMaster& element) {
+  if (const auto end = m_masterReader.Read(element, CMasterReader::Frames::kLeaveOut)) MoveTo(*end);
 }
 
 void CElementWalker::ReadEachChild(libebml::EbmlMaster& element, const CMasterReader::Visitor& visit) {

@@ -41,7 +41,9 @@ class CElementWalker {
 
   /// Reads a master with all below it. Positions at the element that ended it, if one did.
   void ReadMaster(libebml::EbmlMaster& element);
-  /// The same, but shows each child in turn instead of keeping it.
+  /// The same for a Cluster of which only the blocks' times and flags matter.
+  void ReadMasterWithoutFrames(libebml::EbmlMaster& element);
+  /// As ReadMaster, but shows each child in turn instead of keeping it.
   void ReadEachChild(libebml::EbmlMaster& element, const CMasterReader::Visitor& visit);
 
   /// Moves behind an element's data. One that ends behind the stream is not moved behind; one of unknown

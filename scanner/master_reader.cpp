@@ -1,6 +1,10 @@
 #include "scanner/master_reader.h"
 
+#include <matroska/KaxBlock.h>
+
 #include <algorithm>
+#include <bit>
+#include <cstring>
 
 namespace tarvex {
 
@@ -17,6 +21,39 @@ class CDepth {
   int& m_depth;
 };
 
+/// Gives a block its head and leaves the rest of its buffer as it is.
+class CBlockHead : public libebml::IOCallback {
+ public:
+  CBlockHead(std::uint64_t position, std::span<const std::uint8_t> head) : m_position(position), m_head(head) {}
+
+  std::uint32_t read(void* buffer, std::size_t size) override {
+    std::memcpy(buffer, m_head.data(), std::min(size, m_head.size()));
+    m_position += size;
+    return static_cast<std::uint32_t>(size);
+  }
+  void setFilePointer(std::int64_t /*offset*/, libebml::seek_mode /*mode*/) override {}
+  std::size_t write(const void* /*buffer*/, std::size_t /*size*/) override { return 0; }
+  std::uint64_t getFilePointer() override { return m_position; }
+  void close() override {}
+
+ private:
+  std::uint64_t m_position;
+  std::span<const std::uint8_t> m_head;
+};
+
+bool IsBlock(const libebml::EbmlElement& element) {
+  const libebml::EbmlId id(element);
+  return id == EBML_ID(libmatroska::KaxSimpleBlock) || id == EBML_ID(libmatroska::KaxBlock);
+}
+
+// The flags follow the track number, whose first byte tells its length, and a 16-bit time.
+bool IsUnlaced(std::span<const std::uint8_t> head) {
+  constexpr std::uint8_t kLacing = 0x06;
+  if (head.empty()) return false;
+  const std::size_t flags = static_cast<std::size_t>(std::countl_zero(head[0])) + 1 + 2;
+  return flags < head.size() && (head[flags] & kLacing) == 0;
+}
+
 void RemoveChildren(libebml::EbmlMaster& master) {
   for (libebml::EbmlElement* child : master) const ElementPtr owner(child);
   master.RemoveAll();
@@ -30,9 +67,13 @@ struct CMasterReader::Level {
   CElementSearch search;
 };
 
-std::optional<std::uint64_t> CMasterReader::Read(libebml::EbmlMaster& master) { return ReadOutermost(master, {}); }
+std::optional<std::uint64_t> CMasterReader::Read(libebml::EbmlMaster& master, Frames frames) {
+  m_frames = frames;
+  return ReadOutermost(master, {});
+}
 
 std::optional<std::uint64_t> CMasterReader::ReadEach(libebml::EbmlMaster& master, const Visitor& visit) {
+  m_frames = Frames::kRead;
   return ReadOutermost(master, visit);
 }
 
@@ -70,10 +111,26 @@ CMasterReader::LevelEnd CMasterReader::ReadValue(Level& level, FoundElement foun
   // Reading allocates what the element declares, so that has to be there.
   const std::uint64_t size = found.element->GetSize();
   if (size > m_source.Length() - std::min(found.dataPosition, m_source.Length())) return {0, m_source.Length()};
-  m_source.setFilePointer(static_cast<std::int64_t>(found.dataPosition));
-  found.element->ReadData(m_source, libebml::SCOPE_ALL_DATA);
+  ReadData(found);
   if (found.element->ValueIsSet()) Take(level, std::move(found.element));
   return {0, found.dataPosition + size};
+}
+
+void CMasterReader::ReadData(FoundElement& found) {
+  if (m_frames == Frames::kLeaveOut && IsBlock(*found.element) && ReadBlockHead(found)) return;
+  m_source.setFilePointer(static_cast<std::int64_t>(found.dataPosition));
+  found.element->ReadData(m_source, libebml::SCOPE_ALL_DATA);
+}
+
+// False for a laced block, whose frame sizes decide whether it is one at all.
+bool CMasterReader::ReadBlockHead(FoundElement& found) {
+  constexpr std::size_t kLongestHead = 8 + 2 + 1;
+  const auto bytes = m_window.From(found.dataPosition, kLongestHead, kLongestHead);
+  const auto head = bytes.first(std::min<std::size_t>(std::min(bytes.size(), kLongestHead), found.element->GetSize()));
+  if (!IsUnlaced(head)) return false;
+  CBlockHead input(found.dataPosition, head);
+  found.element->ReadData(input, libebml::SCOPE_ALL_DATA);
+  return true;
 }
 
 CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElement found) {

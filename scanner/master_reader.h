@@ -24,6 +24,11 @@ class CMasterReader {
   /// As many elements are kept below one master; what follows is passed over.
   static constexpr std::uint32_t kMaxElements = 1u << 20;
 
+  enum class Frames : std::uint8_t {
+    kRead,
+    kLeaveOut,  ///< unlaced blocks get only their heads; what stands for their frames is undefined
+  };
+
   using Visitor = std::function<void(libebml::EbmlElement&)>;
 
   CMasterReader(CAsyncCallback& source, CByteWindow& window, CKnownIdTables& ids)
@@ -31,7 +36,7 @@ class CMasterReader {
 
   /// Gives `master` its children, in place of those it has. Where the element stands that ended it, when
   /// that was one that belongs further up.
-  std::optional<std::uint64_t> Read(libebml::EbmlMaster& master);
+  std::optional<std::uint64_t> Read(libebml::EbmlMaster& master, Frames frames);
   /// Shows each child in turn instead of keeping it, so that a long list costs no memory.
   std::optional<std::uint64_t> ReadEach(libebml::EbmlMaster& master, const Visitor& visit);
 
@@ -48,11 +53,14 @@ class CMasterReader {
   LevelEnd ReadChild(Level& level, FoundElement found);
   LevelEnd ReadValue(Level& level, FoundElement found);
   LevelEnd ReadMasterChild(Level& level, FoundElement found);
+  void ReadData(FoundElement& found);
+  bool ReadBlockHead(FoundElement& found);
   void Take(Level& level, ElementPtr element);
 
   CAsyncCallback& m_source;
   CByteWindow& m_window;
   CKnownIdTables& m_ids;
+  Frames m_frames = Frames::kRead;
   int m_depth = 0;
   std::uint32_t m_elements = 0;
 };

@@ -115,7 +115,7 @@ std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker& walker, 
   CClusterIndexer indexer(video < 0 ? kIndexedTrack : static_cast<std::uint64_t>(video), info.TimecodeScale(), index);
   while (const auto cluster = walker.FindNextCluster(*segment)) {
     if (eventsPending()) return std::nullopt;
-    walker.ReadMaster(*cluster);
+    walker.ReadMasterWithoutFrames(*cluster);
     indexer.Add(*cluster);
   }
   return index;

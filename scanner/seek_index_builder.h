@@ -16,7 +16,7 @@ namespace tarvex {
 std::vector<SeekPoint> IndexFromCues(CElementWalker& walker, const CMatroskaInfo& info);
 
 /// One entry for each key frame of the first video track (of track 1 when there is none). Reads every
-/// Cluster. Nothing when `eventsPending` answered true.
+/// Cluster, but for the frames. Nothing when `eventsPending` answered true.
 std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker& walker, const CMatroskaInfo& info,
                                                         const std::function<bool()>& eventsPending);
 
