@@ -3,6 +3,7 @@
 
 #include "filter/filter_registration.h"
 #include "filter/module_log.h"
+#include "framework/co_task_mem.h"
 #include "framework/com_boundary.h"
 #include "framework/log.h"
 #include "include/tarvex/class_ids.h"
@@ -31,12 +32,24 @@ CMatroskaSplitter::~CMatroskaSplitter() {
 }
 
 HRESULT CMatroskaSplitter::NonDelegatingQueryInterface(REFIID iid, void** out) {
+  if (iid == IID_ISpecifyPropertyPages) return GiveInterface(static_cast<ISpecifyPropertyPages*>(this), out);
   if (iid == IID_IAMStreamSelect) return GiveInterface(static_cast<IAMStreamSelect*>(this), out);
   if (iid == IID_IAMExtendedSeeking) return GiveInterface(static_cast<IAMExtendedSeeking*>(this), out);
   if (iid == IID_IModuleConfig) return GiveInterface(static_cast<IModuleConfig*>(this), out);
   if (iid == IID_IPersistStream) return GiveInterface(static_cast<IPersistStream*>(this), out);
   if (iid == IID_IModuleLog) return GiveInterface(static_cast<IModuleLog*>(this), out);
   return CBaseFilter::NonDelegatingQueryInterface(iid, out);
+}
+
+HRESULT CMatroskaSplitter::GetPages(CAUUID* pPages) {
+  if (pPages == nullptr) return E_POINTER;
+  return ComBoundary([&] {
+    auto pages = CoTaskMem<GUID>::Allocate(2);
+    pages[0] = CLSID_MatroskaSettingsPage;
+    pages[1] = CLSID_MatroskaAboutPage;
+    *pPages = {.cElems = 2, .pElems = pages.Detach()};
+    return S_OK;
+  });
 }
 
 HRESULT CMatroskaSplitter::SetSink(ModuleLogSink sink, void* context) {

@@ -33,11 +33,10 @@ namespace tarvex {
 ///
 /// Waits here: a controller waits for the worker's reply or end. The worker waits for a read and for room
 /// in a pin's ring, and WorkerWaitsCancelled ends both.
-///
-/// ISpecifyPropertyPages has its place among the bases after CAMThread, when there are pages.
 class CMatroskaSplitter final : public CBaseFilter,
                                 public CMatroskaCallback,
                                 public CAMThread,
+                                public ISpecifyPropertyPages,
                                 public IAMStreamSelect,
                                 public IAMExtendedSeeking,
                                 public IModuleConfig,
@@ -67,6 +66,10 @@ class CMatroskaSplitter final : public CBaseFilter,
   HRESULT STDMETHODCALLTYPE Pause() override;
   /// Also ends the worker, whose result it gives: S_FALSE when there was none.
   HRESULT STDMETHODCALLTYPE Stop() override;
+
+  // ISpecifyPropertyPages
+  /// The settings page and the about page.
+  HRESULT STDMETHODCALLTYPE GetPages(CAUUID* pPages) override;
 
   // IAMStreamSelect
   HRESULT STDMETHODCALLTYPE Count(DWORD* pcStreams) override;

@@ -1,0 +1,220 @@
+// Property pages over the system's dialogs.
+#include "framework/base_property_page.h"
+
+#include <string_view>
+
+#include "framework/co_task_mem.h"
+#include "framework/com_boundary.h"
+
+namespace tarvex {
+
+namespace {
+
+HRESULT LastError() noexcept {
+  const HRESULT result = HRESULT_FROM_WIN32(GetLastError());
+  return FAILED(result) ? result : E_FAIL;
+}
+
+// A string resource, where it lies in the module.
+std::wstring_view ResourceText(HINSTANCE module, int id) {
+  const wchar_t* text = nullptr;
+  // With no room given the call stores a pointer to the text instead of the text.
+  const int length = LoadStringW(module, static_cast<UINT>(id), reinterpret_cast<LPWSTR>(&text), 0);
+  return length > 0 ? std::wstring_view(text, static_cast<std::size_t>(length)) : std::wstring_view();
+}
+
+INT_PTR CALLBACK IgnoreMessages(HWND /*window*/, UINT /*message*/, WPARAM /*wParam*/, LPARAM /*lParam*/) noexcept {
+  return FALSE;
+}
+
+// From the template's units to pixels only a dialog knows the way, so one is made and never shown.
+HRESULT MeasureDialog(HINSTANCE module, int id, SIZE& size) noexcept {
+  HWND window = CreateDialogParamW(module, MAKEINTRESOURCEW(id), GetDesktopWindow(), &IgnoreMessages, 0);
+  if (window == nullptr) return LastError();
+  RECT rect{};
+  GetWindowRect(window, &rect);
+  size = {rect.right - rect.left, rect.bottom - rect.top};
+  DestroyWindow(window);
+  return S_OK;
+}
+
+bool IsDown(int key) noexcept { return GetKeyState(key) < 0; }
+
+}  // namespace
+
+CBasePropertyPage::CBasePropertyPage(const char* name, IUnknown* outer, int dialogId, int titleId)
+    : CUnknownImpl(name, outer), m_dialogId(dialogId), m_titleId(titleId) {}
+
+CBasePropertyPage::~CBasePropertyPage() { DestroyPageWindow(); }
+
+HRESULT CBasePropertyPage::NonDelegatingQueryInterface(REFIID iid, void** out) {
+  if (iid == IID_IPropertyPage) return GiveInterface(static_cast<IPropertyPage*>(this), out);
+  return CUnknown::NonDelegatingQueryInterface(iid, out);
+}
+
+HINSTANCE CBasePropertyPage::Module() noexcept {
+  static const int anchor = 0;
+  HMODULE module = nullptr;
+  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                     reinterpret_cast<LPCWSTR>(&anchor), &module);
+  return module;
+}
+
+HRESULT CBasePropertyPage::OnConnect(IUnknown* /*object*/) { return S_OK; }
+HRESULT CBasePropertyPage::OnDisconnect() { return S_OK; }
+HRESULT CBasePropertyPage::OnActivate() { return S_OK; }
+HRESULT CBasePropertyPage::OnDeactivate() { return S_OK; }
+HRESULT CBasePropertyPage::OnApplyChanges() { return S_OK; }
+
+INT_PTR CBasePropertyPage::OnReceiveMessage(HWND /*window*/, UINT /*message*/, WPARAM /*wParam*/, LPARAM /*lParam*/) {
+  return FALSE;
+}
+
+HRESULT CBasePropertyPage::SetPageSite(IPropertyPageSite* pPageSite) {
+  if (pPageSite != nullptr && m_site) return E_UNEXPECTED;
+  m_site = ComPtr<IPropertyPageSite>(pPageSite);
+  return S_OK;
+}
+
+HRESULT CBasePropertyPage::SetObjects(ULONG cObjects, IUnknown** ppUnk) {
+  if (cObjects > 1) return E_UNEXPECTED;
+  if (cObjects == 1 && (ppUnk == nullptr || *ppUnk == nullptr)) return E_POINTER;
+  return ComBoundary([&] {
+    m_connected = false;
+    const HRESULT left = OnDisconnect();
+    if (cObjects == 0) return left;
+    const HRESULT result = OnConnect(*ppUnk);
+    m_connected = SUCCEEDED(result);
+    return result;
+  });
+}
+
+HRESULT CBasePropertyPage::Activate(HWND hWndParent, LPCRECT pRect, BOOL /*bModal*/) {
+  if (pRect == nullptr) return E_POINTER;
+  if (!m_connected || m_window != nullptr) return E_UNEXPECTED;
+  HRESULT result = CreatePageWindow(hWndParent);
+  if (FAILED(result)) return result;
+  Move(pRect);
+  result = ComBoundary([this] { return OnActivate(); });
+  if (FAILED(result)) {
+    DestroyPageWindow();
+    return result;
+  }
+  return Show(SW_SHOWNORMAL);
+}
+
+HRESULT CBasePropertyPage::Deactivate() {
+  if (m_window == nullptr) return E_UNEXPECTED;
+  const HRESULT result = ComBoundary([this] { return OnDeactivate(); });
+  DestroyPageWindow();
+  return result;
+}
+
+HRESULT CBasePropertyPage::CreatePageWindow(HWND parent) {
+  HWND window =
+      CreateDialogParamW(Module(), MAKEINTRESOURCEW(m_dialogId), parent, &DialogProc, reinterpret_cast<LPARAM>(this));
+  return window != nullptr ? S_OK : LastError();
+}
+
+void CBasePropertyPage::DestroyPageWindow() noexcept {
+  HWND window = m_window;
+  if (window == nullptr) return;
+  m_window = nullptr;
+  SetWindowLongPtrW(window, DWLP_USER, 0);  // its last messages are nobody's
+  DestroyWindow(window);
+}
+
+INT_PTR CBasePropertyPage::OnInitDialog(HWND window) noexcept {
+  m_window = window;
+  SetWindowLongPtrW(window, DWLP_USER, reinterpret_cast<LONG_PTR>(this));
+  return FALSE;  // the focus stays where the frame has it
+}
+
+// The page outlives the message, whatever the message makes its frame do.
+INT_PTR CALLBACK CBasePropertyPage::DialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+  if (message == WM_INITDIALOG) return reinterpret_cast<CBasePropertyPage*>(lParam)->OnInitDialog(window);
+  const ComPtr<CBasePropertyPage> page(reinterpret_cast<CBasePropertyPage*>(GetWindowLongPtrW(window, DWLP_USER)));
+  if (!page) return FALSE;
+  INT_PTR answer = FALSE;
+  static_cast<void>(ComBoundary([&] {
+    answer = page->OnReceiveMessage(window, message, wParam, lParam);
+    return S_OK;
+  }));
+  // A frame that destroys its window takes the page's with it.
+  if (message == WM_NCDESTROY) page->m_window = nullptr;
+  return answer;
+}
+
+HRESULT CBasePropertyPage::GetPageInfo(PROPPAGEINFO* pPageInfo) {
+  if (pPageInfo == nullptr) return E_POINTER;
+  return ComBoundary([&] {
+    PROPPAGEINFO info{};
+    info.cb = sizeof info;
+    const HRESULT result = MeasureDialog(Module(), m_dialogId, info.size);
+    if (FAILED(result)) return result;
+    info.pszTitle = TaskString(ResourceText(Module(), m_titleId)).Detach();
+    *pPageInfo = info;
+    return S_OK;
+  });
+}
+
+HRESULT CBasePropertyPage::Show(UINT nCmdShow) {
+  if (m_window == nullptr) return E_UNEXPECTED;
+  if (nCmdShow != SW_SHOW && nCmdShow != SW_SHOWNORMAL && nCmdShow != SW_HIDE) return E_INVALIDARG;
+  ShowWindow(m_window, static_cast<int>(nCmdShow));
+  return S_OK;
+}
+
+HRESULT CBasePropertyPage::Move(LPCRECT pRect) {
+  if (pRect == nullptr) return E_POINTER;
+  if (m_window == nullptr) return E_UNEXPECTED;
+  const BOOL moved =
+      MoveWindow(m_window, pRect->left, pRect->top, pRect->right - pRect->left, pRect->bottom - pRect->top, TRUE);
+  return moved ? S_OK : LastError();
+}
+
+HRESULT CBasePropertyPage::Apply() {
+  if (!m_connected || !m_site) return E_UNEXPECTED;
+  if (!m_dirty) return S_OK;
+  const HRESULT result = ComBoundary([this] { return OnApplyChanges(); });
+  if (SUCCEEDED(result)) m_dirty = false;
+  return result;
+}
+
+void CBasePropertyPage::SetPageDirty() {
+  m_dirty = true;
+  if (m_site) m_site->OnStatusChange(PROPPAGESTATUS_DIRTY);
+}
+
+HRESULT CBasePropertyPage::TranslateAccelerator(MSG* pMsg) {
+  if (pMsg == nullptr) return E_POINTER;
+  if (m_window == nullptr) return E_UNEXPECTED;
+  if (!IsKeyForPage(*pMsg)) return S_FALSE;
+  return IsDialogMessageW(m_window, pMsg) ? S_OK : S_FALSE;
+}
+
+bool CBasePropertyPage::IsKeyForPage(const MSG& message) const noexcept {
+  if (message.message != WM_KEYDOWN && message.message != WM_KEYUP && message.message != WM_CHAR) return false;
+  if (!IsChild(m_window, message.hwnd) || IsDown(VK_CONTROL) || IsDown(VK_MENU)) return false;
+  if (message.message != WM_KEYDOWN) return true;
+  switch (message.wParam) {
+    case VK_RETURN:
+    case VK_ESCAPE:
+    case VK_CANCEL:
+    case VK_F1:
+      return false;
+    case VK_TAB:
+      return !TabLeavesPage();
+    default:
+      return true;
+  }
+}
+
+// The dialog itself would go round and round, and the frame's buttons would never be reached.
+bool CBasePropertyPage::TabLeavesPage() const noexcept {
+  HWND first = GetNextDlgTabItem(m_window, nullptr, FALSE);
+  HWND edge = IsDown(VK_SHIFT) ? first : GetNextDlgTabItem(m_window, first, TRUE);
+  return edge == nullptr || GetFocus() == edge;
+}
+
+}  // namespace tarvex

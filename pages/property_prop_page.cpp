@@ -1,0 +1,174 @@
+#include "pages/property_prop_page.h"
+
+#include <algorithm>
+
+#include "pages/chapter_line.h"
+#include "pages/resource_ids.h"
+
+namespace tarvex {
+
+namespace {
+
+/// An array for IModuleConfig to fill, whose names are ours from then on.
+class ChapterArray {
+ public:
+  explicit ChapterArray(ULONG count) : m_entries(count) {}
+  ~ChapterArray() {
+    for (const ChapterEntry& entry : m_entries) SysFreeString(entry.name);
+  }
+  ChapterArray(const ChapterArray&) = delete;
+  ChapterArray& operator=(const ChapterArray&) = delete;
+
+  std::vector<ChapterEntry>& Entries() noexcept { return m_entries; }
+
+ private:
+  std::vector<ChapterEntry> m_entries;
+};
+
+/// A window's drawing surface with the window's font, for measuring.
+class FontContext {
+ public:
+  explicit FontContext(HWND window) noexcept : m_window(window), m_context(GetDC(window)) {
+    const LRESULT font = SendMessageW(window, WM_GETFONT, 0, 0);
+    m_former = SelectObject(m_context, reinterpret_cast<HGDIOBJ>(font));
+  }
+  ~FontContext() {
+    if (m_former != nullptr) SelectObject(m_context, m_former);
+    ReleaseDC(m_window, m_context);
+  }
+  FontContext(const FontContext&) = delete;
+  FontContext& operator=(const FontContext&) = delete;
+
+  LONG WidthOf(const WideString& text) const noexcept {
+    SIZE size{};
+    GetTextExtentPoint32W(m_context, text.c_str(), static_cast<int>(text.size()), &size);
+    return size.cx;
+  }
+
+ private:
+  HWND m_window;
+  HDC m_context;
+  HGDIOBJ m_former = nullptr;
+};
+
+}  // namespace
+
+CUnknown* CPropertyPropPage::CreateInstance(IUnknown* outer, HRESULT* /*result*/) {
+  return new CPropertyPropPage(outer);
+}
+
+CPropertyPropPage::CPropertyPropPage(IUnknown* outer)
+    : CBasePropertyPage("Tarvex Matroska Splitter Property Page", outer, TARVEX_DIALOG_SETTINGS,
+                        TARVEX_TITLE_SETTINGS) {}
+
+HRESULT CPropertyPropPage::OnConnect(IUnknown* object) {
+  if (object == nullptr) return E_POINTER;
+  return object->QueryInterface(IID_IModuleConfig, m_config.PutVoid());
+}
+
+HRESULT CPropertyPropPage::OnDisconnect() {
+  m_config.Reset();
+  return S_OK;
+}
+
+HRESULT CPropertyPropPage::OnActivate() {
+  m_list = Control(TARVEX_SETTINGS_CHAPTERS);
+  ReadSetting(paramAnnexBOutput, TARVEX_SETTINGS_ANNEX_B, m_annexB);
+  ReadSetting(paramSeparatePins, TARVEX_SETTINGS_SEPARATE_PINS, m_separatePins);
+  const ULONG count = ChapterCount();
+  if (count == 0) return S_OK;
+  const HRESULT result = ReadChapters(count);
+  return FAILED(result) ? result : FillList();
+}
+
+void CPropertyPropPage::ReadSetting(const GUID& parameter, int box, std::int32_t& state) {
+  VARIANT value{};
+  if (FAILED(m_config->GetValue(&parameter, &value))) return;
+  state = value.lVal;  // true is 1 here, and any other bit would do
+  CheckDlgButton(Window(), box, state != 0 ? BST_CHECKED : BST_UNCHECKED);
+}
+
+// None where the filter does not say.
+ULONG CPropertyPropPage::ChapterCount() {
+  VARIANT value{};
+  value.vt = VT_UINT;
+  return SUCCEEDED(m_config->GetValue(&paramChapterList, &value)) ? value.ulVal : 0;
+}
+
+HRESULT CPropertyPropPage::ReadChapters(ULONG count) {
+  ChapterArray array(count);
+  VARIANT value{};
+  value.vt = VT_PTR;
+  value.byref = array.Entries().data();
+  const HRESULT result = m_config->GetValue(&paramChapterList, &value);
+  if (FAILED(result)) return result;
+  std::vector<Chapter> chapters;
+  chapters.reserve(count);
+  for (const ChapterEntry& entry : array.Entries()) {
+    chapters.push_back({WideString(entry.name, SysStringLen(entry.name)), entry.start, entry.end});
+  }
+  m_chapters = std::move(chapters);
+  return S_OK;
+}
+
+HRESULT CPropertyPropPage::FillList() {
+  const FontContext context(m_list);
+  const LONG margin = 2 * GetSystemMetrics(SM_CXEDGE);
+  LONG widest = 0;
+  SendMessageW(m_list, LB_RESETCONTENT, 0, 0);
+  for (const Chapter& chapter : m_chapters) {
+    const WideString line = ChapterLine(chapter.name, chapter.start, chapter.end);
+    if (SendMessageW(m_list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str())) < 0) return E_OUTOFMEMORY;
+    widest = std::max(widest, context.WidthOf(line));
+  }
+  SendMessageW(m_list, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(widest + margin), 0);
+  return S_OK;
+}
+
+// A frame may take the dialog away and apply afterwards.
+HRESULT CPropertyPropPage::OnDeactivate() {
+  KeepBoxes();
+  m_list = nullptr;
+  return S_OK;
+}
+
+void CPropertyPropPage::KeepBoxes() {
+  m_annexB = IsDlgButtonChecked(Window(), TARVEX_SETTINGS_ANNEX_B) == BST_CHECKED ? 1 : 0;
+  m_separatePins = IsDlgButtonChecked(Window(), TARVEX_SETTINGS_SEPARATE_PINS) == BST_CHECKED ? 1 : 0;
+}
+
+HRESULT CPropertyPropPage::OnApplyChanges() {
+  if (Window() != nullptr) KeepBoxes();
+  const HRESULT result = WriteSetting(paramAnnexBOutput, m_annexB);
+  return FAILED(result) ? result : WriteSetting(paramSeparatePins, m_separatePins);
+}
+
+HRESULT CPropertyPropPage::WriteSetting(const GUID& parameter, std::int32_t state) {
+  VARIANT value{};
+  value.vt = VT_BOOL;
+  value.boolVal = static_cast<VARIANT_BOOL>(state);
+  return m_config->SetValue(&parameter, &value);
+}
+
+INT_PTR CPropertyPropPage::OnReceiveMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_COMMAND) {
+    const WORD control = LOWORD(wParam);
+    if (control == TARVEX_SETTINGS_ANNEX_B || control == TARVEX_SETTINGS_SEPARATE_PINS) {
+      SetPageDirty();
+      return TRUE;
+    }
+    if (control == TARVEX_SETTINGS_CHAPTERS && HIWORD(wParam) == LBN_DBLCLK) JumpToChapter();
+  }
+  return CBasePropertyPage::OnReceiveMessage(window, message, wParam, lParam);
+}
+
+void CPropertyPropPage::JumpToChapter() {
+  const LRESULT selected = SendMessageW(m_list, LB_GETCURSEL, 0, 0);
+  if (!m_config || selected < 0 || static_cast<std::size_t>(selected) >= m_chapters.size()) return;
+  VARIANT value{};
+  value.vt = VT_I8;
+  value.llVal = m_chapters[static_cast<std::size_t>(selected)].start;
+  m_config->SetValue(&paramPosition, &value);
+}
+
+}  // namespace tarvex
