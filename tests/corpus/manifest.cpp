@@ -91,6 +91,11 @@ void ReadExpectation(const json& expect, ManifestFile& file) {
   file.opens = expect.at("open") == "open";
   file.message = ValueOr<std::string>(expect, "message", "");
   file.upToDamage = ValueOr<std::string>(expect, "frames", "") == "up to the damage";
+  const json index = Part(expect, "seek_index", json::object());
+  for (const json& entry : Part(index, "entries", json::array())) {
+    file.seekIndex.push_back({entry[0].get<std::uint64_t>(), entry[1].get<std::int64_t>()});
+  }
+  file.seekIndexIsWhole = ValueOr<std::size_t>(index, "count", 0) == file.seekIndex.size();
   const json chapters = Part(expect, "chapters", json::array());
   for (const json& chapter : chapters) {
     file.chapters.push_back({chapter.at("name").get<std::string>(), chapter.at("start").get<std::int64_t>(),

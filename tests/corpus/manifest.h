@@ -61,6 +61,12 @@ struct ManifestChapter {
   std::int64_t end = 0;
 };
 
+/// Where a Cluster with a key frame begins in the file, and the frame's time.
+struct ManifestSeekPoint {
+  std::uint64_t position = 0;
+  std::int64_t time = 0;
+};
+
 struct ManifestFile {
   std::string name;  ///< below the corpus folder
   std::string path;
@@ -74,6 +80,8 @@ struct ManifestFile {
   std::vector<ManifestTrack> tracks;
   std::map<std::uint32_t, ManifestFrames> frames;
   std::vector<ManifestChapter> chapters;
+  std::vector<ManifestSeekPoint> seekIndex;
+  bool seekIndexIsWhole = false;  ///< a long one is not listed
 };
 
 /// The line of the sums: "time duration key size sha1\n".
