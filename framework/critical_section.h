@@ -43,7 +43,8 @@ class CCritSec {
   static constexpr std::size_t kNativeSize = 64;
   Native& System() noexcept { return *reinterpret_cast<Native*>(m_system); }
 
-  alignas(std::max_align_t) unsigned char m_system[kNativeSize];
+  // Not the largest alignment there is: for 32-bit Windows that depends on the order of the headers.
+  alignas(8) unsigned char m_system[kNativeSize];
   const char* m_name;
   LockRank m_rank;
 };

@@ -126,7 +126,8 @@ void CMasterReader::ReadData(FoundElement& found) {
 bool CMasterReader::ReadBlockHead(FoundElement& found) {
   constexpr std::size_t kLongestHead = 8 + 2 + 1;
   const auto bytes = m_window.From(found.dataPosition, kLongestHead, kLongestHead);
-  const auto head = bytes.first(std::min<std::size_t>(std::min(bytes.size(), kLongestHead), found.element->GetSize()));
+  const auto head = bytes.first(static_cast<std::size_t>(
+      std::min<std::uint64_t>(std::min(bytes.size(), kLongestHead), found.element->GetSize())));
   if (!IsUnlaced(head)) return false;
   CBlockHead input(found.dataPosition, head);
   found.element->ReadData(input, libebml::SCOPE_ALL_DATA);
