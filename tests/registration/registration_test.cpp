@@ -32,7 +32,7 @@ std::wstring Text(const GUID& guid) {
   return text.data();
 }
 
-std::wstring ClassKey() { return L"CLSID\\" + Text(CLSID_MatroskaSplitter); }
+std::wstring ClassKey(const GUID& clsid = CLSID_MatroskaSplitter) { return L"CLSID\\" + Text(clsid); }
 
 // The category of all DirectShow filters.
 std::wstring InstanceKey() {
@@ -80,6 +80,8 @@ void ExpectFilter() {
   EXPECT_TRUE(TextValue(ClassKey() + L"\\InprocServer32", L"").value_or(L"").ends_with(L"tarvex.dll"));
   EXPECT_EQ(TextValue(InstanceKey(), L"FriendlyName"), L"Tarvex Matroska Splitter");
   EXPECT_EQ(TextValue(InstanceKey(), L"CLSID"), Text(CLSID_MatroskaSplitter));
+  EXPECT_EQ(TextValue(ClassKey(CLSID_MatroskaSettingsPage), L""), L"MKV Splitter property page");
+  EXPECT_EQ(TextValue(ClassKey(CLSID_MatroskaAboutPage), L""), L"MKV Splitter about page");
 }
 
 // The published form begins with a version and the merit.
@@ -139,7 +141,9 @@ TEST_F(Registration, UnregisteringRemovesWhatWasWrittenAndRestoresNothing) {
   ASSERT_EQ(Register(), S_OK);
   ASSERT_EQ(Unregister(), S_OK);
   EXPECT_FALSE(KeyExists(kStreamKey));
-  EXPECT_FALSE(KeyExists(ClassKey()));
+  for (const GUID& clsid : {CLSID_MatroskaSplitter, CLSID_MatroskaSettingsPage, CLSID_MatroskaAboutPage}) {
+    EXPECT_FALSE(KeyExists(ClassKey(clsid)));
+  }
   EXPECT_FALSE(KeyExists(InstanceKey()));
   EXPECT_FALSE(KeyExists(ExtensionKey(L".mkv")));
 }

@@ -1,0 +1,100 @@
+#include "tests/pages/page_frame.h"
+
+#include <stdexcept>
+
+#include "framework/co_task_mem.h"
+#include "tests/support/splitter_module.h"
+
+namespace tarvex::test {
+namespace {
+
+ComPtr<IPropertyPage> CreatePage(REFCLSID clsid) {
+  ComPtr<IClassFactory> factory;
+  ComPtr<IPropertyPage> page;
+  if (FAILED(GetClassObject(clsid, IID_IClassFactory, factory.PutVoid())) ||
+      FAILED(factory->CreateInstance(nullptr, IidOf<IPropertyPage>(), page.PutVoid()))) {
+    throw std::runtime_error("the module makes no such page");
+  }
+  return page;
+}
+
+}  // namespace
+
+HRESULT CPageSite::NonDelegatingQueryInterface(REFIID iid, void** out) {
+  if (iid == IidOf<IPropertyPageSite>()) return GiveInterface(static_cast<IPropertyPageSite*>(this), out);
+  return CUnknown::NonDelegatingQueryInterface(iid, out);
+}
+
+HRESULT CPageSite::OnStatusChange(DWORD dwFlags) {
+  if ((dwFlags & PROPPAGESTATUS_DIRTY) != 0) ++m_dirty;
+  return S_OK;
+}
+
+HRESULT CPageSite::GetLocaleID(LCID* pLocaleID) {
+  *pLocaleID = LOCALE_USER_DEFAULT;
+  return S_OK;
+}
+
+HRESULT CPageSite::GetPageContainer(IUnknown** /*ppUnk*/) { return E_NOTIMPL; }
+HRESULT CPageSite::TranslateAccelerator(MSG* /*pMsg*/) { return S_FALSE; }
+
+CPageFrame::CPageFrame(REFCLSID page) : CPageFrame(CreatePage(page)) {}
+
+CPageFrame::CPageFrame(ComPtr<IPropertyPage> page) : m_page(std::move(page)), m_site(MakeCom<CPageSite>()) {
+  PROPPAGEINFO info{};
+  if (FAILED(m_page->GetPageInfo(&info))) throw std::runtime_error("the page does not say what it is");
+  CoTaskMem<OLECHAR> title;
+  *title.Put() = info.pszTitle;
+  // Shown without being activated: an X server without a window manager makes Wine wait for one otherwise.
+  m_window = CreateWindowExW(WS_EX_CONTROLPARENT | WS_EX_TOOLWINDOW, L"STATIC", title.Get(), WS_POPUP | WS_CLIPCHILDREN,
+                             40, 40, info.size.cx, info.size.cy, nullptr, nullptr, nullptr, nullptr);
+  ShowWindow(m_window, SW_SHOWNOACTIVATE);
+}
+
+CPageFrame::~CPageFrame() {
+  m_page->Deactivate();
+  m_page->SetObjects(0, nullptr);
+  m_page->SetPageSite(nullptr);
+  DestroyWindow(m_window);
+}
+
+HRESULT CPageFrame::Open(IUnknown* object) {
+  HRESULT result = m_page->SetPageSite(m_site.Get());
+  if (SUCCEEDED(result)) result = m_page->SetObjects(1, &object);
+  return FAILED(result) ? result : Activate();
+}
+
+HRESULT CPageFrame::Activate() {
+  RECT rect{};
+  GetClientRect(m_window, &rect);
+  return m_page->Activate(m_window, &rect, FALSE);
+}
+
+void CPageFrame::Resize(int width, int height) {
+  SetWindowPos(m_window, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+  const RECT rect{0, 0, width, height};
+  m_page->Move(&rect);
+}
+
+void CPageFrame::Paint() {
+  MSG message{};
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+  RedrawWindow(m_window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+}
+
+std::wstring TextOf(HWND window) {
+  std::wstring text(256, L'\0');
+  text.resize(static_cast<std::size_t>(GetWindowTextW(window, text.data(), static_cast<int>(text.size()))));
+  return text;
+}
+
+std::wstring LineOf(HWND list, int index) {
+  const LRESULT length = SendMessageW(list, LB_GETTEXTLEN, static_cast<WPARAM>(index), 0);
+  if (length < 0) return L"(no such line)";
+  std::wstring line(static_cast<std::size_t>(length) + 1, L'\0');
+  SendMessageW(list, LB_GETTEXT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(line.data()));
+  line.resize(static_cast<std::size_t>(length));
+  return line;
+}
+
+}  // namespace tarvex::test

@@ -1,0 +1,63 @@
+// The smallest frame for one property page: a window, a site that counts, and the calls in the order in
+// which frames make them. A value on the stack of one test.
+#pragma once
+
+#include <string>
+
+#include "framework/com_ptr.h"
+#include "framework/unknown.h"
+
+namespace tarvex::test {
+
+class CPageSite final : public CUnknownImpl<IPropertyPageSite> {
+ public:
+  CPageSite() : CUnknownImpl("CPageSite", nullptr) {}
+  int Dirty() const noexcept { return m_dirty; }
+
+  HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
+  HRESULT STDMETHODCALLTYPE OnStatusChange(DWORD dwFlags) override;
+  HRESULT STDMETHODCALLTYPE GetLocaleID(LCID* pLocaleID) override;
+  HRESULT STDMETHODCALLTYPE GetPageContainer(IUnknown** ppUnk) override;
+  HRESULT STDMETHODCALLTYPE TranslateAccelerator(MSG* pMsg) override;
+
+ private:
+  int m_dirty = 0;
+};
+
+class CPageFrame {
+ public:
+  /// A frame around a page, which is not told anything yet.
+  explicit CPageFrame(ComPtr<IPropertyPage> page);
+  /// Around a new page of the module under test.
+  explicit CPageFrame(REFCLSID page);
+  ~CPageFrame();
+  CPageFrame(const CPageFrame&) = delete;
+  CPageFrame& operator=(const CPageFrame&) = delete;
+
+  /// Gives the page its site and `object`, and shows it; what Activate answered.
+  HRESULT Open(IUnknown* object);
+  HRESULT Activate();
+  void Resize(int width, int height);
+  /// Has everything painted.
+  void Paint();
+
+  IPropertyPage* Page() const noexcept { return m_page.Get(); }
+  CPageSite& Site() const noexcept { return *m_site; }
+  HWND Window() const noexcept { return m_window; }
+  /// Null while the page has none.
+  HWND Dialog() const noexcept { return FindWindowExW(m_window, nullptr, L"#32770", nullptr); }
+  HWND Control(int id) const noexcept { return GetDlgItem(Dialog(), id); }
+  bool IsChecked(int id) const noexcept { return SendMessageW(Control(id), BM_GETCHECK, 0, 0) == BST_CHECKED; }
+  void Click(int id) const noexcept { SendMessageW(Control(id), BM_CLICK, 0, 0); }
+
+ private:
+  ComPtr<IPropertyPage> m_page;
+  ComPtr<CPageSite> m_site;
+  HWND m_window = nullptr;
+};
+
+std::wstring TextOf(HWND window);
+/// The line of a list box.
+std::wstring LineOf(HWND list, int index);
+
+}  // namespace tarvex::test

@@ -1,0 +1,123 @@
+// Both pages in the platform's own property frame, opened as hosts do: from the filter's list of pages.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <vector>
+
+#include "framework/co_task_mem.h"
+#include "framework/thread.h"
+#include "include/tarvex/class_ids.h"
+#include "tests/pages/page_frame.h"
+#include "tests/pages/page_picture.h"
+#include "tests/support/splitter_module.h"
+#include "tests/support/test_graph.h"
+
+// After windows.h, which it depends on.
+#include <commctrl.h>
+
+namespace tarvex::test {
+namespace {
+
+/// The frame, on a thread of its own that it blocks until it is closed.
+class FrameThread {
+ public:
+  explicit FrameThread(IUnknown* object) : m_object(object) {
+    EXPECT_EQ(m_thread.Start([this] { Show(); }), S_OK);
+  }
+  ~FrameThread() {
+    if (HWND frame = Frame()) PostMessageW(frame, WM_COMMAND, IDCANCEL, 0);
+    m_thread.Join();
+  }
+  FrameThread(const FrameThread&) = delete;
+  FrameThread& operator=(const FrameThread&) = delete;
+
+  HRESULT Close() {
+    PostMessageW(Frame(), WM_COMMAND, IDCANCEL, 0);
+    EXPECT_TRUE(m_thread.JoinFor(kPatience));
+    return m_result;
+  }
+  /// Null until it is there.
+  HWND Frame() const {
+    HWND frame = nullptr;
+    const auto take = [](HWND window, LPARAM context) -> BOOL {
+      if (IsWindowVisible(window)) *reinterpret_cast<HWND*>(context) = window;
+      return TRUE;
+    };
+    if (const DWORD id = m_threadId) EnumThreadWindows(id, take, reinterpret_cast<LPARAM>(&frame));
+    return frame;
+  }
+
+ private:
+  void Show() {
+    m_threadId = GetCurrentThreadId();
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    CAUUID pages{};
+    m_result = QueryFor<ISpecifyPropertyPages>(m_object)->GetPages(&pages);
+    CoTaskMem<GUID> ids;
+    *ids.Put() = pages.pElems;
+    if (SUCCEEDED(m_result)) {
+      m_result = OleCreatePropertyFrame(nullptr, 20, 20, L"Tarvex Matroska Splitter", 1, &m_object, pages.cElems,
+                                        ids.Get(), LOCALE_USER_DEFAULT, 0, nullptr);
+    }
+    CoUninitialize();
+  }
+
+  IUnknown* m_object;
+  std::atomic<DWORD> m_threadId{0};
+  HRESULT m_result = E_FAIL;
+  CThread m_thread;
+};
+
+// Repeats the question until the answer is yes or the patience ends.
+bool Eventually(const std::function<bool()>& question) {
+  for (DWORD waited = 0; waited < kPatience; waited += 20) {
+    if (question()) return true;
+    SleepMilliseconds(20);
+  }
+  return false;
+}
+
+// A visible control with this number, in whichever page it is.
+HWND FindControl(HWND frame, int id) {
+  struct Search {
+    int id;
+    HWND found;
+  } search{id, nullptr};
+  EnumChildWindows(
+      frame,
+      [](HWND window, LPARAM context) -> BOOL {
+        auto* wanted = reinterpret_cast<Search*>(context);
+        if (GetDlgCtrlID(window) == wanted->id && IsWindowVisible(window)) wanted->found = window;
+        return wanted->found == nullptr;
+      },
+      reinterpret_cast<LPARAM>(&search));
+  return search.found;
+}
+
+void KeepPictureOf(HWND frame, const char* name) {
+  RedrawWindow(frame, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_UPDATENOW | RDW_ALLCHILDREN);
+  SleepMilliseconds(200);  // for the thread of the frame to paint
+  KeepPicture(frame, name);
+}
+
+TEST(PlatformFrame, ShowsBothPages) {
+  {
+    TestGraph graph;
+    ASSERT_EQ(graph.Open(TARVEX_SOURCE_DIR "/tests/data/sample.mkv"), S_OK);
+    FrameThread frame(graph.Splitter());
+    const auto control = [&frame](int id) { return FindControl(frame.Frame(), id); };
+    ASSERT_TRUE(Eventually([&] { return control(1006) != nullptr; })) << "the settings page";
+    EXPECT_EQ(SendMessageW(control(1006), LB_GETCOUNT, 0, 0), 2);
+    KeepPictureOf(frame.Frame(), "settings-frame");
+    SendMessageW(frame.Frame(), PSM_SETCURSEL, 1, 0);
+    ASSERT_TRUE(Eventually([&] { return control(1002) != nullptr; })) << "the about page";
+    EXPECT_EQ(TextOf(control(1001)), L"Tarvex Matroska Splitter");
+    KeepPictureOf(frame.Frame(), "about-frame");
+    EXPECT_EQ(frame.Close(), S_OK);
+  }
+  EXPECT_TRUE(ModuleBecomesIdle());
+}
+
+}  // namespace
+}  // namespace tarvex::test
