@@ -109,12 +109,15 @@ HRESULT CSinkFilter::Take(IMediaSample* sample) {
 }
 
 void CSinkFilter::Record(SinkEvent event) {
+  const bool isFlush = event.kind == SinkEvent::Kind::kBeginFlush || event.kind == SinkEvent::Kind::kEndFlush;
+  if (!isFlush && m_isOver) ++m_afterEnd;
   const CAutoLock lock(m_recordLock);
   m_events.push_back(std::move(event));
 }
 
 void CSinkFilter::End() {
   Record({.kind = SinkEvent::Kind::kEndOfStream});
+  m_isOver = true;
   m_ended.Set();
 }
 
@@ -131,6 +134,7 @@ CSinkPin::CSinkPin(CSinkFilter* filter, CCritSec* lock)
 HRESULT CSinkPin::CheckMediaType(const CMediaType* /*type*/) { return m_refuseTypes ? S_FALSE : S_OK; }
 
 HRESULT CSinkPin::Active() {
+  m_sink.Begin();
   m_sink.Block();
   return CBaseInputPin::Active();
 }
@@ -159,6 +163,7 @@ HRESULT STDMETHODCALLTYPE CSinkPin::BeginFlush() {
 
 HRESULT STDMETHODCALLTYPE CSinkPin::EndFlush() {
   m_sink.Record({.kind = SinkEvent::Kind::kEndFlush});
+  m_sink.Begin();  // an end that crossed with the flush is dropped by it
   m_sink.Block();
   return CBaseInputPin::EndFlush();
 }

@@ -3,6 +3,7 @@
 // and reads its record from any thread.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -58,6 +59,8 @@ class CSinkFilter : public CBaseFilter {
   std::vector<SinkEvent> Events();
   std::vector<SinkEvent> Samples();
   std::size_t CountOf(SinkEvent::Kind kind);
+  /// What came behind an end of stream without a flush or a new start in between: nothing may.
+  int AfterEnd() const noexcept { return m_afterEnd; }
   /// Forgets what was written down.
   void Clear();
 
@@ -75,6 +78,7 @@ class CSinkFilter : public CBaseFilter {
   HRESULT Take(IMediaSample* sample);
   void Record(SinkEvent event);
   void End();
+  void Begin() { m_isOver = false; }
   void Unblock();
   void Block();
 
@@ -84,6 +88,8 @@ class CSinkFilter : public CBaseFilter {
   std::vector<SinkEvent> m_events;           // under m_recordLock
   std::vector<ComPtr<IMediaSample>> m_held;  // under m_recordLock
   std::function<void(IMediaSample*)> m_onSample;
+  std::atomic<bool> m_isOver{false};  // since an end of stream
+  std::atomic<int> m_afterEnd{0};
   CEvent m_ended{CEvent::Mode::kManual};
   CEvent m_sampled{CEvent::Mode::kManual};
   CEvent m_released{CEvent::Mode::kManual};  // ends Receive of a blocking sink

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "tests/support/test_graph.h"
+
 namespace tarvex::test {
 
 CFilterGraph::~CFilterGraph() {
@@ -14,32 +16,57 @@ HRESULT STDMETHODCALLTYPE CFilterGraph::NonDelegatingQueryInterface(REFIID iid, 
   if (iid == IID_IMediaControl) return GiveInterface(static_cast<IMediaControl*>(this), out);
   if (iid == IID_IMediaEvent) return GiveInterface(static_cast<IMediaEvent*>(this), out);
   if (iid == IID_IMediaEventSink) return GiveInterface(static_cast<IMediaEventSink*>(this), out);
+  if (iid == IID_IMediaSeeking) return FindSeeking(out);
   return CUnknown::NonDelegatingQueryInterface(iid, out);
 }
 
+HRESULT CFilterGraph::FindSeeking(void** out) {
+  const CAutoLock lock(m_lock);
+  for (const ComPtr<IBaseFilter>& filter : m_filters) {
+    for (const ComPtr<IPin>& pin : PinsOf(filter.Get())) {
+      if (SUCCEEDED(pin->QueryInterface(IID_IMediaSeeking, out))) return S_OK;
+    }
+  }
+  *out = nullptr;
+  return E_NOINTERFACE;
+}
+
 HRESULT STDMETHODCALLTYPE CFilterGraph::AddFilter(IBaseFilter* pFilter, LPCWSTR pName) {
+  const CAutoLock lock(m_lock);
   const HRESULT result = pFilter->JoinFilterGraph(static_cast<IGraphBuilder*>(this), pName);
   if (SUCCEEDED(result)) m_filters.emplace_back(pFilter);
   return result;
 }
 
 HRESULT STDMETHODCALLTYPE CFilterGraph::RemoveFilter(IBaseFilter* pFilter) {
+  const CAutoLock lock(m_lock);
   const auto found = std::find_if(m_filters.begin(), m_filters.end(),
                                   [pFilter](const ComPtr<IBaseFilter>& filter) { return filter.Get() == pFilter; });
   if (found == m_filters.end()) return E_FAIL;
+  for (const ComPtr<IPin>& pin : PinsOf(pFilter)) {
+    ComPtr<IPin> peer;
+    if (FAILED(pin->ConnectedTo(peer.Put()))) continue;
+    peer->Disconnect();
+    pin->Disconnect();
+  }
   pFilter->JoinFilterGraph(nullptr, nullptr);
   m_filters.erase(found);
   return S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE CFilterGraph::ConnectDirect(IPin* ppinOut, IPin* ppinIn, const AM_MEDIA_TYPE* pmt) {
+  const CAutoLock lock(m_lock);
   return ppinOut->Connect(ppinIn, pmt);
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::Disconnect(IPin* ppin) { return ppin->Disconnect(); }
+HRESULT STDMETHODCALLTYPE CFilterGraph::Disconnect(IPin* ppin) {
+  const CAutoLock lock(m_lock);
+  return ppin->Disconnect();
+}
 
 template <class Change>
 HRESULT CFilterGraph::ChangeState(OAFilterState state, Change change) {
+  const CAutoLock lock(m_lock);
   HRESULT result = S_OK;
   std::for_each(m_filters.rbegin(), m_filters.rend(), [&](const ComPtr<IBaseFilter>& filter) {
     const HRESULT one = change(*filter);
@@ -55,6 +82,7 @@ HRESULT STDMETHODCALLTYPE CFilterGraph::Pause() {
 }
 
 HRESULT STDMETHODCALLTYPE CFilterGraph::Run() {
+  const CAutoLock lock(m_lock);
   const HRESULT paused = m_state == State_Stopped ? Pause() : S_OK;
   if (FAILED(paused)) return paused;
   return ChangeState(State_Running, [](IBaseFilter& filter) { return filter.Run(0); });
@@ -101,7 +129,16 @@ HRESULT STDMETHODCALLTYPE CFilterGraph::FindFilterByName(LPCWSTR /*pName*/, IBas
 HRESULT STDMETHODCALLTYPE CFilterGraph::Reconnect(IPin* /*ppin*/) { return E_NOTIMPL; }
 HRESULT STDMETHODCALLTYPE CFilterGraph::SetDefaultSyncSource() { return E_NOTIMPL; }
 HRESULT STDMETHODCALLTYPE CFilterGraph::Connect(IPin* /*ppinOut*/, IPin* /*ppinIn*/) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::Render(IPin* /*ppinOut*/) { return E_NOTIMPL; }
+HRESULT STDMETHODCALLTYPE CFilterGraph::Render(IPin* ppinOut) {
+  const CAutoLock lock(m_lock);
+  for (const ComPtr<IBaseFilter>& filter : m_filters) {
+    for (const ComPtr<IPin>& pin : PinsOf(filter.Get())) {
+      if (DirectionOf(pin.Get()) != PINDIR_INPUT || IsConnected(pin.Get())) continue;
+      if (SUCCEEDED(ppinOut->Connect(pin.Get(), nullptr))) return S_OK;
+    }
+  }
+  return VFW_E_CANNOT_RENDER;
+}
 HRESULT STDMETHODCALLTYPE CFilterGraph::RenderFile(LPCWSTR /*lpcwstrFile*/, LPCWSTR /*lpcwstrPlayList*/) {
   return E_NOTIMPL;
 }

@@ -1,6 +1,7 @@
 // A small filter graph for the build that has none from its platform: holds filters, connects pins
 // directly, changes states from the last filter added to the first, and queues events. Owned through
-// ComPtr by a test.
+// ComPtr by a test. Renders a pin into a filter that is there for it, and answers for positions with the
+// first pin that knows them.
 #pragma once
 
 #include <deque>
@@ -70,6 +71,8 @@ class CFilterGraph : public CUnknownImpl<IGraphBuilder, IMediaControl, IMediaEve
   HRESULT STDMETHODCALLTYPE Notify(LONG EventCode, LONG_PTR EventParam1, LONG_PTR EventParam2) override;
 
  private:
+  HRESULT FindSeeking(void** out);
+
   struct Event {
     LONG code;
     LONG_PTR first;
@@ -78,7 +81,8 @@ class CFilterGraph : public CUnknownImpl<IGraphBuilder, IMediaControl, IMediaEve
   template <class Change>
   HRESULT ChangeState(OAFilterState state, Change change);
 
-  std::vector<ComPtr<IBaseFilter>> m_filters;  // used on the application's thread alone
+  CCritSec m_lock{"CFilterGraph", LockRank::kUnranked};  // around every call but questions and events
+  std::vector<ComPtr<IBaseFilter>> m_filters;            // under m_lock
   std::atomic<OAFilterState> m_state{State_Stopped};
   CCritSec m_eventLock{"CFilterGraph events", LockRank::kUnranked};
   std::deque<Event> m_events;  // under m_eventLock
