@@ -1,4 +1,4 @@
-// Small filters and pins for the framework's tests.
+// See fakes.h.
 #include "tests/framework/fakes.h"
 
 #include <gtest/gtest.h>
@@ -12,18 +12,9 @@ CMediaType TypeOf(const GUID& major, BYTE mark) {
   return type;
 }
 
-TestFilter::TestFilter(IUnknown* outer) : CBaseFilter("TestFilter", outer, &lock, kTestFilterId) {}
-
-HRESULT TestOutputPin::CheckMediaType(const CMediaType* type) {
-  for (const CMediaType& own : types) {
-    if (own == *type) return S_OK;
-  }
-  return S_FALSE;
-}
-
 HRESULT TestOutputPin::GetMediaType(int position, CMediaType* type) {
-  if (static_cast<std::size_t>(position) >= types.size()) return VFW_S_NO_MORE_ITEMS;
-  *type = types[static_cast<std::size_t>(position)];
+  if (position > 0) return VFW_S_NO_MORE_ITEMS;
+  *type = TypeOf(MEDIATYPE_Video);
   return S_OK;
 }
 
@@ -44,21 +35,6 @@ HRESULT TestOutputPin::Inactive() {
   --activations;
   return CBaseOutputPin::Inactive();
 }
-
-HRESULT TestOutputPin::BreakConnect() {
-  ++breaks;
-  return CBaseOutputPin::BreakConnect();
-}
-
-HRESULT TestInputPin::CheckMediaType(const CMediaType* type) { return accepts(*type) ? S_OK : S_FALSE; }
-
-HRESULT TestInputPin::GetMediaType(int position, CMediaType* type) {
-  if (static_cast<std::size_t>(position) >= types.size()) return VFW_S_NO_MORE_ITEMS;
-  *type = types[static_cast<std::size_t>(position)];
-  return S_OK;
-}
-
-HRESULT TestInputPin::CompleteConnect(IPin* /*peer*/) { return completeResult; }
 
 void TestInputPin::Note(std::string word) {
   const CAutoLock hold(m_wordsLock);

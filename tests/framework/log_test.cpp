@@ -1,4 +1,4 @@
-// The log: cut texts, nothing without a sink, and errors at the border.
+// The log: cut texts, and errors at the border.
 #include "framework/log.h"
 
 #include <gtest/gtest.h>
@@ -28,13 +28,6 @@ TEST_F(Log, FormattedTextIsCutToItsBuffer) {
   LogFormat("%s", std::string(500, 'x').c_str());
   ASSERT_EQ(texts.size(), 1u);
   EXPECT_EQ(texts[0], std::string(199, 'x'));
-}
-
-TEST_F(Log, NothingArrivesAfterTheSinkIsGone) {
-  LogText("one");
-  SetLogSink(nullptr, nullptr);
-  LogText("two");
-  EXPECT_EQ(texts, std::vector<std::string>{"one"});
 }
 
 TEST_F(Log, ExceptionsBecomeCodesAtTheBorder) {
