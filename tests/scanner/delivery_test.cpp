@@ -1,10 +1,10 @@
+// Delivery: its ends before the data's end, times at the edges, and blocks that do not fit. What well-made
+// blocks deliver is the corpus's matter.
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "framework/message_error.h"
 #include "scanner/block_time.h"
-#include "scanner/cluster_delivery.h"
 #include "tests/scanner/recording.h"
 
 namespace tarvex::test {
@@ -14,151 +14,41 @@ using Times = std::vector<std::int64_t>;
 
 ByteString Group(std::initializer_list<ByteString> children) { return Element(id::kBlockGroup, Join(children)); }
 
-ByteString Block(std::int16_t time, const ByteString& rest, std::uint8_t flags = 0) {
-  return Element(id::kBlock, BlockData(1, time, flags, rest));
-}
-
-ByteString HeadersWithFrameDuration(std::uint64_t nanoseconds) {
-  return Headers(2, Unsigned(id::kDefaultDuration, nanoseconds));
-}
-
-ByteString HeadersWithScale(std::uint64_t scale) {
-  return Join({Element(id::kInfo, Unsigned(id::kTimecodeScale, scale)), Element(id::kTracks, TrackEntry(1, 2, "A"))});
-}
-
-TEST(Delivery, LacedFramesFollowEachOtherByTheDefaultDuration) {
-  const ByteString block = LacedBlock(1, 10, Lacing::kXiph, {{1}, {2, 2}, {3, 3, 3}});
-  OpenFile file(FileOf(Cluster(1000, block), HeadersWithFrameDuration(40000000)));
-  EXPECT_FALSE(file.Process());
-  EXPECT_EQ(file.StartTimes(), (Times{10100000, 10500000, 10900000}));
-  for (const RecordedFrame& frame : file.callback.frames) {
-    EXPECT_EQ(frame.duration, 400000);
-    EXPECT_EQ(frame.track, 1U);
-    EXPECT_TRUE(frame.key);
-  }
-}
-
-TEST(Delivery, WithoutAnyDurationLacedFramesShareTheirTime) {
-  OpenFile file(FileOf(Cluster(0, LacedBlock(1, 5, Lacing::kXiph, {{1}, {2}}))));
-  file.Process();
-  EXPECT_EQ(file.StartTimes(), (Times{50000, 50000}));
-  EXPECT_EQ(file.callback.frames[0].duration, 0);
-}
-
-TEST(Delivery, BlockDurationGoesWholeToEveryLacedFrame) {
-  const auto lacing = static_cast<std::uint8_t>(Lacing::kXiph);
-  const ByteString group =
-      Group({Block(0, Lace(Lacing::kXiph, {{1}, {2}}), lacing), Unsigned(id::kBlockDuration, 120)});
-  OpenFile file(FileOf(Cluster(0, group), HeadersWithFrameDuration(40000000)));
-  file.Process();
-  EXPECT_EQ(file.StartTimes(), (Times{0, 1200000}));
-  EXPECT_EQ(file.callback.frames[1].duration, 1200000);
-}
-
-TEST(Delivery, ZeroBlockDurationMeansTheDefault) {
-  const ByteString group = Group({Block(0, {1}), Unsigned(id::kBlockDuration, 0)});
-  OpenFile file(FileOf(Cluster(0, group), HeadersWithFrameDuration(40000000)));
-  file.Process();
-  EXPECT_EQ(file.callback.frames.at(0).duration, 400000);
-}
-
-TEST(Delivery, AnyReferenceMakesAGroupNoKeyFrame) {
-  const ByteString groups = Join({Group({Block(0, {1})}), Group({Block(1, {1}), Signed(id::kReferenceBlock, -40)}),
-                                  Group({Block(2, {1}), Signed(id::kReferenceBlock, 0)}),
-                                  Group({Block(3, {1}), Signed(id::kReferenceBlock, 40)}),
-                                  Group({Block(4, {1}), Element(id::kReferenceBlock, {})})});
-  OpenFile file(FileOf(Cluster(0, groups)));
-  file.Process();
-  ASSERT_EQ(file.callback.frames.size(), 5U);
-  for (std::size_t index = 0; index < 5; ++index) EXPECT_EQ(file.callback.frames[index].key, index == 0) << index;
-}
-
-TEST(Delivery, SimpleBlockSaysItselfWhetherItIsAKeyFrame) {
-  OpenFile file(FileOf(Cluster(0, Join({SimpleBlock(1, 0, {1}, true), SimpleBlock(1, 1, {1}, false)}))));
-  file.Process();
-  EXPECT_TRUE(file.callback.frames.at(0).key);
-  EXPECT_FALSE(file.callback.frames.at(1).key);
-}
-
-TEST(Delivery, GroupWithTwoBlocksGivesTheLaterAndOneWithoutGivesNone) {
-  OpenFile file(FileOf(Cluster(100, Join({Group({Block(1, {1}), Block(2, {2})}), Group({})}))));
-  EXPECT_FALSE(file.Process());
-  EXPECT_EQ(file.StartTimes(), (Times{1020000}));
-  EXPECT_EQ(file.callback.frames[0].data, ByteString{2});
-}
-
-TEST(Delivery, BlocksBeforeTheClusterTimeCountFromZero) {
-  const ByteString cluster =
-      Element(id::kCluster, Join({SimpleBlock(1, 7, {1}), Unsigned(id::kTimecode, 1000), SimpleBlock(1, 8, {1})}));
-  OpenFile file(FileOf(Join({Cluster(500, {}), cluster})));
-  file.Process();
-  EXPECT_EQ(file.StartTimes(), (Times{70000, 10080000}));
-}
-
-TEST(Delivery, ClusterWithoutTimeCountsFromZero) {
-  OpenFile file(FileOf(Element(id::kCluster, SimpleBlock(1, 7, {1}))));
-  file.Process();
-  EXPECT_EQ(file.StartTimes(), (Times{70000}));
-}
-
-TEST(Delivery, TimesBeforeZeroAreNegativeAndCutTowardZero) {
-  OpenFile file(FileOf(Cluster(10, SimpleBlock(1, -11, {1})), HeadersWithScale(1999)));
-  file.Process();
-  EXPECT_EQ(file.StartTimes(), (Times{-19}));
-}
+ByteString Block(std::int16_t time, const ByteString& rest) { return Element(id::kBlock, BlockData(1, time, 0, rest)); }
 
 TEST(Delivery, TimesAreExactAtTheEdges) {
   EXPECT_EQ(BlockUnits(17179869184000000000U, 0, 1000000000), 171798691840000000U);
   EXPECT_EQ(BlockUnits(17179869184000000000U, -1, 1000000000), 171798691830000000U);
   EXPECT_EQ(BlockUnits(0, std::numeric_limits<std::int16_t>::min(), 1000000),
             static_cast<std::uint64_t>(std::int64_t{-327680000}));
+  EXPECT_EQ(BlockUnits(10 * 1999, -11, 1999), static_cast<std::uint64_t>(std::int64_t{-19})) << "cut toward zero";
   EXPECT_EQ(BlockUnits(199, 0, 1), 1U);
   EXPECT_EQ(BlockUnits(1000, -5, 0), 10U);
 }
 
-TEST(Delivery, ScaleZeroPutsEverythingAtZero) {
+TEST(Delivery, ScaleZeroPutsEverythingAtZeroAlsoAfterASeek) {
+  const ByteString headers =
+      Join({Element(id::kInfo, Unsigned(id::kTimecodeScale, 0)), Element(id::kTracks, TrackEntry(1, 2, "A"))});
   const ByteString group = Group({Block(3, {1}), Unsigned(id::kBlockDuration, 120)});
-  OpenFile file(FileOf(Cluster(10, Join({SimpleBlock(1, -20, {1}), group})), HeadersWithScale(0)));
+  OpenFile file(FileOf(Cluster(10, Join({SimpleBlock(1, -20, {1}), group})), headers));
   file.scanner.BuildIndex();
   file.scanner.SetStartTime(1000);
   EXPECT_FALSE(file.Process());
   EXPECT_EQ(file.StartTimes(), (Times{0, 0}));
 }
 
-TEST(Delivery, BlocksOfUnknownTracksAreDelivered) {
-  OpenFile file(FileOf(Cluster(0, SimpleBlock(99, 0, {1})), HeadersWithFrameDuration(40000000)));
-  file.Process();
-  EXPECT_EQ(file.callback.frames.at(0).track, 99U);
-  EXPECT_EQ(file.callback.frames.at(0).duration, 0);
-}
-
-TEST(Delivery, WithoutClustersThePassEndsAtOnce) {
-  OpenFile file(FileOf({}));
-  EXPECT_FALSE(file.Process());
-}
-
-TEST(Delivery, EveryPassBeginsAnew) {
-  OpenFile file(FileOf(Join({Cluster(0, SimpleBlock(1, 0, {1})), Cluster(1, SimpleBlock(1, 0, {1}))})));
-  file.Process();
-  file.Process();
-  EXPECT_EQ(file.callback.frames.size(), 4U);
-}
-
 TEST(Delivery, RefusedFrameEndsThePassAndIsLogged) {
-  const LogTexts log;
-  OpenFile file(FileOf(Cluster(0, Join({SimpleBlock(1, 0, {1}), SimpleBlock(1, 1, {1}), SimpleBlock(1, 2, {1})}))));
-  file.callback.framesToTake = 1;
-  EXPECT_TRUE(file.Process());
-  EXPECT_EQ(file.callback.frames.size(), 1U);
-  EXPECT_TRUE(log.Contains("DeliverSimpleBlock failed exiting"));
-}
-
-TEST(Delivery, RefusedFrameOfAGroupIsLoggedAsSuch) {
-  const LogTexts log;
-  OpenFile file(FileOf(Cluster(0, Group({Block(0, {1})}))));
-  file.callback.framesToTake = 0;
-  EXPECT_TRUE(file.Process());
-  EXPECT_TRUE(log.Contains("DeliverBlockGroupBlocks failed exiting"));
+  const std::pair<ByteString, const char*> cases[] = {
+      {SimpleBlock(1, 0, {1}), "DeliverSimpleBlock failed exiting"},
+      {Group({Block(0, {1})}), "DeliverBlockGroupBlocks failed exiting"}};
+  for (const auto& [block, text] : cases) {
+    const LogTexts log;
+    OpenFile file(FileOf(Cluster(0, Repeat(block, 3))));
+    file.callback.framesToTake = 1;
+    EXPECT_TRUE(file.Process());
+    EXPECT_EQ(file.callback.frames.size(), 1U);
+    EXPECT_TRUE(log.Contains(text));
+  }
 }
 
 TEST(Delivery, PendingEventStopsBeforeTheNextChild) {
@@ -174,17 +64,6 @@ TEST(Delivery, PendingEventStopsBeforeTheNextChild) {
   }
 }
 
-TEST(Delivery, NoClusterIsRefusedAndLogged) {
-  const LogTexts log;
-  const CMatroskaInfo info;
-  const std::function<bool(const FrameInfo&)> onFrame = [](const FrameInfo&) { return true; };
-  const std::function<bool()> eventsPending = [] { return false; };
-  CClusterDelivery delivery(info, onFrame, eventsPending);
-  EXPECT_FALSE(delivery.DeliverCluster(nullptr));
-  EXPECT_TRUE(log.Contains("CEbmlScanner::DeliverCluster !cluster exiting"));
-  EXPECT_TRUE(delivery.DeliverBlockGroupBlocks({}));
-}
-
 TEST(Delivery, FailingReadIsThrownAndTheNextPassWorks) {
   OpenFile file(FileOf(Cluster(0, SimpleBlock(1, 0, Noise(1000, 1)))));
   file.reader.brokenFrom = file.reader.reportedLength - 100;
@@ -193,15 +72,6 @@ TEST(Delivery, FailingReadIsThrownAndTheNextPassWorks) {
   file.reader.brokenFrom = -1;
   EXPECT_FALSE(file.Process());
   EXPECT_EQ(file.callback.frames.size(), 1U);
-}
-
-TEST(Delivery, ClustersOfUnknownSizeEndAtTheNextCluster) {
-  const auto cluster = [](std::uint64_t time) {
-    return ElementOfUnknownSize(id::kCluster, Join({Unsigned(id::kTimecode, time), SimpleBlock(1, 0, {1})}));
-  };
-  OpenFile file(FileOf(Join({cluster(0), cluster(10), Element(id::kTags, {}), cluster(20)})));
-  EXPECT_FALSE(file.Process());
-  EXPECT_EQ(file.StartTimes(), (Times{0, 100000, 200000}));
 }
 
 TEST(Delivery, FrameCutByTheEndOfTheFileIsLeftOut) {
@@ -213,12 +83,60 @@ TEST(Delivery, FrameCutByTheEndOfTheFileIsLeftOut) {
 }
 
 TEST(Delivery, BlockFoundInsideADamagedGroupIsReadFromItsOwnBytes) {
-  const ByteString lost = SimpleBlock(1, 5, Noise(40, 3));
-  const ByteString group = Group({Block(1, {1}), lost});
+  const ByteString group = Group({Block(1, {1}), SimpleBlock(1, 5, Noise(40, 3))});
   OpenFile file(FileOf(Cluster(0, Join({group, SimpleBlock(1, 9, {9})}))));
   EXPECT_FALSE(file.Process());
   EXPECT_EQ(file.StartTimes(), (Times{10000, 50000, 90000}));
   EXPECT_EQ(file.callback.frames[1].data, Noise(40, 3));
+}
+
+constexpr std::uint8_t kXiph = 0x02;
+constexpr std::uint8_t kFixed = 0x04;
+constexpr std::uint8_t kEbml = 0x06;
+
+ByteString RawLace(std::uint8_t flags, const ByteString& lace) { return BlockData(1, 0, flags, lace); }
+
+TEST(Delivery, BlocksThatDoNotFitAreDroppedAlone) {
+  const ByteString data = Noise(20, 1);
+  const ByteString bad[] = {
+      {},                                                  // nothing
+      {0x81},                                              // no time
+      {0x81, 0, 0},                                        // no flags
+      {0x10, 1, 1, 0},                                     // a track number that is cut off
+      {0x00, 0, 0, 0, 0},                                  // no track number
+      BlockData((std::uint64_t{1} << 32) + 1, 0, 0, {1}),  // would pass for track 1 in 32 bits
+      RawLace(kXiph, {}),                                  // no count
+      RawLace(kXiph, {3}),                                 // no sizes
+      RawLace(kXiph, Join({{1}, {255}})),                  // a size that does not end
+      RawLace(kXiph, Join({{1}, {21}, data})),             // one byte more than there is
+      RawLace(kXiph, Join({{2}, {15, 15}, data})),         // together more than there is
+      RawLace(kXiph, Join({{1}, Repeat({255}, 1000)})),    // sizes and nothing else
+      RawLace(kFixed, Join({{2}, data})),                  // 20 bytes for 3 frames
+      RawLace(kEbml, {2}),                                 // no sizes
+      RawLace(kEbml, Join({{1}, {0}, data})),              // no number
+      RawLace(kEbml, Join({{1}, Vint(21), data})),         // more than there is
+      RawLace(kEbml, Join({{2}, Vint(2), {0x80}, data})),  // less than nothing
+      RawLace(kEbml, Join({{2}, Vint(1), Vint((std::uint64_t{1} << 56) - 2, 8), data})),
+  };
+  for (const ByteString& block : bad) {
+    // Zeros between them, since of the first few not even the end is believed.
+    const ByteString blocks = Join({Element(id::kSimpleBlock, block), Zeros(4), SimpleBlock(1, 7, {9})});
+    OpenFile file(FileOf(Cluster(0, blocks)));
+    EXPECT_FALSE(file.Process());
+    EXPECT_EQ(file.StartTimes(), (Times{70000})) << "block " << &block - bad;
+  }
+}
+
+TEST(Delivery, LaceDifferencesCodedInFiveToEightBytes) {
+  for (unsigned length = 5; length <= 8; ++length) {
+    const std::int64_t middle = (std::int64_t{1} << (7 * length - 1)) - 1;
+    const ByteString sizes = Join({Vint(4, length), Vint(static_cast<std::uint64_t>(middle - 1), length)});
+    const ByteString lace = RawLace(kEbml, Join({{2}, sizes, Noise(9, 1)}));
+    OpenFile file(FileOf(Cluster(0, Element(id::kSimpleBlock, lace))));
+    file.Process();
+    ASSERT_EQ(file.callback.frames.size(), 3U) << length;
+    for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(file.callback.frames[k].data.size(), 4 - k) << length;
+  }
 }
 
 }  // namespace

@@ -22,13 +22,12 @@ struct RecordedFrame {
 
 class RecordingCallback : public CMatroskaCallback {
  public:
-  std::vector<std::uint32_t> tracks;
   std::vector<RecordedFrame> frames;
   std::int64_t framesToTake = -1;  ///< the one after these is refused
   std::int64_t eventAfter = -1;    ///< polls that are answered no
 
   virtual ~RecordingCallback() = default;
-  void OnTrack(std::uint32_t heapIndex) override { tracks.push_back(heapIndex); }
+  void OnTrack(std::uint32_t /*heapIndex*/) override {}
   bool ProcessEvents() override { return eventAfter >= 0 && eventAfter-- == 0; }
   bool OnData(const FrameInfo& frame) override;
 };

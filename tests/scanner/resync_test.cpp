@@ -111,100 +111,11 @@ TEST(Resync, FindsWhatThePlainWalkFinds) {
   }
 }
 
-/// What a Cluster holds, one line for each element below it, without what nobody keeps.
-std::string Outline(const libebml::EbmlMaster& master) {
-  std::string lines;
-  for (const libebml::EbmlElement* child : master) {
-    const bool isGlobal =
-        ElementAs<libebml::EbmlVoid>(child) != nullptr || ElementAs<libebml::EbmlCrc32>(child) != nullptr;
-    if (child->IsDummy() || isGlobal) continue;
-    lines += std::to_string(child->GetElementPosition()) + "+" + std::to_string(child->GetSize()) + " ";
-    if (child->IsMaster()) lines += "(" + Outline(static_cast<const libebml::EbmlMaster&>(*child)) + ")";
-  }
-  return lines;
-}
-
-template <class ReadCluster>
-std::string OutlineRead(const ByteString& bytes, ReadCluster readCluster) {
-  MemoryReader reader(bytes);
-  CAsyncCallback source;
-  source.Attach(&reader);
-  libebml::EbmlStream stream(source);
-  CElementWalker walker(stream, source);
-  const libmatroska::KaxSegment segment;
-  const auto cluster = walker.FindNextCluster(segment);
-  readCluster(stream, walker, *cluster);
-  return Outline(*cluster) + " then " + std::to_string(std::min(walker.Position(), source.Length()));
-}
-
-/// Blocks, groups and other elements between junk in which nothing known begins. `tooLarge` is one more.
-ByteString ClusterJumble(std::mt19937& random, const ByteString& tooLarge) {
-  const ByteString group = Join({Element(id::kBlock, BlockData(1, 0, 0, Noise(random() % 50, random()))),
-                                 Element(id::kVoid, Zeros(random() % 9)), Signed(id::kReferenceBlock, -1)});
-  const ByteString parts[] = {SimpleBlock(1, 0, Noise(random() % 200, random())),
-                              Element(id::kBlockGroup, group),
-                              Element(id::kBlockGroup, Join({group, Zeros(random() % 20)})),
-                              Element(id::kVoid, SimpleBlock(1, 0, Noise(9, random()))),
-                              Element(0x4444, SimpleBlock(1, 0, Noise(9, random()))),
-                              ElementDeclaring(0x4444, 0x700000, {}),
-                              tooLarge,
-                              Element(id::kCrc32, {1, 2, 3, 4}),
-                              Unsigned(id::kTimecode, random()),
-                              Zeros(random() % 30),
-                              ByteString(random() % 30, 0xFF)};
-  ByteString bytes;
-  for (int count = 0; count < 20; ++count) bytes = Join({bytes, parts[random() % std::size(parts)]});
-  return Join({bytes, Zeros(16)});
-}
-
-TEST(Resync, ReadsOfAClusterWhatLibebmlReads) {
-  std::mt19937 random(2);
-  for (int count = 0; count < 1000 && !HasFailure(); ++count) {
-    const bool known = random() % 2 == 0;
-    // Without a parent's end libebml takes what the stream does not hold.
-    const ByteString children =
-        ClusterJumble(random, known ? ElementDeclaring(id::kSimpleBlock, 0x700000, {}) : ByteString{});
-    const ByteString cluster = known ? Element(id::kCluster, children) : ElementOfUnknownSize(id::kCluster, children);
-    const ByteString bytes = Join({cluster, Cluster(1, {}), Zeros(20)});
-    const std::string plain = OutlineRead(bytes, [](auto& stream, auto& walker, auto& master) {
-      int upperLevel = 0;
-      libebml::EbmlElement* found = nullptr;
-      master.Read(stream, EBML_CONTEXT(&master), upperLevel, found, true, libebml::SCOPE_ALL_DATA);
-      const ElementPtr owner(upperLevel > 0 ? found : nullptr);  // else it is one of those that were kept
-      if (owner) walker.MoveTo(owner->GetElementPosition());
-    });
-    const std::string ours =
-        OutlineRead(bytes, [](auto& /*stream*/, auto& walker, auto& master) { walker.ReadMaster(master); });
-    EXPECT_EQ(ours, plain);
-  }
-}
-
 TEST(Resync, ElementsBelongingFurtherUpAreLeftInPlace) {
   const libmatroska::KaxSegment segment;
   ExpectPlainWalk(Join({Noise(20, 1), Element(id::kSegment, Element(id::kTags, {}))}), segment);
   const libmatroska::KaxSeekHead seekHead;
   ExpectPlainWalk(Join({Element(id::kSeek, {}), Zeros(3), Element(id::kTags, {})}), seekHead);
-}
-
-TEST(Resync, ElementInsideAVoidIsFound) {
-  OpenFile file(FileOf(Element(id::kVoid, Cluster(3, SimpleBlock(1, 0, {1})))));
-  file.Process();
-  EXPECT_EQ(file.StartTimes(), (std::vector<std::int64_t>{30000}));
-}
-
-TEST(Resync, ClustersBehindJunkAreFound) {
-  OpenFile file(
-      FileOf(Join({Noise(300, 5), Cluster(1, SimpleBlock(1, 0, {1})), Zeros(1000), Cluster(2, SimpleBlock(1, 0, {1})),
-                   ByteString(1000, 0xFF), Cluster(3, SimpleBlock(1, 0, {1}))})));
-  file.Process();
-  EXPECT_EQ(file.StartTimes(), (std::vector<std::int64_t>{10000, 20000, 30000}));
-}
-
-TEST(Resync, SecondSegmentEndsTheFirst) {
-  const ByteString one = FileOf(Cluster(1, SimpleBlock(1, 0, {1})));
-  OpenFile file(Join({one, one}));
-  file.Process();
-  EXPECT_EQ(file.callback.frames.size(), 1U);
 }
 
 TEST(ElementHeader, IsReadInAllItsLengthsAndNeverPastItsEnd) {
