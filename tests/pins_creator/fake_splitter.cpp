@@ -7,12 +7,6 @@ namespace tarvex::test {
 
 FakeSplitter::FakeSplitter() : CBaseFilter("FakeSplitter", nullptr, &m_lock, CLSID_NULL) {}
 
-std::vector<std::string> FakeSplitter::PinNames() const {
-  std::vector<std::string> names;
-  for (const auto& pin : pins) names.push_back(Utf8FromWide(pin->Name()));
-  return names;
-}
-
 void FakeSplitter::AppendOutputPin(ComPtr<CMatroskaOutputPin> pin) {
   if (pins.size() >= refuseAfter) throw std::bad_alloc();
   pins.emplace_back(pin);

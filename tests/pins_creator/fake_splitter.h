@@ -2,7 +2,6 @@
 // test; everything happens on the test's thread.
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "framework/base_filter.h"
@@ -17,10 +16,7 @@ class FakeSplitter : public CBaseFilter, public PinOwner, public PinHost {
  public:
   FakeSplitter();
 
-  std::vector<std::string> PinNames() const;
-
   // What a test sets and reads.
-  bool annexB = false;
   std::size_t refuseAfter = 1000;  ///< pins from this one on are refused by an exception
   std::vector<std::uint32_t> enabled;
   std::vector<OwnedPin<CMatroskaOutputPin>> pins;
@@ -33,7 +29,7 @@ class FakeSplitter : public CBaseFilter, public PinOwner, public PinHost {
   CBaseFilter* Filter() override { return this; }
   CCritSec* FilterLock() override { return &m_lock; }
   PinHost* Host() override { return this; }
-  bool AnnexBOutput() const override { return annexB; }
+  bool AnnexBOutput() const override { return false; }
   void AppendOutputPin(ComPtr<CMatroskaOutputPin> pin) override;
   HRESULT EnableStream(std::uint32_t streamIndex) override;
 

@@ -17,18 +17,19 @@ std::string Lower(std::string_view text) {
   return lower;
 }
 
-TEST(LanguageTable, HasEveryCodeOnce) {
+TEST(LanguageTable, HasEveryCodeOnceInOrderOfTheEnglishName) {
   std::set<std::string_view> codes;
-  for (const LanguageRow& row : LanguageTable()) codes.insert(row.code);
+  for (const LanguageRow& row : LanguageTable()) {
+    codes.insert(row.code);
+    for (const std::string_view name : {row.englishName, row.frenchName}) {
+      ASSERT_FALSE(name.empty()) << row.code;
+      EXPECT_EQ(name.find_first_of(";\r\n?"), std::string_view::npos) << row.code;
+      EXPECT_FALSE(name.front() == ' ' || name.back() == ' ') << row.code;
+    }
+  }
   EXPECT_EQ(LanguageTable().size(), 507u);
   EXPECT_EQ(codes.size(), 507u);
-}
-
-TEST(LanguageTable, IsInOrderOfTheEnglishName) {
-  const auto before = [](const LanguageRow& a, const LanguageRow& b) {
-    return Lower(a.englishName) < Lower(b.englishName);
-  };
-  EXPECT_TRUE(std::ranges::is_sorted(LanguageTable(), before));
+  EXPECT_TRUE(std::ranges::is_sorted(LanguageTable(), {}, [](const auto& row) { return Lower(row.englishName); }));
 }
 
 void ExpectRow(const LanguageRow& row, std::string_view english, std::string_view french, std::string_view code,
@@ -40,54 +41,23 @@ void ExpectRow(const LanguageRow& row, std::string_view english, std::string_vie
   EXPECT_EQ(row.alpha2, alpha2);
 }
 
-TEST(LanguageTable, FirstAndLastRow) {
+TEST(LanguageTable, RowsAreInCodePage1252WithTheBibliographicCodeFirst) {
   ExpectRow(LanguageTable().front(), "Abkhazian", "abkhaze", "abk", "ab");
   ExpectRow(LanguageTable().back(), "Zuni", "zuni", "zun", "");
+  const auto row = std::ranges::find(LanguageTable(), "fre", &LanguageRow::code);
+  ExpectRow(row[0], "French", "fran\347ais", "fre", "fr");
+  ExpectRow(row[1], "French", "fran\347ais", "fra", "fr");
 }
 
-TEST(LanguageTable, BibliographicCodeStandsBeforeTerminologyCode) {
-  const auto row = std::ranges::find(LanguageTable(), "ger", &LanguageRow::code);
-  ExpectRow(row[0], "German", "allemand", "ger", "de");
-  ExpectRow(row[1], "German", "allemand", "deu", "de");
-}
-
-TEST(LanguageTable, TextIsInCodePage1252) {
-  const auto french = std::ranges::find(LanguageTable(), "fra", &LanguageRow::code);
-  ExpectRow(*french, "French", "fran\347ais", "fra", "fr");
-  const auto unknown = std::ranges::find(LanguageTable(), "und", &LanguageRow::code);
-  EXPECT_EQ(unknown->frenchName, "ind\351termin\351e");
-  EXPECT_EQ(LanguageName("nob"), "Norwegian Bokm\345l");
-}
-
-TEST(LanguageTable, NamesHaveNoAlternativesOrBlanks) {
-  for (const LanguageRow& row : LanguageTable()) {
-    for (const std::string_view name : {row.englishName, row.frenchName}) {
-      ASSERT_FALSE(name.empty()) << row.code;
-      EXPECT_EQ(name.find_first_of(";\r\n?"), std::string_view::npos) << row.code;
-      EXPECT_FALSE(name.front() == ' ' || name.back() == ' ') << row.code;
-    }
+TEST(LanguageTable, LookupsAreExact) {
+  for (const auto& [code, name] :
+       {std::pair{"deu", "German"}, {"ger", "German"}, {"spa", "Spanish"}, {"nob", "Norwegian Bokm\345l"}}) {
+    EXPECT_EQ(LanguageName(code), name);
   }
-}
-
-TEST(LanguageName, OfBothKindsOfCode) {
-  EXPECT_EQ(LanguageName("deu"), "German");
-  EXPECT_EQ(LanguageName("ger"), "German");
-  EXPECT_EQ(LanguageName("spa"), "Spanish");
-  EXPECT_EQ(LanguageName("und"), "Undetermined");
-}
-
-TEST(LanguageName, OtherSpellingsAreNotFound) {
   for (const char* code : {"de", "GER", "ger-AT", "ge", "gerx", "", "xxx"}) EXPECT_EQ(LanguageName(code), "") << code;
-}
-
-TEST(LanguageCode, IsTheBibliographicOne) {
-  EXPECT_EQ(LanguageCode("German"), "ger");
-  EXPECT_EQ(LanguageCode("French"), "fre");
-  EXPECT_EQ(LanguageCode("English"), "eng");
-  EXPECT_EQ(LanguageCode("Spanish"), "spa");
-}
-
-TEST(LanguageCode, OtherNamesAreNotFound) {
+  for (const auto& [name, code] : {std::pair{"German", "ger"}, {"French", "fre"}, {"Spanish", "spa"}}) {
+    EXPECT_EQ(LanguageCode(name), code);
+  }
   for (const char* name : {"german", "Deutsch", "", "Spanish; Castilian", "German "}) {
     EXPECT_EQ(LanguageCode(name), "") << name;
   }
