@@ -1,4 +1,4 @@
-// Stops, flushes and seeks that meet a worker in the middle of something.
+// Stops and flushes that meet a worker, or come from the queue, in the middle of something.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -15,10 +15,10 @@ namespace {
 constexpr ULONGLONG kLongestStop = 1000;  // milliseconds
 
 /// Sends large frames until one is refused, or until told to end.
-template <class AnyRig>
 class Worker {
  public:
   /// `insist`: goes on after refusals.
+  template <class AnyRig>
   explicit Worker(AnyRig& rig, std::size_t size = 2000000, bool insist = false) {
     EXPECT_EQ(m_thread.Start([this, &rig, size, insist] {
       while (!m_end && (rig.Send(0, 1, true, size) || insist)) {
@@ -41,37 +41,6 @@ class Worker {
   CThread m_thread;
 };
 
-/// Milliseconds that `call` takes.
-template <class Call>
-ULONGLONG TimeOf(Call call) {
-  const ULONGLONG start = MonotonicMilliseconds();
-  call();
-  return MonotonicMilliseconds() - start;
-}
-
-TEST(PinStopping, StopWhileTheRingIsFull) {
-  AudioRig rig(SinkKind::kHolding);
-  rig.Start();
-  Worker worker(rig);
-  ASSERT_TRUE(rig.WaitForSamples(5));
-  ASSERT_FALSE(worker.HasEnded(20)) << "it should be waiting for room";
-  EXPECT_LT(TimeOf([&] { rig.Stop(); }), kLongestStop);
-  EXPECT_TRUE(worker.HasEnded(kLongestStop));
-  rig.sink->LetGo();
-}
-
-TEST(PinStopping, CancelledWaitLetsTheWorkerGo) {
-  AudioRig rig(SinkKind::kHolding);
-  rig.Start();
-  Worker worker(rig);
-  ASSERT_TRUE(rig.WaitForSamples(5));
-  rig.pin->CancelWaits(true);
-  EXPECT_TRUE(worker.HasEnded(kLongestStop));
-  rig.pin->CancelWaits(false);
-  rig.sink->LetGo();
-  EXPECT_TRUE(rig.Send(0));
-}
-
 // Downstream may keep samples through a flush; the worker must not wait for them.
 TEST(PinStopping, FlushWhileTheRingIsFull) {
   AudioRig rig;
@@ -90,30 +59,6 @@ TEST(PinStopping, FlushWhileTheRingIsFull) {
   rig.sink->OnSample(nullptr);
   EXPECT_TRUE(rig.Send(0));
   EXPECT_TRUE(rig.WaitForSamples(6));
-}
-
-TEST(PinStopping, StopWhileDownstreamBlocks) {
-  AudioRig rig(SinkKind::kBlocking);
-  rig.Start();
-  EXPECT_TRUE(rig.Send(0));
-  EXPECT_TRUE(rig.Send(1));
-  ASSERT_TRUE(rig.WaitForSamples(1));
-  EXPECT_LT(TimeOf([&] { rig.Stop(); }), kLongestStop);
-  EXPECT_EQ(rig.sink->CountOf(SinkEvent::Kind::kSample), 1U);
-}
-
-TEST(PinStopping, SamplesOutliveTheStopAndThePin) {
-  ComPtr<IMediaSample> kept;
-  {
-    AudioRig rig;
-    rig.sink->OnSample([&](IMediaSample* sample) { kept = ComPtr<IMediaSample>(sample); });
-    rig.Start();
-    EXPECT_TRUE(rig.Send(0));
-    ASSERT_TRUE(rig.WaitForSamples(1));
-  }
-  BYTE* bytes = nullptr;
-  ASSERT_EQ(kept->GetPointer(&bytes), S_OK);
-  EXPECT_EQ(bytes[99], 5);
 }
 
 // The worker may still be at a frame when a pin is deactivated; neither may see the other's half-done work.

@@ -4,19 +4,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <deque>
 #include <functional>
+#include <map>
+#include <optional>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "framework/com_ptr.h"
 #include "framework/event.h"
 #include "framework/message_error.h"
 #include "framework/thread.h"
-#include "tests/pins_output/allocation_count.h"
 
 namespace tarvex::test {
 namespace {
@@ -49,65 +48,102 @@ BYTE* BytesOf(IMediaSample& sample) {
   return bytes;
 }
 
-TEST(SampleBuffer, SampleHasExactlyTheSizeAskedFor) {
-  const auto buffer = MakeBuffer();
-  const auto sample = TakeNow(*buffer, 777);
-  EXPECT_EQ(sample->GetSize(), 777);
-  EXPECT_EQ(sample->GetActualDataLength(), 777);
-}
+/// The ring's rules, word by word: an ordered map of what is out, a cursor, and a limit that is moved, not
+/// found.
+class RingModel {
+ public:
+  explicit RingModel(std::size_t size) : m_size(size), m_limit(size) {}
 
-TEST(SampleBuffer, SecondLargeSampleFollowsTheFirstsReturn) {
-  const auto buffer = MakeBuffer();
-  auto first = TakeNow(*buffer, 6000000);
-  const BYTE* start = BytesOf(*first);
-  ComPtr<IMediaSample> second;
-  EXPECT_EQ(buffer->GetSample(second.Put(), 6000000, false), S_FALSE);
-  EXPECT_FALSE(second);
-  first.Reset();
-  ASSERT_EQ(buffer->GetSample(second.Put(), 6000000, true), S_OK);
-  EXPECT_EQ(BytesOf(*second), start);
-}
-
-TEST(SampleBuffer, WholeBlockFitsAndOneByteMoreNeverWill) {
-  const auto buffer = MakeBuffer();
-  ComPtr<IMediaSample> sample;
-  try {
-    static_cast<void>(buffer->GetSample(sample.Put(), kWholeBlock + 1, true));
-    ADD_FAILURE() << "no sample of that size exists";
-  } catch (const MessageError& error) {
-    EXPECT_STREQ(error.what(), "CSampleBuffer::GetSample size of buffer less than sample");
+  std::optional<std::size_t> Take(std::size_t size) {
+    if (m_out.empty()) {
+      m_cursor = 0;
+      m_limit = m_size;
+    } else if (m_limit - m_cursor < size && m_out.begin()->first > 0) {
+      m_cursor = 0;
+      m_limit = m_out.begin()->first;
+    }
+    if (m_limit - m_cursor < size) return std::nullopt;
+    const std::size_t start = m_cursor;
+    m_cursor += size;
+    m_out[start] = m_cursor;
+    return start;
   }
-  EXPECT_EQ(buffer->GetSample(sample.Put(), kWholeBlock, true), S_OK);
+
+  void Give(std::size_t start) {
+    const auto region = m_out.find(start);
+    const auto above = std::next(region);
+    const bool bounds = region->first == m_limit || region->second == m_limit;
+    if (bounds) m_limit = above == m_out.end() ? m_size : above->first;
+    m_out.erase(region);
+  }
+
+ private:
+  const std::size_t m_size;
+  std::size_t m_cursor = 0;
+  std::size_t m_limit;
+  std::map<std::size_t, std::size_t> m_out;
+};
+
+/// `disorder` is how far from the oldest a release may reach: 1 is a queue.
+void RunAgainstModel(std::uint32_t seed, std::size_t largest, std::size_t disorder) {
+  SCOPED_TRACE(testing::Message() << "seed " << seed << " largest " << largest << " disorder " << disorder);
+  std::mt19937 random(seed);
+  const auto upTo = [&](std::size_t n) { return std::uniform_int_distribution<std::size_t>(0, n)(random); };
+  const auto buffer = MakeBuffer(1, 1000);
+  const BYTE* block = BytesOf(*TakeNow(*buffer, 1));
+  RingModel model(1000);
+  std::deque<ComPtr<IMediaSample>> out;
+  const auto startOf = [&](IMediaSample& sample) { return static_cast<std::size_t>(BytesOf(sample) - block); };
+  for (int step = 0; step < 2000; ++step) {
+    if (!out.empty() && upTo(1) == 0) {
+      const auto given = out.begin() + static_cast<std::ptrdiff_t>(std::min(upTo(disorder - 1), out.size() - 1));
+      model.Give(startOf(**given));
+      out.erase(given);
+      continue;
+    }
+    const std::size_t size = 1 + upTo(largest - 1);
+    ComPtr<IMediaSample> sample;
+    const HRESULT result = buffer->GetSample(sample.Put(), size, false);
+    const auto expected = model.Take(size);
+    ASSERT_EQ(result, expected ? S_OK : S_FALSE) << "step " << step;
+    if (!expected) continue;
+    ASSERT_EQ(startOf(*sample), *expected) << "step " << step;
+    ASSERT_EQ(sample->GetActualDataLength(), static_cast<LONG>(size));
+    out.push_back(std::move(sample));
+  }
+}
+
+TEST(SampleBuffer, PlacesAndRefusesAsTheRingsRulesSay) {
+  for (std::uint32_t seed = 1; seed <= 20; ++seed) {
+    for (const std::size_t largest : {3U, 90U, 400U, 1000U}) {
+      for (const std::size_t disorder : {1U, 4U, 1000U}) RunAgainstModel(seed, largest, disorder);
+    }
+  }
 }
 
 TEST(SampleBuffer, OversizeIsFoundOnlyWhenAllIsBack) {
   const auto buffer = MakeBuffer();
   auto out = TakeNow(*buffer, 1);
-  ComPtr<IMediaSample> sample;
-  EXPECT_EQ(buffer->GetSample(sample.Put(), kWholeBlock + 1, false), S_FALSE);
+  EXPECT_FALSE(HasRoom(*buffer, kWholeBlock + 1));
   out.Reset();
-  EXPECT_THROW(static_cast<void>(buffer->GetSample(sample.Put(), kWholeBlock + 1, false)), MessageError);
+  try {
+    HasRoom(*buffer, kWholeBlock + 1);
+    ADD_FAILURE() << "no sample of that size exists";
+  } catch (const MessageError& error) {
+    EXPECT_STREQ(error.what(), "CSampleBuffer::GetSample size of buffer less than sample");
+  }
+  EXPECT_TRUE(HasRoom(*buffer, kWholeBlock));
 }
 
-TEST(SampleBuffer, WrapsToTheFrontOfTheBlock) {
-  const auto buffer = MakeBuffer();
-  auto first = TakeNow(*buffer, 100);
-  const BYTE* start = BytesOf(*first);
-  const auto second = TakeNow(*buffer, 100);
-  const auto rest = TakeNow(*buffer, kWholeBlock - 250);
-  first.Reset();
-  EXPECT_FALSE(HasRoom(*buffer, 101));
-  EXPECT_EQ(BytesOf(*TakeNow(*buffer, 100)), start);
-}
-
-TEST(SampleBuffer, EmptySamplesAreCountedEachAndTakeNoRoom) {
+TEST(SampleBuffer, EmptySamplesTakeNoRoomAndHideNoOther) {
   const auto buffer = MakeBuffer();
   auto one = TakeNow(*buffer, 0);
-  auto two = TakeNow(*buffer, 0);
   const auto whole = TakeNow(*buffer, kWholeBlock);
+  auto two = TakeNow(*buffer, 0);
   EXPECT_EQ(one->GetSize(), 0);
+  EXPECT_EQ(BytesOf(*whole), BytesOf(*one));
   one.Reset();
-  EXPECT_FALSE(HasRoom(*buffer, 1));
+  EXPECT_FALSE(HasRoom(*buffer, 1)) << "the sample that lies where the empty one did is still out";
   two.Reset();
   EXPECT_FALSE(HasRoom(*buffer, 1));
 }
@@ -119,26 +155,6 @@ TEST(SampleBuffer, NumberOfSamplesIsBoundedEvenWhenTheyAreEmpty) {
   EXPECT_FALSE(HasRoom(*buffer, 0));
   out.pop_back();
   EXPECT_TRUE(HasRoom(*buffer, 0));
-}
-
-TEST(SampleBuffer, ReturnedSampleRemembersNothing) {
-  const auto buffer = MakeBuffer();
-  auto sample = TakeNow(*buffer, 10);
-  REFERENCE_TIME time = 5;
-  sample->SetTime(&time, &time);
-  sample->SetDiscontinuity(TRUE);
-  sample->SetPreroll(TRUE);
-  sample.Reset();
-  sample = TakeNow(*buffer, 10);
-  EXPECT_EQ(sample->GetTime(&time, &time), VFW_E_SAMPLE_TIME_NOT_SET);
-  EXPECT_EQ(sample->IsDiscontinuity(), S_FALSE);
-  EXPECT_EQ(sample->IsPreroll(), S_FALSE);
-}
-
-TEST(SampleBuffer, NotCommittedIsAnError) {
-  const auto buffer = MakeCom<CSampleBuffer>();
-  ComPtr<IMediaSample> sample;
-  EXPECT_EQ(buffer->GetSample(sample.Put(), 1, true), VFW_E_NOT_COMMITTED);
 }
 
 /// A thread that waits for the whole block while some of it is out.
@@ -166,83 +182,105 @@ class Waiter {
   CThread m_thread;
 };
 
-TEST(SampleBuffer, WaitEndsWithAReturnedSample) {
-  const auto buffer = MakeBuffer();
-  auto out = TakeNow(*buffer, 1);
-  Waiter waiter(*buffer);
-  out.Reset();
-  EXPECT_EQ(waiter.Result(), S_OK);
+TEST(SampleBuffer, WaitEndsWithWhateverMustEndIt) {
+  const struct {
+    const char* what;
+    std::function<void(CSampleBuffer&, ComPtr<IMediaSample>&)> end;
+    HRESULT expected;
+    std::function<void(CSampleBuffer&)> undo;
+  } cases[] = {
+      {"returned sample", [](auto&, auto& out) { out.Reset(); }, S_OK, [](auto&) {}},
+      {"decommit", [](auto& b, auto&) { b.Decommit(); }, VFW_E_NOT_COMMITTED, [](auto& b) { b.Commit(); }},
+      {"flush", [](auto& b, auto&) { b.BeginFlush(); }, VFW_E_WRONG_STATE, [](auto& b) { b.EndFlush(); }},
+      {"cancellation", [](auto& b, auto&) { b.CancelWaits(true); }, VFW_E_WRONG_STATE,
+       [](auto& b) { b.CancelWaits(false); }},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.what);
+    const auto buffer = MakeBuffer();
+    auto out = TakeNow(*buffer, 1);
+    {
+      Waiter waiter(*buffer);
+      each.end(*buffer, out);
+      EXPECT_EQ(waiter.Result(), each.expected);
+    }
+    each.undo(*buffer);
+    out = TakeNow(*buffer, 1);
+    Waiter next(*buffer);
+    buffer->Decommit();
+    EXPECT_EQ(next.Result(), VFW_E_NOT_COMMITTED);
+  }
 }
 
-TEST(SampleBuffer, WaitEndsWithDecommit) {
+TEST(SampleBuffer, CancellationIsForLaterWaitsTooAndOutlastsAFlush) {
   const auto buffer = MakeBuffer();
   const auto out = TakeNow(*buffer, 1);
-  Waiter waiter(*buffer);
-  buffer->Decommit();
-  EXPECT_EQ(waiter.Result(), VFW_E_NOT_COMMITTED);
-}
-
-TEST(SampleBuffer, WaitEndsWithAFlush) {
-  const auto buffer = MakeBuffer();
-  const auto out = TakeNow(*buffer, 1);
-  Waiter waiter(*buffer);
-  buffer->BeginFlush();
-  EXPECT_EQ(waiter.Result(), VFW_E_WRONG_STATE);
-  buffer->EndFlush();
-  Waiter next(*buffer);
-  buffer->Decommit();
-  EXPECT_EQ(next.Result(), VFW_E_NOT_COMMITTED);
-}
-
-TEST(SampleBuffer, WaitEndsWithItsCancellation) {
-  const auto buffer = MakeBuffer();
-  const auto out = TakeNow(*buffer, 1);
-  Waiter waiter(*buffer);
   buffer->CancelWaits(true);
-  EXPECT_EQ(waiter.Result(), VFW_E_WRONG_STATE);
-  ComPtr<IMediaSample> sample;
-  EXPECT_EQ(buffer->GetSample(sample.Put(), kWholeBlock, true), VFW_E_WRONG_STATE) << "later waits are cancelled too";
-  EXPECT_EQ(buffer->GetSample(sample.Put(), 1, true), S_OK) << "this one need not wait";
+  buffer->BeginFlush();
   buffer->EndFlush();
-  EXPECT_EQ(buffer->GetSample(sample.Put(), kWholeBlock, true), VFW_E_WRONG_STATE) << "a flush is another matter";
-  buffer->CancelWaits(false);
-  Waiter next(*buffer);
-  buffer->Decommit();
-  EXPECT_EQ(next.Result(), VFW_E_NOT_COMMITTED);
+  ComPtr<IMediaSample> sample;
+  EXPECT_EQ(buffer->GetSample(sample.Put(), kWholeBlock, true), VFW_E_WRONG_STATE);
+  EXPECT_EQ(buffer->GetSample(sample.Put(), 1, true), S_OK) << "this one need not wait";
 }
 
 TEST(SampleBuffer, MemoryStaysUntilTheLastSampleIsBack) {
-  const auto buffer = MakeBuffer();
-  auto sample = TakeNow(*buffer, 1000);
+  auto buffer = MakeBuffer();
+  auto old = TakeNow(*buffer, 1000);
+  std::memset(BytesOf(*old), 7, 1000);
   buffer->Decommit();
   ALLOCATOR_PROPERTIES request{1, 1, 1, 0};
   ALLOCATOR_PROPERTIES actual{};
   EXPECT_EQ(buffer->SetProperties(&request, &actual), VFW_E_BUFFERS_OUTSTANDING);
-  std::memset(BytesOf(*sample), 1, 1000);
-  sample.Reset();
-  EXPECT_EQ(buffer->SetProperties(&request, &actual), S_OK);
-}
-
-TEST(SampleBuffer, NewCommitGoesAroundSamplesThatAreStillOut) {
-  const auto buffer = MakeBuffer();
-  auto old = TakeNow(*buffer, 1000);
-  BytesOf(*old)[0] = 7;
-  buffer->Decommit();
   ASSERT_EQ(buffer->Commit(), S_OK);
-  const auto fresh = TakeNow(*buffer, 1000);
+  auto fresh = TakeNow(*buffer, 1000);
   std::memset(BytesOf(*fresh), 1, 1000);
-  EXPECT_EQ(BytesOf(*old)[0], 7);
+  EXPECT_EQ(BytesOf(*old)[999], 7) << "a new commit goes around samples that are still out";
   old.Reset();
   EXPECT_FALSE(HasRoom(*buffer, kWholeBlock));
-}
-
-TEST(SampleBuffer, SampleKeepsAnAllocatorThatNobodyElseHolds) {
-  auto buffer = MakeBuffer();
-  auto sample = TakeNow(*buffer, 1000);
   buffer->Decommit();
   buffer.Reset();
-  std::memset(BytesOf(*sample), 1, 1000);
-  sample.Reset();
+  EXPECT_EQ(BytesOf(*fresh)[999], 1) << "a sample keeps an allocator that nobody else holds";
+}
+
+TEST(SampleBuffer, UnusablePropertiesAndStatesAreRefused) {
+  const auto buffer = MakeCom<CSampleBuffer>();
+  EXPECT_EQ(buffer->Commit(), VFW_E_SIZENOTSET);
+  const std::pair<ALLOCATOR_PROPERTIES, HRESULT> cases[] = {{{1, 10, 0, 0}, VFW_E_BADALIGN},
+                                                            {{1, 10, 3, 0}, VFW_E_BADALIGN},
+                                                            {{1, -1, 1, 0}, E_INVALIDARG},
+                                                            {{1, 0x7FFFFFFF, 4096, 0}, E_INVALIDARG},
+                                                            {{3, 100, 16, 4}, S_OK}};
+  ALLOCATOR_PROPERTIES actual{};
+  for (auto [request, expected] : cases) {
+    EXPECT_EQ(buffer->SetProperties(&request, &actual), expected);
+  }
+  EXPECT_EQ(actual.cbBuffer, 108) << "with its prefix a multiple of the alignment";
+  ComPtr<IMediaSample> sample;
+  EXPECT_EQ(buffer->GetSample(sample.Put(), 1, true), VFW_E_NOT_COMMITTED);
+  EXPECT_EQ(buffer->Commit(), S_OK);
+  EXPECT_EQ(buffer->SetProperties(&actual, &actual), VFW_E_ALREADY_COMMITTED);
+}
+
+// Filters downstream write their properties by the record, which may be shorter than ours.
+TEST(SampleBuffer, PartialPropertyRecordLeavesTheRestAlone) {
+  const auto buffer = MakeBuffer();
+  const auto sample = TakeNow(*buffer, 10);
+  EXPECT_EQ(sample->SetActualDataLength(11), VFW_E_BUFFER_OVERFLOW);
+  EXPECT_EQ(sample->SetActualDataLength(-1), VFW_E_BUFFER_OVERFLOW);
+  REFERENCE_TIME start = 5;
+  sample->SetTime(&start, nullptr);
+  AM_SAMPLE2_PROPERTIES record{};
+  record.cbData = 12;  // up to and with the flags
+  record.dwSampleFlags = AM_SAMPLE_TIMEVALID | AM_SAMPLE_PREROLL;
+  record.lActual = 4;
+  const auto* bytes = reinterpret_cast<const BYTE*>(&record);
+  ASSERT_EQ(sample.Query<IMediaSample2>()->SetProperties(sizeof(record), bytes), S_OK);
+  EXPECT_EQ(sample->IsPreroll(), S_OK);
+  EXPECT_EQ(sample->GetActualDataLength(), 10);
+  REFERENCE_TIME stop = 0;
+  EXPECT_EQ(sample->GetTime(&start, &stop), VFW_S_NO_STOP_TIME);
+  EXPECT_EQ(start, 5);
+  EXPECT_EQ(stop, 6);
 }
 
 // Another filter may take samples of ours through IMemAllocator: they must come out of the same ring.
@@ -255,78 +293,6 @@ TEST(SampleBuffer, StandardBuffersDoNotOverlapFrames) {
   EXPECT_EQ(BytesOf(*standard), BytesOf(*frame) + 60);
   ComPtr<IMediaSample> other;
   EXPECT_EQ(buffer->GetBuffer(other.Put(), nullptr, nullptr, AM_GBF_NOWAIT), VFW_E_TIMEOUT);
-}
-
-TEST(SampleBuffer, SteadyUseAllocatesNothing) {
-  const auto buffer = MakeBuffer();
-  std::mt19937 random(1);
-  std::deque<ComPtr<IMediaSample>> out(8);
-  const auto step = [&] {
-    out.front().Reset();
-    std::rotate(out.begin(), out.begin() + 1, out.end());
-    ASSERT_EQ(buffer->GetSample(out.back().Put(), random() % 300000, true), S_OK);
-  };
-  for (int i = 0; i < 20; ++i) step();
-  const std::size_t before = AllocationsOfThisThread();
-  for (int i = 0; i < 1000; ++i) step();
-  EXPECT_EQ(AllocationsOfThisThread(), before);
-}
-
-/// Samples on their way to threads that check and release them.
-class Pipe {
- public:
-  void Put(ComPtr<IMediaSample> sample) {
-    const CAutoLock hold(m_lock);
-    m_samples.push_back(std::move(sample));
-  }
-  ComPtr<IMediaSample> TakeAny(std::size_t choice) {
-    const CAutoLock hold(m_lock);
-    if (m_samples.empty()) return nullptr;
-    const auto entry = m_samples.begin() + static_cast<std::ptrdiff_t>(choice % m_samples.size());
-    auto sample = std::move(*entry);
-    m_samples.erase(entry);
-    return sample;
-  }
-
- private:
-  CCritSec m_lock{"pipe"};
-  std::deque<ComPtr<IMediaSample>> m_samples;
-};
-
-bool IsFilledWith(IMediaSample& sample, BYTE mark) {
-  const BYTE* bytes = BytesOf(sample);
-  return std::all_of(bytes, bytes + sample.GetSize(), [mark](BYTE byte) { return byte == mark; });
-}
-
-TEST(SampleBuffer, SamplesOnManyThreadsNeverShareAByte) {
-  const auto buffer = MakeBuffer(100, 100);
-  Pipe pipe;
-  std::atomic<bool> done{false};
-  std::atomic<int> damaged{0};
-  const auto release = [&](unsigned seed) {
-    std::mt19937 random(seed);
-    for (;;) {
-      const bool last = done;
-      const auto sample = pipe.TakeAny(random());
-      if (!sample && last) return;
-      if (!sample) continue;
-      if (!IsFilledWith(*sample, static_cast<BYTE>(sample->GetSize()))) ++damaged;
-    }
-  };
-  std::vector<CThread> threads(2);
-  for (unsigned i = 0; i < threads.size(); ++i) ASSERT_EQ(threads[i].Start([&, i] { release(i); }), S_OK);
-  std::mt19937 random(99);
-  for (int i = 0; i < 5000; ++i) {
-    const std::size_t size = random() % 3000;
-    ComPtr<IMediaSample> sample;
-    ASSERT_EQ(buffer->GetSample(sample.Put(), size, true), S_OK);
-    std::memset(BytesOf(*sample), static_cast<BYTE>(size), size);
-    pipe.Put(std::move(sample));
-  }
-  done = true;
-  for (auto& thread : threads) thread.Join();
-  EXPECT_EQ(damaged, 0);
-  EXPECT_TRUE(HasRoom(*buffer, 10000)) << "all of the ring is back";
 }
 
 }  // namespace
