@@ -45,9 +45,11 @@ const std::vector<GUID>& FilterInterfaces() {
 
 using Interfaces = OpenedTest;
 
-TEST_F(Interfaces, TheFilterIsOneObject) { ExpectOneObject(Graph().Splitter(), FilterInterfaces()); }
-
-TEST_F(Interfaces, TheFilterRefusesWhatItIsNot) {
+TEST_F(Interfaces, TheFilterIsOneObjectOfItsClass) {
+  CLSID clsid{};
+  EXPECT_EQ(Graph().Splitter()->GetClassID(&clsid), S_OK);
+  EXPECT_EQ(clsid, CLSID_MatroskaSplitter);
+  ExpectOneObject(Graph().Splitter(), FilterInterfaces());
   for (const GUID& iid : {kUnheardOf, IID_IPin, IID_IMemInputPin, IID_IAsyncReader}) {
     ExpectRefusal(Graph().Splitter(), iid);
   }
@@ -70,12 +72,6 @@ TEST_F(Interfaces, EveryOutputPinIsOneObject) {
 TEST_F(Interfaces, NullOutputArgumentIsAnError) {
   EXPECT_EQ(Graph().Splitter()->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
   EXPECT_EQ(Graph().InputPin()->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
-}
-
-TEST_F(Interfaces, TheClassIdentifierIsTheSplitters) {
-  CLSID clsid{};
-  EXPECT_EQ(Graph().Splitter()->GetClassID(&clsid), S_OK);
-  EXPECT_EQ(clsid, CLSID_MatroskaSplitter);
 }
 
 // The outer object of an aggregation: shares its identity with the splitter inside. Lives on a test's
@@ -107,11 +103,14 @@ TEST_F(Aggregation, TheFirstInterfaceMustBeIUnknown) {
   EXPECT_EQ(filter, nullptr);
 }
 
-TEST_F(Aggregation, TheFilterTakesTheIdentityOfItsOuterObject) {
+TEST_F(Aggregation, TheFilterTakesTheIdentityOfItsOuterObjectAndGoesWithItsOwnReference) {
   Outer outer;
   ASSERT_EQ(outer.Aggregate(), S_OK);
   ExpectOneObject(&outer, FilterInterfaces());
   EXPECT_EQ(outer.References(), 0U);
+  EXPECT_FALSE(ModuleIsIdle());
+  outer.Drop();
+  EXPECT_TRUE(ModuleBecomesIdle());
 }
 
 TEST_F(Aggregation, ReferencesAreCountedOnTheOuterObject) {
@@ -130,24 +129,12 @@ TEST_F(Aggregation, ReferencesAreCountedOnTheOuterObject) {
   EXPECT_TRUE(IsSameObject(owner.Get(), &outer));
 }
 
-TEST_F(Aggregation, TheInnerObjectGoesWithItsOwnReference) {
-  Outer outer;
-  ASSERT_EQ(outer.Aggregate(), S_OK);
-  EXPECT_FALSE(ModuleIsIdle());
-  outer.Drop();
-  EXPECT_TRUE(ModuleBecomesIdle());
-}
-
 using Factory = ContractTest;
 
-TEST_F(Factory, UnknownClassIsRefused) {
-  void* out = nullptr;
-  EXPECT_EQ(GetClassObject(kUnheardOf, IID_IClassFactory, &out), CLASS_E_CLASSNOTAVAILABLE);
-  EXPECT_EQ(out, nullptr);
-}
-
-TEST_F(Factory, ALockKeepsTheModule) {
+TEST_F(Factory, KnowsItsClassAloneAndKeepsTheModuleByALock) {
   ComPtr<IClassFactory> factory;
+  EXPECT_EQ(GetClassObject(kUnheardOf, IID_IClassFactory, factory.PutVoid()), CLASS_E_CLASSNOTAVAILABLE);
+  EXPECT_FALSE(factory);
   ASSERT_EQ(GetClassObject(CLSID_MatroskaSplitter, IID_IClassFactory, factory.PutVoid()), S_OK);
   EXPECT_EQ(factory->LockServer(TRUE), S_OK);
   EXPECT_FALSE(ModuleIsIdle());

@@ -10,8 +10,8 @@ using Kind = SinkEvent::Kind;
 
 class Streaming : public OpenedTest {
  protected:
-  void PlayToEnd(SinkKind kind = SinkKind::kCounting) {
-    ASSERT_EQ(Graph().ConnectSinks(kind), S_OK);
+  void PlayToEnd() {
+    ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
     ASSERT_TRUE(SUCCEEDED(Graph().Run()));
     ASSERT_TRUE(Graph().WaitForEnd());
   }
@@ -34,18 +34,17 @@ class Streaming : public OpenedTest {
   }
 };
 
-TEST_F(Streaming, OneSegmentPrecedesTheSamplesAndOneEndFollows) {
+TEST_F(Streaming, EveryRunIsOneSegmentItsSamplesAndOneEnd) {
   PlayToEnd();
-  for (const auto& sink : Graph().Sinks()) ExpectOnePass(*sink, 100);
-}
-
-TEST_F(Streaming, ASecondRunDeliversFromTheStartAgain) {
-  PlayToEnd();
-  ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
-  for (const auto& sink : Graph().Sinks()) sink->Clear();
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  ASSERT_TRUE(Graph().WaitForEnd());
-  for (const auto& sink : Graph().Sinks()) ExpectOnePass(*sink, 100);
+  for (int run = 0; run < 2; ++run) {
+    for (const auto& sink : Graph().Sinks()) {
+      ExpectOnePass(*sink, 100);
+      sink->Clear();
+    }
+    ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    ASSERT_TRUE(Graph().WaitForEnd());
+  }
 }
 
 TEST_F(Streaming, RunAfterPauseDoesNotStartOver) {
@@ -56,28 +55,6 @@ TEST_F(Streaming, RunAfterPauseDoesNotStartOver) {
   ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
   ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
   for (const auto& sink : Graph().Sinks()) ExpectOnePass(*sink, 100);
-}
-
-TEST_F(Streaming, AFileWithoutFramesEndsAtOnce) {
-  OpenMovie({.frames = 0});
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  ASSERT_TRUE(Graph().WaitForEnd());
-  for (const auto& sink : Graph().Sinks()) EXPECT_EQ(sink->Events().size(), 1U);
-}
-
-TEST_F(Streaming, AFlushFromUpstreamReachesEverySinkInOrder) {
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
-  ASSERT_TRUE(Graph().WaitForEnd());
-  EXPECT_EQ(Graph().InputPin()->BeginFlush(), S_OK);
-  EXPECT_EQ(Graph().InputPin()->EndFlush(), S_OK);
-  for (const auto& sink : Graph().Sinks()) {
-    const std::vector<SinkEvent> events = sink->Events();
-    ASSERT_GE(events.size(), 2U);
-    EXPECT_EQ(events[events.size() - 2].kind, Kind::kBeginFlush);
-    EXPECT_EQ(events.back().kind, Kind::kEndFlush);
-  }
 }
 
 TEST_F(Streaming, AfterAFlushTheNextSampleOpensANewSegment) {
@@ -98,7 +75,7 @@ TEST_F(Streaming, AfterAFlushTheNextSampleOpensANewSegment) {
   EXPECT_TRUE(events[2].discontinuity);
 }
 
-TEST_F(Streaming, NothingIsDeliveredBetweenBeginFlushAndEndFlush) {
+TEST_F(Streaming, AFlushFromUpstreamReachesEverySinkAndNothingComesInBetween) {
   OpenMovie({.videos = 1, .audios = 1, .frames = 2000});
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kSlow), S_OK);
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
@@ -114,6 +91,7 @@ TEST_F(Streaming, NothingIsDeliveredBetweenBeginFlushAndEndFlush) {
       if (event.kind == Kind::kBeginFlush) flushing = true;
     }
     EXPECT_FALSE(flushing);
+    EXPECT_EQ(sink->CountOf(Kind::kEndFlush), 1U);
   }
 }
 
@@ -133,15 +111,6 @@ TEST_F(Streaming, ASinkThatRefusesIsNotAskedAgainAndEndsThePass) {
   EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
   EXPECT_EQ(Graph().Sink(0).Samples().size(), 1U);
   EXPECT_EQ(Graph().Sink(0).CountOf(Kind::kEndOfStream), 0U);
-}
-
-TEST_F(Streaming, AReadErrorInThePassIsToldToTheGraph) {
-  OpenMovie({.frames = 5000, .frameSize = 4000});
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kSlow), S_OK);
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  ASSERT_TRUE(Graph().Sink(0).WaitForSample(kPatience));
-  m_source->FailFrom(0, E_FAIL);
-  EXPECT_TRUE(Graph().WaitForEvent(EC_ERRORABORT));
 }
 
 }  // namespace
