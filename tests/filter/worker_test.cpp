@@ -9,8 +9,6 @@ namespace {
 
 constexpr const char* kStarted = "CMatroskaSplitter::ThreadProc tm_start";
 constexpr const char* kPaused = "CMatroskaSplitter::ThreadProc tm_pause";
-constexpr const char* kPassEnded = "CMatroskaSplitter::ThreadProc Process exit";
-constexpr const char* kExited = "CMatroskaSplitter::ThreadProc tm_exit";
 constexpr LONG kEcErrorAbort = 3;
 
 // More than the reader's window and the pins' rings hold, so that neither hides a reader or a sink.
@@ -24,13 +22,6 @@ class Worker : public FilterTest {
     FilterTest::TearDown();
   }
 
-  bool WaitForText(const char* text) {
-    for (DWORD waited = 0; waited < kPatience; waited += 5) {
-      if (m_log->Contains(text)) return true;
-      SleepMilliseconds(5);
-    }
-    return false;
-  }
   /// In milliseconds.
   template <class Call>
   long long TimeOf(Call call) {
@@ -48,22 +39,6 @@ class Worker : public FilterTest {
 };
 
 TEST_F(Worker, StopWithoutOneSaysSo) { EXPECT_EQ(Splitter()->Stop(), S_FALSE); }
-
-TEST_F(Worker, UnconnectedFilterStartsAndEndsOneWithoutDelivering) {
-  EXPECT_EQ(Splitter()->Pause(), S_OK);
-  EXPECT_TRUE(WaitForText(kPassEnded));
-  EXPECT_EQ(Splitter()->Stop(), S_OK);
-  EXPECT_EQ(m_log->CountOf(kStarted), 1u);
-  EXPECT_EQ(m_log->CountOf(kExited), 1u);
-  EXPECT_EQ(m_log->CountOf("EndOfStream"), 0u);
-}
-
-TEST_F(Worker, UnconnectedPinDoesNotKeepTheOthersBack) {
-  OpenMovie({.videos = 0, .audios = 2});
-  ASSERT_EQ(Graph().ConnectSink(Graph().OutputPins().front().Get(), SinkKind::kCounting), S_OK);
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  EXPECT_TRUE(Graph().WaitForEnd());
-}
 
 TEST_F(Worker, SeekWhileRunningPausesAndStartsIt) {
   OpenMovie(kLongMovie);
