@@ -1,6 +1,10 @@
 // The splitter's identity, pins and state.
 #include "filter/matroska_splitter.h"
 
+#include <memory>
+#include <utility>
+#include <vector>
+
 #include "filter/filter_registration.h"
 #include "filter/module_log.h"
 #include "framework/co_task_mem.h"
@@ -72,26 +76,47 @@ HRESULT CMatroskaSplitter::Pause() {
   return ComBoundary([this] {
     // Held to the end, so that no stop comes between the pins' activation and the worker's start.
     const CAutoLock filterLock(m_filterLock);
-    // A run that was cut short leaves pins holding, perhaps for a video pin that is no longer connected.
-    if (IsStopped()) SetHoldingOnAllPins(false);
+    if (IsStopped()) {
+      // One that was started for pins that could not be activated has delivered nothing, and is done.
+      EndWorker();
+      // A run that was cut short leaves pins holding, perhaps for a video pin that is no longer connected.
+      SetHoldingOnAllPins(false);
+    }
     static_cast<void>(CBaseFilter::Pause());  // pins that failed to activate refuse frames, which ends the pass
-    const CAutoLock positionLock(m_positionLock);
-    PrepareSeekIndex();
     return StartWorker();
   });
 }
 
 HRESULT CMatroskaSplitter::Stop() {
   LogText("Stop");
-  ++m_stopsComing;  // ends an index that a pausing thread is building with the lock held
-  const HRESULT result = ComBoundary([this] {
+  return ComBoundary([this] {
     const CAutoLock filterLock(m_filterLock);  // no start may come in between
-    static_cast<void>(CBaseFilter::Stop());    // stopped whatever the pins answer
+    if (m_inputPin->IsConnected()) EndQueues();
+    static_cast<void>(CBaseFilter::Stop());  // stopped whatever the pins answer
     ClearSeekingOwner();
     return EndWorker();
   });
-  --m_stopsComing;
-  return result;
+}
+
+// All at once, since each may have to wait for downstream. Nobody feeds them any more.
+void CMatroskaSplitter::EndQueues() {
+  if (EndWorker() == S_FALSE) return;  // nothing was started
+  std::vector<std::shared_ptr<COutputQueue>> queues;
+  for (const auto& pin : m_outputPins) {
+    if (auto queue = pin->Queue()) queues.push_back(std::move(queue));
+  }
+  COutputQueue::End(queues);
+}
+
+// Under the position lock, as seeks flush, so that the two do not mix and the pin list stays.
+HRESULT CMatroskaSplitter::FlushFromUpstream(bool begin) {
+  const CAutoLock lock(m_positionLock);
+  return begin ? BeginFlush() : EndFlush();
+}
+
+HRESULT CMatroskaSplitter::EndOfStreamFromUpstream() {
+  const CAutoLock lock(m_positionLock);
+  return EndOfStream();
 }
 
 HRESULT CMatroskaSplitter::BeginFlush() {
@@ -112,10 +137,18 @@ HRESULT CMatroskaSplitter::EndFlush() {
 
 HRESULT CMatroskaSplitter::EndOfStream() {
   LogText("EndOfStream");
-  for (const auto& pin : m_outputPins) {
-    if (pin->IsConnected()) pin->DeliverEndOfStream();
-  }
+  // When one pin fails to deliver what it held, no pin holds anything afterwards. Then the end reaches
+  // those that it did not reach before.
+  if (!EndEveryPin()) EndEveryPin();
   return S_OK;
+}
+
+bool CMatroskaSplitter::EndEveryPin() {
+  bool all = true;
+  for (const auto& pin : m_outputPins) {
+    if (pin->IsConnected() && FAILED(pin->DeliverEndOfStream())) all = false;
+  }
+  return all;
 }
 
 CMatroskaOutputPin* CMatroskaSplitter::FindPinByTrack(std::uint32_t trackNumber) const {

@@ -25,7 +25,7 @@ namespace tarvex {
 
 /// Locks, in the order in which they are taken:
 ///   filter lock     framework state, connections, settings, the open source;
-///   position lock   changes of the play range as a whole, the seeking owner;
+///   position lock   changes of the play range as a whole, flushes;
 ///   access lock     (CAMThread) starting, pausing and ending the worker.
 /// The pin list changes with the first two held and no worker alive. Whoever holds either of them, or the
 /// access lock while there is a worker, may read it; so may the worker, which takes none of the three:
@@ -111,10 +111,9 @@ class CMatroskaSplitter final : public CBaseFilter,
   void CloseSource();
   /// Ends the worker and waits for it. S_FALSE when there is none.
   HRESULT EndWorker();
-  // To every connected output pin, in pin order. S_OK.
-  HRESULT BeginFlush();
-  HRESULT EndFlush();
-  HRESULT EndOfStream();
+  // What upstream says of its own accord goes to every connected output pin. S_OK. Any thread.
+  HRESULT FlushFromUpstream(bool begin);
+  HRESULT EndOfStreamFromUpstream();
 
  private:
   /// The worker's commands and, as the run state, the last one sent.
@@ -150,6 +149,8 @@ class CMatroskaSplitter final : public CBaseFilter,
   void SetHoldingOnAllPins(bool on) override;
   HRESULT ReleaseHeldFrames(REFERENCE_TIME first) override;
 
+  HRESULT ReleaseHeldBy(REFERENCE_TIME first, bool videoPins);
+
   // PinOwner
   CBaseFilter* Filter() override { return this; }
   CCritSec* FilterLock() override { return &m_filterLock; }
@@ -177,13 +178,19 @@ class CMatroskaSplitter final : public CBaseFilter,
   void ResumeWorker();
   HRESULT SendStart();
   bool IsWorkerThread() const;
-  void PrepareSeekIndex();
+  void EndQueues();
   void RunPass();
   void ReportFailedPass(HRESULT result);
+  // To every connected output pin, in pin order. S_OK.
+  HRESULT BeginFlush();
+  HRESULT EndFlush();
+  HRESULT EndOfStream();
+  bool EndEveryPin();
 
   // Stream selection.
   HRESULT SwitchStream(std::uint32_t streamIndex, ComPtr<CMatroskaOutputPin>& connectedPin, TrackPinInfo& track);
   HRESULT SwitchConnectedPin(CMatroskaOutputPin& pin, const TrackPinInfo& track);
+  HRESULT SetTrack(CMatroskaOutputPin& pin, const TrackPinInfo& track);
   void EndDelivery();
   std::vector<ComPtr<IPin>> ConnectedOutputsBut(const CMatroskaOutputPin& one);
 
@@ -211,13 +218,13 @@ class CMatroskaSplitter final : public CBaseFilter,
   ComPtr<IAsyncReader> m_reader;  // what the scanner reads from; null while nothing is open
   COutPinsCreator m_creator;
   OwnedPin<CStreamInputPin> m_inputPin;
-  PinList m_outputPins;                                // no entry is empty
-  const CMatroskaOutputPin* m_seekingOwner = nullptr;  // compared only; under the position lock
+  PinList m_outputPins;                                            // no entry is empty
+  std::atomic<const CMatroskaOutputPin*> m_seekingOwner{nullptr};  // compared only
 
   std::atomic<DWORD> m_runState{kPause};  // written under the access lock
   std::atomic<DWORD> m_workerId{0};
   std::atomic<bool> m_commandComing{false};  // a failing read or a refused frame may be our own doing
-  std::atomic<int> m_stopsComing{0};         // stops that have begun and not ended
+  HRESULT m_refusal = S_OK;                  // why a pin refused the last frame of a pass; the worker's
   bool m_annexBOutput = false;               // under the filter lock
   bool m_separatePins = false;               // under the filter lock
 };

@@ -96,8 +96,4 @@ void CMatroskaSplitter::AppendOutputPin(ComPtr<CMatroskaOutputPin> pin) {
   IncrementPinVersion();
 }
 
-HRESULT CMatroskaSplitter::EnableStream(std::uint32_t streamIndex) {
-  return Enable(static_cast<LONG>(streamIndex), AMSTREAMSELECTENABLE_ENABLE);
-}
-
 }  // namespace tarvex

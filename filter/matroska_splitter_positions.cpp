@@ -15,16 +15,14 @@ HRESULT CMatroskaSplitter::SetPlayRange(REFERENCE_TIME start, REFERENCE_TIME sto
   return S_OK;
 }
 
+// Without a lock: a queue's thread that seeks for a pin that is not the owner must not wait for a seek in
+// progress, which waits for that very thread to come back from downstream.
 bool CMatroskaSplitter::ClaimSeekingOwner(const CMatroskaOutputPin* pin) {
-  const CAutoLock lock(m_positionLock);
-  if (m_seekingOwner == nullptr) m_seekingOwner = pin;
-  return m_seekingOwner == pin;
+  const CMatroskaOutputPin* owner = nullptr;
+  return m_seekingOwner.compare_exchange_strong(owner, pin) || owner == pin;
 }
 
-void CMatroskaSplitter::ClearSeekingOwner() {
-  const CAutoLock lock(m_positionLock);
-  m_seekingOwner = nullptr;
-}
+void CMatroskaSplitter::ClearSeekingOwner() { m_seekingOwner = nullptr; }
 
 void CMatroskaSplitter::SetTimeFormatOnAllPins(const GUID& format) {
   const CAutoLock lock(m_positionLock);
@@ -39,15 +37,23 @@ void CMatroskaSplitter::SetHoldingOnAllPins(bool on) {
   for (const auto& pin : m_outputPins) pin->SetHolding(on);
 }
 
+// Pictures go last: they may be more than their ring holds, and while a paused renderer keeps its first one
+// the other renderers still wait for theirs.
 HRESULT CMatroskaSplitter::ReleaseHeldFrames(REFERENCE_TIME first) {
+  HRESULT result = ReleaseHeldBy(first, false);
+  if (SUCCEEDED(result)) result = ReleaseHeldBy(first, true);
+  if (SUCCEEDED(result)) return S_OK;
+  // What comes next goes past the frames that are still held, and they must not follow later.
+  for (const auto& pin : m_outputPins) pin->DropHeld();
+  return result;
+}
+
+HRESULT CMatroskaSplitter::ReleaseHeldBy(REFERENCE_TIME first, bool videoPins) {
   for (const auto& pin : m_outputPins) {
-    if (!pin->IsConnected()) continue;
+    if (!pin->IsConnected() || (pin->TrackType() == kTrackTypeVideo) != videoPins) continue;
     pin->DropHeldBefore(first);
     const HRESULT result = pin->FlushPending();
-    if (SUCCEEDED(result)) continue;
-    // What comes next goes past the frames that are still held, and they must not follow later.
-    for (const auto& each : m_outputPins) each->DropHeld();
-    return result;
+    if (FAILED(result)) return result;
   }
   return S_OK;
 }

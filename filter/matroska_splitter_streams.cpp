@@ -43,11 +43,19 @@ HRESULT CMatroskaSplitter::Enable(LONG lIndex, DWORD dwFlags) {
   if ((dwFlags & AMSTREAMSELECTENABLE_ENABLE) == 0) return E_NOTIMPL;
   if (lIndex < 0) return E_INVALIDARG;
   return ComBoundary([&]() -> HRESULT {
+    const CAutoLock switching(m_switchLock);
     ComPtr<CMatroskaOutputPin> connectedPin;
     TrackPinInfo track;
     const HRESULT result = SwitchStream(static_cast<std::uint32_t>(lIndex), connectedPin, track);
     return connectedPin ? SwitchConnectedPin(*connectedPin, track) : result;
   });
+}
+
+// From pin creation, which holds the filter lock and whose pins nobody knows yet.
+HRESULT CMatroskaSplitter::EnableStream(std::uint32_t streamIndex) {
+  ComPtr<CMatroskaOutputPin> connectedPin;
+  TrackPinInfo track;
+  return SwitchStream(streamIndex, connectedPin, track);
 }
 
 // Does all of the switch that needs no graph; gives the pin when it is connected and so does.
@@ -63,29 +71,37 @@ HRESULT CMatroskaSplitter::SwitchStream(std::uint32_t streamIndex, ComPtr<CMatro
   return S_OK;
 }
 
+// All that can fail for lack of memory comes before the graph is touched.
 HRESULT CMatroskaSplitter::SwitchConnectedPin(CMatroskaOutputPin& pin, const TrackPinInfo& track) {
-  const CAutoLock switching(m_switchLock);
   CRenderedGraph graph;
   const HRESULT result = graph.Attach(GetFilterGraph());
   if (FAILED(result)) return result;
-  graph.Save();
-  if (!graph.WasStopped()) {
-    EndDelivery();
-    graph.Stop();
-  }
-  if (IsActive()) return VFW_E_NOT_STOPPED;  // run by someone who goes past the graph
-  const std::vector<ComPtr<IPin>> others = ConnectedOutputsBut(pin);
-  graph.RemoveDownstream(&pin, this);
-
   const TrackPinInfo former = pin.Track();
-  if (FAILED(pin.SetTrack(track)) || FAILED(graph.Render(&pin))) {
-    static_cast<void>(pin.SetTrack(former));
-    static_cast<void>(graph.Render(&pin));
-  }
-  // A filter that mixes several of our streams went away with this one's.
-  for (const auto& other : others) static_cast<void>(graph.Render(other.Get()));
-  graph.Restore();
-  return S_OK;
+  const std::vector<ComPtr<IPin>> others = ConnectedOutputsBut(pin);
+  graph.Save();
+  graph.FindDownstream(&pin, this);
+  const HRESULT switched = ComBoundary([&] {
+    if (!graph.WasStopped()) {
+      EndDelivery();
+      graph.Stop();
+    }
+    if (IsActive()) return VFW_E_NOT_STOPPED;  // run by someone who goes past the graph
+    graph.RemoveDownstream();
+    if (FAILED(SetTrack(pin, track)) || FAILED(graph.Render(&pin))) {
+      static_cast<void>(SetTrack(pin, former));
+      static_cast<void>(graph.Render(&pin));
+    }
+    // A filter that mixes several of our streams went away with this one's.
+    for (const auto& other : others) static_cast<void>(graph.Render(other.Get()));
+    return S_OK;
+  });
+  const HRESULT restored = graph.Restore();
+  return FAILED(switched) ? switched : restored;
+}
+
+HRESULT CMatroskaSplitter::SetTrack(CMatroskaOutputPin& pin, const TrackPinInfo& track) {
+  const CAutoLock lock(m_filterLock);  // no connection in between
+  return pin.SetTrack(track);
 }
 
 // What downstream has is dropped and ended, so that the graph completes at once.

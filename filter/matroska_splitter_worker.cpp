@@ -17,6 +17,11 @@ void Try(Call&& call) noexcept {
   }));
 }
 
+// A pin that could not be activated, or memory that is not there.
+bool IsOurOwn(HRESULT refusal) {
+  return refusal == VFW_E_NOT_COMMITTED || refusal == VFW_E_NO_ALLOCATOR || refusal == E_OUTOFMEMORY;
+}
+
 }  // namespace
 
 /// Makes sure that the worker comes to its next command: from construction to destruction a read that it
@@ -90,15 +95,6 @@ void CMatroskaSplitter::ResumeWorker() {
 
 bool CMatroskaSplitter::IsWorkerThread() const { return m_workerId == CurrentThreadId(); }
 
-void CMatroskaSplitter::PrepareSeekIndex() {
-  // A worker that delivers has the scanner to itself, and its index was prepared when it was started.
-  if (m_runState == kStart && ThreadExists()) return;
-  if (!m_reader) return;
-  // A reader that fails here fails the worker too, which tells the graph. Without Cues the worker itself
-  // reads the Clusters for an index, when it has to start elsewhere than at the front.
-  Try([this] { m_scanner.ReadCues(); });
-}
-
 DWORD CMatroskaSplitter::ThreadProc() {
   m_workerId = CurrentThreadId();
   for (;;) {
@@ -127,24 +123,31 @@ DWORD CMatroskaSplitter::ThreadProc() {
 void CMatroskaSplitter::RunPass() {
   if (!AnyOutputConnected()) return;
   const HRESULT result = ComBoundary([this] {
+    m_refusal = S_OK;
     // A pass that was interrupted, or that downstream refused, ends without end of stream. Of a refusal
-    // the graph learns from the filter that refused.
+    // the graph learns from the filter that refused, but not of one that is our own.
     const bool interrupted = m_scanner.Process();
     if (!interrupted) EndOfStream();
-    return S_OK;
+    return IsOurOwn(m_refusal) ? m_refusal : S_OK;
   });
   if (FAILED(result)) ReportFailedPass(result);
 }
 
 void CMatroskaSplitter::ReportFailedPass(HRESULT result) {
   // A controller that wants the worker makes its reads fail before it sends the command.
-  if (m_commandComing || m_stopsComing != 0 || CheckRequest(nullptr)) return;
-  // Nobody else knows that no end of stream will come, and the graph would wait for it.
-  NotifyEvent(EC_ERRORABORT, result, 0);
+  if (m_commandComing || CheckRequest(nullptr)) return;
+  // Nobody else knows that no end of stream will come, and the graph would wait for it. It may stop or
+  // drop the filter in answer, and so wait for the worker, which therefore does not ask it.
+  CThread messenger;
+  const ComPtr<IUnknown> self(Owner());
+  if (SUCCEEDED(messenger.Start([this, self, result] { NotifyEvent(EC_ERRORABORT, result, 0); }))) {
+    messenger.Abandon();
+  } else {
+    NotifyEvent(EC_ERRORABORT, result, 0);
+  }
 }
 
 bool CMatroskaSplitter::ProcessEvents() {
-  if (m_stopsComing != 0) return true;
   DWORD command = 0;
   if (!CheckRequest(&command)) return false;
   LogFormat("CMatroskaSplitter::ProcessEvents event occured %d", static_cast<int>(command));
@@ -158,6 +161,7 @@ bool CMatroskaSplitter::OnData(const FrameInfo& frame) {
   DecodedFrame buffer;  // owns the bytes when decoding made new ones
   m_scanner.Decode(decoded, buffer);
   if (pin->OnData(decoded)) return true;
+  m_refusal = pin->Refusal();
   LogText("CMatroskaSplitter::OnData failed");
   return false;
 }

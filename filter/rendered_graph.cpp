@@ -90,10 +90,14 @@ void CRenderedGraph::Stop() {
   static_cast<void>(m_control->Stop());
 }
 
-void CRenderedGraph::RemoveDownstream(IPin* pin, IBaseFilter* owner) {
+void CRenderedGraph::FindDownstream(IPin* pin, IBaseFilter* owner) {
   DownstreamFilters downstream(owner);
   downstream.AddFrom(pin);
-  for (const auto& filter : downstream.All()) {
+  m_downstream = downstream.All();
+}
+
+void CRenderedGraph::RemoveDownstream() {
+  for (const auto& filter : m_downstream) {
     DisconnectAll(filter.Get());
     static_cast<void>(m_builder->RemoveFilter(filter.Get()));
   }
@@ -110,13 +114,14 @@ void CRenderedGraph::DisconnectAll(IBaseFilter* filter) {
 
 HRESULT CRenderedGraph::Render(IPin* pin) { return IsConnected(pin) ? S_OK : m_builder->Render(pin); }
 
-void CRenderedGraph::Restore() {
-  if (WasStopped()) return;
+HRESULT CRenderedGraph::Restore() noexcept {
+  if (WasStopped()) return S_OK;
   if (m_hasPositions) {
     static_cast<void>(
         m_seeking->SetPositions(&m_current, AM_SEEKING_AbsolutePositioning, &m_stop, AM_SEEKING_AbsolutePositioning));
   }
-  static_cast<void>(m_state == State_Running ? m_control->Run() : m_control->Pause());
+  const HRESULT result = m_state == State_Running ? m_control->Run() : m_control->Pause();
+  return FAILED(result) ? result : S_OK;  // still on its way is well
 }
 
 }  // namespace tarvex

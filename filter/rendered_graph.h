@@ -24,15 +24,17 @@ class CRenderedGraph {
   /// Waits until a running graph has taken the end of stream that was delivered, then stops it.
   void Stop();
 
-  /// Removes every filter fed by `pin`, directly or through others, with all its connections. `owner` is the
-  /// pin's own filter.
-  void RemoveDownstream(IPin* pin, IBaseFilter* owner);
+  /// Finds every filter fed by `pin`, directly or through others. `owner` is the pin's own filter. Throws
+  /// std::bad_alloc.
+  void FindDownstream(IPin* pin, IBaseFilter* owner);
+  /// Removes what was found, with all its connections. Throws std::bad_alloc.
+  void RemoveDownstream();
 
   /// Disconnected pins are rendered, connected ones left alone.
   HRESULT Render(IPin* pin);
 
-  /// Brings back what Save remembered, unless the graph was stopped then.
-  void Restore();
+  /// Brings back what Save remembered, unless the graph was stopped then. What the graph says of its state.
+  HRESULT Restore() noexcept;
 
  private:
   void SavePositions();
@@ -41,6 +43,7 @@ class CRenderedGraph {
   ComPtr<IGraphBuilder> m_builder;
   ComPtr<IMediaControl> m_control;
   ComPtr<IMediaSeeking> m_seeking;  // null when the graph cannot seek
+  std::vector<ComPtr<IBaseFilter>> m_downstream;
   OAFilterState m_state = State_Stopped;
   LONGLONG m_current = 0;  // 100 ns units, as the graph gives them
   LONGLONG m_stop = 0;

@@ -38,24 +38,26 @@ HRESULT CStreamInputPin::Disconnect() {
 
 HRESULT CStreamInputPin::QueryInternalConnections(IPin** /*apPin*/, ULONG* /*nPin*/) { return E_NOTIMPL; }
 
+// The filter is held, but not its lock: downstream may keep the thread, and a stop must get past it.
+
 HRESULT CStreamInputPin::EndOfStream() {
-  const PinScope scope(*this);
-  if (!scope) return VFW_E_NOT_CONNECTED;
-  return ComBoundary([this] { return m_splitter->EndOfStream(); });
+  const auto filter = HoldFilter();
+  if (!filter) return VFW_E_NOT_CONNECTED;
+  return ComBoundary([this] { return m_splitter->EndOfStreamFromUpstream(); });
 }
 
 HRESULT CStreamInputPin::BeginFlush() {
-  const PinScope scope(*this);
-  if (!scope) return VFW_E_NOT_CONNECTED;
+  const auto filter = HoldFilter();
+  if (!filter) return VFW_E_NOT_CONNECTED;
   m_flushing = true;
-  return ComBoundary([this] { return m_splitter->BeginFlush(); });
+  return ComBoundary([this] { return m_splitter->FlushFromUpstream(true); });
 }
 
 HRESULT CStreamInputPin::EndFlush() {
-  const PinScope scope(*this);
-  if (!scope) return VFW_E_NOT_CONNECTED;
+  const auto filter = HoldFilter();
+  if (!filter) return VFW_E_NOT_CONNECTED;
   m_flushing = false;
-  return ComBoundary([this] { return m_splitter->EndFlush(); });
+  return ComBoundary([this] { return m_splitter->FlushFromUpstream(false); });
 }
 
 }  // namespace tarvex

@@ -1,9 +1,12 @@
 // The output queue: construction, the thread's life, and the public operations.
 #include "framework/output_queue.h"
 
+#include <array>
 #include <utility>
+#include <vector>
 
 #include "framework/com_boundary.h"
+#include "framework/condition_variable.h"
 #include "framework/queue_state.h"
 
 namespace tarvex {
@@ -37,22 +40,66 @@ COutputQueue::COutputQueue(IPin* input, HRESULT* result, bool autoMode, bool que
   if (FAILED(hr)) *result = hr;
 }
 
+/// One queue on its way to its end, step by step, so that several can go together.
+class COutputQueue::Ending {
+ public:
+  explicit Ending(COutputQueue& queue) : m_queue(queue) {
+    m_queue.m_state->Terminate();
+    m_flushing = m_queue.m_state->TakeOverFlush();
+    if (m_queue.m_thread && m_queue.m_thread.IsCurrent()) m_queue.m_thread.Abandon();
+  }
+
+  void WaitUntil(ULONGLONG deadline) {
+    const ULONGLONG now = MonotonicMilliseconds();
+    if (m_queue.m_thread) m_queue.m_thread.JoinFor(deadline > now ? static_cast<DWORD>(deadline - now) : 0);
+  }
+  void FreeFromDownstream() {
+    if (!m_queue.m_thread || m_flushing || !m_queue.m_state->IsDelivering()) return;
+    m_flushing = true;
+    m_queue.m_state->Pin()->BeginFlush();
+  }
+  void EndFlush() {
+    if (m_flushing) m_queue.m_state->Pin()->EndFlush();
+  }
+  void Abandon() {
+    if (m_queue.m_thread) m_queue.m_thread.Abandon();
+  }
+
+  template <class Endings>
+  static void Finish(Endings& endings) {
+    ULONGLONG deadline = MonotonicMilliseconds() + kGrace;
+    for (Ending& each : endings) each.WaitUntil(deadline);
+    for (Ending& each : endings) each.FreeFromDownstream();
+    deadline = MonotonicMilliseconds() + kAfterFlush;
+    for (Ending& each : endings) each.WaitUntil(deadline);
+    for (Ending& each : endings) each.EndFlush();
+    deadline = MonotonicMilliseconds() + kLast;
+    for (Ending& each : endings) each.WaitUntil(deadline);
+    for (Ending& each : endings) each.Abandon();
+  }
+
+ private:
+  COutputQueue& m_queue;
+  bool m_flushing = false;  // downstream is
+};
+
 COutputQueue::~COutputQueue() {
   if (!m_state) return;
-  m_state->Terminate();
-  if (!m_thread) return;
-  if (m_thread.IsCurrent()) {
-    m_thread.Abandon();
-    return;
-  }
-  if (m_thread.JoinFor(kGrace)) return;
-  if (m_state->IsDelivering()) {
-    m_state->Pin()->BeginFlush();
-    const bool ended = m_thread.JoinFor(kAfterFlush);
-    m_state->Pin()->EndFlush();
-    if (ended) return;
-  }
-  if (!m_thread.JoinFor(kLast)) m_thread.Abandon();
+  std::array<Ending, 1> endings{Ending(*this)};
+  Ending::Finish(endings);
+}
+
+void COutputQueue::End(std::span<const std::shared_ptr<COutputQueue>> queues) noexcept {
+  // Without memory for the list each queue ends by itself.
+  static_cast<void>(ComBoundary([&] {
+    std::vector<Ending> endings;
+    endings.reserve(queues.size());
+    for (const auto& queue : queues) {
+      if (queue->m_state) endings.emplace_back(*queue);
+    }
+    Ending::Finish(endings);
+    return S_OK;
+  }));
 }
 
 HRESULT COutputQueue::Receive(IMediaSample* sample) {

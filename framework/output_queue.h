@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 
 #include "framework/platform/platform.h"
 #include "framework/thread.h"
@@ -34,7 +35,11 @@ class COutputQueue {
   /// Drops what waits and ends the thread. A thread inside downstream's Receive is waited for a moment,
   /// then freed by flushing downstream, and as a last resort left behind: it owns all it touches, passes
   /// on nothing more, and keeps the module loaded until it ends. The whole takes less than half a second.
+  /// A flush that was begun and not ended is ended for downstream.
   ~COutputQueue();
+  /// The same for several queues in the time of one, ahead of their destruction. They pass on nothing more.
+  /// Nobody else may end or destroy them meanwhile.
+  static void End(std::span<const std::shared_ptr<COutputQueue>> queues) noexcept;
   COutputQueue(const COutputQueue&) = delete;
   COutputQueue& operator=(const COutputQueue&) = delete;
 
@@ -69,6 +74,7 @@ class COutputQueue {
 
  private:
   class State;
+  class Ending;
   std::shared_ptr<State> m_state;
   CThread m_thread;  // shares the state, never this object
 };

@@ -17,7 +17,7 @@ COutputQueue::State::State(IPin* pin, IMemInputPin* input, const Settings& setti
     : m_pin(pin),
       m_input(input),
       m_settings(settings),
-      m_entries(static_cast<std::size_t>(std::max<LONG>(settings.listSize, 1))) {
+      m_entries(static_cast<std::size_t>(std::max<LONG>(settings.listSize, 1)) + kControlPlaces) {
   m_work.samples.reserve(static_cast<std::size_t>(settings.batchSize));
 }
 
@@ -136,6 +136,7 @@ HRESULT COutputQueue::State::PutSample(ComPtr<IMediaSample> sample) {
     // Released after the lock: the allocator has its own.
     return m_terminated ? S_FALSE : m_refusal;
   }
+  m_entries.KeepFree(1 + kControlPlaces);
   m_entries.Push(std::move(entry));
   if (CanTake()) WakeThread();
   return S_OK;
@@ -219,6 +220,11 @@ void COutputQueue::State::Terminate() {
   ++m_generation;
   WakeThread();
   DropEntries(false);
+}
+
+bool COutputQueue::State::TakeOverFlush() {
+  const CAutoLock hold(m_lock);
+  return std::exchange(m_flushPassedOn, false);
 }
 
 bool COutputQueue::State::IsIdle() const {

@@ -44,6 +44,9 @@ class COutputQueue::State {
   /// Drops everything; the thread ends as soon as it is back.
   void Terminate();
 
+  /// Downstream was told to flush and not that it is over; that is the caller's now. At the end only.
+  bool TakeOverFlush();
+
   bool IsQueued() const noexcept { return m_settings.queued; }
   bool IsIdle() const;
   bool IsDelivering() const;
@@ -68,6 +71,9 @@ class COutputQueue::State {
     std::vector<IMediaSample*> samples;  // a reference of each is held
     void ReleaseSamples() noexcept;
   };
+
+  // A new segment and the end of the stream always have a place, even without memory.
+  static constexpr std::size_t kControlPlaces = 2;
 
   bool CanTake() const noexcept;
   void Take();

@@ -18,9 +18,14 @@ class RingQueue {
   bool Empty() const noexcept { return m_count == 0; }
   T& Front() noexcept { return m_entries[m_first]; }
 
-  /// Throws std::bad_alloc, and is unchanged then.
+  /// Makes room for so many more entries. Throws std::bad_alloc, and is unchanged then.
+  void KeepFree(std::size_t count) {
+    while (m_entries.size() - m_count < count) Grow();
+  }
+
+  /// Throws std::bad_alloc, and is unchanged then; not when there is room.
   void Push(T entry) {
-    if (m_count == m_entries.size()) Grow();
+    KeepFree(1);
     m_entries[(m_first + m_count) % m_entries.size()] = std::move(entry);
     ++m_count;
   }

@@ -46,8 +46,6 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   virtual bool IsPastStop(const FrameInfo& frame);
   /// The frame needs no delivery now: it was held back or dropped.
   virtual bool HoldFrame(const FrameInfo& frame);
-  /// Active and connected.
-  bool HasQueue() const { return Queue() != nullptr; }
   /// Makes the queue for the connected peer. Filter lock held.
   virtual HRESULT CreateOutputQueue();
   /// What comes next is the first of a new segment, and no end of stream was sent.
@@ -95,6 +93,10 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   // From the record, without a copy: for every frame. Any thread.
   std::uint32_t TrackNumber() const noexcept { return m_trackNumber; }
   std::uint32_t TrackType() const noexcept { return m_trackType; }
+  /// Why OnData answered false. Worker only.
+  HRESULT Refusal() const noexcept { return m_refusal; }
+  /// Null while inactive or unconnected. Any thread.
+  std::shared_ptr<COutputQueue> Queue() const;
   /// While on, OnData and FlushPending fail where they would wait for room, a wait in progress included.
   void CancelWaits(bool on);
   void SetHolding(bool on);
@@ -150,7 +152,6 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   HRESULT DeliverRelative(const FrameInfo& frame, REFERENCE_TIME segmentStart);
   static HRESULT FillSample(IMediaSample& sample, const std::uint8_t* data, std::size_t size);
   void StartSegment(IMediaSample& sample);
-  std::shared_ptr<COutputQueue> Queue() const;
   ComPtr<CSampleBuffer> Buffer() const;
   void ExchangeQueue(std::shared_ptr<COutputQueue> queue);
   void EndHeldStream();
@@ -181,6 +182,7 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   PendingFrames m_pending;
 
  private:
+  HRESULT m_refusal = S_OK;  // the worker's
   bool m_holding = false;
   bool m_discontinuityPending = true;
   EndOfStreamState m_endOfStream = EndOfStreamState::kOpen;

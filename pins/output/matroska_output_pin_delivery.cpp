@@ -19,9 +19,11 @@ REFERENCE_TIME DurationOf(const FrameInfo& frame) { return static_cast<REFERENCE
 }  // namespace
 
 bool CMatroskaOutputPin::OnData(const FrameInfo& frame) {
+  m_refusal = VFW_E_NOT_COMMITTED;  // not activated
   if (!Queue()) return false;
   const HRESULT hr = ProcessFrame(frame);
   if (SUCCEEDED(hr)) return true;
+  m_refusal = hr;
   LogFormat("CMatroskaVideoPin::OnData %x", static_cast<unsigned>(hr));
   return false;
 }

@@ -121,6 +121,10 @@ HRESULT STDMETHODCALLTYPE CMatroskaOutputPin::SetPositions(LONGLONG* pCurrent, D
   const auto filter = HoldFilter();
   if (!filter) return VFW_E_NOT_CONNECTED;
   if (!IsConnected() || !m_host->ClaimSeekingOwner(this)) return S_OK;
+  if (!IsConnected()) {  // meanwhile, and nobody would take the claim back
+    m_host->ClearSeekingOwner();
+    return S_OK;
+  }
   return ComBoundary([&] {
     const DWORD mode = dwCurrentFlags & kPositioningBits;
     REFERENCE_TIME current = 0;

@@ -37,10 +37,7 @@ HRESULT CMatroskaVideoPin::Active() {
 }
 
 bool CMatroskaVideoPin::OnData(const FrameInfo& frame) {
-  if (!HasQueue()) {
-    LogText("CMatroskaVideoPin::OnData m_pOutputQ == NULL");
-    return false;
-  }
+  if (!Queue()) LogText("CMatroskaVideoPin::OnData m_pOutputQ == NULL");
   return CMatroskaOutputPin::OnData(m_annexB ? m_annexB->Convert(frame) : frame);
 }
 

@@ -18,8 +18,14 @@ void PendingFrames::Add(const FrameInfo& frame) {
   held.frame.data = held.bytes.data();
   const Number number = m_firstNumber + m_frames.size();
   m_frames.push_back(std::move(held));
-  m_byStart[StartOf(frame)] = number;
-  if (frame.keyFrame) m_keyFrames.push_back(number);
+  try {
+    if (frame.keyFrame) m_keyFrames.push_back(number);
+    m_byStart[StartOf(frame)] = number;
+  } catch (...) {
+    if (!m_keyFrames.empty() && m_keyFrames.back() == number) m_keyFrames.pop_back();
+    m_frames.pop_back();
+    throw;
+  }
 }
 
 REFERENCE_TIME PendingFrames::LatestStart() const noexcept { return m_byStart.empty() ? 0 : m_byStart.rbegin()->first; }

@@ -51,7 +51,7 @@ class PinHost {
   /// Turns holding on or off for every output pin. Worker, or application thread while it is idle.
   virtual void SetHoldingOnAllPins(bool on) = 0;
 
-  /// For every connected output pin, in pin order: drops held frames that start before `first` and
+  /// For every connected output pin, video pins last: drops held frames that start before `first` and
   /// delivers the rest. The first failure ends it, and what is held then is dropped. Worker only.
   virtual HRESULT ReleaseHeldFrames(REFERENCE_TIME first) = 0;
 
