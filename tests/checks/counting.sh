@@ -45,19 +45,29 @@ count_report() {
   run_passed=$(($(report_total tests "$1") - run_failed - run_skipped))
 }
 
-# What went wrong beyond the cases' own verdicts: a leak found at the end, a program without cases.
+# What went wrong beyond the cases' own verdicts: a leak found at the end, a program without cases, one
+# that wrote its report and never ended.
 count_exit_code() {
   case $2 in
-    0) if [ $((run_passed + run_failed + run_skipped)) -eq 0 ]; then run_failed=1; fi ;;
-    1) if [ "$run_failed" -eq 0 ]; then run_failed=1; fi ;;
+    0) [ $((run_passed + run_failed + run_skipped)) -eq 0 ] || return 0 ;;
     124 | 137) echo "        ended by its time limit" >>"$1" ;;
-    *) if [ "$run_failed" -eq 0 ]; then run_failed=1; fi ;;
   esac
+  if [ "$run_failed" -eq 0 ]; then
+    run_failed=1
+  fi
 }
 
+# What a log says about its failures, so that the terminal alone explains them: the messages of each case
+# with the lines that follow them, and the case's name. One case does not crowd out the others.
 show_failures() {
-  grep -aE '^\[  FAILED  \] .* ms\)|Failure$|runtime error:|ERROR: |WARNING: ThreadSanitizer|terminate called' "$1" |
-    head -n 20 || true
+  tr -d '\r' <"$1" | awk '
+    function show(text) { if (++shown <= 100) print substr(text, 1, 400) }
+    /^\[ RUN      \]/ { messages = 0 }
+    /^\[[- =A-Z0-9]*\]/ { more = 0 }
+    /^\[  FAILED  \] .* ms\)$/ { show($0) }
+    /: Failure$|runtime error:|ERROR: |WARNING: ThreadSanitizer|terminate called/ { more = ++messages <= 3 ? 12 : 0 }
+    more > 0 { more--; show($0) }
+    END { if (shown > 100) print "        and " shown - 100 " more lines in the log" }'
   echo "        last lines:"
   tail -n 8 "$1" | sed 's/^/        /'
 }
