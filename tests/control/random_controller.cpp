@@ -251,9 +251,13 @@ void RandomController::DropSinks(bool connectedToo) {
     m_sinks.erase(first, m_sinks.end());
   }
   for (const auto& sink : dropped) {
-    m_graph.Graph()->RemoveFilter(sink.Get());  // the splitter may have taken it out already
-    const CAutoLock lock(m_lock);
-    m_afterEnd += sink->AfterEnd();
+    // Another thread may have rendered a pin into it meanwhile, and the splitter have taken it out.
+    if (m_graph.Graph()->RemoveFilter(sink.Get()) == VFW_E_NOT_STOPPED) {
+      Keep(sink);
+    } else {
+      const CAutoLock lock(m_lock);
+      m_afterEnd += sink->AfterEnd();
+    }
   }
 }
 

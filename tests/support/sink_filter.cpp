@@ -95,6 +95,7 @@ void CSinkFilter::LetGo() {
 }
 
 HRESULT CSinkFilter::Take(IMediaSample* sample) {
+  Arrive();
   if (m_onSample) m_onSample(sample);
   SinkEvent event = Describe(sample, m_kind == SinkKind::kRecording);
   Record(std::move(event));
@@ -109,13 +110,12 @@ HRESULT CSinkFilter::Take(IMediaSample* sample) {
 }
 
 void CSinkFilter::Record(SinkEvent event) {
-  const bool isFlush = event.kind == SinkEvent::Kind::kBeginFlush || event.kind == SinkEvent::Kind::kEndFlush;
-  if (!isFlush && m_isOver) ++m_afterEnd;
   const CAutoLock lock(m_recordLock);
   m_events.push_back(std::move(event));
 }
 
 void CSinkFilter::End() {
+  Arrive();
   Record({.kind = SinkEvent::Kind::kEndOfStream});
   m_isOver = true;
   m_ended.Set();
@@ -169,6 +169,7 @@ HRESULT STDMETHODCALLTYPE CSinkPin::EndFlush() {
 }
 
 HRESULT STDMETHODCALLTYPE CSinkPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
+  m_sink.Arrive();
   m_sink.Record({.kind = SinkEvent::Kind::kNewSegment, .start = tStart, .stop = tStop, .rate = dRate});
   return CBaseInputPin::NewSegment(tStart, tStop, dRate);
 }

@@ -79,6 +79,7 @@ class CSinkFilter : public CBaseFilter {
   void Record(SinkEvent event);
   void End();
   void Begin() { m_isOver = false; }
+  void Arrive() { m_afterEnd += m_isOver ? 1 : 0; }
   void Unblock();
   void Block();
 

@@ -46,6 +46,7 @@ HRESULT STDMETHODCALLTYPE CFilterGraph::RemoveFilter(IBaseFilter* pFilter) {
   for (const ComPtr<IPin>& pin : PinsOf(pFilter)) {
     ComPtr<IPin> peer;
     if (FAILED(pin->ConnectedTo(peer.Put()))) continue;
+    if (m_state != State_Stopped) return VFW_E_NOT_STOPPED;
     peer->Disconnect();
     pin->Disconnect();
   }
