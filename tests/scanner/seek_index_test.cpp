@@ -89,16 +89,6 @@ TEST(SeekIndex, FailingReadOrPendingEventLeavesNoneAndItIsTriedAgain) {
   }
 }
 
-TEST(SeekIndex, DeliveryBeginsOnePointBeforeTheStart) {
-  for (const auto& [start, first] : {std::pair{0, 0}, {50000000, 0}, {150000000, 0}, {200000000, 100000000}}) {
-    OpenFile file(FileOf(ThreeClusters()));
-    file.scanner.BuildIndex();
-    file.scanner.SetStartTime(static_cast<std::uint64_t>(start));
-    file.Process();
-    EXPECT_EQ(file.StartTimes().at(0), first) << start;
-  }
-}
-
 TEST(SeekIndex, PositionOutsideTheFileStartsAtTheFront) {
   ByteString points;
   for (const std::uint64_t time : {0, 1}) {
