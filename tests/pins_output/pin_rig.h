@@ -11,7 +11,6 @@
 
 #include "framework/critical_section.h"
 #include "pins/output/matroska_audio_pin.h"
-#include "pins/output/matroska_subtitle_pin.h"
 #include "pins/output/matroska_video_pin.h"
 #include "pins/output/pin_host.h"
 #include "tests/framework/fakes.h"
@@ -145,14 +144,9 @@ template <>
 inline const GUID& Rig<CMatroskaAudioPin>::MajorType() {
   return MEDIATYPE_Audio;
 }
-template <>
-inline const GUID& Rig<CMatroskaSubtitlePin>::MajorType() {
-  return MEDIATYPE_Text;
-}
 
 using VideoRig = Rig<CMatroskaVideoPin>;
 using AudioRig = Rig<CMatroskaAudioPin>;
-using SubtitleRig = Rig<CMatroskaSubtitlePin>;
 
 /// The events' kinds in one letter each: n(ew segment) s(ample) e(nd) b(egin flush) f(lush ended).
 std::string Order(const std::vector<SinkEvent>& events);
