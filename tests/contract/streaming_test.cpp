@@ -57,24 +57,6 @@ TEST_F(Streaming, RunAfterPauseDoesNotStartOver) {
   for (const auto& sink : Graph().Sinks()) ExpectOnePass(*sink, 100);
 }
 
-TEST_F(Streaming, AfterAFlushTheNextSampleOpensANewSegment) {
-  OpenMovie({.videos = 0, .audios = 1, .frames = 400, .frameSize = 60000});
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kHolding), S_OK);
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  CSinkFilter& sink = Graph().Sink(0);
-  ASSERT_TRUE(sink.WaitForSample(kPatience));
-  EXPECT_EQ(Graph().InputPin()->BeginFlush(), S_OK);
-  sink.Clear();
-  EXPECT_EQ(Graph().InputPin()->EndFlush(), S_OK);
-  ASSERT_TRUE(sink.WaitForSample(kPatience));
-  const std::vector<SinkEvent> events = sink.Events();
-  ASSERT_GE(events.size(), 3U);
-  EXPECT_EQ(events[0].kind, Kind::kEndFlush);
-  EXPECT_EQ(events[1].kind, Kind::kNewSegment);
-  EXPECT_EQ(events[2].kind, Kind::kSample);
-  EXPECT_TRUE(events[2].discontinuity);
-}
-
 TEST_F(Streaming, AFlushFromUpstreamReachesEverySinkAndNothingComesInBetween) {
   OpenMovie({.videos = 1, .audios = 1, .frames = 2000});
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kSlow), S_OK);
