@@ -1,26 +1,31 @@
 #!/bin/sh
-# Installs the Debian packages that ./play or ./test needs and the machine lacks.
-# Usage: packaging/setup.sh play|test. Prints nothing when there is nothing to do.
+# Installs the Debian packages that ./play, ./package or ./test needs and the machine lacks.
+# Usage: packaging/setup.sh play|package|test. Prints nothing when there is nothing to do.
 set -eu
 
-purpose=${1:?usage: packaging/setup.sh play|test}
+purpose=${1:?usage: packaging/setup.sh play|package|test}
 
-# What building the Windows host and playing under Wine takes.
-play_packages='
+# What building the Windows host takes.
+build_packages='
   cmake ninja-build patch dpkg-dev xz-utils python3
   g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64
   googletest libcli11-dev nlohmann-json3-dev libfmt-dev
   libz-mingw-w64-dev libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev
-  wine wine64 xvfb
 '
-# What Wine loads while it runs, and only recommends: windows, fonts, and drawing through OpenGL.
-play_packages="$play_packages
+# Wine, and what it loads while it runs and only recommends: windows, fonts, and drawing through OpenGL.
+play_packages="$build_packages
+  wine wine64 xvfb
   libxcomposite1 libxcursor1 libxfixes3 libxi6 libxinerama1 libxrandr2 libxrender1 libxxf86vm1
   fonts-wine libgl1 libgl1-mesa-dri
 "
-# What the native builds, the 32-bit module and the checks take besides.
+# What the 32-bit module and the packages take besides.
+package_packages='
+  git g++-mingw-w64-i686-posix binutils-mingw-w64-i686
+  zip wixl msitools
+'
+# What the native builds and the checks take besides.
 test_packages='
-  git g++ g++-mingw-w64-i686-posix binutils-mingw-w64-i686
+  g++
   clang clang-tidy clang-format ffmpeg
   libgtest-dev zlib1g-dev libgcrypt20-dev libgpg-error-dev
 '
@@ -32,7 +37,8 @@ fail() {
 
 case $purpose in
   play) wanted=$play_packages ;;
-  test) wanted="$play_packages $test_packages" ;;
+  package) wanted="$build_packages $package_packages" ;;
+  test) wanted="$play_packages $package_packages $test_packages" ;;
   *) fail "unknown purpose $purpose" ;;
 esac
 

@@ -1,0 +1,153 @@
+# shellcheck shell=sh
+# What a package holds and how it is put together, for ./package, which sets $root and sources this.
+# Nothing here may depend on the time, the folder, the user or the order of a folder's entries: the
+# packages of one commit are the same bytes everywhere.
+
+: "${root:?}"
+# Names below which the installer's codes are made. Must never change: upgrades find older versions by them.
+codes_namespace=57076f48-6d98-4968-a353-2019beaf924b
+# Packages whose licences want their text beside the binaries that contain them.
+noticed_packages='
+  libcli11-dev nlohmann-json3-dev libfmt-dev libz-mingw-w64-dev
+  libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev mingw-w64-common
+'
+export LC_ALL=C TZ=UTC
+umask 022
+
+package_fail() {
+  echo "package: $*" >&2
+  exit 1
+}
+
+# The version is kept in one place, the project's.
+version=$(sed -n 's/^project(tarvex VERSION \([0-9.]*\) .*/\1/p' "$root/CMakeLists.txt")
+[ -n "$version" ] || package_fail 'CMakeLists.txt names no version'
+
+git_here() {
+  git -C "$root" -c safe.directory='*' "$@"
+}
+
+# Every time in the packages is the commit's, or SOURCE_DATE_EPOCH where there is no repository.
+choose_times() {
+  if [ -e "$root/.git" ]; then
+    SOURCE_DATE_EPOCH=$(git_here log -1 --format=%ct)
+    if [ -n "$(git_here status --porcelain)" ]; then
+      echo 'package: the checkout has changes that are not committed; these are no packages to publish' >&2
+    fi
+  elif [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
+    package_fail 'no git repository here; set SOURCE_DATE_EPOCH to the time of the release, in seconds'
+  fi
+  export SOURCE_DATE_EPOCH
+}
+
+# Texts are read with the editors of Windows.
+install_text() {
+  sed -e 's/\r*$/\r/' -e "s/@VERSION@/$version/g" "$1" >"$2"
+}
+
+strip_into() {
+  "$1-strip" -o "$3" "$2"
+  chmod 755 "$3"
+}
+
+triplet_of() {
+  case $1 in
+    x64) echo x86_64-w64-mingw32 ;;
+    x86) echo i686-w64-mingw32 ;;
+  esac
+}
+
+write_notices() {
+  cat "$root/THIRD_PARTY_NOTICES.md"
+  printf '\n## Licence texts\n\nThe text of the LGPL is in LICENSE.txt.\n'
+  for name in $noticed_packages; do
+    [ -r "/usr/share/doc/$name/copyright" ] || package_fail "/usr/share/doc/$name/copyright is missing"
+    printf '\n\n======== %s ========\n\n' "$name"
+    cat "/usr/share/doc/$name/copyright"
+  done
+}
+
+# The programs are those that ./test tries, less their debug information. stage_files ARCH FOLDER
+stage_files() {
+  binaries=$root/build/windows-$1
+  mkdir -p "$2"
+  for name in tarvex.dll mkvhost.exe; do
+    strip_into "$(triplet_of "$1")" "$binaries/$name" "$2/$name"
+  done
+  for name in README.txt register.cmd unregister.cmd; do
+    install_text "$root/packaging/windows/$name" "$2/$name"
+  done
+  install_text "$root/LICENSE" "$2/LICENSE.txt"
+  write_notices >"$2/notices"
+  install_text "$2/notices" "$2/THIRD_PARTY_NOTICES.txt"
+  rm "$2/notices"
+  find "$2" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
+}
+
+# make_zip FOLDER NAME ZIP: packs FOLDER/NAME, by name and without what only this machine knows.
+make_zip() {
+  (cd "$1" && find "$2" -type f | sort | zip -q -9 -X -D "$3" -@) || package_fail "zip failed for $2"
+}
+
+# A code that stays the same for the same name. code_for NAME
+code_for() {
+  python3 -c 'import sys, uuid; print(str(uuid.uuid5(uuid.UUID(sys.argv[1]), sys.argv[2])).upper())' \
+    "$codes_namespace" "$1"
+}
+
+# The two architectures are products of their own, which may be installed side by side.
+run_wixl() {
+  case $1 in
+    x64) folder=ProgramFiles64Folder is_win64=yes ;;
+    x86) folder=ProgramFilesFolder is_win64=no ;;
+  esac
+  (cd "$2" && wixl -a "$1" -o "$3" -D "Arch=$1" -D "Version=$version" \
+    -D "ProgramFiles=$folder" -D "Win64=$is_win64" \
+    -D "ProductCode=$(code_for "product $1 $version")" -D "UpgradeCode=$(code_for "upgrade $1")" \
+    -D "ModuleCode=$(code_for "module $1")" -D "HostCode=$(code_for "host $1")" \
+    -D "TextsCode=$(code_for "texts $1")" "$root/packaging/windows/tarvex.wxs")
+}
+
+# import_table MSI FILE: the installer's text form of tables has Windows line ends.
+import_table() {
+  sed 's/\r*$/\r/' "$2" >"$1.idt"
+  msibuild "$1" -i "$1.idt"
+  rm "$1.idt"
+}
+
+# What wixl has no words for. A file with a version replaces one with a lower version only if the
+# installer knows its version. And of two versions' equal registry entries, the older's removal must not
+# take the newer's away, so the older product goes first.
+complete_tables() {
+  import_table "$1" "$root/packaging/windows/registry.idt"
+  import_table "$1" "$root/packaging/windows/remove_registry.idt"
+  msibuild "$1" -q "UPDATE InstallExecuteSequence SET Sequence = 1401 WHERE Action = 'RemoveExistingProducts'"
+  for name in tarvex.dll mkvhost.exe; do
+    msibuild "$1" -q "UPDATE File SET Version = '$version.0', Language = '1033' WHERE File = '$name'"
+    msibuild "$1" -q "DELETE FROM MsiFileHash WHERE File_ = '$name'"
+  done
+}
+
+# write_summary ARCH PACKAGE-CODE, in the form of an installer table
+write_summary() {
+  case $1 in
+    x64) platform=x64 ;;
+    x86) platform=Intel ;;
+  esac
+  time=$(date -d "@$SOURCE_DATE_EPOCH" '+%Y/%m/%d %H:%M:%S')
+  printf 'PropertyId\tValue\ni2\tl255\n_SummaryInformation\tPropertyId\n'
+  printf '%s\t%s\n' 1 1252 2 'Installation Database' 3 "Tarvex Matroska Splitter $version ($1)" 4 Tarvex \
+    5 Installer 7 "$platform;1033" 9 "{$2}" 12 "$time" 13 "$time" 14 200 15 2 18 wixl 19 2
+}
+
+# The package code must be another for every other content. So it is made from all the rest of the file.
+# make_installer ARCH FOLDER MSI
+make_installer() {
+  run_wixl "$1" "$2" "$3" || package_fail "wixl failed for $3"
+  complete_tables "$3"
+  write_summary "$1" 00000000-0000-0000-0000-000000000000 >"$3.summary"
+  import_table "$3" "$3.summary"
+  write_summary "$1" "$(code_for "package $(sha256sum <"$3")")" >"$3.summary"
+  import_table "$3" "$3.summary"
+  rm "$3.summary"
+}
