@@ -93,12 +93,15 @@ has_sound_device() {
 }
 
 # Without a sound card an audio renderer cannot be connected. ALSA's null device stands in: it takes
-# sound at the pace of a real one.
+# sound at the pace of a real one. There is no null device for music instruments (MIDI), which Wine looks
+# for as well. Every way to be without one writes a line to the terminal, except this: a setting that the
+# device does not know makes it refuse to open.
 use_null_sound() {
   mkdir -p "$XDG_CACHE_HOME"
   cat >"$XDG_CACHE_HOME/asound.conf" <<'END'
 pcm.!default { type null }
 ctl.!default { type null }
+seq.!default { type hw absent true }
 END
   export ALSA_CONFIG_PATH="$XDG_CACHE_HOME/asound.conf"
   # The sound server's client library leaves a folder in the user's configuration otherwise.
