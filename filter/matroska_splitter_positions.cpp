@@ -6,6 +6,8 @@
 namespace tarvex {
 
 HRESULT CMatroskaSplitter::SetPlayRange(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+  // A queue's thread may be here, and a seek in progress flush its queue.
+  const COutputQueue::CallFromDownstream call;
   const CAutoLock lock(m_positionLock);
   if (stop == 0 || stop < start) stop = m_timeline.Duration();
   const bool interrupted = Interrupt();
@@ -25,6 +27,7 @@ bool CMatroskaSplitter::ClaimSeekingOwner(const CMatroskaOutputPin* pin) {
 void CMatroskaSplitter::ClearSeekingOwner() { m_seekingOwner = nullptr; }
 
 void CMatroskaSplitter::SetTimeFormatOnAllPins(const GUID& format) {
+  const COutputQueue::CallFromDownstream call;
   const CAutoLock lock(m_positionLock);
   for (const auto& pin : m_outputPins) pin->StoreTimeFormat(format);
 }

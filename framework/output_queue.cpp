@@ -162,6 +162,14 @@ void COutputQueue::Reset() {
   if (m_state) m_state->Reset();
 }
 
+COutputQueue::CallFromDownstream::CallFromDownstream() : m_state(State::PassingOnHere()) {
+  if (m_state != nullptr) m_state->SetCalledBack(true);
+}
+
+COutputQueue::CallFromDownstream::~CallFromDownstream() {
+  if (m_state != nullptr) m_state->SetCalledBack(false);
+}
+
 bool COutputQueue::IsIdle() const { return !m_state || m_state->IsIdle(); }
 
 bool COutputQueue::IsQueued() const noexcept { return m_state && m_state->IsQueued(); }

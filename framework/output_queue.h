@@ -72,11 +72,26 @@ class COutputQueue {
   /// A thread passes samples on.
   bool IsQueued() const noexcept;
 
+  /// While it lives, a flush does not wait for the calling thread to come back from downstream. For calls
+  /// from downstream that wait for somebody who may be flushing. Any thread.
+  class CallFromDownstream;
+
  private:
   class State;
   class Ending;
   std::shared_ptr<State> m_state;
   CThread m_thread;  // shares the state, never this object
+};
+
+class [[nodiscard]] COutputQueue::CallFromDownstream {
+ public:
+  CallFromDownstream();
+  ~CallFromDownstream();
+  CallFromDownstream(const CallFromDownstream&) = delete;
+  CallFromDownstream& operator=(const CallFromDownstream&) = delete;
+
+ private:
+  State* const m_state;  // of the queue that passes on by this thread; null for none
 };
 
 }  // namespace tarvex

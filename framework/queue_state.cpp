@@ -13,6 +13,8 @@ constexpr DWORD kFlushWait = 500;
 
 }  // namespace
 
+thread_local COutputQueue::State* COutputQueue::State::t_passingOn = nullptr;
+
 COutputQueue::State::State(IPin* pin, IMemInputPin* input, const Settings& settings)
     : m_pin(pin),
       m_input(input),
@@ -77,7 +79,9 @@ bool COutputQueue::State::Step() {
   const unsigned generation = m_generation;
   m_delivererId = CurrentThreadId();
   m_lock.Unlock();
+  State* const outer = std::exchange(t_passingOn, this);
   const HRESULT hr = PassOn();
+  t_passingOn = outer;
   m_work.ReleaseSamples();
   m_lock.Lock();
   if (hr != S_OK && generation == m_generation) Refuse(hr);
@@ -195,7 +199,7 @@ void COutputQueue::State::EndFlush() {
     // On the thread that is passing on, waiting for its return would be waiting for ourselves.
     if (m_delivererId != CurrentThreadId()) {
       ++m_flushWaiters;
-      m_back.WaitUntil(m_lock, kFlushWait, [this] { return m_delivererId == 0; });
+      m_back.WaitUntil(m_lock, kFlushWait, [this] { return m_delivererId == 0 || m_calledBack; });
       --m_flushWaiters;
     }
   }
@@ -205,6 +209,12 @@ void COutputQueue::State::EndFlush() {
   m_flushPassedOn = false;
   m_passedOnSinceFlush = false;
   m_refusal = S_OK;
+}
+
+void COutputQueue::State::SetCalledBack(bool on) {
+  const CAutoLock hold(m_lock);
+  m_calledBack = on;
+  if (m_flushWaiters != 0) m_back.WakeAll();
 }
 
 void COutputQueue::State::Reset() {

@@ -47,6 +47,11 @@ class COutputQueue::State {
   /// Downstream was told to flush and not that it is over; that is the caller's now. At the end only.
   bool TakeOverFlush();
 
+  /// The state whose work the calling thread is passing on, or null.
+  static State* PassingOnHere() noexcept { return t_passingOn; }
+  /// The thread that is passing on has called back, and waits.
+  void SetCalledBack(bool on);
+
   bool IsQueued() const noexcept { return m_settings.queued; }
   bool IsIdle() const;
   bool IsDelivering() const;
@@ -85,19 +90,22 @@ class COutputQueue::State {
   void DropEntries(bool keepEnd);
   void WakeThread() noexcept;
 
+  static thread_local State* t_passingOn;
+
   const ComPtr<IPin> m_pin;
   const ComPtr<IMemInputPin> m_input;
   const Settings m_settings;
 
   mutable CCritSec m_lock{"COutputQueue", LockRank::kLeaf};
   CConditionVariable m_wake;  // the thread: there is something to take, or the end
-  CConditionVariable m_back;  // EndFlush: nothing is being passed on
+  CConditionVariable m_back;  // EndFlush: nothing is being passed on, or who does it waits for us
   Entries m_entries;
   Work m_work;
   std::size_t m_released = 0;  // entries at the front that do not wait for a full batch
   HRESULT m_refusal = S_OK;
   unsigned m_generation = 0;  // of flushes: a result from before one says nothing after it
   DWORD m_delivererId = 0;    // the thread that is passing on, 0 for none
+  bool m_calledBack = false;
   unsigned m_flushWaiters = 0;
   bool m_threadSleeps = false;
   bool m_flushing = false;
