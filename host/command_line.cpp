@@ -50,22 +50,29 @@ std::string RefuseNonPositive(const std::string& text) {
   return isNumber && seconds > 0 && seconds < 1e9 ? std::string() : text + " is no number of seconds";
 }
 
-void AddPlay(CLI::App& app, Parsed& parsed) {
+CLI::App* AddPlay(CLI::App& app, Parsed& parsed) {
   CLI::App* command = app.add_subcommand("play", "Play a file; streams that nothing can render are counted");
   AddSessionOptions(*command, parsed.session);
   command->add_flag("--no-clock", parsed.withoutClock, "as fast as the data flows");
   command->add_option("--duration-limit", parsed.seconds, "stop after so many seconds")
       ->type_name("SECONDS")
       ->check(CLI::Validator(RefuseNonPositive, std::string()));
+  return command;
+}
+
+void AddSettings(CLI::App& app, Parsed& parsed) {
+  CLI::App* command = app.add_subcommand("settings", "Show the settings and chapters of the splitter in a window");
+  AddSessionOptions(*command, parsed.session);
 }
 
 // The parser itself would only say that a command is missing.
 void RequireCommand(const CLI::App& app, const std::vector<std::string>& arguments) {
-  if (arguments.empty()) throw HostError(ExitCode::kUsage, "no command: info, dump or play (mkvhost --help says more)");
+  if (arguments.empty())
+    throw HostError(ExitCode::kUsage, "no command: info, dump, play or settings (mkvhost --help says more)");
   const std::string& first = arguments.front();
   const auto isFirst = [&first](const CLI::App* command) { return command->get_name() == first; };
   if (first.starts_with('-') || !app.get_subcommands(isFirst).empty()) return;
-  throw HostError(ExitCode::kUsage, first + " is no command: info, dump or play (mkvhost --help says more)");
+  throw HostError(ExitCode::kUsage, first + " is no command: info, dump, play or settings (mkvhost --help says more)");
 }
 
 void Parse(CLI::App& app, const std::vector<std::string>& arguments) {
@@ -84,7 +91,8 @@ CommandOptions ParseCommandLine(const std::vector<std::string>& arguments) {
   app.set_version_flag("--version", "mkvhost " TARVEX_VERSION);
   const CLI::App* info = AddInfo(app, parsed);
   const CLI::App* dump = AddDump(app, parsed);
-  AddPlay(app, parsed);
+  const CLI::App* play = AddPlay(app, parsed);
+  AddSettings(app, parsed);
   try {
     Parse(app, arguments);
   } catch (const CLI::Success& success) {
@@ -96,6 +104,7 @@ CommandOptions ParseCommandLine(const std::vector<std::string>& arguments) {
   }
   if (*info) return InfoOptions{parsed.session, parsed.json};
   if (*dump) return DumpOptions{parsed.session, parsed.json, parsed.bytesFolder};
+  if (!*play) return SettingsOptions{parsed.session};
   return PlayOptions{parsed.session, parsed.withoutClock,
                      parsed.seconds > 0 ? std::optional(parsed.seconds) : std::nullopt};
 }

@@ -8,6 +8,7 @@
 #include "host/dump_command.h"
 #include "host/info_command.h"
 #include "host/play_command.h"
+#include "host/settings_command.h"
 
 namespace tarvex::host {
 
@@ -16,7 +17,7 @@ struct TextOptions {
   std::string text;
 };
 
-using CommandOptions = std::variant<TextOptions, InfoOptions, DumpOptions, PlayOptions>;
+using CommandOptions = std::variant<TextOptions, InfoOptions, DumpOptions, PlayOptions, SettingsOptions>;
 
 /// `arguments` without the program's name, as NarrowFileName gives them. Throws HostError with kUsage.
 CommandOptions ParseCommandLine(const std::vector<std::string>& arguments);

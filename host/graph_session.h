@@ -31,6 +31,7 @@ class CGraphSession {
   // Valid as long as this object; not counted.
   IGraphBuilder* Graph() const noexcept { return m_graph.Get(); }
   IBaseFilter* Splitter() const noexcept { return m_splitter.Get(); }
+  const CModuleLoader& Module() const noexcept { return m_module; }
 
   std::vector<ComPtr<IPin>> OutputPins() const;
 

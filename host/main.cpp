@@ -34,6 +34,7 @@ struct Runner {
   void operator()(const InfoOptions& options) const { RunInfo(options); }
   void operator()(const DumpOptions& options) const { RunDump(options); }
   void operator()(const PlayOptions& options) const { RunPlay(options); }
+  void operator()(const SettingsOptions& options) const { RunSettings(options); }
 };
 
 ExitCode Run() {

@@ -41,11 +41,11 @@ CModuleLoader::~CModuleLoader() {
   if (canUnload == nullptr || canUnload() == S_OK) FreeLibrary(m_module);
 }
 
-ComPtr<IClassFactory> CModuleLoader::FactoryOfModule() const {
+ComPtr<IClassFactory> CModuleLoader::Factory(REFCLSID clsid) const {
+  if (m_module == nullptr) return nullptr;
   const auto getClassObject = FunctionOf<GetClassObject>(m_module, "DllGetClassObject");
   ComPtr<IClassFactory> factory;
-  if (getClassObject == nullptr ||
-      FAILED(getClassObject(CLSID_MatroskaSplitter, IID_IClassFactory, factory.PutVoid()))) {
+  if (getClassObject == nullptr || FAILED(getClassObject(clsid, IID_IClassFactory, factory.PutVoid()))) {
     throw HostError(ExitCode::kModuleNotFound, m_path + ": holds no Tarvex Matroska Splitter");
   }
   return factory;
@@ -55,7 +55,7 @@ ComPtr<IBaseFilter> CModuleLoader::CreateSplitter() const {
   ComPtr<IBaseFilter> filter;
   HRESULT result = S_OK;
   if (m_module != nullptr) {
-    result = FactoryOfModule()->CreateInstance(nullptr, IID_IBaseFilter, filter.PutVoid());
+    result = Factory(CLSID_MatroskaSplitter)->CreateInstance(nullptr, IID_IBaseFilter, filter.PutVoid());
   } else {
     result = CoCreateInstance(CLSID_MatroskaSplitter, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, filter.PutVoid());
   }

@@ -21,9 +21,11 @@ class CModuleLoader {
   /// A new splitter filter. Throws HostError.
   ComPtr<IBaseFilter> CreateSplitter() const;
 
- private:
-  ComPtr<IClassFactory> FactoryOfModule() const;
+  /// The factory of a class of the named DLL; null when no DLL is named, since COM knows the class then.
+  /// Throws HostError when the DLL has no such class.
+  ComPtr<IClassFactory> Factory(REFCLSID clsid) const;
 
+ private:
   const std::string m_path;
   HMODULE m_module = nullptr;
 };

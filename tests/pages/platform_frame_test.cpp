@@ -1,4 +1,5 @@
-// Both pages in the platform's own property frame, opened as hosts do: from the filter's list of pages.
+// Both pages in the platform's own property frame, opened as hosts do, from the filter's list of pages; and
+// by mkvhost.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -8,6 +9,7 @@
 #include "framework/co_task_mem.h"
 #include "framework/thread.h"
 #include "include/tarvex/class_ids.h"
+#include "tests/host/host_process.h"
 #include "tests/pages/page_frame.h"
 #include "tests/pages/page_picture.h"
 #include "tests/support/splitter_module.h"
@@ -18,6 +20,23 @@
 
 namespace tarvex::test {
 namespace {
+
+/// Makes a class of the module under test known to COM, whatever is registered.
+class PageClass {
+ public:
+  explicit PageClass(REFCLSID clsid) {
+    ComPtr<IUnknown> factory;
+    EXPECT_EQ(GetClassObject(clsid, IID_IUnknown, factory.PutVoid()), S_OK);
+    EXPECT_EQ(CoRegisterClassObject(clsid, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_registration),
+              S_OK);
+  }
+  ~PageClass() { CoRevokeClassObject(m_registration); }
+  PageClass(const PageClass&) = delete;
+  PageClass& operator=(const PageClass&) = delete;
+
+ private:
+  DWORD m_registration = 0;
+};
 
 /// The frame, on a thread of its own that it blocks until it is closed.
 class FrameThread {
@@ -52,6 +71,13 @@ class FrameThread {
   void Show() {
     m_threadId = GetCurrentThreadId();
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    ShowPages();
+    CoUninitialize();
+  }
+
+  void ShowPages() {
+    const PageClass settings(CLSID_MatroskaSettingsPage);
+    const PageClass about(CLSID_MatroskaAboutPage);
     CAUUID pages{};
     m_result = QueryFor<ISpecifyPropertyPages>(m_object)->GetPages(&pages);
     CoTaskMem<GUID> ids;
@@ -60,7 +86,6 @@ class FrameThread {
       m_result = OleCreatePropertyFrame(nullptr, 20, 20, L"Tarvex Matroska Splitter", 1, &m_object, pages.cElems,
                                         ids.Get(), LOCALE_USER_DEFAULT, 0, nullptr);
     }
-    CoUninitialize();
   }
 
   IUnknown* m_object;
@@ -117,6 +142,31 @@ TEST(PlatformFrame, ShowsBothPages) {
     EXPECT_EQ(frame.Close(), S_OK);
   }
   EXPECT_TRUE(ModuleBecomesIdle());
+}
+
+// Of whichever process: a window with this in its title and a page in it.
+HWND FindFrame(const wchar_t* title) {
+  HWND frame = nullptr;
+  while ((frame = FindWindowExW(nullptr, frame, nullptr, nullptr)) != nullptr) {
+    if (TextOf(frame).find(title) != std::wstring::npos && FindControl(frame, 1004) != nullptr) break;
+  }
+  return frame;
+}
+
+TEST(PlatformFrame, IsWhatTheHostShows) {
+  host::test::HostResult result;
+  CThread host;
+  const HRESULT started = host.Start([&result] {
+    const auto file = host::test::SourcePath("tests/data/sample.mkv");
+    result = host::test::RunHostWithModule({L"settings", file});
+  });
+  ASSERT_EQ(started, S_OK);
+  HWND frame = nullptr;
+  EXPECT_TRUE(Eventually([&] { return (frame = FindFrame(L"Tarvex Matroska Splitter")) != nullptr; }));
+  PostMessageW(frame, WM_COMMAND, IDOK, 0);
+  host.Join();
+  EXPECT_EQ(result.code, 0U) << result.errors;
+  EXPECT_NE(result.output.find("Annex B output: off"), std::string::npos) << result.output;
 }
 
 }  // namespace
