@@ -150,6 +150,11 @@ compare_entries() {
   rm -rf "$WINEPREFIX"
 }
 
+use_null_sound
+if [ -z "${DISPLAY:-}" ]; then
+  trap stop_display EXIT
+  start_display
+fi
 case $step in
   prefix) make_clean_prefix ;;
   installer) try_installer ;;
