@@ -1,0 +1,34 @@
+// What is fuzzed: each function takes one input and returns whatever the input is. What must not happen is
+// what the sanitizers and the limits of the runner see. Shared by the fuzzers and by the replay test.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace tarvex::fuzz {
+
+using Input = std::span<const std::uint8_t>;
+
+/// Opens a file: headers, tracks, chapters.
+void FuzzOpen(Input file);
+/// Also makes the seek index in both ways and looks times up in it.
+void FuzzIndex(Input file);
+/// Delivers all frames, with content decoding, from the front and from the middle.
+void FuzzDeliver(Input file);
+/// Media types of a track whose codec, codec data and numbers are the input's.
+void FuzzMediaTypes(Input track);
+/// Start codes for a frame; the first bytes are the length size and the parameter sets.
+void FuzzAnnexB(Input frame);
+/// The whole filter with every pin connected; the last bytes are a script of seeks, stops and runs.
+void FuzzFilter(Input fileAndScript);
+
+struct Target {
+  const char* name;  ///< also of its folders of inputs
+  void (*run)(Input);
+};
+inline constexpr Target kTargets[] = {
+    {"open", FuzzOpen},     {"index", FuzzIndex},   {"deliver", FuzzDeliver}, {"media_types", FuzzMediaTypes},
+    {"annexb", FuzzAnnexB}, {"filter", FuzzFilter},
+};
+
+}  // namespace tarvex::fuzz
