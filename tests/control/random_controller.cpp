@@ -22,6 +22,9 @@ constexpr milliseconds kLimit{1000};
 constexpr milliseconds kSwitchLimit{2500};
 constexpr unsigned kSamplesPerSeek = 40;
 
+// The pin may have lost its filter to a change of the pins.
+bool IsFine(HRESULT result) { return result == S_OK || result == VFW_E_NOT_CONNECTED; }
+
 }  // namespace
 
 struct RandomController::Operation {
@@ -125,8 +128,9 @@ void RandomController::Seek(Dice& dice) {
   LONGLONG current = dice.Between(-m_duration / 4, m_duration * 5 / 4);
   LONGLONG stop = dice(2) == 0 ? 0 : dice.Between(0, m_duration);
   const DWORD mode = dice(3) == 0 ? dice(4) : static_cast<DWORD>(AM_SEEKING_AbsolutePositioning);
-  EXPECT_EQ(seeking->SetPositions(dice(9) == 0 ? nullptr : &current, mode, dice(9) == 0 ? nullptr : &stop, dice(4)),
-            S_OK);
+  const HRESULT result =
+      seeking->SetPositions(dice(9) == 0 ? nullptr : &current, mode, dice(9) == 0 ? nullptr : &stop, dice(4));
+  EXPECT_TRUE(IsFine(result)) << result;
 }
 
 void RandomController::SetRate(Dice& dice) {
@@ -138,8 +142,8 @@ void RandomController::AskPositions(Dice& dice) {
   if (!seeking) return;
   LONGLONG current = 0;
   LONGLONG stop = 0;
-  EXPECT_EQ(seeking->GetPositions(&current, &stop), S_OK);
-  EXPECT_EQ(seeking->GetDuration(&stop), S_OK);
+  EXPECT_TRUE(IsFine(seeking->GetPositions(&current, &stop)));
+  EXPECT_TRUE(IsFine(seeking->GetDuration(&stop)));
 }
 
 void RandomController::Run(Dice& /*dice*/) { m_graph.Run(); }

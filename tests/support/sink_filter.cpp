@@ -96,10 +96,9 @@ void CSinkFilter::LetGo() {
 
 HRESULT CSinkFilter::Take(IMediaSample* sample) {
   Arrive();
-  if (m_onSample) m_onSample(sample);
-  SinkEvent event = Describe(sample, m_kind == SinkKind::kRecording);
-  Record(std::move(event));
+  Record(Describe(sample, m_kind == SinkKind::kRecording));
   m_sampled.Set();
+  if (m_onSample) m_onSample(sample);
   if (m_kind == SinkKind::kSlow) m_released.Wait(kSlowness);
   if (m_kind == SinkKind::kBlocking) m_released.Wait();
   if (m_kind == SinkKind::kHolding) {
@@ -164,6 +163,7 @@ HRESULT STDMETHODCALLTYPE CSinkPin::BeginFlush() {
 HRESULT STDMETHODCALLTYPE CSinkPin::EndFlush() {
   m_sink.Record({.kind = SinkEvent::Kind::kEndFlush});
   m_sink.Begin();  // an end that crossed with the flush is dropped by it
+  m_sink.m_ended.Clear();
   m_sink.Block();
   return CBaseInputPin::EndFlush();
 }

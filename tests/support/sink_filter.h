@@ -64,12 +64,13 @@ class CSinkFilter : public CBaseFilter {
   /// Forgets what was written down.
   void Clear();
 
+  /// Until the end of the stream has reached the pin, without a flush since.
   bool WaitForEnd(DWORD milliseconds) { return m_ended.Wait(milliseconds); }
   /// Until the first sample has reached the pin.
   bool WaitForSample(DWORD milliseconds) { return m_sampled.Wait(milliseconds); }
   /// A holding sink gives all its samples back.
   void LetGo();
-  /// Called in Receive, on the thread that delivers, before the sample is written down.
+  /// Called in Receive, on the thread that delivers, after the sample was written down.
   void OnSample(std::function<void(IMediaSample*)> call) { m_onSample = std::move(call); }
 
  private:
