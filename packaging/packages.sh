@@ -45,9 +45,13 @@ install_text() {
   sed -e 's/\r*$/\r/' -e "s/@VERSION@/$version/g" "$1" >"$2"
 }
 
+# A path in a program would make it another program in another folder.
 strip_into() {
   "$1-strip" -o "$3" "$2"
   chmod 755 "$3"
+  if grep -aqF "$root/" "$3"; then
+    package_fail "${3##*/} names the folder that it was built in"
+  fi
 }
 
 triplet_of() {
