@@ -1,5 +1,5 @@
 @echo off
 rem Registers the splitter for every user of this computer, from the folder that this script is in.
 rem With /s it shows no message.
-regsvr32 %1 "%~dp0tarvex.dll"
+"%SystemRoot%\System32\regsvr32.exe" %1 "%~dp0tarvex.dll"
 exit /b %errorlevel%

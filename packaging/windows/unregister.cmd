@@ -1,4 +1,4 @@
 @echo off
 rem Removes what register.cmd wrote. With /s it shows no message. The folder may be deleted afterwards.
-regsvr32 /u %1 "%~dp0tarvex.dll"
+"%SystemRoot%\System32\regsvr32.exe" /u %1 "%~dp0tarvex.dll"
 exit /b %errorlevel%
