@@ -63,9 +63,11 @@ class CBasePropertyPage : public CUnknownImpl<IPropertyPage> {
 
  private:
   static INT_PTR CALLBACK DialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+  static CBasePropertyPage* PageFrom(LONG_PTR stored) noexcept;
   INT_PTR OnInitDialog(HWND window) noexcept;
   HRESULT CreatePageWindow(HWND parent);
   void DestroyPageWindow() noexcept;
+  void FitIntoParent() noexcept;
   bool IsKeyForPage(const MSG& message) const noexcept;
   bool TabLeavesPage() const noexcept;
 
@@ -73,6 +75,7 @@ class CBasePropertyPage : public CUnknownImpl<IPropertyPage> {
   const int m_titleId;
   ComPtr<IPropertyPageSite> m_site;
   HWND m_window = nullptr;
+  SIZE m_designSize{};  // pixels, as the template asks for
   bool m_connected = false;
   bool m_dirty = false;
 };

@@ -24,8 +24,8 @@ class CIconImage {
     void operator()(HICON icon) const noexcept { DestroyIcon(icon); }
   };
 
-  const HINSTANCE m_module;
-  const int m_resourceId;
+  HINSTANCE m_module;
+  int m_resourceId;
   std::unique_ptr<std::remove_pointer_t<HICON>, Destroyer> m_icon;
   int m_side = 0;  // pixels
 };

@@ -30,6 +30,7 @@ class FontContext {
  public:
   explicit FontContext(HWND window) noexcept : m_window(window), m_context(GetDC(window)) {
     const LRESULT font = SendMessageW(window, WM_GETFONT, 0, 0);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): messages answer with handles as integers
     m_former = SelectObject(m_context, reinterpret_cast<HGDIOBJ>(font));
   }
   ~FontContext() {
@@ -113,15 +114,14 @@ HRESULT CPropertyPropPage::ReadChapters(ULONG count) {
 
 HRESULT CPropertyPropPage::FillList() {
   const FontContext context(m_list);
-  const LONG margin = 2 * GetSystemMetrics(SM_CXEDGE);
   LONG widest = 0;
   SendMessageW(m_list, LB_RESETCONTENT, 0, 0);
   for (const Chapter& chapter : m_chapters) {
     const WideString line = ChapterLine(chapter.name, chapter.start, chapter.end);
     if (SendMessageW(m_list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str())) < 0) return E_OUTOFMEMORY;
-    widest = std::max(widest, context.WidthOf(line));
+    widest = std::max(widest, context.WidthOf(line) + 2 * GetSystemMetrics(SM_CXEDGE));
   }
-  SendMessageW(m_list, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(widest + margin), 0);
+  SendMessageW(m_list, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(widest), 0);
   return S_OK;
 }
 

@@ -56,7 +56,7 @@ Bytes Png(std::uint32_t width, std::uint32_t height, const Bytes& rows) {
 // Four bytes for a pixel, blue first, top row first.
 Bytes PixelsOf(HWND window, const BITMAPINFO& info) {
   const auto release = [window](HDC context) { ReleaseDC(window, context); };
-  const std::unique_ptr<std::remove_pointer_t<HDC>, decltype(release)> source(GetWindowDC(window), release);
+  const std::unique_ptr<std::remove_pointer_t<HDC>, decltype(release)> source(GetDC(window), release);
   const LONG width = info.bmiHeader.biWidth;
   const LONG height = -info.bmiHeader.biHeight;
   const Context memory(CreateCompatibleDC(source.get()));
@@ -80,11 +80,11 @@ std::string PathOf(const std::string& name) {
 
 void KeepPicture(HWND window, const std::string& name) {
   RECT rect{};
-  GetWindowRect(window, &rect);
+  GetClientRect(window, &rect);
   BITMAPINFO info{};
   info.bmiHeader.biSize = sizeof info.bmiHeader;
-  info.bmiHeader.biWidth = rect.right - rect.left;
-  info.bmiHeader.biHeight = rect.top - rect.bottom;
+  info.bmiHeader.biWidth = rect.right;
+  info.bmiHeader.biHeight = -rect.bottom;
   info.bmiHeader.biPlanes = 1;
   info.bmiHeader.biBitCount = 32;
   const Bytes pixels = PixelsOf(window, info);

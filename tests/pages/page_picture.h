@@ -7,7 +7,7 @@
 
 namespace tarvex::test {
 
-/// Writes what the window shows now to NAME.png. Throws std::runtime_error.
+/// Writes what the window shows now, without its border and title, to NAME.png. Throws std::runtime_error.
 void KeepPicture(HWND window, const std::string& name);
 
 }  // namespace tarvex::test

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <functional>
 #include <vector>
 
@@ -120,6 +121,12 @@ HWND FindControl(HWND frame, int id) {
   return search.found;
 }
 
+LONG CentreOf(HWND window) {
+  RECT rect{};
+  GetWindowRect(window, &rect);
+  return (rect.left + rect.right) / 2;
+}
+
 void KeepPictureOf(HWND frame, const char* name) {
   RedrawWindow(frame, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_UPDATENOW | RDW_ALLCHILDREN);
   SleepMilliseconds(200);  // for the thread of the frame to paint
@@ -138,6 +145,8 @@ TEST(PlatformFrame, ShowsBothPages) {
     SendMessageW(frame.Frame(), PSM_SETCURSEL, 1, 0);
     ASSERT_TRUE(Eventually([&] { return control(1002) != nullptr; })) << "the about page";
     EXPECT_EQ(TextOf(control(1001)), L"Tarvex Matroska Splitter");
+    const auto logoIsAboveTitle = [&] { return std::abs(CentreOf(control(1003)) - CentreOf(control(1001))) <= 1; };
+    EXPECT_TRUE(Eventually(logoIsAboveTitle)) << "the page is wider than the frame shows";
     KeepPictureOf(frame.Frame(), "about-frame");
     EXPECT_EQ(frame.Close(), S_OK);
   }

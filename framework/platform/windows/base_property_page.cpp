@@ -1,6 +1,7 @@
 // Property pages over the system's dialogs.
 #include "framework/base_property_page.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "framework/co_task_mem.h"
@@ -27,16 +28,23 @@ INT_PTR CALLBACK IgnoreMessages(HWND /*window*/, UINT /*message*/, WPARAM /*wPar
   return FALSE;
 }
 
+SIZE SizeOf(HWND window) noexcept {
+  RECT rect{};
+  GetWindowRect(window, &rect);
+  return {rect.right - rect.left, rect.bottom - rect.top};
+}
+
 // From the template's units to pixels only a dialog knows the way, so one is made and never shown.
 HRESULT MeasureDialog(HINSTANCE module, int id, SIZE& size) noexcept {
   HWND window = CreateDialogParamW(module, MAKEINTRESOURCEW(id), GetDesktopWindow(), &IgnoreMessages, 0);
   if (window == nullptr) return LastError();
-  RECT rect{};
-  GetWindowRect(window, &rect);
-  size = {rect.right - rect.left, rect.bottom - rect.top};
+  size = SizeOf(window);
   DestroyWindow(window);
   return S_OK;
 }
+
+// Posted to the dialog by itself: the frame has finished its own layout.
+constexpr UINT kFitIntoParent = WM_APP;
 
 bool IsDown(int key) noexcept { return GetKeyState(key) < 0; }
 
@@ -100,7 +108,19 @@ HRESULT CBasePropertyPage::Activate(HWND hWndParent, LPCRECT pRect, BOOL /*bModa
     DestroyPageWindow();
     return result;
   }
+  PostMessageW(m_window, kFitIntoParent, 0, 0);
   return Show(SW_SHOWNORMAL);
+}
+
+// Wine's frame activates a page in an area that it makes smaller afterwards, without telling the page.
+void CBasePropertyPage::FitIntoParent() noexcept {
+  RECT room{};
+  GetClientRect(GetParent(m_window), &room);
+  const SIZE size = SizeOf(m_window);
+  const LONG width = std::min(size.cx, std::max(room.right, m_designSize.cx));
+  const LONG height = std::min(size.cy, std::max(room.bottom, m_designSize.cy));
+  if (width == size.cx && height == size.cy) return;
+  SetWindowPos(m_window, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 HRESULT CBasePropertyPage::Deactivate() {
@@ -126,15 +146,22 @@ void CBasePropertyPage::DestroyPageWindow() noexcept {
 
 INT_PTR CBasePropertyPage::OnInitDialog(HWND window) noexcept {
   m_window = window;
+  m_designSize = SizeOf(window);
   SetWindowLongPtrW(window, DWLP_USER, reinterpret_cast<LONG_PTR>(this));
   return FALSE;  // the focus stays where the frame has it
 }
 
+CBasePropertyPage* CBasePropertyPage::PageFrom(LONG_PTR stored) noexcept {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): a window keeps pointers as integers
+  return reinterpret_cast<CBasePropertyPage*>(stored);
+}
+
 // The page outlives the message, whatever the message makes its frame do.
 INT_PTR CALLBACK CBasePropertyPage::DialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-  if (message == WM_INITDIALOG) return reinterpret_cast<CBasePropertyPage*>(lParam)->OnInitDialog(window);
-  const ComPtr<CBasePropertyPage> page(reinterpret_cast<CBasePropertyPage*>(GetWindowLongPtrW(window, DWLP_USER)));
+  if (message == WM_INITDIALOG) return PageFrom(lParam)->OnInitDialog(window);
+  const ComPtr<CBasePropertyPage> page(PageFrom(GetWindowLongPtrW(window, DWLP_USER)));
   if (!page) return FALSE;
+  if (message == kFitIntoParent) page->FitIntoParent();
   INT_PTR answer = FALSE;
   static_cast<void>(ComBoundary([&] {
     answer = page->OnReceiveMessage(window, message, wParam, lParam);
