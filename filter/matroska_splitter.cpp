@@ -83,6 +83,8 @@ HRESULT CMatroskaSplitter::Pause() {
       SetHoldingOnAllPins(false);
     }
     static_cast<void>(CBaseFilter::Pause());  // pins that failed to activate refuse frames, which ends the pass
+    // A seek that met no worker moves the scanner without one.
+    const CAutoLock positionLock(m_positionLock);
     return StartWorker();
   });
 }
