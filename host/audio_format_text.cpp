@@ -1,6 +1,8 @@
 // Decoders of the sound formats.
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "host/block_reader.h"
 #include "host/format_block_text.h"
 #include "host/guid_text.h"
@@ -10,6 +12,18 @@ namespace tarvex::host {
 namespace {
 
 void Add(MediaTypeText& text, const char* name, std::int64_t value) { text.fields.push_back({name, value}); }
+
+// A block may claim more than it holds.
+void DescribeExtra(MediaTypeText& text, std::size_t claimed) {
+  const std::size_t extra = std::min(claimed, text.block.size() - sizeof(WAVEFORMATEX));
+  Add(text, "extra_size", static_cast<std::int64_t>(extra));
+  if (claimed != extra) {
+    Add(text, "claimed_extra_size", static_cast<std::int64_t>(claimed));
+    text.summary += fmt::format(", {} of {} claimed bytes of codec data", extra, claimed);
+  } else if (extra != 0) {
+    text.summary += fmt::format(", {} bytes of codec data", extra);
+  }
+}
 
 const char* Plural(std::uint32_t count) { return count == 1 ? "" : "s"; }
 
@@ -23,18 +37,16 @@ bool DecodeWaveFormat(MediaTypeText& text) {
   const std::uint16_t channels = wave->nChannels;
   const std::uint16_t bits = wave->wBitsPerSample;
   const std::uint16_t align = wave->nBlockAlign;
-  const std::uint16_t extra = wave->cbSize;
   Add(text, "format_tag", wave->wFormatTag);
   Add(text, "channels", channels);
   Add(text, "sampling_rate", rate);
   Add(text, "bytes_per_second", wave->nAvgBytesPerSec);
   Add(text, "block_align", align);
   Add(text, "bits_per_sample", bits);
-  Add(text, "extra_size", extra);
   text.summary = fmt::format("{} Hz, {} channel{}", rate, channels, Plural(channels));
   if (bits != 0) text.summary += fmt::format(", {} bits", bits);
   if (align != 0) text.summary += fmt::format(", block {} bytes", align);
-  if (extra != 0) text.summary += fmt::format(", {} bytes of codec data", extra);
+  DescribeExtra(text, wave->cbSize);
   return true;
 }
 

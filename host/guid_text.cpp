@@ -76,12 +76,12 @@ std::string MajorTypeName(const GUID& guid) { return Find(kMajorTypes, guid).val
 
 std::string FormatTypeName(const GUID& guid) { return Find(kFormatTypes, guid).value_or(GuidText(guid)); }
 
-std::string SubtypeName(const GUID& guid) {
-  if (const auto name = Find(kSubtypes, guid)) return *name;
-  const auto code = CodeOfSubtype(guid);
-  if (!code) return GuidText(guid);
+std::string SubtypeName(const GUID& major, const GUID& subtype) {
+  if (const auto name = Find(kSubtypes, subtype)) return *name;
+  const auto code = CodeOfSubtype(subtype);
+  if (!code) return GuidText(subtype);
   if (*code > 0xFFFF) return FourCcText(*code);
-  const std::string name = WaveTagName(*code);
+  const std::string name = major == MEDIATYPE_Audio ? WaveTagName(*code) : std::string();
   return name.empty() ? fmt::format("0x{:04X}", *code) : fmt::format("0x{:04X} {}", *code, name);
 }
 

@@ -14,8 +14,9 @@ std::string GuidText(const GUID& guid);
 // Short names for people: "Video", "AVC1", "MPEG2VIDEOINFO". "none" for the null identifier, the whole
 // identifier when it is not known.
 std::string MajorTypeName(const GUID& guid);
-std::string SubtypeName(const GUID& guid);
 std::string FormatTypeName(const GUID& guid);
+/// The same number is one thing as a picture compression and another as a sound format.
+std::string SubtypeName(const GUID& major, const GUID& subtype);
 
 /// The number that a subtype of the common form stands for: a picture compression or a wave format tag.
 std::optional<std::uint32_t> CodeOfSubtype(const GUID& guid);

@@ -21,7 +21,7 @@ Json FieldsJson(const std::vector<FormatField>& fields) {
 Json MediaTypeJson(const MediaTypeText& text, bool withBlock) {
   Json object = {
       {"major", NamedGuid(text.major, MajorTypeName(text.major))},
-      {"subtype", NamedGuid(text.subtype, SubtypeName(text.subtype))},
+      {"subtype", NamedGuid(text.subtype, SubtypeName(text.major, text.subtype))},
       {"format", NamedGuid(text.format, FormatTypeName(text.format))},
       {"fixed_size_samples", text.fixedSizeSamples},
       {"temporal_compression", text.temporalCompression},

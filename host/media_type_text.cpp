@@ -48,7 +48,7 @@ MediaTypeText DescribeMediaType(const AM_MEDIA_TYPE& type) {
 }
 
 std::string MediaTypeLine(const MediaTypeText& text) {
-  std::string line = fmt::format("{} {}", MajorTypeName(text.major), SubtypeName(text.subtype));
+  std::string line = fmt::format("{} {}", MajorTypeName(text.major), SubtypeName(text.major, text.subtype));
   if (text.format != kSubtypeNone) line += fmt::format(" ({})", FormatTypeName(text.format));
   if (!text.summary.empty()) line += ": " + text.summary;
   return line;

@@ -129,6 +129,21 @@ TEST(MediaTypeText, WaveFormatIsDecoded) {
             "Audio 0x00FF AAC (WAVEFORMATEX): 48000 Hz, 2 channels, 16 bits, block 4 bytes, 5 bytes of codec data");
 }
 
+TEST(MediaTypeText, CodecDataThatIsNotThereIsNotCounted) {
+  std::vector<std::uint8_t> block(18 + 5);
+  Put<std::uint16_t>(block, 16, 500);
+  const MediaTypeText text = DescribeMediaType(TypeOf(MEDIATYPE_Audio, SubtypeOf(0xFF), FORMAT_WaveFormatEx, block));
+  EXPECT_EQ(Number(text, "extra_size"), 5);
+  EXPECT_EQ(Number(text, "claimed_extra_size"), 500);
+  EXPECT_NE(text.summary.find("5 of 500 claimed bytes"), std::string::npos) << text.summary;
+}
+
+TEST(MediaTypeText, SmallNumberOfAPictureIsNoSoundFormat) {
+  EXPECT_EQ(MediaTypeLine(DescribeMediaType(TypeOf(MEDIATYPE_Video, SubtypeOf(1), kSubtypeNone, {}))), "Video 0x0001");
+  EXPECT_EQ(MediaTypeLine(DescribeMediaType(TypeOf(MEDIATYPE_Audio, SubtypeOf(1), kSubtypeNone, {}))),
+            "Audio 0x0001 PCM");
+}
+
 TEST(MediaTypeText, VorbisHeaderSizesAreDecoded) {
   std::vector<std::uint8_t> block(24);
   for (std::uint32_t i = 0; i < 6; ++i) Put<std::uint32_t>(block, i * 4, 10 + i);
