@@ -40,23 +40,26 @@ MarkerReport MarkerAt(IAMExtendedSeeking* seeking, LONG number) {
   return marker;
 }
 
-void AddMarkers(IAMExtendedSeeking* seeking, InfoReport& report) {
-  LONG capabilities = 0;
-  LONG count = 0;
-  if (SUCCEEDED(seeking->get_ExSeekCapabilities(&capabilities))) report.seekCapabilities = capabilities;
-  if (FAILED(seeking->get_MarkerCount(&count))) return;
-  for (LONG number = 1; number <= count; ++number) report.markers.push_back(MarkerAt(seeking, number));
-}
-
 }  // namespace
+
+std::vector<MarkerReport> MarkersOf(IBaseFilter* splitter) {
+  std::vector<MarkerReport> markers;
+  const auto seeking = QueryFor<IAMExtendedSeeking>(splitter);
+  LONG count = 0;
+  if (!seeking || FAILED(seeking->get_MarkerCount(&count))) return markers;
+  for (LONG number = 1; number <= count; ++number) markers.push_back(MarkerAt(seeking.Get(), number));
+  return markers;
+}
 
 void AddChapters(IBaseFilter* splitter, InfoReport& report) {
   ComPtr<IModuleConfig> config;
   if (SUCCEEDED(splitter->QueryInterface(IID_IModuleConfig, config.PutVoid()))) {
     report.chapters = ChaptersOf(config.Get());
   }
+  report.markers = MarkersOf(splitter);
   const auto seeking = QueryFor<IAMExtendedSeeking>(splitter);
-  if (seeking) AddMarkers(seeking.Get(), report);
+  LONG capabilities = 0;
+  if (seeking && SUCCEEDED(seeking->get_ExSeekCapabilities(&capabilities))) report.seekCapabilities = capabilities;
 }
 
 }  // namespace tarvex::host

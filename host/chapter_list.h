@@ -7,6 +7,9 @@
 
 namespace tarvex::host {
 
+/// The chapters as IAMExtendedSeeking gives them; empty without any.
+std::vector<MarkerReport> MarkersOf(IBaseFilter* splitter);
+
 /// Fills chapters, markers and seek capabilities; leaves empty what the splitter does not offer.
 void AddChapters(IBaseFilter* splitter, InfoReport& report);
 

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "host/host_error.h"
+#include "host/play_arguments.h"
 
 namespace tarvex::host {
 
@@ -15,8 +16,7 @@ struct Parsed {
   SessionOptions session;
   bool json = false;
   std::string bytesFolder;
-  bool withoutClock = false;
-  double seconds = 0;
+  PlayOptions play;
 };
 
 void AddSessionOptions(CLI::App& command, SessionOptions& session) {
@@ -25,6 +25,7 @@ void AddSessionOptions(CLI::App& command, SessionOptions& session) {
       ->type_name("PATH");
   command.add_option("--log", session.logFile, "write what the module logs to this file")->type_name("PATH");
   command.add_flag("--separate-pins", session.separatePins, "one pin for each stream, not one for each kind");
+  command.add_flag("--annexb", session.annexB, "H.264 with start codes instead of lengths");
 }
 
 CLI::App* AddInfo(CLI::App& app, Parsed& parsed) {
@@ -43,20 +44,10 @@ CLI::App* AddDump(CLI::App& app, Parsed& parsed) {
   return command;
 }
 
-// What is wrong with a number of seconds; empty for nothing.
-std::string RefuseNonPositive(const std::string& text) {
-  double seconds = 0;
-  const bool isNumber = CLI::detail::lexical_cast(text, seconds);
-  return isNumber && seconds > 0 && seconds < 1e9 ? std::string() : text + " is no number of seconds";
-}
-
 CLI::App* AddPlay(CLI::App& app, Parsed& parsed) {
   CLI::App* command = app.add_subcommand("play", "Play a file; streams that nothing can render are counted");
   AddSessionOptions(*command, parsed.session);
-  command->add_flag("--no-clock", parsed.withoutClock, "as fast as the data flows");
-  command->add_option("--duration-limit", parsed.seconds, "stop after so many seconds")
-      ->type_name("SECONDS")
-      ->check(CLI::Validator(RefuseNonPositive, std::string()));
+  AddPlayOptions(*command, parsed.play);
   return command;
 }
 
@@ -105,8 +96,9 @@ CommandOptions ParseCommandLine(const std::vector<std::string>& arguments) {
   if (*info) return InfoOptions{parsed.session, parsed.json};
   if (*dump) return DumpOptions{parsed.session, parsed.json, parsed.bytesFolder};
   if (!*play) return SettingsOptions{parsed.session};
-  return PlayOptions{parsed.session, parsed.withoutClock,
-                     parsed.seconds > 0 ? std::optional(parsed.seconds) : std::nullopt};
+  parsed.play.session = parsed.session;
+  CheckPlayOptions(parsed.play);
+  return parsed.play;
 }
 
 }  // namespace tarvex::host

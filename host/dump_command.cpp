@@ -72,7 +72,7 @@ void Write(const RecordedPin& recorded, bool json) {
 void ReportEnd(GraphEnd end, HRESULT error, const DumpOptions& options) {
   const std::string& file = options.session.file;
   if (end == GraphEnd::kInterrupted) throw HostError(ExitCode::kPlayback, file + ": interrupted");
-  if (end == GraphEnd::kAborted) throw HostError(ExitCode::kPlayback, file + ": ended early: " + ResultText(error));
+  if (end == GraphEnd::kAborted) throw HostError(ExitCode::kPlayback, file + ": ended early: " + FailureText(error));
 }
 
 }  // namespace

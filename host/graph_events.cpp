@@ -43,8 +43,9 @@ GraphEnd CGraphEvents::TakeEvents() {
   return end;
 }
 
-GraphEnd CGraphEvents::Wait(DWORD milliseconds) {
-  const HANDLE handles[] = {m_interrupt.Event(), m_signal};
+GraphEnd CGraphEvents::Wait(DWORD milliseconds, HANDLE attention) {
+  const HANDLE handles[] = {m_interrupt.Event(), m_signal, attention};
+  const DWORD count = attention == nullptr ? 2 : 3;
   const ULONGLONG begin = MonotonicMilliseconds();
   for (;;) {
     const GraphEnd end = TakeEvents();
@@ -52,8 +53,9 @@ GraphEnd CGraphEvents::Wait(DWORD milliseconds) {
     const ULONGLONG passed = MonotonicMilliseconds() - begin;
     if (milliseconds != INFINITE && passed >= milliseconds) return GraphEnd::kNone;
     const DWORD left = milliseconds == INFINITE ? INFINITE : milliseconds - static_cast<DWORD>(passed);
-    const DWORD woken = MsgWaitForMultipleObjects(2, handles, FALSE, left, QS_ALLINPUT);
+    const DWORD woken = MsgWaitForMultipleObjects(count, handles, FALSE, left, QS_ALLINPUT);
     if (woken == WAIT_OBJECT_0) return GraphEnd::kInterrupted;
+    if (count == 3 && woken == WAIT_OBJECT_0 + 2) return GraphEnd::kNone;
     HandleMessages();
   }
 }

@@ -9,11 +9,12 @@ namespace tarvex::host {
 
 /// Why a wait ended.
 enum class GraphEnd {
-  kNone,         ///< the time is up, the graph goes on
+  kNone,         ///< the time is up or somebody wants attention; the graph goes on
   kComplete,     ///< every renderer has reached the end
   kAborted,      ///< a filter gave up; Error() says with which code
   kClosed,       ///< the user closed the picture's window
   kInterrupted,  ///< Ctrl-C
+  kQuit,         ///< the user wants no more; not from here
 };
 
 class CGraphEvents {
@@ -21,8 +22,9 @@ class CGraphEvents {
   /// Throws HostError when the graph has no events.
   explicit CGraphEvents(IGraphBuilder* graph);
 
-  /// Waits for one of the ends, at most so long. INFINITE is allowed.
-  GraphEnd Wait(DWORD milliseconds);
+  /// Waits for one of the ends, at most so long and until `attention` is set. INFINITE is allowed, and
+  /// null for `attention`.
+  GraphEnd Wait(DWORD milliseconds, HANDLE attention = nullptr);
 
   /// The code of the last kAborted.
   HRESULT Error() const noexcept { return m_error; }

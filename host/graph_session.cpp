@@ -33,6 +33,17 @@ void DisconnectPins(IFilterGraph* graph, IBaseFilter* filter, PIN_DIRECTION dire
   }
 }
 
+void SwitchOn(IBaseFilter* splitter, const GUID& parameter, const char* what) {
+  ComPtr<IModuleConfig> config;
+  VARIANT value{};
+  value.vt = VT_BOOL;
+  value.boolVal = VARIANT_TRUE;
+  if (FAILED(splitter->QueryInterface(IID_IModuleConfig, config.PutVoid())) ||
+      FAILED(config->SetValue(&parameter, &value))) {
+    throw HostError(ExitCode::kInternal, std::string("the splitter does not take its setting for ") + what);
+  }
+}
+
 }  // namespace
 
 CGraphSession::CGraphSession(const SessionOptions& options)
@@ -55,7 +66,7 @@ CGraphSession::~CGraphSession() {
 void CGraphSession::OpenFile() {
   m_splitter = m_module.CreateSplitter();
   m_listener.Attach(m_splitter.Get());
-  SetSeparatePins();
+  SetSettings();
   Add(m_splitter.Get(), L"Matroska splitter");
   m_source = CreatePlatformObject<IBaseFilter>(CLSID_AsyncReader, "file reader");
   const auto file = m_source.Query<IFileSourceFilter>();
@@ -67,16 +78,9 @@ void CGraphSession::OpenFile() {
   ConnectSource();
 }
 
-void CGraphSession::SetSeparatePins() {
-  if (!m_options.separatePins) return;
-  ComPtr<IModuleConfig> config;
-  VARIANT value{};
-  value.vt = VT_BOOL;
-  value.boolVal = VARIANT_TRUE;
-  if (FAILED(m_splitter->QueryInterface(IID_IModuleConfig, config.PutVoid())) ||
-      FAILED(config->SetValue(&paramSeparatePins, &value))) {
-    throw HostError(ExitCode::kInternal, "the splitter does not take its setting for separate pins");
-  }
+void CGraphSession::SetSettings() {
+  if (m_options.separatePins) SwitchOn(m_splitter.Get(), paramSeparatePins, "separate pins");
+  if (m_options.annexB) SwitchOn(m_splitter.Get(), paramAnnexBOutput, "start codes");
 }
 
 void CGraphSession::ConnectSource() {
@@ -121,10 +125,22 @@ void CGraphSession::RunWithoutClock() {
   if (filter) filter->SetSyncSource(nullptr);
 }
 
+void CGraphSession::ShareClock() noexcept {
+  const auto filter = m_graph.Query<IMediaFilter>();
+  ComPtr<IReferenceClock> clock;
+  if (filter && SUCCEEDED(filter->GetSyncSource(clock.Put())) && clock) filter->SetSyncSource(clock.Get());
+}
+
 void CGraphSession::Run() {
   const auto control = m_graph.Query<IMediaControl>();
   const HRESULT result = control ? control->Run() : E_NOINTERFACE;
   if (FAILED(result)) throw HostError(ExitCode::kPlayback, m_options.file + ": cannot run: " + ResultText(result));
+}
+
+void CGraphSession::Pause() {
+  const auto control = m_graph.Query<IMediaControl>();
+  const HRESULT result = control ? control->Pause() : E_NOINTERFACE;
+  if (FAILED(result)) throw HostError(ExitCode::kPlayback, m_options.file + ": cannot pause: " + ResultText(result));
 }
 
 void CGraphSession::Stop() noexcept {

@@ -18,6 +18,7 @@ struct SessionOptions {
   std::string module;   ///< empty: the registered one
   std::string logFile;  ///< empty: none
   bool separatePins = false;
+  bool annexB = false;  ///< H.264 with start codes
 };
 
 class CGraphSession {
@@ -33,6 +34,9 @@ class CGraphSession {
   IBaseFilter* Splitter() const noexcept { return m_splitter.Get(); }
   const CModuleLoader& Module() const noexcept { return m_module; }
 
+  /// What the user calls the file.
+  const std::string& File() const noexcept { return m_options.file; }
+
   std::vector<ComPtr<IPin>> OutputPins() const;
 
   /// Adds a filter to the graph. Throws HostError.
@@ -43,15 +47,19 @@ class CGraphSession {
   /// Disconnects what is connected to the filter and takes it out.
   void Remove(IBaseFilter* filter) noexcept;
 
+  /// Filters that came after the graph had chosen its clock get it as well; not every platform sees to that.
+  void ShareClock() noexcept;
   /// No filter keeps time: data flows as fast as it is taken.
   void RunWithoutClock();
   /// Throws HostError.
   void Run();
+  /// Throws HostError.
+  void Pause();
   void Stop() noexcept;
 
  private:
   void OpenFile();
-  void SetSeparatePins();
+  void SetSettings();
   void ConnectSource();
   [[noreturn]] void Refuse(HRESULT result);
   void RemoveAll() noexcept;

@@ -1,6 +1,7 @@
 // The form of an InfoReport for programs.
 #include "host/info_report.h"
 #include "host/media_type_json.h"
+#include "host/stream_choice.h"
 
 namespace tarvex::host {
 
@@ -17,16 +18,19 @@ Json PinJson(std::size_t index, const PinReport& pin) {
   return {{"pin", index}, {"name", pin.name}, {"stream", OrNull(pin.stream)}, {"media_types", std::move(types)}};
 }
 
-Json StreamJson(std::size_t index, const StreamReport& stream) {
+Json StreamJson(const std::vector<StreamReport>& streams, std::uint32_t index) {
+  const StreamReport& stream = streams[index];
   return {{"stream", index},
           {"group", GroupName(stream.group)},
           {"group_number", stream.group},
+          {"number", NumberInGroup(streams, index)},
           {"name", stream.name},
-          {"enabled", stream.enabled}};
+          {"enabled", stream.enabled},
+          {"exclusive", stream.exclusive}};
 }
 
-Json ChapterJson(const ChapterReport& chapter) {
-  return {{"name", chapter.name}, {"start", chapter.start}, {"end", chapter.end}};
+Json ChapterJson(std::size_t number, const ChapterReport& chapter) {
+  return {{"number", number}, {"name", chapter.name}, {"start", chapter.start}, {"end", chapter.end}};
 }
 
 }  // namespace
@@ -37,11 +41,11 @@ std::string InfoJson(const InfoReport& report) {
   Json markers = Json::array();
   Json chapters = Json::array();
   for (const PinReport& pin : report.pins) pins.push_back(PinJson(pins.size(), pin));
-  for (const StreamReport& stream : report.streams) streams.push_back(StreamJson(streams.size(), stream));
+  for (std::uint32_t i = 0; i < report.streams.size(); ++i) streams.push_back(StreamJson(report.streams, i));
   for (const MarkerReport& marker : report.markers) {
-    markers.push_back({{"name", marker.name}, {"seconds", marker.seconds}});
+    markers.push_back({{"number", markers.size() + 1}, {"name", marker.name}, {"seconds", marker.seconds}});
   }
-  for (const ChapterReport& chapter : report.chapters) chapters.push_back(ChapterJson(chapter));
+  for (const ChapterReport& chapter : report.chapters) chapters.push_back(ChapterJson(chapters.size() + 1, chapter));
   const Json object = {
       {"file", report.file},
       {"doc_type", report.docType},

@@ -17,10 +17,17 @@ struct PinReport {
   std::vector<MediaTypeText> mediaTypes;
 };
 
+// Groups of streams.
+inline constexpr std::uint32_t kVideoGroup = 1;
+inline constexpr std::uint32_t kAudioGroup = 2;
+inline constexpr std::uint32_t kSubtitleGroup = 17;
+
+/// As IAMStreamSelect gives it.
 struct StreamReport {
-  std::uint32_t group = 0;  ///< 1 video, 2 audio, 17 subtitle
+  std::uint32_t group = 0;
   std::string name;
   bool enabled = false;
+  bool exclusive = false;  ///< enabled, and no other of its group can be at the same time
 };
 
 struct ChapterReport {
@@ -47,9 +54,6 @@ struct InfoReport {
   std::vector<MarkerReport> markers;
   std::vector<ChapterReport> chapters;
 };
-
-/// "video", "audio", "subtitle", or the number.
-std::string GroupName(std::uint32_t group);
 
 /// Tables for people, safe for a terminal.
 std::string InfoTable(const InfoReport& report);

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include "host/info_report.h"
+#include "host/stream_choice.h"
 #include "host/text_escape.h"
 #include "host/text_table.h"
 #include "host/time_text.h"
@@ -23,39 +24,37 @@ std::string PinsTable(const InfoReport& report) {
   return table.Text();
 }
 
+std::string FlagsText(const StreamReport& stream) {
+  if (stream.exclusive) return "exclusive";
+  return stream.enabled ? "enabled" : "-";
+}
+
 std::string StreamsTable(const InfoReport& report) {
-  CTextTable table({">stream", "group", "enabled", "name"});
-  for (std::size_t i = 0; i < report.streams.size(); ++i) {
+  CTextTable table({">stream", "group", ">number", "flags", "name"});
+  for (std::uint32_t i = 0; i < report.streams.size(); ++i) {
     const StreamReport& stream = report.streams[i];
-    table.AddRow({std::to_string(i), GroupName(stream.group), stream.enabled ? "yes" : "no", stream.name});
+    table.AddRow({std::to_string(i), GroupName(stream.group), std::to_string(NumberInGroup(report.streams, i)),
+                  FlagsText(stream), stream.name});
   }
   return table.Text();
 }
 
+// Where a jump to the chapter leads: markers have whole seconds.
+std::string MarkerText(const InfoReport& report, std::size_t index) {
+  return index < report.markers.size() ? TimeText(TimeOf(report.markers[index])) : "-";
+}
+
 std::string ChaptersTable(const InfoReport& report) {
-  CTextTable table({">chapter", ">start", ">end", "name"});
+  CTextTable table({">chapter", ">start", ">end", ">marker", "name"});
   for (std::size_t i = 0; i < report.chapters.size(); ++i) {
     const ChapterReport& chapter = report.chapters[i];
-    table.AddRow(
-        {std::to_string(i + 1), TimeText(chapter.start), chapter.end == 0 ? "-" : TimeText(chapter.end), chapter.name});
+    table.AddRow({std::to_string(i + 1), TimeText(chapter.start), chapter.end == 0 ? "-" : TimeText(chapter.end),
+                  MarkerText(report, i), chapter.name});
   }
   return table.Text();
 }
 
 }  // namespace
-
-std::string GroupName(std::uint32_t group) {
-  switch (group) {
-    case 1:
-      return "video";
-    case 2:
-      return "audio";
-    case 17:
-      return "subtitle";
-    default:
-      return std::to_string(group);
-  }
-}
 
 std::string InfoTable(const InfoReport& report) {
   std::string text =

@@ -21,13 +21,6 @@ ComPtr<IBaseFilter> FilterOf(IPin* pin) {
   return ComPtr<IBaseFilter>::Attach(info.pFilter);
 }
 
-std::string FilterName(IBaseFilter* filter) {
-  FILTER_INFO info{};
-  if (FAILED(filter->QueryFilterInfo(&info))) return {};
-  const auto graph = ComPtr<IFilterGraph>::Attach(info.pGraph);
-  return Utf8FromWide(info.achName);
-}
-
 ComPtr<IPin> FirstConnectedOutput(IBaseFilter* filter) {
   const auto outputs = PinsOf(filter, PINDIR_OUTPUT);
   const auto found =
@@ -70,16 +63,23 @@ std::vector<CMediaType> OfferedTypes(IPin* pin) {
 
 bool IsConnected(IPin* pin) { return static_cast<bool>(PeerOf(pin)); }
 
-std::vector<std::string> DownstreamNames(IPin* output) {
-  std::vector<std::string> names;
-  for (ComPtr<IPin> pin(output); pin && names.size() < kLongestChain;) {
+std::vector<ComPtr<IBaseFilter>> DownstreamFilters(IPin* output) {
+  std::vector<ComPtr<IBaseFilter>> filters;
+  for (ComPtr<IPin> pin(output); pin && filters.size() < kLongestChain;) {
     const ComPtr<IPin> peer = PeerOf(pin.Get());
     const ComPtr<IBaseFilter> filter = peer ? FilterOf(peer.Get()) : nullptr;
     if (!filter) break;
-    names.push_back(FilterName(filter.Get()));
+    filters.push_back(filter);
     pin = FirstConnectedOutput(filter.Get());
   }
-  return names;
+  return filters;
+}
+
+std::string FilterName(IBaseFilter* filter) {
+  FILTER_INFO info{};
+  if (FAILED(filter->QueryFilterInfo(&info))) return {};
+  const auto graph = ComPtr<IFilterGraph>::Attach(info.pGraph);
+  return Utf8FromWide(info.achName);
 }
 
 }  // namespace tarvex::host

@@ -20,8 +20,11 @@ std::vector<CMediaType> OfferedTypes(IPin* pin);
 
 bool IsConnected(IPin* pin);
 
-/// The filters that come after `output`, each with the name it has in the graph, up to the last one
-/// that can be reached over first connected output pins.
-std::vector<std::string> DownstreamNames(IPin* output);
+/// The filters that come after `output`, up to the last one that can be reached over first connected
+/// output pins.
+std::vector<ComPtr<IBaseFilter>> DownstreamFilters(IPin* output);
+
+/// The name that it has in the graph.
+std::string FilterName(IBaseFilter* filter);
 
 }  // namespace tarvex::host

@@ -20,6 +20,16 @@ std::string BitRate(const PlayedStream& stream) {
   return fmt::format("{:.0f} kbit/s", static_cast<double>(stream.bytes) * 8 / 1000 / seconds);
 }
 
+std::uint64_t BytesOf(const std::vector<PlayedStream>& streams) {
+  std::uint64_t bytes = 0;
+  for (const PlayedStream& stream : streams) bytes += stream.bytes;
+  return bytes;
+}
+
+std::string ReadRate(std::uint64_t bytes, double seconds) {
+  return fmt::format("{:.2f} MB/s", static_cast<double>(bytes) / 1e6 / seconds);
+}
+
 }  // namespace
 
 std::string ProgressText(const PlayProgress& progress) {
@@ -28,21 +38,23 @@ std::string ProgressText(const PlayProgress& progress) {
     const double part = static_cast<double>(progress.position) / static_cast<double>(*progress.duration);
     text += fmt::format(" / {}  {:.0f} %", TimeText(*progress.duration), std::clamp(part, 0.0, 1.0) * 100);
   }
-  double bytes = 0;
-  for (const PlayedStream& stream : progress.streams) {
-    text += fmt::format("  {} {}", stream.kind, stream.samples);
-    bytes += static_cast<double>(stream.bytes);
-  }
-  if (progress.seconds > 0) text += fmt::format("  {:.2f} MB/s", bytes / 1e6 / progress.seconds);
+  if (progress.paused) text += "  paused";
+  for (const PlayedStream& stream : progress.streams) text += fmt::format("  {} {}", stream.kind, stream.samples);
+  if (progress.seconds > 0) text += "  " + ReadRate(BytesOf(progress.streams), progress.seconds);
   return text;
 }
 
-std::string SummaryText(const std::vector<PlayedStream>& streams) {
-  CTextTable table({"pin", "media type", "rendered by", ">samples", ">bytes", ">rate"});
+std::string SummaryText(const std::vector<PlayedStream>& streams, double seconds) {
+  CTextTable table({"pin", "stream", "media type", "rendered by", ">samples", ">bytes", ">rate"});
   for (const PlayedStream& stream : streams) {
-    table.AddRow({stream.pin, WithoutDetails(stream.mediaType), stream.renderer, std::to_string(stream.samples),
-                  std::to_string(stream.bytes), BitRate(stream)});
+    table.AddRow({stream.pin, stream.stream, WithoutDetails(stream.mediaType), stream.renderer,
+                  std::to_string(stream.samples), std::to_string(stream.bytes), BitRate(stream)});
   }
+  std::uint64_t samples = 0;
+  for (const PlayedStream& stream : streams) samples += stream.samples;
+  const std::uint64_t bytes = BytesOf(streams);
+  table.AddRow({"total", "", "", "", std::to_string(samples), std::to_string(bytes),
+                seconds > 0 ? ReadRate(bytes, seconds) : "-"});
   return table.Text();
 }
 

@@ -12,6 +12,7 @@ namespace tarvex::host {
 struct PlayedStream {
   std::string pin;
   std::string kind;       ///< "video", "audio" or "subtitle"
+  std::string stream;     ///< as info names it
   std::string mediaType;  ///< on one line
   std::string renderer;   ///< filters it goes through, or "counted"
   std::uint64_t samples = 0;
@@ -23,13 +24,15 @@ struct PlayProgress {
   std::int64_t position = 0;             ///< 100 ns units
   std::optional<std::int64_t> duration;  ///< 100 ns units
   double seconds = 0;                    ///< of the clock on the wall
+  bool paused = false;
   std::vector<PlayedStream> streams;
 };
 
 /// "0:00:01.200 / 0:00:05.000  24 %  video 30  audio 52  1.25 MB/s", without a line feed.
 std::string ProgressText(const PlayProgress& progress);
 
-/// A table with one row for each stream.
-std::string SummaryText(const std::vector<PlayedStream>& streams);
+/// A table with one row for each stream and one for all: its rate is what was read in a second on the
+/// wall, that of a stream is per second of the file.
+std::string SummaryText(const std::vector<PlayedStream>& streams, double seconds);
 
 }  // namespace tarvex::host

@@ -8,19 +8,31 @@ namespace tarvex::host {
 
 CProgressLine::CProgressLine() : m_isTerminal(OutputIsTerminal()) {}
 
-void CProgressLine::Show(const std::string& text) {
-  if (!m_isTerminal) return;
-  // One column stays free: a full line would move the cursor to the next one.
-  std::string line = text.substr(0, static_cast<std::size_t>(TerminalWidth() - 1));
+void CProgressLine::Rewrite(std::string line) {
   const std::size_t length = line.size();
   line.append(m_shown - std::min(m_shown, length), ' ');
   m_shown = length;
   WriteOutput('\r' + line);
 }
 
+void CProgressLine::Show(const std::string& text) {
+  // One column stays free: a full line would move the cursor to the next one.
+  if (m_isTerminal) Rewrite(text.substr(0, static_cast<std::size_t>(TerminalWidth() - 1)));
+}
+
 void CProgressLine::Finish(const std::string& text) {
-  Show(text);
-  WriteOutput(m_isTerminal ? std::string("\n") : text + '\n');
+  if (m_isTerminal) {
+    Tell(text);
+  } else {
+    WriteOutput(text + '\n');
+  }
+}
+
+void CProgressLine::Tell(const std::string& text) {
+  if (!m_isTerminal) return;
+  Rewrite(text);
+  WriteOutput("\n");
+  m_shown = 0;
 }
 
 }  // namespace tarvex::host

@@ -1,5 +1,6 @@
-// The one line that tells how far playing has come: rewritten in place on a terminal; elsewhere printed
-// once at the end. Owned by the play command, main thread.
+// The one line that tells how far playing has come: rewritten in place on a terminal and cut to its width
+// there; elsewhere printed once at the end. The last one is whole everywhere. Owned by the player, main
+// thread.
 #pragma once
 
 #include <string>
@@ -13,12 +14,16 @@ class CProgressLine {
   /// Milliseconds between two calls of Show that make sense.
   unsigned Interval() const noexcept { return m_isTerminal ? 100 : 1000; }
 
-  /// Cut to the width of the terminal. `text` is plain ASCII.
+  /// `text` is plain ASCII.
   void Show(const std::string& text);
   /// The last state, which stays.
   void Finish(const std::string& text);
+  /// A line of its own, above the progress; terminals only.
+  void Tell(const std::string& text);
 
  private:
+  void Rewrite(std::string line);
+
   const bool m_isTerminal;
   std::size_t m_shown = 0;  // characters on the line
 };

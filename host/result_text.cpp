@@ -37,4 +37,6 @@ std::string ResultText(HRESULT result) {
   return number;
 }
 
+std::string FailureText(HRESULT result) { return "a filter of the graph failed with " + ResultText(result); }
+
 }  // namespace tarvex::host

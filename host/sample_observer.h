@@ -32,6 +32,9 @@ class SampleObserver {
   virtual void OnSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) = 0;
   virtual void OnSample(const SampleView& sample) = 0;
   virtual void OnEndOfStream() = 0;
+  /// After a flush or a stop: what comes next is not the continuation of what came before, and an end of
+  /// stream that came is void. On any thread.
+  virtual void OnRestart() noexcept {}
 };
 
 /// Reads the properties of a sample. The view is valid as long as the sample.

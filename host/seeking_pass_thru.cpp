@@ -9,7 +9,7 @@ void CSeekingPassThru::Create() {
   }
   ComPtr<ISeekingPassThru> setup;
   if (FAILED(inner->QueryInterface(IID_ISeekingPassThru, setup.PutVoid()))) return;
-  if (SUCCEEDED(setup->Init(FALSE, m_input))) m_inner = inner;
+  if (SUCCEEDED(setup->Init(m_place == Place::kEnd ? TRUE : FALSE, m_input))) m_inner = inner;
 }
 
 HRESULT CSeekingPassThru::Query(REFIID iid, void** out) {

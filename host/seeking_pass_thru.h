@@ -9,9 +9,13 @@ namespace tarvex::host {
 
 class CSeekingPassThru {
  public:
+  /// Where the owner stands in the graph.
+  enum class Place { kMiddle, kEnd };
+
   /// `owner` is the object that offers IMediaSeeking, `input` the input pin whose peer is asked; neither
   /// is counted.
-  CSeekingPassThru(IUnknown* owner, IPin* input) noexcept : m_owner(owner), m_input(input) {}
+  CSeekingPassThru(IUnknown* owner, IPin* input, Place place) noexcept
+      : m_owner(owner), m_input(input), m_place(place) {}
 
   /// IMediaSeeking and IMediaPosition; E_NOINTERFACE for all others, and for these too where the
   /// platform lacks the object.
@@ -22,6 +26,7 @@ class CSeekingPassThru {
 
   IUnknown* const m_owner;
   IPin* const m_input;
+  const Place m_place;
 
   CCritSec m_lock{"CSeekingPassThru"};
   ComPtr<IUnknown> m_inner;  // under m_lock; made for the first query, when the owner is counted already

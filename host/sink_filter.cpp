@@ -12,14 +12,17 @@ constexpr GUID kSinkClass = {0x0C2DF9F5, 0x9A6C, 0x4E0A, {0x8B, 0x0E, 0x6C, 0x0C
 
 }  // namespace
 
-CSinkFilter::CSinkFilter(std::shared_ptr<SampleObserver> observer)
+CSinkFilter::CSinkFilter(std::shared_ptr<SampleObserver> observer, SinkSeeking seeking)
     : CBaseFilter("host CSinkFilter", nullptr, &m_filterLock, kSinkClass),
-      m_pin(new CSinkPin(this, &m_filterLock, std::move(observer))) {}
+      m_offered(seeking),
+      m_pin(new CSinkPin(this, &m_filterLock, std::move(observer))),
+      m_seeking(Owner(), m_pin.Get(), CSeekingPassThru::Place::kEnd) {}
 
 CSinkFilter::~CSinkFilter() = default;
 
 HRESULT STDMETHODCALLTYPE CSinkFilter::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAMFilterMiscFlags) return GiveInterface(static_cast<IAMFilterMiscFlags*>(this), out);
+  if (m_offered == SinkSeeking::kOffered && SUCCEEDED(m_seeking.Query(iid, out))) return S_OK;
   return CBaseFilter::NonDelegatingQueryInterface(iid, out);
 }
 
@@ -31,6 +34,14 @@ HRESULT STDMETHODCALLTYPE CSinkFilter::Run(REFERENCE_TIME tStart) {
     m_running = true;
   }
   NotifyEnd();
+  return result;
+}
+
+// Run calls this as well, on its way from the stopped state, and marks the filter as running afterwards.
+HRESULT STDMETHODCALLTYPE CSinkFilter::Pause() {
+  const HRESULT result = CBaseFilter::Pause();
+  const CAutoLock hold(m_endLock);
+  m_running = false;
   return result;
 }
 

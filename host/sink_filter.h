@@ -1,7 +1,7 @@
 // The end of a stream that no renderer takes: a filter with one input pin that accepts everything, shows
 // it to an observer and lets it go at once. Made by the commands, owned by them and the graph.
-// It offers no seeking, on purpose: a graph that finds some reads the stop position when it runs, and with
-// that the splitter ends where the file says it does, even if there is more.
+// It offers seeking only where that is wanted: a graph that finds some reads the stop position when it runs,
+// and with that the splitter ends where the file says it does, even if there is more.
 #pragma once
 
 #include <memory>
@@ -10,14 +10,17 @@
 #include "framework/base_input_pin.h"
 #include "framework/owned_pin.h"
 #include "host/sample_observer.h"
+#include "host/seeking_pass_thru.h"
 
 namespace tarvex::host {
 
 class CSinkPin;
 
+enum class SinkSeeking { kNone, kOffered };
+
 class CSinkFilter : public CBaseFilter, public IAMFilterMiscFlags {
  public:
-  explicit CSinkFilter(std::shared_ptr<SampleObserver> observer);
+  explicit CSinkFilter(std::shared_ptr<SampleObserver> observer, SinkSeeking seeking = SinkSeeking::kNone);
   ~CSinkFilter() override;
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
@@ -31,6 +34,7 @@ class CSinkFilter : public CBaseFilter, public IAMFilterMiscFlags {
   ULONG STDMETHODCALLTYPE GetMiscFlags() override { return AM_FILTER_MISC_FLAGS_IS_RENDERER; }
 
   HRESULT STDMETHODCALLTYPE Run(REFERENCE_TIME tStart) override;
+  HRESULT STDMETHODCALLTYPE Pause() override;
   HRESULT STDMETHODCALLTYPE Stop() override;
 
   int GetPinCount() override { return 1; }
@@ -54,7 +58,9 @@ class CSinkFilter : public CBaseFilter, public IAMFilterMiscFlags {
   bool m_running = false;   // under m_endLock
   bool m_notified = false;  // under m_endLock
 
+  const SinkSeeking m_offered;
   OwnedPin<CSinkPin> m_pin;
+  CSeekingPassThru m_seeking;
 };
 
 }  // namespace tarvex::host

@@ -32,8 +32,15 @@ HRESULT STDMETHODCALLTYPE CSinkPin::EndOfStream() {
 HRESULT STDMETHODCALLTYPE CSinkPin::EndFlush() {
   const PinScope scope(*this);
   if (!scope) return VFW_E_NOT_CONNECTED;
+  m_observer->OnRestart();
   m_sink->ForgetEnd();
   return CBaseInputPin::EndFlush();
+}
+
+HRESULT CSinkPin::Inactive() {
+  const HRESULT result = CBaseInputPin::Inactive();
+  m_observer->OnRestart();
+  return result;
 }
 
 HRESULT STDMETHODCALLTYPE CSinkPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {

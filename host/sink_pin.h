@@ -24,6 +24,7 @@ class CSinkPin : public CBaseInputPin {
   HRESULT STDMETHODCALLTYPE ReceiveCanBlock() override { return S_FALSE; }
   HRESULT STDMETHODCALLTYPE EndOfStream() override;
   HRESULT STDMETHODCALLTYPE EndFlush() override;
+  HRESULT Inactive() override;
   HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
 
  private:

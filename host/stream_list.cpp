@@ -11,22 +11,22 @@ namespace tarvex::host {
 
 namespace {
 
-std::uint32_t GroupOf(const GUID& majorType) {
-  if (majorType == MEDIATYPE_Video) return 1;
-  if (majorType == MEDIATYPE_Audio) return 2;
-  return 17;
-}
-
 std::optional<StreamReport> StreamAt(IAMStreamSelect* select, LONG index) {
   DWORD flags = 0;
   DWORD group = 0;
   CoTaskMem<WCHAR> name;
   if (select->Info(index, nullptr, &flags, nullptr, &group, name.Put(), nullptr, nullptr) != S_OK) return std::nullopt;
   return StreamReport{group, name ? Utf8FromWide(name.Get()) : std::string(),
-                      (flags & AMSTREAMSELECTINFO_ENABLED) != 0};
+                      (flags & (AMSTREAMSELECTINFO_ENABLED | AMSTREAMSELECTINFO_EXCLUSIVE)) != 0,
+                      (flags & AMSTREAMSELECTINFO_EXCLUSIVE) != 0};
 }
 
 }  // namespace
+
+std::uint32_t GroupOf(const GUID& majorType) {
+  if (majorType == MEDIATYPE_Video) return kVideoGroup;
+  return majorType == MEDIATYPE_Audio ? kAudioGroup : kSubtitleGroup;
+}
 
 std::vector<StreamReport> StreamsOf(IBaseFilter* splitter) {
   std::vector<StreamReport> streams;

@@ -10,6 +10,9 @@
 
 namespace tarvex::host {
 
+/// The group of the streams that a pin of this major type carries.
+std::uint32_t GroupOf(const GUID& majorType);
+
 /// In the splitter's order; empty when it lists none.
 std::vector<StreamReport> StreamsOf(IBaseFilter* splitter);
 

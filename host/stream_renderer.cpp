@@ -5,7 +5,7 @@
 #include "framework/text_conversion.h"
 #include "host/media_type_text.h"
 #include "host/pin_queries.h"
-#include "host/sink_filter.h"
+#include "host/stream_list.h"
 #include "host/tap_filter.h"
 #include "host/tap_input_pin.h"
 #include "host/tap_output_pin.h"
@@ -28,12 +28,6 @@ void RemoveAllBut(CGraphSession& session, const std::vector<ComPtr<IBaseFilter>>
   for (const auto& filter : FiltersOf(session.Graph())) {
     if (std::find(kept.begin(), kept.end(), filter) == kept.end()) session.Remove(filter.Get());
   }
-}
-
-std::string Joined(const std::vector<std::string>& names) {
-  std::string text;
-  for (const std::string& name : names) text += (text.empty() ? "" : " > ") + name;
-  return text;
 }
 
 bool OffersVideo(IPin* pin) {
@@ -62,47 +56,68 @@ bool HasConnectedInput(IBaseFilter* filter) {
 // that it lacks.
 bool IsWorthTrying(const CMediaType& type) { return type.subtype != GUID_NULL && type.pbFormat != nullptr; }
 
-// Empty when the platform cannot render the pin; the graph is then as it was.
-std::string TryPlatform(CGraphSession& session, IPin* output, const std::shared_ptr<CStreamCounter>& counter) {
+// False when the platform cannot render the pin; the graph is then as it was.
+bool TryPlatform(CGraphSession& session, const RenderedStream& stream) {
   const auto before = FiltersOf(session.Graph());
-  const auto tap = MakeCom<CTapFilter>(counter);
-  session.AddAndConnect(tap.Get(), L"Counter", output, tap->InputPin());
+  const auto tap = MakeCom<CTapFilter>(stream.counter);
+  session.AddAndConnect(tap.Get(), kTapName, stream.output.Get(), tap->InputPin());
   const HRESULT result = session.Graph()->Render(tap->OutputPin());
-  if (SUCCEEDED(result) && result != VFW_S_PARTIAL_RENDER && IsConnected(tap->OutputPin())) {
-    return Joined(DownstreamNames(tap->OutputPin()));
-  }
+  if (SUCCEEDED(result) && result != VFW_S_PARTIAL_RENDER && IsConnected(tap->OutputPin())) return true;
   RemoveAllBut(session, before);
-  return {};
+  return false;
 }
 
-RenderedStream RenderStream(CGraphSession& session, IPin* output) {
-  RenderedStream stream;
-  const auto types = OfferedTypes(output);
-  stream.pin = PinName(output);
-  stream.counter = std::make_shared<CStreamCounter>();
-  if (!types.empty()) {
-    stream.majorType = types.front().majortype;
-    stream.mediaType = MediaTypeLine(DescribeMediaType(types.front()));
+// The filters behind the tap; empty without one.
+std::string RenderersOf(IPin* output) {
+  std::string text;
+  const auto filters = DownstreamFilters(output);
+  for (std::size_t i = 1; i < filters.size(); ++i) text += (text.empty() ? "" : " > ") + FilterName(filters[i].Get());
+  return text;
+}
+
+std::string NameOfCarried(const CGraphSession& session, IPin* output) {
+  const auto pins = session.OutputPins();
+  const auto streams = StreamsOf(session.Splitter());
+  const auto carried = StreamsOfPins(pins, streams);
+  for (std::size_t i = 0; i < pins.size(); ++i) {
+    if (pins[i].Get() == output && carried[i]) return streams[*carried[i]].name;
   }
-  if (!types.empty() && IsWorthTrying(types.front())) {
-    stream.renderer = TryPlatform(session, output, stream.counter);
-  }
-  if (!stream.renderer.empty()) return stream;
-  const auto sink = MakeCom<CSinkFilter>(stream.counter);
-  session.AddAndConnect(sink.Get(), L"Counting sink", output, sink->Input().Get());
-  return stream;
+  return {};
 }
 
 }  // namespace
 
-std::vector<RenderedStream> RenderStreams(CGraphSession& session) {
+void DescribeStream(const CGraphSession& session, RenderedStream& stream) {
+  const auto types = OfferedTypes(stream.output.Get());
+  stream.pin = PinName(stream.output.Get());
+  stream.name = NameOfCarried(session, stream.output.Get());
+  stream.renderer = RenderersOf(stream.output.Get());
+  if (types.empty()) return;
+  stream.majorType = types.front().majortype;
+  stream.mediaType = MediaTypeLine(DescribeMediaType(types.front()));
+}
+
+void RenderStream(CGraphSession& session, RenderedStream& stream, SinkSeeking seeking) {
+  const auto types = OfferedTypes(stream.output.Get());
+  const bool isRendered = !types.empty() && IsWorthTrying(types.front()) && TryPlatform(session, stream);
+  if (!isRendered) {
+    const auto sink = MakeCom<CSinkFilter>(stream.counter, seeking);
+    session.AddAndConnect(sink.Get(), L"Counting sink", stream.output.Get(), sink->Input().Get());
+  }
+  DescribeStream(session, stream);
+}
+
+std::vector<RenderedStream> RenderStreams(CGraphSession& session, SinkSeeking seeking) {
   std::vector<RenderedStream> streams;
   ComPtr<IBaseFilter> videoRenderer;
   const auto pins = session.OutputPins();
   if (std::any_of(pins.begin(), pins.end(), [](const auto& pin) { return OffersVideo(pin.Get()); })) {
     videoRenderer = AddVideoRenderer(session);
   }
-  for (const auto& pin : pins) streams.push_back(RenderStream(session, pin.Get()));
+  for (const auto& pin : pins) {
+    streams.push_back({pin, {}, {}, {}, {}, {}, std::make_shared<CStreamCounter>()});
+    RenderStream(session, streams.back(), seeking);
+  }
   // A renderer without input would keep the graph from ever being complete.
   if (videoRenderer && !HasConnectedInput(videoRenderer.Get())) session.Remove(videoRenderer.Get());
   return streams;

@@ -7,12 +7,15 @@
 #include <vector>
 
 #include "host/graph_session.h"
+#include "host/sink_filter.h"
 #include "host/stream_counter.h"
 
 namespace tarvex::host {
 
 struct RenderedStream {
+  ComPtr<IPin> output;
   std::string pin;
+  std::string name;  ///< of the stream that it carries, as the splitter lists it
   GUID majorType{};
   std::string mediaType;  ///< on one line
   std::string renderer;   ///< the filters it goes through; empty for a counting sink
@@ -20,6 +23,12 @@ struct RenderedStream {
 };
 
 /// Renders every output pin. Throws HostError when a pin takes not even the sink.
-std::vector<RenderedStream> RenderStreams(CGraphSession& session);
+std::vector<RenderedStream> RenderStreams(CGraphSession& session, SinkSeeking seeking);
+
+/// Renders one pin, which is not connected. Its counter goes on. Throws like RenderStreams.
+void RenderStream(CGraphSession& session, RenderedStream& stream, SinkSeeking seeking);
+
+/// Reads anew what the pin carries and where that goes, after others have connected it.
+void DescribeStream(const CGraphSession& session, RenderedStream& stream);
 
 }  // namespace tarvex::host

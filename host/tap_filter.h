@@ -13,6 +13,9 @@
 
 namespace tarvex::host {
 
+/// What it is called in a graph.
+inline constexpr OLECHAR kTapName[] = OLESTR("Counter");
+
 class CTapInputPin;
 class CTapOutputPin;
 

@@ -44,9 +44,16 @@ HRESULT STDMETHODCALLTYPE CTapInputPin::BeginFlush() {
 HRESULT STDMETHODCALLTYPE CTapInputPin::EndFlush() {
   const auto filter = HoldFilter();
   if (!filter) return VFW_E_NOT_CONNECTED;
+  m_observer->OnRestart();
   const HRESULT result = m_tap->OutputPin()->DeliverEndFlush();
   const HRESULT own = CBaseInputPin::EndFlush();
   return FAILED(result) ? result : own;
+}
+
+HRESULT CTapInputPin::Inactive() {
+  const HRESULT result = CBaseInputPin::Inactive();
+  m_observer->OnRestart();
+  return result;
 }
 
 HRESULT STDMETHODCALLTYPE CTapInputPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {

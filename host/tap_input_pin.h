@@ -23,6 +23,7 @@ class CTapInputPin : public CBaseInputPin {
   HRESULT STDMETHODCALLTYPE EndOfStream() override;
   HRESULT STDMETHODCALLTYPE BeginFlush() override;
   HRESULT STDMETHODCALLTYPE EndFlush() override;
+  HRESULT Inactive() override;
   HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
 
   /// The allocator that upstream chose, for the output pin; null before the connection. With the

@@ -8,7 +8,7 @@ namespace tarvex::host {
 CTapOutputPin::CTapOutputPin(CTapFilter* filter, CCritSec* lock)
     : CBaseOutputPin("host CTapOutputPin", filter, lock, OLESTR("Out")),
       m_tap(filter),
-      m_seeking(Owner(), filter->InputPin()) {}
+      m_seeking(Owner(), filter->InputPin(), CSeekingPassThru::Place::kMiddle) {}
 
 HRESULT STDMETHODCALLTYPE CTapOutputPin::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (SUCCEEDED(m_seeking.Query(iid, out))) return S_OK;

@@ -65,6 +65,24 @@ TEST(TimeText, BothEndsOfTheRangeHaveAText) {
   EXPECT_EQ(TimeText(-kOpenTime - 1), "-256204778:48:05.477");
 }
 
+TEST(TimeText, BothFormsAreRead) {
+  const std::pair<const char*, std::int64_t> times[] = {{"0", 0},
+                                                        {"90", 900'000'000},
+                                                        {"90.5", 905'000'000},
+                                                        {"0:01:30.500", 905'000'000},
+                                                        {"1:00:00", 36'000'000'000},
+                                                        {"99999999:59:59.9999999", 3'599'999'999'999'999'999}};
+  for (const auto& [text, time] : times) EXPECT_EQ(ParseTime(text), time) << text;
+  EXPECT_EQ(ParseTime(TimeText(36'610'010'000)), 36'610'010'000);
+}
+
+TEST(TimeText, OtherTextIsNoTime) {
+  for (const char* text : {"", "soon", "-1", "+1", "1e3", "1.", ".5", "1.12345678", "1:30", "0:60:00", "0:00:60",
+                           "0:1:30", ":01:30", "0:01:30:00", "999999999", "1 ", "0x10", "nan"}) {
+    EXPECT_EQ(ParseTime(text), std::nullopt) << text;
+  }
+}
+
 TEST(TextTable, ColumnsAlignByCharactersNotBytes) {
   CTextTable table({"name", ">n"});
   table.AddRow({"üü", "1"});

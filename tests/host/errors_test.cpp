@@ -26,6 +26,32 @@ TEST(HostErrors, WrongArguments) {
   ExpectRefusal(RunHost({L"play", L"a", L"--duration-limit", L"soon"}), ExitCode::kUsage, "soon");
 }
 
+TEST(HostErrors, PlayOptionsThatMakeNoSense) {
+  const WideString file = SourcePath("tests/data/sample.mkv");
+  const struct {
+    std::vector<WideString> options;
+    const char* text;
+  } cases[] = {
+      {{L"--start", L"1:30"}, "--start: 1:30 is no time"},
+      {{L"--seek", L"1", L"--seek", L"x"}, "--seek: x is no time"},
+      {{L"--start", L"3", L"--stop", L"0:00:03"}, "--stop: 0:00:03.000 is not after the start"},
+      {{L"--chapter", L"2", L"--stop", L"2"}, "--stop: 0:00:02.000 is not after the start"},
+      {{L"--chapter", L"99"}, "no chapter 99 (the file has 2)"},
+      {{L"--chapter", L"one"}, "--chapter: one is no number"},
+      {{L"--chapter", L"1", L"--start", L"1"}, "--chapter"},
+      {{L"--audio", L"9"}, "no audio stream 9"},
+      {{L"--audio", L"off"}, "no audio stream off"},
+      {{L"--subtitle", L"German"}, "no subtitle stream German"},
+      {{L"--audio", L"1", L"--separate-pins"}, "--separate-pins"},
+      {{L"--duration-limit", L"0"}, "--duration-limit"},
+  };
+  for (const auto& each : cases) {
+    std::vector<WideString> arguments = {L"play", file};
+    arguments.insert(arguments.end(), each.options.begin(), each.options.end());
+    ExpectRefusal(RunHostWithModule(arguments), ExitCode::kUsage, each.text);
+  }
+}
+
 TEST(HostErrors, MissingFile) {
   ExpectRefusal(RunHostWithModule({L"info", L"C:\\no such folder\\x.mkv"}), ExitCode::kNoSuchFile,
                 "C:\\no such folder\\x.mkv: no such file");

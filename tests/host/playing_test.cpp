@@ -69,14 +69,15 @@ TEST(HostDump, EverySampleIsThatOfTheManifest) {
   const auto lines = Lines(result);
   const auto samples = SamplesOf(lines, 0);
   ASSERT_EQ(samples.size(), frames.size());
+  EXPECT_EQ(lines[0]["event"], "pin");
+  ASSERT_EQ(lines[1]["event"], "segment");
+  const auto begin = lines[1]["start"].get<std::int64_t>();
   for (std::size_t i = 0; i < samples.size(); ++i) {
-    EXPECT_EQ(samples[i]["start"], frames[i][0]) << i;
+    EXPECT_EQ(begin + samples[i]["start"].get<std::int64_t>(), frames[i][0]) << i;
     EXPECT_EQ(samples[i]["sync"], frames[i][2] == 1) << i;
     EXPECT_EQ(samples[i]["size"], frames[i][3]) << i;
     EXPECT_EQ(samples[i]["sha1"], frames[i][4]) << i;
   }
-  EXPECT_EQ(lines[0]["event"], "pin");
-  EXPECT_EQ(lines[1]["event"], "segment");
   EXPECT_EQ(lines.back()["event"], "end");
 }
 
@@ -126,6 +127,46 @@ TEST(HostPlay, DurationLimitEndsIt) {
   const HostResult result = RunHostWithModule({L"play", L"--duration-limit", L"0.001", SourcePath(kSample)});
   EXPECT_EQ(result.code, 0u) << result.errors;
   EXPECT_EQ(result.output.find("video 50"), std::string::npos) << result.output;
+}
+
+int SamplesPlayed(const HostResult& result, const std::string& kind) {
+  std::smatch found;
+  const bool isThere = std::regex_search(result.output, found, std::regex("  " + kind + " (\\d+)  "));
+  return isThere ? std::stoi(found[1]) : -1;
+}
+
+TEST(HostPlay, ChosenStreamsAreThoseThatPlay) {
+  const HostResult result =
+      RunHostWithModule({L"play", L"--no-clock", L"--audio", L"deu", L"--subtitle", L"off", SourcePath(kSample)});
+  ASSERT_EQ(result.code, 0u) << result.errors;
+  EXPECT_NE(result.output.find("  A: High tone [German]  "), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("  No Subtitles  "), std::string::npos) << result.output;
+  EXPECT_EQ(SamplesPlayed(result, "audio"), 189) << result.output;
+  EXPECT_EQ(SamplesPlayed(result, "subtitle"), 0) << result.output;
+}
+
+// Of 50 pictures, one each tenth of a second, all of them key frames.
+TEST(HostPlay, StartAndStopBoundWhatPlays) {
+  const HostResult result =
+      RunHostWithModule({L"play", L"--no-clock", L"--start", L"0:00:01", L"--stop", L"2.5", SourcePath(kSample)});
+  ASSERT_EQ(result.code, 0u) << result.errors;
+  EXPECT_NEAR(SamplesPlayed(result, "video"), 15, 2) << result.output;
+}
+
+TEST(HostPlay, SeeksAreAllMadeBeforeTheEnd) {
+  const HostResult result = RunHostWithModule({L"play", L"--no-clock", L"--chapter", L"2", L"--seek", L"4.5", L"--seek",
+                                               L"0", L"--seek", L"0:00:04", L"--seek", L"0", SourcePath(kSample)});
+  ASSERT_EQ(result.code, 0u) << result.errors;
+  EXPECT_GE(SamplesPlayed(result, "video"), 50) << result.output;
+  EXPECT_NE(result.output.find("0:00:05.000 / 0:00:05.000  100 %"), std::string::npos) << result.output;
+}
+
+TEST(HostInfo, StartCodesAreSetBeforeTheFileIsOpened) {
+  const WideString file = SourcePath("tests/data/corpus/gen/flags_names.mkv");
+  const json plain = json::parse(RunHostWithModule({L"info", L"--json", file}).output);
+  const json annexB = json::parse(RunHostWithModule({L"info", L"--json", L"--annexb", file}).output);
+  EXPECT_EQ(plain["pins"][0]["media_types"][0]["subtype"]["name"], "AVC1");
+  EXPECT_EQ(annexB["pins"][0]["media_types"][0]["subtype"]["name"], "H264 byte stream");
 }
 
 TEST(HostFiles, NameOutsideEveryCodePage) {

@@ -18,7 +18,8 @@ InfoReport NastyReport() {
   InfoReport report;
   report.file = "a\"b\\\x1B[31m\xFF.mkv";
   report.docType = "webm";
-  report.streams.push_back({2, "line\nbreak \xE2\x80\xAE", true});
+  report.streams.push_back({2, "line\nbreak \xE2\x80\xAE", true, true});
+  report.streams.push_back({2, "other", false, false});
   report.chapters.push_back({"\xC2\x9B", -5, 0});
   report.pins.push_back({"Audio 0", std::nullopt, {}});
   return report;
@@ -35,6 +36,7 @@ TEST(InfoJson, HostileTextsLeaveItValidAndHarmless) {
   const json parsed = json::parse(text);
   EXPECT_EQ(parsed["file"], "a\"b\\\x1B[31m\xEF\xBF\xBD.mkv");
   EXPECT_EQ(parsed["streams"][0]["name"], "line\nbreak \xE2\x80\xAE");
+  EXPECT_EQ(parsed["streams"][1]["number"], 2);
   EXPECT_EQ(parsed["chapters"][0]["start"], -5);
 }
 
@@ -75,16 +77,20 @@ TEST(DumpReport, EveryFlagHasItsLetter) {
 TEST(PlayReport, UnknownDurationHasNoPercentage) {
   PlayProgress progress;
   progress.position = 12'000'000;
-  progress.streams.push_back({"Video 0", "video", "", "counted", 30, 2'000'000, 0});
+  progress.streams.push_back({"Video 0", "video", "", "", "counted", 30, 2'000'000, 0});
   EXPECT_EQ(ProgressText(progress), "0:00:01.200  video 30");
   progress.duration = 48'000'000;
   progress.seconds = 2;
   EXPECT_EQ(ProgressText(progress), "0:00:01.200 / 0:00:04.800  25 %  video 30  1.00 MB/s");
 }
 
-TEST(PlayReport, RateIsPerSecondOfTheFile) {
-  const std::string text = SummaryText({{"Audio 0", "audio", "Audio AAC: details", "counted", 2, 1000, 20'000'000}});
-  EXPECT_NE(text.find("  Audio 0  Audio AAC   counted            2   1000  4 kbit/s\n"), std::string::npos) << text;
+TEST(PlayReport, StreamsAreRatedByTheFileAndTheTotalByTheWall) {
+  const PlayedStream stream{"Audio 0", "audio", "A: x", "Audio AAC: details", "counted", 2, 1'000'000, 20'000'000};
+  EXPECT_EQ(SummaryText({stream, stream}, 4),
+            "  pin      stream  media type  rendered by  samples    bytes         rate\n"
+            "  Audio 0  A: x    Audio AAC   counted            2  1000000  4000 kbit/s\n"
+            "  Audio 0  A: x    Audio AAC   counted            2  1000000  4000 kbit/s\n"
+            "  total                                           4  2000000    0.50 MB/s\n");
 }
 
 TEST(Checksum, KnownDigests) {
