@@ -90,6 +90,17 @@ TEST(Delivery, BlockFoundInsideADamagedGroupIsReadFromItsOwnBytes) {
   EXPECT_EQ(file.callback.frames[1].data, Noise(40, 3));
 }
 
+TEST(Delivery, UnknownSizesEndAtTheNextClusterFromTwoLevelsDownToo) {
+  ByteString clusters;
+  for (std::int16_t time = 1; time <= 3; ++time) {
+    const ByteString group = ElementOfUnknownSize(id::kBlockGroup, Block(time, {1}));
+    clusters = Join({clusters, ElementOfUnknownSize(id::kCluster, Join({Unsigned(id::kTimecode, 0), group}))});
+  }
+  OpenFile file(FileOf(clusters));
+  EXPECT_FALSE(file.Process());
+  EXPECT_EQ(file.StartTimes(), (Times{10000, 20000, 30000}));
+}
+
 constexpr std::uint8_t kXiph = 0x02;
 constexpr std::uint8_t kFixed = 0x04;
 constexpr std::uint8_t kEbml = 0x06;
