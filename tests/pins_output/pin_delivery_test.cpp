@@ -1,6 +1,7 @@
 // From a frame to what downstream receives, where no file and no graph shows it: segments, refusals, texts.
 #include <gtest/gtest.h>
 
+#include "framework/event.h"
 #include "tests/pins_output/allocation_count.h"
 #include "tests/pins_output/pin_rig.h"
 
@@ -86,20 +87,24 @@ TEST(PinDelivery, PeerThatRefusesTheAllocatorStaysUnconnected) {
   EXPECT_EQ(rig.pin->Connect(rig.sink->Pin(), nullptr), S_OK);
 }
 
+// After as many frames as this have waited for downstream once.
 TEST(PinDelivery, SteadyDeliveryAllocatesNothing) {
   AudioRig rig(SinkKind::kCounting);
+  CEvent go(CEvent::Mode::kManual);
+  rig.sink->OnSample([&](IMediaSample* /*sample*/) { go.Wait(10000); });
   rig.Start();
   const std::vector<std::uint8_t> bytes(50000, 1);
   FrameInfo frame;
   frame.data = bytes.data();
   frame.size = static_cast<std::uint32_t>(bytes.size());
-  // In small groups, so that the queue stays within the room it has.
-  for (std::size_t sent = 50; sent <= 200; sent += 50) {
+  const auto send = [&] {
     for (int i = 0; i < 50; ++i) ASSERT_TRUE(rig.pin->OnData(frame));
-    ASSERT_TRUE(rig.WaitForSamples(sent));
-  }
+  };
+  send();
+  go.Set();
+  ASSERT_TRUE(rig.WaitForSamples(50));
   const std::size_t before = AllocationsOfThisThread();
-  for (int i = 0; i < 50; ++i) ASSERT_TRUE(rig.pin->OnData(frame));
+  send();
   EXPECT_EQ(AllocationsOfThisThread(), before);
 }
 
