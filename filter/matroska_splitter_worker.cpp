@@ -80,6 +80,10 @@ HRESULT CMatroskaSplitter::EndWorker() {
 }
 
 bool CMatroskaSplitter::Interrupt() {
+  // A worker that is being ended may still be in its pass, and what comes next changes the scanner.
+  if (m_runState == kExit && !IsWorkerThread()) {
+    const CAutoLock ended(m_AccessLock);
+  }
   if (m_runState != kStart) return false;
   BeginFlush();
   const bool paused = !IsWorkerThread() && PauseWorker() == S_OK;
