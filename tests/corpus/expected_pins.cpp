@@ -31,14 +31,36 @@ std::string SumOf(const std::vector<ManifestFrame>& frames) {
   return sum.Finish();
 }
 
-// Sound before the start is not wanted, and pictures before the first key frame cannot be decoded.
-std::size_t Drop(const ManifestTrack& track, std::vector<ManifestFrame>& rows) {
-  if (track.type != 1) {
-    return std::erase_if(rows, [](const auto& frame) { return frame.time < 0 && frame.time + frame.duration < 0; });
+const ManifestFrames& FramesOf(const ManifestFile& file, const ManifestTrack& track) {
+  static const ManifestFrames none;
+  const auto found = file.frames.find(track.number.value());
+  return found == file.frames.end() ? none : found->second;
+}
+
+// The other streams begin with the first picture that can be decoded.
+std::int64_t FirstPicture(const ManifestFile& file) {
+  for (const ManifestTrack& track : file.tracks) {
+    if (track.type != 1) continue;
+    const ManifestFrames& frames = FramesOf(file, track);
+    for (const ManifestFrame& frame : frames.rows.empty() ? frames.first : frames.rows) {
+      if (frame.key) return frame.time;
+    }
   }
-  const auto key = std::find_if(rows.begin(), rows.end(), [](const auto& frame) { return frame.key; });
-  const auto dropped = static_cast<std::size_t>(key - rows.begin());
-  rows.erase(rows.begin(), key);
+  return 0;
+}
+
+// Sound before the start is not wanted, and pictures before the first key frame cannot be decoded.
+// Removes them from `rows` and answers them. They all lie at the front.
+std::vector<ManifestFrame> TakeDropped(const ManifestFile& file, const ManifestTrack& track,
+                                       std::vector<ManifestFrame>& rows) {
+  const std::int64_t first = FirstPicture(file);
+  const auto wanted = [&track, first](const ManifestFrame& frame) {
+    if (track.type == 1) return frame.key;
+    return (frame.time >= 0 || frame.time + frame.duration >= 0) && (first <= 0 || frame.time >= first);
+  };
+  const auto kept = std::find_if(rows.begin(), rows.end(), wanted);
+  std::vector<ManifestFrame> dropped(rows.begin(), kept);
+  rows.erase(rows.begin(), kept);
   return dropped;
 }
 
@@ -48,13 +70,15 @@ void CompareCount(std::size_t expected, std::size_t delivered, std::vector<std::
   }
 }
 
-void CompareExactly(const ManifestTrack& track, const ManifestFrames& frames,
-                    const std::vector<ManifestFrame>& delivered, std::vector<std::string>& out) {
-  std::vector<ManifestFrame> rows = frames.rows;
-  const std::size_t dropped = Drop(track, rows);
-  CompareCount(frames.count - dropped, delivered.size(), out);
-  CompareRows(frames.rows.empty() ? frames.first : rows, delivered, out);
-  if (frames.rows.empty() && !frames.linesSha256.empty() && SumOf(delivered) != frames.linesSha256) {
+void CompareExactly(const ManifestFile& file, const ManifestTrack& track, const std::vector<ManifestFrame>& delivered,
+                    std::vector<std::string>& out) {
+  const ManifestFrames& frames = FramesOf(file, track);
+  std::vector<ManifestFrame> rows = frames.rows.empty() ? frames.first : frames.rows;
+  std::vector<ManifestFrame> all = TakeDropped(file, track, rows);
+  CompareCount(frames.count - all.size(), delivered.size(), out);
+  CompareRows(rows, delivered, out);
+  all.insert(all.end(), delivered.begin(), delivered.end());
+  if (frames.rows.empty() && !frames.linesSha256.empty() && SumOf(all) != frames.linesSha256) {
     out.push_back("the frames differ somewhere");
   }
 }
@@ -92,12 +116,10 @@ std::vector<ExpectedPin> ExpectPins(const ManifestFile& file) {
 std::vector<std::string> CompareFrames(const ManifestFile& file, const ManifestTrack& track,
                                        const std::vector<ManifestFrame>& delivered) {
   std::vector<std::string> out;
-  const auto found = file.frames.find(track.number.value());
-  const ManifestFrames frames = found == file.frames.end() ? ManifestFrames{} : found->second;
   if (file.upToDamage) {
-    CompareUpToDamage(frames, delivered, out);
+    CompareUpToDamage(FramesOf(file, track), delivered, out);
   } else {
-    CompareExactly(track, frames, delivered, out);
+    CompareExactly(file, track, delivered, out);
   }
   return out;
 }

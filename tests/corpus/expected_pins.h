@@ -18,7 +18,8 @@ struct ExpectedPin {
 std::vector<ExpectedPin> ExpectPins(const ManifestFile& file);
 
 /// What is wrong with what one pin delivered, against the manifest; empty when nothing is. Frames that
-/// lie before time zero with their whole length are delivered for video alone.
+/// lie before time zero with their whole length are delivered for video alone, and the other streams
+/// begin with the first key frame of the video.
 std::vector<std::string> CompareFrames(const ManifestFile& file, const ManifestTrack& track,
                                        const std::vector<ManifestFrame>& delivered);
 
