@@ -1,0 +1,97 @@
+// Every file cut short everywhere and damaged at random: reading ends, without a report of the sanitizers,
+// in bounded memory. TARVEX_LONG=1 takes every cut and 10,000 mutations of each file instead of some.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+
+#include "tests/control/watchdog.h"
+#include "tests/damage/case_name.h"
+#include "tests/damage/corpus_files.h"
+#include "tests/damage/damaged_bytes.h"
+#include "tests/damage/whole_scan.h"
+#include "tests/support/source_filter.h"
+
+namespace tarvex::test {
+namespace {
+
+// What reading may allocate at once: one inflated frame of the largest size that can be delivered and the
+// reading-ahead window, and for what the file holds its elements as objects, large for a few bytes.
+constexpr std::int64_t kFixedMemory = 12 << 20;
+constexpr std::int64_t kMemoryPerByte = 32;
+
+constexpr std::size_t kEveryByteUpTo = 64 * 1024;
+constexpr unsigned kRandomCuts = 1000;
+constexpr unsigned kMutations = 10000;
+constexpr unsigned kQuickCuts = 30;
+constexpr unsigned kQuickMutations = 30;
+constexpr std::chrono::seconds kLimit{20};
+
+std::vector<std::size_t> CutsOf(std::size_t size, std::mt19937& random) {
+  std::vector<std::size_t> cuts;
+  if (!IsLongRun()) {
+    for (unsigned k = 0; k < kQuickCuts; ++k) cuts.push_back(random() % (size + 1));
+    return cuts;
+  }
+  for (std::size_t at = 0; at <= std::min(size, kEveryByteUpTo); ++at) cuts.push_back(at);
+  for (unsigned k = 0; k < kRandomCuts && size > kEveryByteUpTo; ++k) {
+    cuts.push_back(kEveryByteUpTo + random() % (size - kEveryByteUpTo));
+  }
+  return cuts;
+}
+
+class DamagedFile : public testing::TestWithParam<std::size_t> {
+ protected:
+  void Try(std::vector<std::uint8_t> bytes, const char* kind, std::uint64_t number) {
+    NameCase(m_file.name.c_str(), kind, number);
+    const auto size = static_cast<std::int64_t>(bytes.size());
+    const Watchdog::Call call(m_dog, CaseName(), kLimit);
+    ScanResult result = ScanWhole(bytes);
+    // Some things are made once in a program.
+    if (result.left != 0) result = ScanWhole(std::move(bytes));
+    if (result.peak > m_highest) {
+      m_highest = result.peak;
+      m_highestCase = CaseName();
+    }
+    ++m_cases;
+    m_opened += result.opened ? 1 : 0;
+    ASSERT_LE(result.peak, kFixedMemory + kMemoryPerByte * size) << CaseName();
+    ASSERT_EQ(result.left, 0) << CaseName();
+  }
+
+  void TearDown() override {
+    std::cout << m_file.name << ": " << m_cases << " cases, " << m_opened << " opened, at most " << m_highest
+              << " bytes (" << m_highestCase << "), slowest " << m_dog.Slowest() << '\n';
+  }
+
+  const CorpusPath& m_file = CorpusPaths()[GetParam()];
+  const DamagedBytes m_bytes{ReadWholeFile(m_file.path)};
+  Watchdog m_dog;
+  std::int64_t m_highest = 0;
+  std::string m_highestCase;
+  std::uint64_t m_cases = 0;
+  std::uint64_t m_opened = 0;
+};
+
+TEST_P(DamagedFile, CutAnywhereIsReadToItsEnd) {
+  std::mt19937 random(FirstSeed());
+  for (const std::size_t at : CutsOf(m_bytes.Whole().size(), random)) {
+    Try(m_bytes.CutAt(at), "cut at", at);
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST_P(DamagedFile, MutatedIsReadToItsEnd) {
+  const std::uint32_t first = FirstSeed() + static_cast<std::uint32_t>(GetParam()) * kMutations;
+  for (unsigned k = 0; k < (IsLongRun() ? kMutations : kQuickMutations); ++k) {
+    Try(m_bytes.Mutated(first + k), "mutation", first + k);
+    if (HasFatalFailure()) return;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Corpus, DamagedFile, testing::Range<std::size_t>(0, CorpusPaths().size()),
+                         [](const auto& file) { return TestNameOf(CorpusPaths()[file.param].name); });
+
+}  // namespace
+}  // namespace tarvex::test

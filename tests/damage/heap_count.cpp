@@ -1,0 +1,66 @@
+// See heap_count.h. The linker leads malloc and its like here (--wrap).
+#include "tests/damage/heap_count.h"
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+extern "C" {
+void* __real_malloc(std::size_t size);                 // NOLINT(bugprone-reserved-identifier): the linker's name
+void* __real_calloc(std::size_t count, std::size_t);   // NOLINT(bugprone-reserved-identifier)
+void* __real_realloc(void* memory, std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+void __real_free(void* memory);                        // NOLINT(bugprone-reserved-identifier)
+void* __wrap_malloc(std::size_t size);                 // NOLINT(bugprone-reserved-identifier)
+void* __wrap_calloc(std::size_t count, std::size_t);   // NOLINT(bugprone-reserved-identifier)
+void* __wrap_realloc(void* memory, std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+void __wrap_free(void* memory);                        // NOLINT(bugprone-reserved-identifier)
+}
+
+namespace {
+
+thread_local std::int64_t t_held = 0;
+thread_local std::int64_t t_peak = 0;
+
+void* Counted(void* memory) noexcept {
+  t_held += static_cast<std::int64_t>(malloc_usable_size(memory));
+  t_peak = std::max(t_peak, t_held);
+  return memory;
+}
+
+void Uncount(void* memory) noexcept { t_held -= static_cast<std::int64_t>(malloc_usable_size(memory)); }
+
+}  // namespace
+
+void* __wrap_malloc(std::size_t size) { return Counted(__real_malloc(size)); }
+void* __wrap_calloc(std::size_t count, std::size_t size) { return Counted(__real_calloc(count, size)); }
+void* __wrap_realloc(void* memory, std::size_t size) {
+  Uncount(memory);
+  void* moved = __real_realloc(memory, size);
+  Counted(moved == nullptr ? memory : moved);
+  return moved;
+}
+void __wrap_free(void* memory) {
+  Uncount(memory);
+  __real_free(memory);
+}
+
+void* operator new(std::size_t size) {
+  void* memory = std::malloc(size == 0 ? 1 : size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return std::malloc(size == 0 ? 1 : size);
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+
+namespace tarvex::test {
+
+HeapCount::HeapCount() noexcept : m_start(t_held) { t_peak = t_held; }
+std::int64_t HeapCount::Peak() const noexcept { return t_peak - m_start; }
+std::int64_t HeapCount::Now() const noexcept { return t_held - m_start; }
+
+}  // namespace tarvex::test

@@ -1,0 +1,21 @@
+// What the calling thread holds on the heap, and the most that it ever held: the C++ allocations, and those
+// of the C libraries that are linked in. Replaces the allocation functions of the program that links it.
+#pragma once
+
+#include <cstdint>
+
+namespace tarvex::test {
+
+/// From construction on, on the constructing thread. One at a time.
+class HeapCount {
+ public:
+  HeapCount() noexcept;
+  /// Bytes above what was held at the construction.
+  std::int64_t Peak() const noexcept;
+  std::int64_t Now() const noexcept;
+
+ private:
+  std::int64_t m_start;
+};
+
+}  // namespace tarvex::test
