@@ -1,0 +1,64 @@
+// What is measured of one playback, and the measuring. Values; main thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "bench/play/playback.h"
+
+namespace tarvex::bench {
+
+enum class Extent {
+  kOpen,   ///< connect the source, nothing more
+  kFirst,  ///< until the first sample; sinks hold theirs
+  kSeeks,  ///< the same, then the seeks, one after another
+  kWhole   ///< until every pin has had its end of stream
+};
+
+struct MeasureOptions {
+  std::string file;
+  SourceKind source = SourceKind::kCounting;
+  Extent extent = Extent::kWhole;
+  /// Seconds.
+  std::vector<double> seeks;
+  /// So many more, spread over the duration in an order that is mixed and always the same.
+  unsigned spreadSeeks = 0;
+};
+
+struct MeasuredPin {
+  std::string name;
+  std::uint64_t samples = 0;
+  std::uint64_t bytes = 0;
+};
+
+struct MeasuredSeek {
+  double target = 0;  ///< seconds
+  double first = 0;   ///< milliseconds from the call to the first sample at any sink
+  ReadCount reads;    ///< between the two
+};
+
+/// Times are milliseconds and count from before the splitter is made.
+struct Measurement {
+  double opened = 0;
+  ReadCount openReads;
+  std::optional<double> first;
+  ReadCount firstReads;  ///< opening included
+  std::optional<double> ended;
+  ReadCount allReads;
+  CpuTimes cpu;                  ///< over the same span as all the above
+  std::uint64_t peakBytes = 0;   ///< resident
+  std::uint64_t startBytes = 0;  ///< resident before the beginning
+  std::uint64_t ringBytes = 0;   ///< resident where samples lay
+  std::uint64_t heapBefore = 0;
+  std::uint64_t heapOpened = 0;
+  std::uint64_t heapFirst = 0;  ///< at the first sample, or behind the last seek
+  std::vector<MeasuredPin> pins;
+  std::vector<MeasuredSeek> seeks;
+};
+
+/// Throws std::runtime_error, also when something does not come within minutes.
+Measurement Measure(const MeasureOptions& options);
+
+}  // namespace tarvex::bench

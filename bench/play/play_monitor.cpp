@@ -1,0 +1,47 @@
+// See play_monitor.h.
+#include "bench/play/play_monitor.h"
+
+namespace tarvex::bench {
+
+void PlayMonitor::Expect(const CCountingSource* source, std::size_t sinks) {
+  const CAutoLock lock(m_lock);
+  m_source = source;
+  m_expectedEnds = sinks;
+}
+
+void PlayMonitor::OnFirstSample() {
+  const Clock::time_point now = Clock::now();
+  const CAutoLock lock(m_lock);
+  if (m_hasFirst) return;
+  m_hasFirst = true;
+  m_first = {now, m_source != nullptr ? m_source->Reads() : ReadCount{}};
+  m_begun.Set();
+}
+
+void PlayMonitor::OnEnd() {
+  const Clock::time_point now = Clock::now();
+  const CAutoLock lock(m_lock);
+  if (++m_ends < m_expectedEnds) return;
+  m_endTime = now;
+  m_ended.Set();
+}
+
+void PlayMonitor::OnFlush() {
+  const CAutoLock lock(m_lock);
+  m_hasFirst = false;
+  m_ends = 0;
+  m_begun.Clear();
+  m_ended.Clear();
+}
+
+PlayMonitor::First PlayMonitor::FirstSample() {
+  const CAutoLock lock(m_lock);
+  return m_first;
+}
+
+Clock::time_point PlayMonitor::EndTime() {
+  const CAutoLock lock(m_lock);
+  return m_endTime;
+}
+
+}  // namespace tarvex::bench
