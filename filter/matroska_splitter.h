@@ -137,6 +137,8 @@ class CMatroskaSplitter final : public CBaseFilter,
 
   // PinHost
   PlayRange Range() const override { return m_timeline.Range(); }
+  REFERENCE_TIME StartPosition() const override { return m_timeline.Start(); }
+  REFERENCE_TIME StopPosition() const override { return m_timeline.Stop(); }
   PlayRange Positions() override { return m_timeline.Positions(); }
   REFERENCE_TIME Duration() const override { return m_timeline.Duration(); }
   HRESULT SetPlayRange(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
@@ -148,6 +150,8 @@ class CMatroskaSplitter final : public CBaseFilter,
   REFERENCE_TIME DefaultFrameDuration(std::uint32_t trackNumber) const override;
   void SetHoldingOnAllPins(bool on) override;
   HRESULT ReleaseHeldFrames(REFERENCE_TIME first) override;
+  bool WakesBeforeWaits() const override { return true; }
+  void BeforeWait() override;
 
   HRESULT ReleaseHeldBy(REFERENCE_TIME first, bool videoPins);
 

@@ -28,7 +28,7 @@ HRESULT CMatroskaSplitter::OpenSource(IPin* peer) {
 
 void CMatroskaSplitter::ReadSource(IAsyncReader* upstream) {
   CloseSource();
-  m_reader = MakeCom<CReadAheadReader>(upstream);
+  m_reader = MakeCom<CReadAheadReader>(upstream, [this] { BeforeWait(); });
   m_scanner.SetCallback(this);
   m_scanner.CanProcess(m_reader.Get());
   m_timeline.Open(static_cast<REFERENCE_TIME>(m_scanner.Duration()), FrameDurations());

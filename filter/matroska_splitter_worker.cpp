@@ -124,6 +124,12 @@ DWORD CMatroskaSplitter::ThreadProc() {
   }
 }
 
+// Reads wait too, and those of other threads come while nothing is delivered.
+void CMatroskaSplitter::BeforeWait() {
+  if (!IsWorkerThread()) return;
+  for (const auto& pin : m_outputPins) pin->WakeQueue();
+}
+
 void CMatroskaSplitter::RunPass() {
   if (!AnyOutputConnected()) return;
   const HRESULT result = ComBoundary([this] {
@@ -134,6 +140,7 @@ void CMatroskaSplitter::RunPass() {
     if (!interrupted) EndOfStream();
     return IsOurOwn(m_refusal) ? m_refusal : S_OK;
   });
+  BeforeWait();
   if (FAILED(result)) ReportFailedPass(result);
 }
 

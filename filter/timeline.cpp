@@ -5,16 +5,23 @@
 
 namespace tarvex {
 
+// With the lock held.
+void CTimeline::Store(const PlayRange& range) {
+  m_range = range;
+  m_start = range.start;
+  m_stop = range.stop;
+}
+
 void CTimeline::Open(REFERENCE_TIME duration, std::map<std::uint32_t, REFERENCE_TIME> frameDurations) {
   const CAutoLock lock(m_lock);
-  m_range = PlayRange{};
+  Store(PlayRange{});
   m_duration = duration > 0 ? duration : kOpenTime;
   m_frameDurations = std::move(frameDurations);
 }
 
 void CTimeline::Close() {
   const CAutoLock lock(m_lock);
-  m_range = PlayRange{};
+  Store(PlayRange{});
   m_duration = kOpenTime;
   m_frameDurations.clear();
 }
@@ -26,18 +33,18 @@ PlayRange CTimeline::Range() const {
 
 PlayRange CTimeline::Positions() {
   const CAutoLock lock(m_lock);
-  if (m_range.stop == kOpenTime) m_range.stop = m_duration;
+  if (m_range.stop == kOpenTime) m_stop = m_range.stop = m_duration;
   return m_range;
 }
 
 void CTimeline::SetRange(const PlayRange& range) {
   const CAutoLock lock(m_lock);
-  m_range = range;
+  Store(range);
 }
 
 void CTimeline::SetStart(REFERENCE_TIME start) {
   const CAutoLock lock(m_lock);
-  m_range.start = start;
+  m_start = m_range.start = start;
 }
 
 void CTimeline::SetRate(double rate) {

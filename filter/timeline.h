@@ -2,6 +2,7 @@
 // its tracks. Owned by the filter; read by pins on application threads, queue threads and the worker.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 
@@ -24,6 +25,9 @@ class CTimeline {
   PlayRange Range() const;
   /// The range with an open stop replaced by the duration, for good.
   PlayRange Positions();
+  // Each by itself, without waiting.
+  REFERENCE_TIME Start() const noexcept { return m_start; }
+  REFERENCE_TIME Stop() const noexcept { return m_stop; }
   void SetRange(const PlayRange& range);
   void SetStart(REFERENCE_TIME start);
   void SetRate(double rate);
@@ -34,8 +38,12 @@ class CTimeline {
   REFERENCE_TIME FrameDuration(std::uint32_t trackNumber) const;
 
  private:
+  void Store(const PlayRange& range);
+
   mutable CCritSec m_lock{"CTimeline", LockRank::kLeaf};
   PlayRange m_range;
+  std::atomic<REFERENCE_TIME> m_start{0};  // as in the range
+  std::atomic<REFERENCE_TIME> m_stop{kOpenTime};
   REFERENCE_TIME m_duration = kOpenTime;
   std::map<std::uint32_t, REFERENCE_TIME> m_frameDurations;
 };

@@ -53,7 +53,7 @@ DWORD CAMThread::CallWorker(DWORD command) {
   m_pending = true;
   m_changed.WakeAll();
   m_changed.WaitUntil(m_channelLock, INFINITE, [this] { return !m_pending || !m_running; });
-  return std::exchange(m_pending, false) ? kNoReply : m_reply;
+  return m_pending.exchange(false) ? kNoReply : m_reply;
 }
 
 void CAMThread::Close() { TakeThread().Join(); }
@@ -70,11 +70,12 @@ bool CAMThread::ThreadExists() const {
 
 DWORD CAMThread::GetRequest() {
   const CAutoLock hold(m_channelLock);
-  m_changed.WaitUntil(m_channelLock, INFINITE, [this] { return m_pending; });
+  m_changed.WaitUntil(m_channelLock, INFINITE, [this] { return m_pending.load(); });
   return m_command;
 }
 
 bool CAMThread::CheckRequest(DWORD* command) {
+  if (!m_pending) return false;  // asked with every block, so without the lock
   const CAutoLock hold(m_channelLock);
   if (m_pending && command != nullptr) *command = m_command;
   return m_pending;

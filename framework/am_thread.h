@@ -2,6 +2,8 @@
 // The base of a class that has one worker; controllers are application threads.
 #pragma once
 
+#include <atomic>
+
 #include "framework/condition_variable.h"
 #include "framework/critical_section.h"
 #include "framework/thread.h"
@@ -60,8 +62,8 @@ class CAMThread {
   CThread m_thread;              // under m_channelLock
   DWORD m_command = 0;
   DWORD m_reply = 0;
-  bool m_pending = false;
-  bool m_running = false;  // the thread can still reply
+  std::atomic<bool> m_pending{false};  // written under m_channelLock
+  bool m_running = false;              // the thread can still reply
 };
 
 }  // namespace tarvex

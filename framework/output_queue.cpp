@@ -114,6 +114,22 @@ HRESULT COutputQueue::Receive(IMediaSample* sample) {
   return hr;
 }
 
+HRESULT COutputQueue::Send(IMediaSample* sample, Waking waking) {
+  auto owner = ComPtr<IMediaSample>::Attach(sample);
+  if (sample == nullptr) return E_POINTER;
+  if (!m_state) return E_UNEXPECTED;
+  HRESULT hr = ComBoundary([&] { return m_state->PutReleased(std::move(owner), waking == Waking::kNow); });
+  if (hr == S_OK && !m_state->IsQueued()) {
+    m_state->PassOnHere();
+    hr = m_state->Refusal();
+  }
+  return hr;
+}
+
+void COutputQueue::Wake() {
+  if (m_state) m_state->WakeForWaiting();
+}
+
 HRESULT COutputQueue::ReceiveMultiple(IMediaSample** samples, LONG count, LONG* processed) {
   HRESULT hr = S_OK;
   LONG taken = 0;

@@ -47,6 +47,12 @@ class COutputQueue {
   /// without a thread). S_FALSE while flushing. After downstream has answered anything but S_OK, that
   /// answer: all samples are dropped from then on, until a flush or Reset.
   HRESULT Receive(IMediaSample* sample);
+  /// Receive and SendAnyway in one. A sleeping thread is woken now, or, when that can wait, no later than
+  /// much is there for it: then the caller calls Wake before it waits for anything itself.
+  enum class Waking { kNow, kWhenMuch };
+  HRESULT Send(IMediaSample* sample, Waking waking);
+  /// Wakes a thread that sleeps although there is something for it.
+  void Wake();
   /// The same for several samples in order. `processed` receives how many were taken before a refusal;
   /// the references of all are taken over.
   HRESULT ReceiveMultiple(IMediaSample** samples, LONG count, LONG* processed);

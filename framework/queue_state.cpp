@@ -11,6 +11,13 @@ namespace {
 // How long EndFlush waits for a thread that downstream's flush should have sent back at once.
 constexpr DWORD kFlushWait = 500;
 
+// What may lie in the queue without its thread being woken: each wake costs more than many samples do.
+constexpr std::size_t kMuchSamples = 64;
+constexpr std::size_t kMuchBytes = 512 * 1024;
+
+// As many released samples are taken at once, so that the lock is not needed for each.
+constexpr std::size_t kTakenAtOnce = 64;
+
 }  // namespace
 
 thread_local COutputQueue::State* COutputQueue::State::t_passingOn = nullptr;
@@ -20,16 +27,20 @@ COutputQueue::State::State(IPin* pin, IMemInputPin* input, const Settings& setti
       m_input(input),
       m_settings(settings),
       m_entries(static_cast<std::size_t>(std::max<LONG>(settings.listSize, 1)) + kControlPlaces) {
-  m_work.samples.reserve(static_cast<std::size_t>(settings.batchSize));
+  m_work.samples.reserve(std::max(static_cast<std::size_t>(settings.batchSize), kTakenAtOnce));
 }
 
 void COutputQueue::State::Work::ReleaseSamples() noexcept {
-  for (IMediaSample* sample : samples) sample->Release();
+  for (; done < samples.size(); ++done) samples[done]->Release();
   samples.clear();
+  done = 0;
 }
 
+// Once for each sleep: until it has the lock, the thread still looks asleep.
 void COutputQueue::State::WakeThread() noexcept {
-  if (m_threadSleeps) m_wake.WakeOne();
+  if (!std::exchange(m_threadSleeps, false)) return;
+  m_unannounced = 0;
+  m_wake.WakeOne();
 }
 
 // Unreleased entries are samples only: whatever else is queued releases itself and all before it.
@@ -42,26 +53,51 @@ bool COutputQueue::State::CanTake() const noexcept {
 
 void COutputQueue::State::Take() {
   const auto batch = static_cast<std::size_t>(m_settings.batchSize);
-  const std::size_t count = m_released > 0 ? 1 : std::min(batch, m_entries.Size());
+  std::size_t count = 1;
+  m_work.oneByOne = m_released > 0;
   m_work.isControl = m_entries.Front().kind != Entry::Kind::kSample;
   if (m_work.isControl) {
     m_work.control = m_entries.Pop();
+  } else if (m_work.oneByOne) {
+    count = TakeReleased();
   } else {
+    count = std::min(batch, m_entries.Size());
     for (std::size_t i = 0; i < count; ++i) m_work.samples.push_back(m_entries.Pop().sample.Detach());
   }
   m_released -= std::min(m_released, count);
   m_passedOnSinceFlush = true;
 }
 
+std::size_t COutputQueue::State::TakeReleased() {
+  const std::size_t most = std::min(m_released, kTakenAtOnce);
+  std::size_t count = 0;
+  for (; count < most && m_entries.Front().kind == Entry::Kind::kSample; ++count) {
+    m_work.samples.push_back(m_entries.Pop().sample.Detach());
+  }
+  return count;
+}
+
+// Without the lock. Each is free again as soon as downstream is done with it, and what a flush overtakes
+// does not go on.
+HRESULT COutputQueue::State::PassOnOneByOne(unsigned generation) {
+  HRESULT hr = S_OK;
+  while (m_work.done < m_work.samples.size() && hr == S_OK && generation == m_generation) {
+    IMediaSample* const sample = m_work.samples[m_work.done];
+    hr = m_input->Receive(sample);
+    ++m_work.done;
+    sample->Release();
+  }
+  return hr;
+}
+
 HRESULT COutputQueue::State::PassOnSamples() {
-  if (m_work.samples.size() == 1) return m_input->Receive(m_work.samples.front());
   LONG processed = 0;
   return m_input->ReceiveMultiple(m_work.samples.data(), static_cast<LONG>(m_work.samples.size()), &processed);
 }
 
 // Only samples can be refused.
-HRESULT COutputQueue::State::PassOn() {
-  if (!m_work.isControl) return PassOnSamples();
+HRESULT COutputQueue::State::PassOn(unsigned generation) {
+  if (!m_work.isControl) return m_work.oneByOne ? PassOnOneByOne(generation) : PassOnSamples();
   const Entry& entry = m_work.control;
   if (entry.kind == Entry::Kind::kEndOfStream) {
     m_pin->EndOfStream();
@@ -80,7 +116,7 @@ bool COutputQueue::State::Step() {
   m_delivererId = CurrentThreadId();
   m_lock.Unlock();
   State* const outer = std::exchange(t_passingOn, this);
-  const HRESULT hr = PassOn();
+  const HRESULT hr = PassOn(generation);
   t_passingOn = outer;
   m_work.ReleaseSamples();
   m_lock.Lock();
@@ -121,6 +157,7 @@ void COutputQueue::State::Run() {
   while (!m_terminated) {
     if (Step()) continue;
     m_threadSleeps = true;
+    m_unannounced = 0;
     m_wake.Wait(m_lock);
     m_threadSleeps = false;
   }
@@ -132,18 +169,39 @@ void COutputQueue::State::PassOnHere() {
   }
 }
 
-HRESULT COutputQueue::State::PutSample(ComPtr<IMediaSample> sample) {
+// With the lock held, which the caller gives up before it releases a sample that was not taken: the
+// allocator has its own.
+HRESULT COutputQueue::State::Put(ComPtr<IMediaSample>& sample) {
+  if (m_refusal != S_OK || m_terminated) return m_terminated ? S_FALSE : m_refusal;
+  m_entries.KeepFree(1 + kControlPlaces);
   Entry entry;
   entry.sample = std::move(sample);
-  const CAutoLock hold(m_lock);
-  if (m_refusal != S_OK || m_terminated) {
-    // Released after the lock: the allocator has its own.
-    return m_terminated ? S_FALSE : m_refusal;
-  }
-  m_entries.KeepFree(1 + kControlPlaces);
   m_entries.Push(std::move(entry));
-  if (CanTake()) WakeThread();
   return S_OK;
+}
+
+HRESULT COutputQueue::State::PutSample(ComPtr<IMediaSample> sample) {
+  const CAutoLock hold(m_lock);
+  const HRESULT hr = Put(sample);
+  if (hr == S_OK && CanTake()) WakeThread();
+  return hr;
+}
+
+HRESULT COutputQueue::State::PutReleased(ComPtr<IMediaSample> sample, bool wakeNow) {
+  const auto bytes = static_cast<std::size_t>(sample->GetActualDataLength());
+  const CAutoLock hold(m_lock);
+  const HRESULT hr = Put(sample);
+  if (hr != S_OK) return hr;
+  m_released = m_entries.Size();
+  if (!m_threadSleeps) return hr;
+  m_unannounced += bytes;
+  if (wakeNow || m_unannounced >= kMuchBytes || m_released >= kMuchSamples) WakeThread();
+  return hr;
+}
+
+void COutputQueue::State::WakeForWaiting() {
+  const CAutoLock hold(m_lock);
+  if (CanTake()) WakeThread();
 }
 
 void COutputQueue::State::PutControl(Entry entry) {

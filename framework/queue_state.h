@@ -3,6 +3,8 @@
 // COutputQueue.
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <vector>
 
 #include "framework/com_ptr.h"
@@ -32,6 +34,10 @@ class COutputQueue::State {
 
   /// S_OK: queued. Otherwise the refusal, and the sample is released.
   HRESULT PutSample(ComPtr<IMediaSample> sample);
+  /// The same and ReleaseBatch in one. Unless `wakeNow`, the thread may go on sleeping for a while.
+  HRESULT PutReleased(ComPtr<IMediaSample> sample, bool wakeNow);
+  /// Wakes the thread if it sleeps although it could take something.
+  void WakeForWaiting();
   void PutEndOfStream();
   void PutNewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate);
   void ReleaseBatch();
@@ -73,7 +79,9 @@ class COutputQueue::State {
   struct Work {
     Entry control;
     bool isControl = false;
+    bool oneByOne = false;
     std::vector<IMediaSample*> samples;  // a reference of each is held
+    std::size_t done = 0;                // so many of them are passed on and released
     void ReleaseSamples() noexcept;
   };
 
@@ -81,10 +89,13 @@ class COutputQueue::State {
   static constexpr std::size_t kControlPlaces = 2;
 
   bool CanTake() const noexcept;
+  HRESULT Put(ComPtr<IMediaSample>& sample);
   void Take();
+  std::size_t TakeReleased();
   bool Step();
-  HRESULT PassOn();
+  HRESULT PassOn(unsigned generation);
   HRESULT PassOnSamples();
+  HRESULT PassOnOneByOne(unsigned generation);
   void PutControl(Entry entry);
   void Refuse(HRESULT hr);
   void DropEntries(bool keepEnd);
@@ -101,10 +112,13 @@ class COutputQueue::State {
   CConditionVariable m_back;  // EndFlush: nothing is being passed on, or who does it waits for us
   Entries m_entries;
   Work m_work;
-  std::size_t m_released = 0;  // entries at the front that do not wait for a full batch
+  std::size_t m_released = 0;     // entries at the front that do not wait for a full batch
+  std::size_t m_unannounced = 0;  // bytes that came since the thread fell asleep
   HRESULT m_refusal = S_OK;
-  unsigned m_generation = 0;  // of flushes: a result from before one says nothing after it
-  DWORD m_delivererId = 0;    // the thread that is passing on, 0 for none
+  // Of flushes: a result from before one says nothing after it. Written under the lock, and read without it
+  // by the thread that is passing on.
+  std::atomic<unsigned> m_generation{0};
+  DWORD m_delivererId = 0;  // the thread that is passing on, 0 for none
   bool m_calledBack = false;
   unsigned m_flushWaiters = 0;
   bool m_threadSleeps = false;

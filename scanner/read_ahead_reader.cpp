@@ -14,8 +14,8 @@ constexpr LONGLONG kLastPosition = std::numeric_limits<LONGLONG>::max();
 
 }  // namespace
 
-CReadAheadReader::CReadAheadReader(IAsyncReader* upstream)
-    : CUnknownImpl("CReadAheadReader", nullptr), m_upstream(upstream) {}
+CReadAheadReader::CReadAheadReader(IAsyncReader* upstream, std::function<void()> beforeRead)
+    : CUnknownImpl("CReadAheadReader", nullptr), m_upstream(upstream), m_beforeRead(std::move(beforeRead)) {}
 
 HRESULT CReadAheadReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAsyncReader && out != nullptr) return GiveInterface(static_cast<IAsyncReader*>(this), out);
@@ -36,6 +36,7 @@ HRESULT CReadAheadReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuf
 HRESULT CReadAheadReader::ReadBelow(LONGLONG position, LONG length, BYTE* buffer) {
   if (m_flushing.load(std::memory_order_acquire)) return VFW_E_WRONG_STATE;
   ++m_upstreamReads;
+  if (m_beforeRead) m_beforeRead();
   return m_upstream->SyncRead(position, length, buffer);
 }
 

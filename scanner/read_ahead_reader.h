@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "framework/com_ptr.h"
@@ -19,7 +20,9 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   static constexpr LONG kSmallestWindow = 4 * 1024;
   static constexpr LONG kLargestWindow = 1024 * 1024;
 
-  explicit CReadAheadReader(IAsyncReader* upstream);
+  /// `beforeRead`, if there is one, is called on the reading thread before each read below, which may take
+  /// its time.
+  explicit CReadAheadReader(IAsyncReader* upstream, std::function<void()> beforeRead = {});
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 
@@ -49,6 +52,7 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   void AdaptWindow(LONGLONG position) noexcept;
 
   const ComPtr<IAsyncReader> m_upstream;
+  const std::function<void()> m_beforeRead;
   std::atomic<bool> m_flushing{false};
 
   // The rest belongs to the reading thread.

@@ -97,6 +97,8 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   HRESULT Refusal() const noexcept { return m_refusal; }
   /// Null while inactive or unconnected. Any thread.
   std::shared_ptr<COutputQueue> Queue() const;
+  /// The queue passes on all it has. Any thread.
+  void WakeQueue();
   /// While on, OnData and FlushPending fail where they would wait for room, a wait in progress included.
   void CancelWaits(bool on);
   void SetHolding(bool on);
@@ -146,12 +148,21 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
  private:
   enum class EndOfStreamState { kOpen, kBehindHeld, kSent };
 
+  /// Where a sample comes from and goes to.
+  struct Route {
+    std::shared_ptr<COutputQueue> queue;
+    ComPtr<CSampleBuffer> buffer;
+  };
+  class OnRoute;
+
   // Delivery, on the worker.
   HRESULT DeliverFrameSample(const std::uint8_t* data, std::size_t size, REFERENCE_TIME start, REFERENCE_TIME duration,
                              bool splice);
+  HRESULT DeliverHeld(const PendingFrames& held);
   HRESULT DeliverRelative(const FrameInfo& frame, REFERENCE_TIME segmentStart);
   static HRESULT FillSample(IMediaSample& sample, const std::uint8_t* data, std::size_t size);
-  void StartSegment(IMediaSample& sample);
+  bool StartSegment(IMediaSample& sample);
+  HRESULT Send(IMediaSample* sample, bool isFirst);
   ComPtr<CSampleBuffer> Buffer() const;
   void ExchangeQueue(std::shared_ptr<COutputQueue> queue);
   void EndHeldStream();
@@ -176,16 +187,18 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
  protected:
   PinHost& Host() const noexcept { return *m_host; }
   CCritSec& StreamLock() const noexcept { return m_streamLock; }
-  // These under the stream lock.
+  // Without the stream lock the answer may be late, as it may be for the frame before.
   bool IsHolding() const noexcept { return m_holding; }
   bool IsEndOfStreamSent() const noexcept { return m_endOfStream != EndOfStreamState::kOpen; }
-  PendingFrames m_pending;
+  PendingFrames m_pending;  // under the stream lock
 
  private:
   HRESULT m_refusal = S_OK;  // the worker's
-  bool m_holding = false;
-  bool m_discontinuityPending = true;
-  EndOfStreamState m_endOfStream = EndOfStreamState::kOpen;
+  Route m_route;             // the worker's, while it has a frame for this pin
+  // Written under the stream lock.
+  std::atomic<bool> m_holding{false};
+  std::atomic<bool> m_discontinuityPending{true};
+  std::atomic<EndOfStreamState> m_endOfStream{EndOfStreamState::kOpen};
 
   // A leaf. The record changes while the pin is unconnected, the format at any time.
   mutable CCritSec m_recordLock{"CMatroskaOutputPin record", LockRank::kLeaf};

@@ -18,9 +18,25 @@ REFERENCE_TIME DurationOf(const FrameInfo& frame) { return static_cast<REFERENCE
 
 }  // namespace
 
+/// Looks queue and sample buffer up once for all that one call of the worker does.
+class CMatroskaOutputPin::OnRoute {
+ public:
+  explicit OnRoute(CMatroskaOutputPin& pin) : m_pin(pin) {
+    const CAutoLock hold(pin.m_streamLock);
+    pin.m_route = {pin.m_pOutputQ, pin.m_sampleBuffer};
+  }
+  ~OnRoute() { m_pin.m_route = {}; }
+  OnRoute(const OnRoute&) = delete;
+  OnRoute& operator=(const OnRoute&) = delete;
+
+ private:
+  CMatroskaOutputPin& m_pin;
+};
+
 bool CMatroskaOutputPin::OnData(const FrameInfo& frame) {
   m_refusal = VFW_E_NOT_COMMITTED;  // not activated
-  if (!Queue()) return false;
+  const OnRoute route(*this);
+  if (!m_route.queue) return false;
   const HRESULT hr = ProcessFrame(frame);
   if (SUCCEEDED(hr)) return true;
   m_refusal = hr;
@@ -30,20 +46,18 @@ bool CMatroskaOutputPin::OnData(const FrameInfo& frame) {
 
 HRESULT CMatroskaOutputPin::ProcessFrame(const FrameInfo& frame) {
   if (IsPastStop(frame) || HoldFrame(frame)) return S_OK;
-  return DeliverRelative(frame, m_host->Range().start);
+  return DeliverRelative(frame, m_host->StartPosition());
 }
 
 bool CMatroskaOutputPin::IsPastStop(const FrameInfo& frame) {
-  {
-    const CAutoLock hold(m_streamLock);
-    if (IsEndOfStreamSent()) return true;
-  }
-  if (AddTimes(StartOf(frame), DurationOf(frame)) <= m_host->Range().stop) return false;
+  if (IsEndOfStreamSent()) return true;
+  if (AddTimes(StartOf(frame), DurationOf(frame)) <= m_host->StopPosition()) return false;
   DeliverEndOfStream();
   return true;
 }
 
 bool CMatroskaOutputPin::HoldFrame(const FrameInfo& frame) {
+  if (!m_holding) return false;
   const CAutoLock hold(m_streamLock);
   if (!m_holding) return false;
   m_pending.Add(frame);
@@ -82,12 +96,20 @@ HRESULT CMatroskaOutputPin::FlushPending() {
     const CAutoLock hold(m_streamLock);
     std::swap(held, m_pending);
   }
+  const HRESULT hr = DeliverHeld(held);
+  if (FAILED(hr)) return hr;
+  EndHeldStream();
+  return S_OK;
+}
+
+HRESULT CMatroskaOutputPin::DeliverHeld(const PendingFrames& held) {
+  const OnRoute route(*this);
   const REFERENCE_TIME segmentStart = m_host->Range().start;
   for (std::size_t i = 0; i < held.Count(); ++i) {
     const HRESULT hr = DeliverRelative(held.At(i), segmentStart);
     if (FAILED(hr)) return hr;
   }
-  EndHeldStream();
+  if (m_route.queue) m_route.queue->Wake();
   return S_OK;
 }
 
@@ -121,16 +143,28 @@ HRESULT CMatroskaOutputPin::DeliverFrameSample(const std::uint8_t* data, std::si
   hr = FillSample(*sample, data, size);
   if (FAILED(hr)) return hr;
   sample->SetSyncPoint(splice ? TRUE : FALSE);
-  StartSegment(*sample);
+  const bool isFirst = StartSegment(*sample);
   if (isEarly) sample->SetPreroll(TRUE);
   sample->SetTime(&tStart, &tStop);
   if (m_kind == Kind::kVideo) {
     LogFormat("DeliverFrameSample tStart: %" PRId64 " tStop: %" PRId64 " splice: %d", std::int64_t{tStart},
               std::int64_t{tStop}, splice ? 1 : 0);
   }
-  hr = Deliver(sample.Detach());
-  if (const auto queue = Queue(); queue) queue->SendAnyway();
-  return hr;
+  return Send(sample.Detach(), isFirst);
+}
+
+// Deliver without looking the queue up, and released at once: when the first sample comes, somebody waits
+// for it; for more, the queue's thread is woken when much is there or when the worker has to wait.
+HRESULT CMatroskaOutputPin::Send(IMediaSample* sample, bool isFirst) {
+  using Waking = COutputQueue::Waking;
+  auto owner = ComPtr<IMediaSample>::Attach(sample);
+  if (!m_route.queue) return VFW_E_WRONG_STATE;
+  const bool canWait = !isFirst && m_host->WakesBeforeWaits();
+  return m_route.queue->Send(owner.Detach(), canWait ? Waking::kWhenMuch : Waking::kNow);
+}
+
+void CMatroskaOutputPin::WakeQueue() {
+  if (const auto queue = Queue(); queue) queue->Wake();
 }
 
 HRESULT CMatroskaOutputPin::FillSample(IMediaSample& sample, const std::uint8_t* data, std::size_t size) {
@@ -141,20 +175,25 @@ HRESULT CMatroskaOutputPin::FillSample(IMediaSample& sample, const std::uint8_t*
   return sample.SetActualDataLength(static_cast<LONG>(size));
 }
 
-// The first sample after a start or a flush tells downstream of the segment it belongs to.
-void CMatroskaOutputPin::StartSegment(IMediaSample& sample) {
+// The first sample after a start or a flush tells downstream of the segment it belongs to. True for that.
+bool CMatroskaOutputPin::StartSegment(IMediaSample& sample) {
+  if (!m_discontinuityPending) return false;
   {
     const CAutoLock hold(m_streamLock);
-    if (!std::exchange(m_discontinuityPending, false)) return;
+    m_discontinuityPending = false;
   }
   sample.SetDiscontinuity(TRUE);
   const PlayRange range = m_host->Range();
   DeliverNewSegment(range.start, range.stop, range.rate);
+  return true;
 }
 
 HRESULT CMatroskaOutputPin::GetDeliveryBuffer(IMediaSample** sample, std::size_t size) {
-  const auto buffer = Buffer();
-  return buffer ? buffer->GetSample(sample, size, true) : VFW_E_NO_ALLOCATOR;
+  if (!m_route.buffer) return VFW_E_NO_ALLOCATOR;
+  const HRESULT hr = m_route.buffer->GetSample(sample, size, false);
+  if (hr != S_FALSE) return hr;
+  m_host->BeforeWait();
+  return m_route.buffer->GetSample(sample, size, true);
 }
 
 HRESULT CMatroskaOutputPin::Deliver(IMediaSample* sample) {

@@ -37,8 +37,9 @@ HRESULT CMatroskaVideoPin::Active() {
 }
 
 bool CMatroskaVideoPin::OnData(const FrameInfo& frame) {
-  if (!Queue()) LogText("CMatroskaVideoPin::OnData m_pOutputQ == NULL");
-  return CMatroskaOutputPin::OnData(m_annexB ? m_annexB->Convert(frame) : frame);
+  const bool taken = CMatroskaOutputPin::OnData(m_annexB ? m_annexB->Convert(frame) : frame);
+  if (!taken && Refusal() == VFW_E_NOT_COMMITTED && !Queue()) LogText("CMatroskaVideoPin::OnData m_pOutputQ == NULL");
+  return taken;
 }
 
 void CMatroskaVideoPin::ResetForSeek() {
@@ -52,7 +53,8 @@ void CMatroskaVideoPin::ResetForSeek() {
 }
 
 bool CMatroskaVideoPin::IsPastStop(const FrameInfo& frame) {
-  const REFERENCE_TIME stop = Host().Range().stop;
+  const REFERENCE_TIME stop = Host().StopPosition();
+  if (!m_stopReached && EndOf(frame) <= stop) return IsEndOfStreamSent();
   {
     const CAutoLock hold(StreamLock());
     if (IsEndOfStreamSent()) return true;
@@ -64,6 +66,7 @@ bool CMatroskaVideoPin::IsPastStop(const FrameInfo& frame) {
 }
 
 bool CMatroskaVideoPin::HoldFrame(const FrameInfo& frame) {
+  if (!m_waitForKeyFrame && !IsHolding()) return false;
   const REFERENCE_TIME wanted = Host().Range().start;
   std::optional<SegmentChoice> choice;
   {

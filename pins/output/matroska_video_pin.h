@@ -3,6 +3,7 @@
 // connection asks for them. Made by pin creation.
 #pragma once
 
+#include <atomic>
 #include <optional>
 
 #include "pins/output/annex_b_converter.h"
@@ -39,9 +40,9 @@ class CMatroskaVideoPin : public CMatroskaOutputPin {
   std::optional<SegmentChoice> AddHeld(const FrameInfo& frame, REFERENCE_TIME wanted);
   std::optional<SegmentChoice> LastChoice(REFERENCE_TIME wanted) const;
 
-  // Under the stream lock.
-  bool m_waitForKeyFrame = true;
-  bool m_stopReached = false;
+  // Written under the stream lock.
+  std::atomic<bool> m_waitForKeyFrame{true};
+  std::atomic<bool> m_stopReached{false};
 
   std::optional<CAnnexBConverter> m_annexB;  // made while there is no worker, then the worker's
 };

@@ -22,6 +22,10 @@ class PinHost {
   /// The range as stored; an open stop is given as it is. Any thread; takes a leaf lock only.
   virtual PlayRange Range() const = 0;
 
+  // Of the range, for every frame. Any thread.
+  virtual REFERENCE_TIME StartPosition() const { return Range().start; }
+  virtual REFERENCE_TIME StopPosition() const { return Range().stop; }
+
   /// The range as applications see it: an open stop is replaced by the duration for good. Any thread.
   virtual PlayRange Positions() = 0;
 
@@ -54,6 +58,12 @@ class PinHost {
   /// For every connected output pin, video pins last: drops held frames that start before `first` and
   /// delivers the rest. The first failure ends it, and what is held then is dropped. Worker only.
   virtual HRESULT ReleaseHeldFrames(REFERENCE_TIME first) = 0;
+
+  /// The worker calls BeforeWait whenever it may have to wait, so that a queue's thread need not be woken
+  /// for each sample.
+  virtual bool WakesBeforeWaits() const { return false; }
+  /// Wakes the queues of all pins. Worker only.
+  virtual void BeforeWait() {}
 
  protected:
   PinHost() = default;
