@@ -19,6 +19,8 @@ void AddOptions(CLI::App& app, Options& options) {
   const auto set = [&options](Extent extent) { return [&options, extent] { options.measure.extent = extent; }; };
   app.add_flag_callback("--open", set(Extent::kOpen), "only connect the source, which opens the file");
   app.add_flag_callback("--first", set(Extent::kFirst), "stop after the first sample");
+  app.add_flag_callback("--raw", set(Extent::kRaw), "no splitter: read the file in blocks of 1 MiB");
+  app.add_flag("--separate-pins", options.measure.separatePins, "a pin for every track, not one for every kind");
   app.add_option("--seek", options.measure.seeks, "seek to these seconds, one after another")->delimiter(',');
   app.add_option("--spread-seeks", options.measure.spreadSeeks, "seek so many times, all over the file");
   app.add_option("--repeat", options.repeat, "times to do it all; default 1");

@@ -1,6 +1,7 @@
 // See measurement.h.
 #include "bench/play/measurement.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace tarvex::bench {
@@ -62,12 +63,46 @@ void MeasureRest(Playback& playback, const MeasureOptions& options, Clock::time_
   measured.ended = MillisecondsBetween(start, playback.Monitor().EndTime());
 }
 
+// The reads of a splitter that had nothing else to do.
+void MeasureRaw(const MeasureOptions& options, Clock::time_point start, Measurement& measured) {
+  constexpr LONG kBlock = 1024 * 1024;
+  const OpenedFile file = OpenFile(options.file);
+  measured.opened = MillisecondsBetween(start, Clock::now());
+  LONGLONG length = 0;
+  LONGLONG available = 0;
+  if (FAILED(file.reader->Length(&length, &available))) throw std::runtime_error("the file has no length");
+  std::vector<BYTE> block(kBlock);
+  for (LONGLONG position = 0; position < length; position += kBlock) {
+    const LONG size = static_cast<LONG>(std::min<LONGLONG>(kBlock, length - position));
+    if (FAILED(file.reader->SyncRead(position, size, block.data()))) throw std::runtime_error("reading failed");
+    measured.allReads.calls += 1;
+    measured.allReads.bytes += static_cast<std::uint64_t>(size);
+  }
+  measured.ended = MillisecondsBetween(start, Clock::now());
+}
+
 void CollectPins(const Playback& playback, Measurement& measured) {
   for (std::size_t k = 0; k < playback.Sinks().size(); ++k) {
     const SinkCount& count = playback.Sinks()[k]->Count();
     measured.pins.push_back({playback.PinNames()[k], count.samples, count.bytes});
     measured.ringBytes += ResidentBytes(count.lowest, count.behindHighest);
   }
+}
+
+void MeasurePlayback(const MeasureOptions& options, Clock::time_point start, Measurement& measured) {
+  Playback playback(options.file, options.source, options.separatePins);
+  measured.opened = MillisecondsBetween(start, Clock::now());
+  measured.openReads = playback.Reads();
+  measured.heapOpened = HeapBytes();
+  if (options.extent != Extent::kOpen) {
+    MeasureStart(playback, options, start, measured);
+    MeasureRest(playback, options, start, measured);
+  }
+  measured.allReads = playback.Reads();
+  measured.heapFirst = HeapBytes();
+  CollectPins(playback, measured);
+  measured.cpu = ProcessTimes();
+  measured.peakBytes = PeakResidentBytes();
 }
 
 }  // namespace
@@ -79,19 +114,14 @@ Measurement Measure(const MeasureOptions& options) {
   measured.heapBefore = HeapBytes();
   const CpuTimes cpuBefore = ProcessTimes();
   const auto start = Clock::now();
-  Playback playback(options.file, options.source);
-  measured.opened = MillisecondsBetween(start, Clock::now());
-  measured.openReads = playback.Reads();
-  measured.heapOpened = HeapBytes();
-  if (options.extent != Extent::kOpen) {
-    MeasureStart(playback, options, start, measured);
-    MeasureRest(playback, options, start, measured);
+  if (options.extent == Extent::kRaw) {
+    MeasureRaw(options, start, measured);
+    measured.cpu = ProcessTimes();
+    measured.peakBytes = PeakResidentBytes();
+  } else {
+    MeasurePlayback(options, start, measured);
   }
-  measured.cpu = ProcessTimes() - cpuBefore;
-  measured.allReads = playback.Reads();
-  measured.peakBytes = PeakResidentBytes();
-  measured.heapFirst = HeapBytes();
-  CollectPins(playback, measured);
+  measured.cpu = measured.cpu - cpuBefore;
   return measured;
 }
 

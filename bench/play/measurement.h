@@ -11,6 +11,7 @@
 namespace tarvex::bench {
 
 enum class Extent {
+  kRaw,    ///< no splitter: read the file in blocks of 1 MiB, as fast as any reader of it can be
   kOpen,   ///< connect the source, nothing more
   kFirst,  ///< until the first sample; sinks hold theirs
   kSeeks,  ///< the same, then the seeks, one after another
@@ -21,6 +22,7 @@ struct MeasureOptions {
   std::string file;
   SourceKind source = SourceKind::kCounting;
   Extent extent = Extent::kWhole;
+  bool separatePins = false;  ///< a pin for every track instead of one for every kind
   /// Seconds.
   std::vector<double> seeks;
   /// So many more, spread over the duration in an order that is mixed and always the same.

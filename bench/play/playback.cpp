@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "framework/text_conversion.h"
+#include "include/tarvex/module_config.h"
 
 namespace tarvex::bench {
 namespace {
@@ -45,8 +46,10 @@ std::string NameOf(IPin* pin) {
 
 }  // namespace
 
-Playback::Playback(const std::string& path, SourceKind kind) : m_graph(NewGraph()), m_splitter(NewSplitter()) {
+Playback::Playback(const std::string& path, SourceKind kind, bool separatePins)
+    : m_graph(NewGraph()), m_splitter(NewSplitter()) {
   try {
+    if (separatePins) SeparatePins();
     Open(path, kind);
   } catch (...) {
     TakeDown();
@@ -55,6 +58,16 @@ Playback::Playback(const std::string& path, SourceKind kind) : m_graph(NewGraph(
 }
 
 Playback::~Playback() { TakeDown(); }
+
+void Playback::SeparatePins() const {
+  ComPtr<IModuleConfig> config;
+  Check(m_splitter->QueryInterface(IID_IModuleConfig, config.PutVoid()), "asking for IModuleConfig");
+  VARIANT value{};
+  VariantInit(&value);
+  value.vt = VT_BOOL;
+  value.boolVal = VARIANT_TRUE;
+  Check(config->SetValue(&paramSeparatePins, &value), "SetValue");
+}
 
 void Playback::Open(const std::string& path, SourceKind kind) {
   OpenedFile file = OpenFile(path);

@@ -18,7 +18,7 @@ enum class SourceKind { kCounting, kPlatform };
 class Playback {
  public:
   /// Connects source and splitter, which opens the file. Throws std::runtime_error.
-  Playback(const std::string& path, SourceKind kind);
+  Playback(const std::string& path, SourceKind kind, bool separatePins);
   /// Stops, disconnects and drops everything.
   ~Playback();
   Playback(const Playback&) = delete;
@@ -47,6 +47,7 @@ class Playback {
   void Add(IBaseFilter* filter, const OLECHAR* name);
   void Connect(IPin* output, IPin* input) const;
   void Open(const std::string& path, SourceKind kind);
+  void SeparatePins() const;
   ComPtr<IMediaSeeking> Seeking() const;
   void TakeDown() noexcept;
 

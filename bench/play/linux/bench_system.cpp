@@ -1,6 +1,7 @@
 // bench_system.h for Linux.
 #include "bench/play/bench_system.h"
 
+#include <fcntl.h>
 #include <malloc.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -62,16 +63,20 @@ void ResetPeakResident() {
   std::ofstream("/proc/self/clear_refs") << "5";
 }
 
-// One word a page, whose highest bit says that the page is there.
+// One word a page, whose highest bit says that the page is there. The system takes only whole words, so a
+// stream's buffer does not do.
 std::uint64_t ResidentBytes(const void* begin, const void* end) {
   const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
   const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(begin) / page;
   const std::uintptr_t last = (reinterpret_cast<std::uintptr_t>(end) + page - 1) / page;
   if (last <= first) return 0;
   std::vector<std::uint64_t> words(last - first);
-  std::ifstream map("/proc/self/pagemap", std::ios::binary);
-  map.seekg(static_cast<std::streamoff>(first * sizeof(std::uint64_t)));
-  map.read(reinterpret_cast<char*>(words.data()), static_cast<std::streamsize>(words.size() * sizeof(std::uint64_t)));
+  const int map = ::open("/proc/self/pagemap", O_RDONLY | O_CLOEXEC);
+  if (map < 0) return 0;
+  const ssize_t got =
+      ::pread(map, words.data(), words.size() * sizeof words[0], static_cast<off_t>(first * sizeof words[0]));
+  ::close(map);
+  if (got != static_cast<ssize_t>(words.size() * sizeof words[0])) return 0;
   std::uint64_t bytes = 0;
   for (const std::uint64_t word : words) bytes += (word >> 63) * page;
   return bytes;
