@@ -1,6 +1,7 @@
 #include "scanner/element_search.h"
 
 #include <ebml/EbmlCrc32.h>
+#include <ebml/EbmlVoid.h>
 
 #include <algorithm>
 #include <cstring>
@@ -8,6 +9,9 @@
 namespace tarvex {
 
 namespace {
+
+constexpr std::size_t kFirstChunk = 64;  // most searches end at once
+constexpr std::size_t kLargestChunk = 64 * 1024;
 
 /// Shows libebml one element head and nothing behind it.
 class CHeaderProbe : public libebml::IOCallback {
@@ -31,13 +35,13 @@ class CHeaderProbe : public libebml::IOCallback {
   std::span<const std::uint8_t> m_head;
 };
 
+bool BeginsLongId(std::uint8_t byte) { return byte >> 4 == 1; }
+
 bool IsChecksum(const ElementHeader& header) { return header.id == EBML_ID_VALUE(EBML_ID(libebml::EbmlCrc32)); }
 
 }  // namespace
 
 std::optional<FoundElement> CElementSearch::From(std::uint64_t position) {
-  constexpr std::size_t kFirstChunk = 64;  // most searches end at once
-  constexpr std::size_t kLargestChunk = 64 * 1024;
   const std::uint64_t end = std::min(m_end, m_streamLength + 1);
   for (std::size_t chunk = kFirstChunk; position < end;) {
     auto bytes = m_window.From(position, ElementHeader::kMaxBytes, chunk);
@@ -51,7 +55,9 @@ std::optional<FoundElement> CElementSearch::From(std::uint64_t position) {
       if (m_ids.MayBeginWith(rest[0])) {
         if (auto found = LookAt(position + offset, rest)) return found;
       }
-      offset += PassUnknown(position + offset, rest);
+      const std::size_t step = PassUnknown(position + offset, rest);
+      offset += step == 1 ? 1 : WithoutHidden(position + offset, step);
+      if (step != 1 && m_end == kNoEnd) break;  // the window may have moved
     }
     chunk = offset > bytes.size() ? kFirstChunk : std::min(chunk * 8, kLargestChunk);
     position += offset;
@@ -64,6 +70,30 @@ std::optional<FoundElement> CElementSearch::At(std::uint64_t position) {
   const auto bytes = m_window.From(position, ElementHeader::kMaxBytes, ElementHeader::kMaxBytes);
   return LookAt(position,
                 bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), m_end - position))));
+}
+
+bool CElementSearch::MayGoOnAt(std::uint64_t position) {
+  if (position >= m_streamLength) return true;
+  const auto header = ParseElementHeader(m_window.From(position, ElementHeader::kMaxBytes, kFirstChunk));
+  return header && (m_ids.Contains(header->id) || header->id == EBML_ID_VALUE(EBML_ID(libebml::EbmlVoid)));
+}
+
+std::optional<FoundElement> CElementSearch::UpperBetween(std::uint64_t begin, std::uint64_t end) {
+  for (std::uint64_t position = begin; position < end;) {
+    const auto bytes = m_window.From(position, ElementHeader::kMaxBytes, kLargestChunk);
+    if (bytes.empty()) break;
+    // A head that the chunk cuts is looked at in the next one.
+    const bool isLast = position + bytes.size() > m_streamLength;
+    const std::size_t whole = isLast ? bytes.size() : bytes.size() - ElementHeader::kMaxBytes + 1;
+    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(whole, end - position));
+    for (std::size_t offset = 0; offset < count; ++offset) {
+      if (!BeginsLongId(bytes[offset])) continue;
+      auto found = LookAt(position + offset, bytes.subspan(offset));
+      if (found && found->upperLevel > 0) return found;
+    }
+    position += count;
+  }
+  return std::nullopt;
 }
 
 std::optional<FoundElement> CElementSearch::LookAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
@@ -96,6 +126,14 @@ std::size_t CElementSearch::PassUnknown(std::uint64_t position, std::span<const 
   if (IsChecksum(*header)) return PassChecksum(position, *header);
   if (m_ids.Contains(header->id) || !IsSkippable(position, *header)) return 1;
   return header->Length() + static_cast<std::size_t>(header->size);
+}
+
+// In a parent without an end nothing stops a search that goes from one head to the next, as noise holds them,
+// except that no such step goes past what belongs further up.
+std::size_t CElementSearch::WithoutHidden(std::uint64_t position, std::size_t step) {
+  if (m_end != kNoEnd || m_unknown == Unknown::kPassByteWise) return step;
+  const auto upper = UpperBetween(position + 1, position + step);
+  return upper ? static_cast<std::size_t>(upper->position - position) : step;
 }
 
 std::size_t CElementSearch::PassChecksum(std::uint64_t position, const ElementHeader& header) const {

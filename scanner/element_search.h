@@ -33,7 +33,7 @@ class CElementSearch {
  public:
   enum class Unknown : std::uint8_t {
     kPassByteWise,  ///< unknown elements and voids: go one byte further
-    kSkip,          ///< go behind their data, where it lies within the parent
+    kSkip,          ///< go behind their data, where it lies within the parent and hides nothing from further up
   };
 
   static constexpr std::uint64_t kNoEnd = std::numeric_limits<std::uint64_t>::max();
@@ -54,9 +54,16 @@ class CElementSearch {
   /// The one that begins exactly at `position`.
   std::optional<FoundElement> At(std::uint64_t position);
 
+  /// The stream ends here, or something known begins.
+  bool MayGoOnAt(std::uint64_t position);
+
+  /// The first in this range that belongs further up and whose identifier is too long to occur by chance.
+  std::optional<FoundElement> UpperBetween(std::uint64_t begin, std::uint64_t end);
+
  private:
   std::optional<FoundElement> LookAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
   std::size_t PassUnknown(std::uint64_t position, std::span<const std::uint8_t> bytes) const;
+  std::size_t WithoutHidden(std::uint64_t position, std::size_t step);
   std::size_t PassChecksum(std::uint64_t position, const ElementHeader& header) const;
   bool IsSkippable(std::uint64_t position, const ElementHeader& header) const;
   std::optional<FoundElement> Create(std::uint64_t position, std::span<const std::uint8_t> head) const;

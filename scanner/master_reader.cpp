@@ -104,13 +104,31 @@ CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, co
 // Where to go on, or that the level has ended.
 CMasterReader::LevelEnd CMasterReader::ReadChild(Level& level, FoundElement found) {
   if (found.upperLevel > 0) return {found.upperLevel, found.position};
-  return found.element->IsMaster() ? ReadMasterChild(level, std::move(found)) : ReadValue(level, std::move(found));
+  const std::uint64_t begin = found.dataPosition;
+  const LevelEnd end =
+      found.element->IsMaster() ? ReadMasterChild(level, std::move(found)) : ReadValue(level, std::move(found));
+  return end.upperLevel == 0 ? WithoutSwallowed(level, begin, end) : end;
+}
+
+// A child that reaches behind the end of the stream, or, in a parent without an end, is followed by nothing
+// that makes sense, may have been none, and have swallowed what belongs further up. Each byte of the stream
+// is searched for that once at most, on average, so that the time stays in proportion to the stream.
+CMasterReader::LevelEnd CMasterReader::WithoutSwallowed(Level& level, std::uint64_t begin, LevelEnd end) {
+  const std::uint64_t length = m_source.Length();
+  const std::uint64_t last = std::min(end.position, length);
+  const bool isCut = end.position > length;
+  if (begin >= last || (!isCut && (level.master.IsFiniteSize() || level.search.MayGoOnAt(last)))) return end;
+  if (m_searchedAgain > length) return end;
+  m_searchedAgain += last - begin;
+  CElementSearch search(m_window, length, m_ids, EBML_CONTEXT(&level.master), CElementSearch::Unknown::kPassByteWise);
+  const auto upper = search.UpperBetween(begin, last);
+  return upper ? LevelEnd{upper->upperLevel, upper->position} : end;
 }
 
 CMasterReader::LevelEnd CMasterReader::ReadValue(Level& level, FoundElement found) {
   // Reading allocates what the element declares, so that has to be there.
   const std::uint64_t size = found.element->GetSize();
-  if (size > m_source.Length() - std::min(found.dataPosition, m_source.Length())) return {0, m_source.Length()};
+  if (size > m_source.Length() - std::min(found.dataPosition, m_source.Length())) return {0, m_source.Length() + 1};
   ReadData(found);
   if (found.element->ValueIsSet()) Take(level, std::move(found.element));
   return {0, found.dataPosition + size};

@@ -16,7 +16,8 @@
 namespace tarvex {
 
 /// Gives what libebml's own reading gives, except that it keeps no unknown elements, voids and checksums,
-/// leaves out an element that the end of the stream cuts, and is bounded whatever the stream declares.
+/// leaves out an element that the end of the stream cuts, and is bounded whatever the stream declares. What
+/// damage looks like does not hide the next Cluster: that ends the reading where libebml would pass it.
 class CMasterReader {
  public:
   /// Masters nest no deeper: Chapters, an edition and 201 atoms.
@@ -53,6 +54,7 @@ class CMasterReader {
   LevelEnd ReadChild(Level& level, FoundElement found);
   LevelEnd ReadValue(Level& level, FoundElement found);
   LevelEnd ReadMasterChild(Level& level, FoundElement found);
+  LevelEnd WithoutSwallowed(Level& level, std::uint64_t begin, LevelEnd end);
   void ReadData(FoundElement& found);
   bool ReadBlockHead(FoundElement& found);
   void Take(Level& level, ElementPtr element);
@@ -63,6 +65,7 @@ class CMasterReader {
   Frames m_frames = Frames::kRead;
   int m_depth = 0;
   std::uint32_t m_elements = 0;
+  std::uint64_t m_searchedAgain = 0;  // bytes
 };
 
 }  // namespace tarvex
