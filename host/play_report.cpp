@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "host/text_escape.h"
 #include "host/text_table.h"
 #include "host/time_text.h"
 
@@ -42,6 +43,10 @@ std::string ProgressText(const PlayProgress& progress) {
   for (const PlayedStream& stream : progress.streams) text += fmt::format("  {} {}", stream.kind, stream.samples);
   if (progress.seconds > 0) text += "  " + ReadRate(BytesOf(progress.streams), progress.seconds);
   return text;
+}
+
+std::string ChoiceText(const std::string& kind, std::size_t number, const std::string& name) {
+  return fmt::format("{} {}: {}", kind, number, EscapeAndShorten(name));
 }
 
 std::string SummaryText(const std::vector<PlayedStream>& streams, double seconds) {

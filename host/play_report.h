@@ -31,6 +31,9 @@ struct PlayProgress {
 /// "0:00:01.200 / 0:00:05.000  24 %  video 30  audio 52  1.25 MB/s", without a line feed.
 std::string ProgressText(const PlayProgress& progress);
 
+/// "audio 2: A: name", safe to show: what a key made the player go to.
+std::string ChoiceText(const std::string& kind, std::size_t number, const std::string& name);
+
 /// A table with one row for each stream and one for all: its rate is what was read in a second on the
 /// wall, that of a stream is per second of the file.
 std::string SummaryText(const std::vector<PlayedStream>& streams, double seconds);

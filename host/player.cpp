@@ -175,7 +175,7 @@ void CPlayer::StepStream(std::uint32_t group) {
     Seek(position);
     RestoreState();
   }
-  m_line.Tell(fmt::format("{} {}: {}", GroupName(group), NumberInGroup(streams, *next), streams[*next].name));
+  m_line.Tell(ChoiceText(GroupName(group), NumberInGroup(streams, *next), streams[*next].name));
 }
 
 void CPlayer::NextChapter() {
@@ -183,7 +183,7 @@ void CPlayer::NextChapter() {
   const auto next = NextMarker(markers, Position());
   if (!next) return m_line.Tell("no further chapter");
   Seek(TimeOf(markers[*next]));
-  m_line.Tell(fmt::format("chapter {}: {}", *next + 1, markers[*next].name));
+  m_line.Tell(ChoiceText("chapter", *next + 1, markers[*next].name));
 }
 
 bool CPlayer::HasEnded() const {

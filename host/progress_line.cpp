@@ -3,13 +3,14 @@
 #include <algorithm>
 
 #include "host/console.h"
+#include "host/text_escape.h"
 
 namespace tarvex::host {
 
 CProgressLine::CProgressLine() : m_isTerminal(OutputIsTerminal()) {}
 
 void CProgressLine::Rewrite(std::string line) {
-  const std::size_t length = line.size();
+  const std::size_t length = CharacterCount(line);
   line.append(m_shown - std::min(m_shown, length), ' ');
   m_shown = length;
   WriteOutput('\r' + line);

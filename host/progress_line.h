@@ -18,7 +18,7 @@ class CProgressLine {
   void Show(const std::string& text);
   /// The last state, which stays.
   void Finish(const std::string& text);
-  /// A line of its own, above the progress; terminals only.
+  /// A line of its own, above the progress, for text that is safe to show; terminals only.
   void Tell(const std::string& text);
 
  private:

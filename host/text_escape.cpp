@@ -75,6 +75,20 @@ std::string EscapeForTerminal(std::string_view text) {
   return out;
 }
 
+// Cut before it is escaped, so that a long text costs no more than a short one.
+std::string EscapeAndShorten(std::string_view text) {
+  constexpr std::size_t kMost = 500;
+  constexpr std::string_view kDots = "...";
+  std::string_view rest = text;
+  std::size_t cut = 0;  // bytes in front of the dots
+  for (std::size_t count = 0; !rest.empty(); ++count) {
+    if (count == kMost) return EscapeForTerminal(text.substr(0, cut)).append(kDots);
+    if (count == kMost - kDots.size()) cut = text.size() - rest.size();
+    rest.remove_prefix(ReadUtf8(rest).length);
+  }
+  return EscapeForTerminal(text);
+}
+
 std::size_t CharacterCount(std::string_view text) {
   std::size_t count = 0;
   for (; !text.empty(); ++count) text.remove_prefix(ReadUtf8(text).length);

@@ -11,6 +11,10 @@ namespace tarvex::host {
 /// stays as it is, so that paths remain readable.
 std::string EscapeForTerminal(std::string_view text);
 
+/// The same for text whose length is the file's choice: at most 500 characters, the last three of which are
+/// dots when there are more.
+std::string EscapeAndShorten(std::string_view text);
+
 /// Number of characters, for column widths. Counts what is no UTF-8 byte by byte.
 std::size_t CharacterCount(std::string_view text);
 

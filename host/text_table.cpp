@@ -17,7 +17,7 @@ CTextTable::CTextTable(std::vector<std::string> headings) : m_rightAligned(headi
 void CTextTable::AddRow(const std::vector<std::string>& cells) {
   std::vector<std::string>& row = m_rows.emplace_back();
   for (std::size_t i = 0; i < m_widths.size(); ++i) {
-    row.push_back(EscapeForTerminal(cells.at(i)));
+    row.push_back(EscapeAndShorten(cells.at(i)));
     m_widths[i] = std::max(m_widths[i], CharacterCount(row[i]));
   }
 }

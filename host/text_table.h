@@ -11,7 +11,8 @@ class CTextTable {
   /// A heading that begins with '>' makes its column right-aligned; the sign is not shown.
   explicit CTextTable(std::vector<std::string> headings);
 
-  /// As many cells as there are headings. Cells are escaped for the terminal here.
+  /// As many cells as there are headings. Cells are escaped for the terminal here, and shortened if they are
+  /// far too long.
   void AddRow(const std::vector<std::string>& cells);
 
   bool IsEmpty() const noexcept { return m_rows.size() == 1; }

@@ -39,6 +39,15 @@ TEST(TextEscape, EveryByteThatIsNoUtf8IsShown) {
   EXPECT_EQ(EscapeForTerminal("\xF4\x90\x80\x80"), "\\xF4\\x90\\x80\\x80");
 }
 
+TEST(TextEscape, LongTextIsCutBetweenCharacters) {
+  std::string text;
+  for (int k = 0; k < 500; ++k) text += "ü";
+  EXPECT_EQ(EscapeAndShorten(text), text);
+  const std::string shortened = EscapeAndShorten(text + "\xFF");
+  EXPECT_EQ(CharacterCount(shortened), 500U);
+  EXPECT_TRUE(shortened.ends_with("üü...")) << shortened;
+}
+
 TEST(FileNameText, LoneSurrogatesSurvive) {
   WideString name = OLESTR("a");
   name += static_cast<OLECHAR>(0xD83C);

@@ -58,8 +58,26 @@ TEST(HostErrors, MissingFile) {
   ExpectRefusal(RunHostWithModule({L"play", SourcePath("tests")}), ExitCode::kNoSuchFile, "is a folder");
 }
 
-TEST(HostErrors, EscapeSequenceInAFileNameIsNotObeyed) {
-  ExpectRefusal(RunHostWithModule({L"info", L"\x1B[31m.mkv"}), ExitCode::kNoSuchFile, "\\x1B[31m.mkv: no such file");
+TEST(HostErrors, NothingInAFileNameIsObeyed) {
+  const struct {
+    WideString name;
+    const char* shown;
+  } cases[] = {
+      {L"\x1B[31m.mkv", "\\x1B[31m.mkv"},
+      {L"a\x009B"
+       L"31m.mkv",
+       "a\\u{009B}31m.mkv"},
+      {L"a\x202Egpj.mkv", "a\\u{202E}gpj.mkv"},
+      {L"line\nline\r.mkv", "line\\nline\\r.mkv"},
+      {L"a\xD800.mkv", "a\\xED\\xA0\\x80.mkv"},
+      {L"%s%n{}.mkv", "%s%n{}.mkv"},
+      {WideString(3000, L'x'), "xxxx"},
+  };
+  for (const auto& each : cases) {
+    for (const wchar_t* command : {L"info", L"dump", L"play"}) {
+      ExpectRefusal(RunHostWithModule({command, each.name}), ExitCode::kNoSuchFile, std::string(each.shown));
+    }
+  }
 }
 
 TEST(HostErrors, FileThatIsNotMatroska) {

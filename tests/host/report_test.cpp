@@ -2,12 +2,14 @@
 // that say what is absent.
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "host/checksum.h"
 #include "host/dump_report.h"
 #include "host/info_report.h"
 #include "host/play_report.h"
+#include "host/text_escape.h"
 
 namespace tarvex::host {
 namespace {
@@ -53,6 +55,53 @@ TEST(InfoTable, HostileTextsStayOnTheirLine) {
   EXPECT_EQ(text.find("\xC2\x9B"), std::string::npos);
   EXPECT_NE(text.find("line\\nbreak \\u{202E}\n"), std::string::npos) << text;
   EXPECT_NE(text.find("duration  unknown\n"), std::string::npos) << text;
+}
+
+// Escape sequences and lines, in every byte that a file may hold.
+std::string EveryByte() {
+  std::string all;
+  for (int byte = 0; byte < 256; ++byte) all += static_cast<char>(byte);
+  return "\x1B]0;title\a\xC2\x9B\xE2\x80\xAE" + all;
+}
+
+std::string WithoutLineFeeds(std::string text) {
+  std::erase(text, '\n');
+  return text;
+}
+
+bool IsHarmlessLines(const std::string& text, std::ptrdiff_t lines) {
+  return std::count(text.begin(), text.end(), '\n') == lines &&
+         EscapeForTerminal(WithoutLineFeeds(text)) == WithoutLineFeeds(text);
+}
+
+InfoReport ReportOf(const std::string& name) {
+  InfoReport report;
+  report.file = report.docType = name;
+  report.streams.push_back({2, name, true, true});
+  report.pins.push_back({name, 0, {}});
+  report.chapters.push_back({name, std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()});
+  report.markers.push_back({name, std::numeric_limits<double>::infinity()});
+  return report;
+}
+
+TEST(EveryReport, ShowsNothingThatATerminalObeys) {
+  const std::string name = EveryByte();
+  EXPECT_TRUE(IsHarmlessLines(InfoTable(ReportOf(name)), 15));
+  EXPECT_TRUE(IsHarmlessLines(SummaryText({{name, name, name, name, name}}, 1), 3));
+  EXPECT_TRUE(IsHarmlessLines(ChoiceText("audio", 1, name), 0));
+  EXPECT_TRUE(IsHarmlessLines(PinTextLine({1, name, 3, {}}), 1));
+  const std::string object = InfoJson(ReportOf(name));
+  EXPECT_TRUE(IsPlainAscii(object));
+  EXPECT_FALSE(json::parse(object).is_discarded());
+  EXPECT_TRUE(IsPlainAscii(PinJsonLine({1, name, 3, {}})));
+}
+
+TEST(EveryReport, LongNamesAreShortenedForPeopleOnly) {
+  const std::string name(1000000, 'x');
+  EXPECT_LT(InfoTable(ReportOf(name)).size(), 10000 + name.size() * 2);
+  EXPECT_LT(SummaryText({{name, name, name, name, name}}, 1).size(), 20000U);
+  EXPECT_LT(ChoiceText("chapter", 1, name).size(), 600U);
+  EXPECT_EQ(json::parse(InfoJson(ReportOf(name)))["streams"][0]["name"], name);
 }
 
 TEST(DumpReport, SampleWithoutTimesSaysSo) {
