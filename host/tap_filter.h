@@ -30,8 +30,9 @@ class CTapFilter : public CBaseFilter {
   CTapInputPin* InputPin() const noexcept { return m_input.Get(); }
   CTapOutputPin* OutputPin() const noexcept { return m_output.Get(); }
 
- private:
+ protected:
   CCritSec m_filterLock{"host CTapFilter", LockRank::kFilter};
+  // A derived class may put others in their places while it is constructed.
   OwnedPin<CTapInputPin> m_input;
   OwnedPin<CTapOutputPin> m_output;
 };

@@ -155,4 +155,5 @@ def main():
         file.write(ebml + segment)
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -27,7 +27,7 @@ TEST(AboutPage, ShowsTheTitleTheVersionAndTwoImages) {
     EXPECT_EQ(TextOf(frame.Control(1002)), L"Version " TARVEX_FILE_VERSION);
     for (const int image : {1003, 1005}) EXPECT_NE(SendMessageW(frame.Control(image), STM_GETICON, 0, 0), 0);
     frame.Paint();
-    KeepPicture(frame.Window(), "about-page");
+    KeepPicture(WindowPicture(frame.Window()), "about-page");
   }
   EXPECT_TRUE(ModuleBecomesIdle());
 }

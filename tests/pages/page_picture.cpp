@@ -53,21 +53,24 @@ Bytes Png(std::uint32_t width, std::uint32_t height, const Bytes& rows) {
   return png;
 }
 
-// Four bytes for a pixel, blue first, top row first.
-Bytes PixelsOf(HWND window, const BITMAPINFO& info) {
+// From `corner` of what the window's context, or the screen's for null, shows.
+Picture Copy(HWND window, POINT corner, int width, int height) {
   const auto release = [window](HDC context) { ReleaseDC(window, context); };
   const std::unique_ptr<std::remove_pointer_t<HDC>, decltype(release)> source(GetDC(window), release);
-  const LONG width = info.bmiHeader.biWidth;
-  const LONG height = -info.bmiHeader.biHeight;
   const Context memory(CreateCompatibleDC(source.get()));
   const Bitmap bitmap(CreateCompatibleBitmap(source.get(), width, height));
   HGDIOBJ former = SelectObject(memory.get(), bitmap.get());
-  BitBlt(memory.get(), 0, 0, width, height, source.get(), 0, 0, SRCCOPY);
+  BitBlt(memory.get(), 0, 0, width, height, source.get(), corner.x, corner.y, SRCCOPY);
   SelectObject(memory.get(), former);
-  Bytes pixels(static_cast<std::size_t>(width * height) * 4);
-  BITMAPINFO wanted = info;
-  GetDIBits(memory.get(), bitmap.get(), 0, static_cast<UINT>(height), pixels.data(), &wanted, DIB_RGB_COLORS);
-  return pixels;
+  BITMAPINFO wanted{};
+  wanted.bmiHeader.biSize = sizeof wanted.bmiHeader;
+  wanted.bmiHeader.biWidth = width;
+  wanted.bmiHeader.biHeight = -height;
+  wanted.bmiHeader.biPlanes = 1;
+  wanted.bmiHeader.biBitCount = 32;
+  Picture picture{width, height, Bytes(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4)};
+  GetDIBits(memory.get(), bitmap.get(), 0, static_cast<UINT>(height), picture.pixels.data(), &wanted, DIB_RGB_COLORS);
+  return picture;
 }
 
 std::string PathOf(const std::string& name) {
@@ -78,23 +81,28 @@ std::string PathOf(const std::string& name) {
 
 }  // namespace
 
-void KeepPicture(HWND window, const std::string& name) {
+Picture WindowPicture(HWND window) {
   RECT rect{};
   GetClientRect(window, &rect);
-  BITMAPINFO info{};
-  info.bmiHeader.biSize = sizeof info.bmiHeader;
-  info.bmiHeader.biWidth = rect.right;
-  info.bmiHeader.biHeight = -rect.bottom;
-  info.bmiHeader.biPlanes = 1;
-  info.bmiHeader.biBitCount = 32;
-  const Bytes pixels = PixelsOf(window, info);
+  return Copy(window, {}, rect.right, rect.bottom);
+}
+
+Picture ScreenPicture(HWND window) {
+  RECT rect{};
+  POINT corner{};
+  GetClientRect(window, &rect);
+  ClientToScreen(window, &corner);
+  return Copy(nullptr, corner, rect.right, rect.bottom);
+}
+
+void KeepPicture(const Picture& picture, const std::string& name) {
+  const auto width = static_cast<std::size_t>(picture.width);
   Bytes rows;
-  for (std::size_t at = 0; at < pixels.size(); at += 4) {
-    if (at / 4 % static_cast<std::size_t>(info.bmiHeader.biWidth) == 0) rows.push_back(0);
-    rows.insert(rows.end(), {pixels[at + 2], pixels[at + 1], pixels[at]});
+  for (std::size_t at = 0; at < picture.pixels.size(); at += 4) {
+    if (at / 4 % width == 0) rows.push_back(0);
+    rows.insert(rows.end(), {picture.pixels[at + 2], picture.pixels[at + 1], picture.pixels[at]});
   }
-  const Bytes png = Png(static_cast<std::uint32_t>(info.bmiHeader.biWidth),
-                        static_cast<std::uint32_t>(-info.bmiHeader.biHeight), rows);
+  const Bytes png = Png(static_cast<std::uint32_t>(picture.width), static_cast<std::uint32_t>(picture.height), rows);
   std::ofstream file(PathOf(name), std::ios::binary);
   file.write(reinterpret_cast<const char*>(png.data()), static_cast<std::streamsize>(png.size()));
   if (!file.flush()) throw std::runtime_error("cannot write " + PathOf(name));

@@ -130,7 +130,7 @@ LONG CentreOf(HWND window) {
 void KeepPictureOf(HWND frame, const char* name) {
   RedrawWindow(frame, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_UPDATENOW | RDW_ALLCHILDREN);
   SleepMilliseconds(200);  // for the thread of the frame to paint
-  KeepPicture(frame, name);
+  KeepPicture(WindowPicture(frame), name);
 }
 
 TEST(PlatformFrame, ShowsBothPages) {

@@ -127,7 +127,7 @@ TEST_F(OpenedSettingsPage, ShowsTheSettingsAndTheChapters) {
   EXPECT_EQ(LineOf(m_frame->Control(1006), 1), L"Second half - (00:00:02 - 00:00:05)");
   EXPECT_EQ(m_frame->Page()->IsPageDirty(), S_FALSE);
   m_frame->Paint();
-  KeepPicture(m_frame->Window(), "settings-page");
+  KeepPicture(WindowPicture(m_frame->Window()), "settings-page");
 }
 
 TEST_F(OpenedSettingsPage, ClicksReachTheFilterWhenTheyAreApplied) {

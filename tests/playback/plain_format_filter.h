@@ -1,0 +1,14 @@
+// Stands between the splitter and Wine's decoders of Video for Windows codecs. The splitter describes such
+// pictures with a VIDEOINFOHEADER2; these decoders take a VIDEOINFOHEADER only. The samples pass unchanged.
+#pragma once
+
+#include "host/tap_filter.h"
+
+namespace tarvex::test {
+
+class CPlainFormatFilter : public host::CTapFilter {
+ public:
+  CPlainFormatFilter();
+};
+
+}  // namespace tarvex::test
