@@ -127,7 +127,7 @@ class Player {
       EXPECT_TRUE(SUCCEEDED(m_graph.Run()));
     }
     EXPECT_TRUE(WaitForEnds()) << "no end of stream";
-    EXPECT_EQ(m_graph.Stop(), S_OK);
+    EXPECT_TRUE(SUCCEEDED(m_graph.Stop()));  // S_FALSE: the pins had ended the worker already
     Compare(current, end);
   }
 
