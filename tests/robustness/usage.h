@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 #include "tests/support/test_system.h"
 
@@ -11,11 +12,15 @@ namespace tarvex::test {
 
 struct Usage {
   std::uint32_t handles = OpenHandles();
+  std::uint32_t threads = LivingThreads();
   std::uint64_t memory = MemoryInUse();  ///< bytes
   std::uint64_t heap = HeapInUse();      ///< bytes
 };
 
-/// Handles and memory are back where they were, or are within a second: a thread that was let go may
+/// In words.
+std::string Describe(const Usage& usage);
+
+/// Handles, threads and memory are back where they were, or are within a second: a thread that was let go may
 /// still be on its way out. Memory is not looked at in instrumented builds, which keep what is freed.
 void ExpectBackAt(const Usage& before);
 

@@ -22,6 +22,8 @@ std::string SystemPath(const std::string& path);
 
 /// Open handles or file descriptors of this process.
 std::uint32_t OpenHandles();
+/// Threads of this process.
+std::uint32_t LivingThreads();
 /// Private memory of this process that the system has committed or made resident, in bytes.
 std::uint64_t MemoryInUse();
 /// Bytes that are allocated on the process's heaps.

@@ -19,17 +19,21 @@ ComPtr<IBaseFilter> CreateFileSource(const std::string& path) { return CSourceFi
 
 std::string SystemPath(const std::string& path) { return path; }
 
-std::uint32_t OpenHandles() {
-  const std::filesystem::directory_iterator entries("/proc/self/fd");
+namespace {
+
+std::uint32_t EntriesOf(const char* folder) {
+  const std::filesystem::directory_iterator entries(folder);
   return static_cast<std::uint32_t>(std::distance(begin(entries), end(entries)));
 }
-
-namespace {
 
 // Otherwise every thread may get a heap of its own, and how many there are depends on the machine's load.
 [[maybe_unused]] const int kOneHeap = mallopt(M_ARENA_MAX, 1);
 
 }  // namespace
+
+std::uint32_t OpenHandles() { return EntriesOf("/proc/self/fd"); }
+
+std::uint32_t LivingThreads() { return EntriesOf("/proc/self/task"); }
 
 // What the allocator keeps for later is not in use.
 std::uint64_t MemoryInUse() {

@@ -8,6 +8,9 @@
 
 #include "framework/text_conversion.h"
 
+// After the system's main header, which it needs.
+#include <tlhelp32.h>
+
 namespace tarvex::test {
 namespace {
 
@@ -95,6 +98,18 @@ std::uint32_t OpenHandles() {
   return static_cast<std::uint32_t>(std::count_if(entries, entries + header->count, [](const HandleEntry& entry) {
     return entry.process == GetCurrentProcessId();
   }));
+}
+
+std::uint32_t LivingThreads() {
+  HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  THREADENTRY32 entry{};
+  entry.dwSize = sizeof entry;
+  std::uint32_t count = 0;
+  for (BOOL more = Thread32First(snapshot, &entry); more != FALSE; more = Thread32Next(snapshot, &entry)) {
+    count += entry.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
+  }
+  CloseHandle(snapshot);
+  return count;
 }
 
 std::uint64_t MemoryInUse() {
