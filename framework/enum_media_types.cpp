@@ -32,7 +32,9 @@ HRESULT STDMETHODCALLTYPE CEnumMediaTypes::Next(ULONG cMediaTypes, AM_MEDIA_TYPE
   const HRESULT hr = ComBoundary([&] {
     while (fetched < cMediaTypes) {
       CMediaType type;
-      if (m_pin->GetMediaType(m_position, &type) != S_OK) break;
+      const HRESULT got = m_pin->GetMediaType(m_position, &type);
+      if (FAILED(got)) return got;  // a type that cannot be had now is not the end of the list
+      if (got != S_OK) break;
       ppMediaTypes[fetched] = CreateMediaType(type);
       ++fetched;
       ++m_position;
@@ -54,7 +56,8 @@ HRESULT STDMETHODCALLTYPE CEnumMediaTypes::Skip(ULONG cMediaTypes) {
   return ComBoundary([&] {
     for (; cMediaTypes > 0; --cMediaTypes, ++m_position) {
       CMediaType type;
-      if (m_pin->GetMediaType(m_position, &type) != S_OK) return S_FALSE;
+      const HRESULT got = m_pin->GetMediaType(m_position, &type);
+      if (got != S_OK) return FAILED(got) ? got : S_FALSE;
     }
     return S_OK;
   });
