@@ -103,11 +103,15 @@ HRESULT CMatroskaSplitter::Stop() {
 // All at once, since each may have to wait for downstream. Nobody feeds them any more.
 void CMatroskaSplitter::EndQueues() {
   if (EndWorker() == S_FALSE) return;  // nothing was started
-  std::vector<std::shared_ptr<COutputQueue>> queues;
-  for (const auto& pin : m_outputPins) {
-    if (auto queue = pin->Queue()) queues.push_back(std::move(queue));
-  }
-  COutputQueue::End(queues);
+  // Without memory for the list each ends with its pin.
+  static_cast<void>(ComBoundary([this] {
+    std::vector<std::shared_ptr<COutputQueue>> queues;
+    for (const auto& pin : m_outputPins) {
+      if (auto queue = pin->Queue()) queues.push_back(std::move(queue));
+    }
+    COutputQueue::End(queues);
+    return S_OK;
+  }));
 }
 
 // Under the position lock, as seeks flush, so that the two do not mix and the pin list stays.

@@ -151,7 +151,8 @@ void CMatroskaSplitter::ReportFailedPass(HRESULT result) {
   // drop the filter in answer, and so wait for the worker, which therefore does not ask it.
   CThread messenger;
   const ComPtr<IUnknown> self(Owner());
-  if (SUCCEEDED(messenger.Start([this, self, result] { NotifyEvent(EC_ERRORABORT, result, 0); }))) {
+  const auto start = [&] { return messenger.Start([this, self, result] { NotifyEvent(EC_ERRORABORT, result, 0); }); };
+  if (SUCCEEDED(ComBoundary(start))) {  // what the thread is to do takes memory as well
     messenger.Abandon();
   } else {
     NotifyEvent(EC_ERRORABORT, result, 0);
