@@ -55,7 +55,12 @@ void CSourceFilter::BlockFrom(int read, bool ignoreFlush) {
 
 HRESULT CSourceFilter::Read(LONGLONG position, LONG length, BYTE* buffer) {
   const HRESULT result = Gate(m_reads++);
-  return FAILED(result) ? result : Copy(position, length, buffer);
+  if (FAILED(result)) return result;
+  const HRESULT fault = m_fault ? m_fault() : S_OK;
+  if (FAILED(fault)) return fault;
+  if (fault == S_OK) return Copy(position, length, buffer);
+  Copy(position, length / 2, buffer);
+  return S_FALSE;
 }
 
 // What stands between a read and its bytes.
@@ -72,7 +77,7 @@ HRESULT CSourceFilter::Gate(int number) {
 
 HRESULT CSourceFilter::Copy(LONGLONG position, LONG length, BYTE* buffer) const {
   if (position < 0 || length < 0) return E_INVALIDARG;
-  const auto size = static_cast<LONGLONG>(m_bytes.size());
+  const auto size = static_cast<LONGLONG>(m_size.load());
   const LONGLONG count = std::clamp<LONGLONG>(size - position, 0, length);
   if (count > 0) std::memcpy(buffer, m_bytes.data() + position, static_cast<std::size_t>(count));
   return count == length ? S_OK : S_FALSE;
@@ -133,7 +138,9 @@ HRESULT STDMETHODCALLTYPE CSourcePin::SyncRead(LONGLONG llPosition, LONG lLength
 }
 
 HRESULT STDMETHODCALLTYPE CSourcePin::Length(LONGLONG* pTotal, LONGLONG* pAvailable) {
-  const auto length = static_cast<LONGLONG>(m_source.m_bytes.size());
+  const HRESULT fault = m_source.m_fault ? m_source.m_fault() : S_OK;
+  if (FAILED(fault)) return fault;
+  const auto length = static_cast<LONGLONG>(m_source.m_size.load());
   if (pTotal != nullptr) *pTotal = length;
   if (pAvailable != nullptr) *pAvailable = length;
   return S_OK;

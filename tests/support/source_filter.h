@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,14 @@ class CSourceFilter : public CBaseFilter {
   void Unblock() { m_unblocked.Set(); }
   /// A read waits since BlockFrom.
   bool WaitUntilBlocked(DWORD milliseconds) { return m_blocked.Wait(milliseconds); }
+  /// Asked ahead of every read and every question for the length. A failure is the answer; S_FALSE makes
+  /// a read give half of its bytes. To be set before anybody reads.
+  void BeforeEachCall(std::function<HRESULT()> fault) { m_fault = std::move(fault); }
+  /// From now on there are only so many bytes.
+  void Shrink(std::size_t size) { m_size = size; }
+  std::size_t Size() const noexcept { return m_size; }
+  /// For BeforeEachCall.
+  bool WaitForFlush(DWORD milliseconds) { return m_flushing.Wait(milliseconds); }
   int Reads() const noexcept { return m_reads; }
   int Flushes() const noexcept { return m_flushes; }
 
@@ -54,6 +63,8 @@ class CSourceFilter : public CBaseFilter {
 
   CCritSec m_filterLock{"CSourceFilter", LockRank::kUnranked};
   const std::vector<std::uint8_t> m_bytes;
+  std::atomic<std::size_t> m_size{m_bytes.size()};  // of m_bytes, what there is to read
+  std::function<HRESULT()> m_fault;
   std::atomic<int> m_reads{0};
   std::atomic<int> m_flushes{0};
   std::atomic<DWORD> m_delay{0};
