@@ -1,5 +1,5 @@
 // See counting_sink.h.
-#include "bench/play/counting_sink.h"
+#include "benchmarks/play/counting_sink.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <exception>
 
-#include "bench/play/measurement_json.h"
+#include "benchmarks/play/measurement_json.h"
 
 namespace tarvex::bench {
 namespace {
@@ -32,6 +32,7 @@ void AddOptions(CLI::App& app, Options& options) {
 int Run(int argc, char** argv) {
   Options options;
   CLI::App app("Plays a Matroska file through the splitter into sinks and prints what that took.");
+  app.allow_windows_style_options(false);  // a path may begin with a slash
   AddOptions(app, options);
   CLI11_PARSE(app, argc, argv);
   const bool seeks = !options.measure.seeks.empty() || options.measure.spreadSeeks != 0;

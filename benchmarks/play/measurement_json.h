@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "bench/play/measurement.h"
+#include "benchmarks/play/measurement.h"
 
 namespace tarvex::bench {
 

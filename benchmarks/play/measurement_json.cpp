@@ -1,5 +1,5 @@
 // See measurement_json.h.
-#include "bench/play/measurement_json.h"
+#include "benchmarks/play/measurement_json.h"
 
 namespace tarvex::bench {
 namespace {
@@ -28,7 +28,7 @@ Json SeeksJson(const std::vector<MeasuredSeek>& seeks) {
 }  // namespace
 
 Json MeasurementJson(const Measurement& measured) {
-  Json json{{"open_ms", measured.opened}, {"open_reads", measured.openReads.calls}};
+  Json json{{"made_ms", measured.made}, {"open_ms", measured.opened}, {"open_reads", measured.openReads.calls}};
   if (measured.first) {
     json["first_ms"] = *measured.first;
     json["first_reads"] = measured.firstReads.calls;

@@ -1,5 +1,5 @@
 // See play_monitor.h.
-#include "bench/play/play_monitor.h"
+#include "benchmarks/play/play_monitor.h"
 
 namespace tarvex::bench {
 
@@ -12,18 +12,23 @@ void PlayMonitor::Expect(const CCountingSource* source, std::size_t sinks) {
 void PlayMonitor::OnFirstSample() {
   const Clock::time_point now = Clock::now();
   const CAutoLock lock(m_lock);
-  if (m_hasFirst) return;
-  m_hasFirst = true;
-  m_first = {now, m_source != nullptr ? m_source->Reads() : ReadCount{}};
-  m_begun.Set();
+  TakeFirst(now);
 }
 
 void PlayMonitor::OnEnd() {
   const Clock::time_point now = Clock::now();
   const CAutoLock lock(m_lock);
   if (++m_ends < m_expectedEnds) return;
+  TakeFirst(now);
   m_endTime = now;
   m_ended.Set();
+}
+
+void PlayMonitor::TakeFirst(Clock::time_point now) {
+  if (m_hasFirst) return;
+  m_hasFirst = true;
+  m_first = {now, m_source != nullptr ? m_source->Reads() : ReadCount{}};
+  m_begun.Set();
 }
 
 void PlayMonitor::OnFlush() {

@@ -1,5 +1,5 @@
 // See playback.h.
-#include "bench/play/playback.h"
+#include "benchmarks/play/playback.h"
 
 #include <stdexcept>
 
@@ -50,7 +50,9 @@ Playback::Playback(const std::string& path, SourceKind kind, bool separatePins)
     : m_graph(NewGraph()), m_splitter(NewSplitter()) {
   try {
     if (separatePins) SeparatePins();
-    Open(path, kind);
+    MakeSource(path, kind);
+    Add(m_source.Get(), OLESTR("Source"));
+    Add(m_splitter.Get(), OLESTR("Splitter"));
   } catch (...) {
     TakeDown();
     throw;
@@ -69,7 +71,7 @@ void Playback::SeparatePins() const {
   Check(config->SetValue(&paramSeparatePins, &value), "SetValue");
 }
 
-void Playback::Open(const std::string& path, SourceKind kind) {
+void Playback::MakeSource(const std::string& path, SourceKind kind) {
   OpenedFile file = OpenFile(path);
   if (kind == SourceKind::kCounting) {
     m_counting = MakeCom<CCountingSource>(std::move(file.reader));
@@ -78,8 +80,9 @@ void Playback::Open(const std::string& path, SourceKind kind) {
     m_source = std::move(file.filter);
   }
   if (!m_source) throw std::runtime_error("this platform has no file source of its own");
-  Add(m_source.Get(), OLESTR("Source"));
-  Add(m_splitter.Get(), OLESTR("Splitter"));
+}
+
+void Playback::Open() {
   Connect(OnlyPin(m_source.Get(), PINDIR_OUTPUT).Get(), OnlyPin(m_splitter.Get(), PINDIR_INPUT).Get());
 }
 

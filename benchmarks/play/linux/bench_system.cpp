@@ -1,5 +1,5 @@
 // bench_system.h for Linux.
-#include "bench/play/bench_system.h"
+#include "benchmarks/play/bench_system.h"
 
 #include <fcntl.h>
 #include <malloc.h>
@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "bench/play/linux/file_reader.h"
+#include "benchmarks/play/linux/file_reader.h"
 #include "framework/class_factory.h"
 #include "include/tarvex/class_ids.h"
 #include "module/class_table.h"

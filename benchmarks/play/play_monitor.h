@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstddef>
 
-#include "bench/play/counting_source.h"
+#include "benchmarks/play/counting_source.h"
 #include "framework/event.h"
 
 namespace tarvex::bench {
@@ -23,7 +23,8 @@ class PlayMonitor {
   /// make up the end.
   void Expect(const CCountingSource* source, std::size_t sinks);
 
-  // For the sinks. The first report since the start or the last OnFlush counts.
+  // For the sinks. The first report since the start or the last OnFlush counts. Where all streams end
+  // without a sample, as behind the last frame, the end stands for it.
   void OnFirstSample();
   void OnEnd();
   /// What came before it does not count any more.
@@ -36,6 +37,8 @@ class PlayMonitor {
   Clock::time_point EndTime();
 
  private:
+  void TakeFirst(Clock::time_point now);
+
   const CCountingSource* m_source = nullptr;
   CCritSec m_lock{"PlayMonitor", LockRank::kUnranked};
   First m_first;                   // under m_lock, as the following

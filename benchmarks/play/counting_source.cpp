@@ -1,5 +1,5 @@
 // See counting_source.h.
-#include "bench/play/counting_source.h"
+#include "benchmarks/play/counting_source.h"
 
 #include <algorithm>
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "bench/play/bench_system.h"
-#include "bench/play/counting_sink.h"
-#include "bench/play/play_monitor.h"
+#include "benchmarks/play/bench_system.h"
+#include "benchmarks/play/counting_sink.h"
+#include "benchmarks/play/play_monitor.h"
 
 namespace tarvex::bench {
 
@@ -17,13 +17,15 @@ enum class SourceKind { kCounting, kPlatform };
 
 class Playback {
  public:
-  /// Connects source and splitter, which opens the file. Throws std::runtime_error.
+  /// Makes the graph, source and splitter. Throws std::runtime_error.
   Playback(const std::string& path, SourceKind kind, bool separatePins);
   /// Stops, disconnects and drops everything.
   ~Playback();
   Playback(const Playback&) = delete;
   Playback& operator=(const Playback&) = delete;
 
+  /// Connects source and splitter, which opens the file. Throws std::runtime_error.
+  void Open();
   /// A sink on every output pin. Throws std::runtime_error.
   void ConnectSinks(SinkManner manner);
   /// Data flows when this is done, renderers paused or not. Throws std::runtime_error.
@@ -46,7 +48,7 @@ class Playback {
  private:
   void Add(IBaseFilter* filter, const OLECHAR* name);
   void Connect(IPin* output, IPin* input) const;
-  void Open(const std::string& path, SourceKind kind);
+  void MakeSource(const std::string& path, SourceKind kind);
   void SeparatePins() const;
   ComPtr<IMediaSeeking> Seeking() const;
   void TakeDown() noexcept;

@@ -1,5 +1,5 @@
 // bench_system.h for Windows.
-#include "bench/play/bench_system.h"
+#include "benchmarks/play/bench_system.h"
 
 #include <psapi.h>
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/play/playback.h"
+#include "benchmarks/play/playback.h"
 
 namespace tarvex::bench {
 
@@ -41,15 +41,16 @@ struct MeasuredSeek {
   ReadCount reads;    ///< between the two
 };
 
-/// Times are milliseconds and count from before the splitter is made.
+/// Times are milliseconds and count from when graph, source and splitter are there, unconnected.
 struct Measurement {
+  double made = 0;  ///< what that took before; loading the module is in it
   double opened = 0;
   ReadCount openReads;
   std::optional<double> first;
   ReadCount firstReads;  ///< opening included
   std::optional<double> ended;
   ReadCount allReads;
-  CpuTimes cpu;                  ///< over the same span as all the above
+  CpuTimes cpu;                  ///< to the end, making included
   std::uint64_t peakBytes = 0;   ///< resident
   std::uint64_t startBytes = 0;  ///< resident before the beginning
   std::uint64_t ringBytes = 0;   ///< resident where samples lay

@@ -1,5 +1,5 @@
 // See file_reader.h.
-#include "bench/play/linux/file_reader.h"
+#include "benchmarks/play/linux/file_reader.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "bench/play/play_monitor.h"
+#include "benchmarks/play/play_monitor.h"
 #include "framework/base_filter.h"
 #include "framework/base_input_pin.h"
 #include "framework/event.h"

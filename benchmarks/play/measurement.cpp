@@ -1,5 +1,5 @@
 // See measurement.h.
-#include "bench/play/measurement.h"
+#include "benchmarks/play/measurement.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -7,7 +7,7 @@
 namespace tarvex::bench {
 namespace {
 
-constexpr DWORD kPatience = 10 * 60 * 1000;  // milliseconds
+constexpr DWORD kPatience = 2 * 60 * 1000;  // milliseconds
 constexpr double kUnitsPerSecond = 1e7;
 
 double MillisecondsBetween(Clock::time_point from, Clock::time_point to) {
@@ -64,10 +64,12 @@ void MeasureRest(Playback& playback, const MeasureOptions& options, Clock::time_
 }
 
 // The reads of a splitter that had nothing else to do.
-void MeasureRaw(const MeasureOptions& options, Clock::time_point start, Measurement& measured) {
+void MeasureRaw(const MeasureOptions& options, Measurement& measured) {
   constexpr LONG kBlock = 1024 * 1024;
+  const auto before = Clock::now();
   const OpenedFile file = OpenFile(options.file);
-  measured.opened = MillisecondsBetween(start, Clock::now());
+  const auto start = Clock::now();
+  measured.made = MillisecondsBetween(before, start);
   LONGLONG length = 0;
   LONGLONG available = 0;
   if (FAILED(file.reader->Length(&length, &available))) throw std::runtime_error("the file has no length");
@@ -89,8 +91,12 @@ void CollectPins(const Playback& playback, Measurement& measured) {
   }
 }
 
-void MeasurePlayback(const MeasureOptions& options, Clock::time_point start, Measurement& measured) {
+void MeasurePlayback(const MeasureOptions& options, Measurement& measured) {
+  const auto before = Clock::now();
   Playback playback(options.file, options.source, options.separatePins);
+  const auto start = Clock::now();
+  measured.made = MillisecondsBetween(before, start);
+  playback.Open();
   measured.opened = MillisecondsBetween(start, Clock::now());
   measured.openReads = playback.Reads();
   measured.heapOpened = HeapBytes();
@@ -113,13 +119,12 @@ Measurement Measure(const MeasureOptions& options) {
   measured.startBytes = PeakResidentBytes();
   measured.heapBefore = HeapBytes();
   const CpuTimes cpuBefore = ProcessTimes();
-  const auto start = Clock::now();
   if (options.extent == Extent::kRaw) {
-    MeasureRaw(options, start, measured);
+    MeasureRaw(options, measured);
     measured.cpu = ProcessTimes();
     measured.peakBytes = PeakResidentBytes();
   } else {
-    MeasurePlayback(options, start, measured);
+    MeasurePlayback(options, measured);
   }
   measured.cpu = measured.cpu - cpuBefore;
   return measured;

@@ -1,0 +1,1 @@
+"""What ./bench runs: the cases, the measuring, the table."""

@@ -1,0 +1,40 @@
+"""Opening and seeking: times and read calls to the first sample, and the memory of a whole pass."""
+import statistics
+
+from .rounds import measure_rounds, median, say
+
+
+def measure(programs, corpus, letters, rounds, seeks, budget):
+    """{letter: {"first_ms", "first_reads", "first_seek_ms", ...}}"""
+    results = {}
+    for letter in letters:
+        say(f"opening and seeking in {letter}")
+        path = corpus.path(letter)
+        ours = programs.native()
+        options = ["--spread-seeks", str(seeks)]
+        records = measure_rounds([ours], rounds, lambda one: one.measure(path, *options), budget)[ours.name]
+        results[letter] = summary(records)
+    return results
+
+
+def summary(records):
+    found = {key: median(records, key) for key in ("open_ms", "open_reads", "first_ms", "first_reads")}
+    # For every place the median of the rounds, so that one busy moment of the machine is not taken for a slow place.
+    times = [statistics.median(place) for place in zip(*([seek["first_ms"] for seek in one["seeks"]] for one in records))]
+    reads = [max(place) for place in zip(*([seek["reads"] for seek in one["seeks"]] for one in records))]
+    found["first_seek_ms"], found["first_seek_reads"] = times[0], reads[0]
+    found["seek_ms"], found["worst_seek_ms"] = statistics.median(times[1:]), max(times[1:])
+    found["seek_reads"] = max(reads[1:])
+    return found
+
+
+def measure_memory(programs, path, rounds, budget):
+    """Peak bytes of a whole pass, and of them where samples lay."""
+    ours = programs.native()
+    records = measure_rounds([ours], rounds, lambda one: one.measure(path, "--separate-pins"), budget)[ours.name]
+    return {
+        "peak_bytes": median(records, "peak_bytes"),
+        "ring_bytes": median(records, "ring_bytes"),
+        "start_bytes": median(records, "start_bytes"),
+        "above_rings": statistics.median(one["peak_bytes"] - one["ring_bytes"] for one in records),
+    }

@@ -1,0 +1,176 @@
+"""The measured figures as one Markdown text."""
+from . import demux, limits
+from .files import ABOUT
+from .rounds import least, median
+from .scale import slope
+
+MEBIBYTE = 1024 * 1024
+
+
+def table(head, rows):
+    lines = ["| " + " | ".join(head) + " |", "|" + "---|" * len(head)]
+    lines += ["| " + " | ".join(str(cell) for cell in row) + " |" for row in rows]
+    return "\n".join(lines)
+
+
+def against(value, limit, form="{:.2f}"):
+    if value is None:
+        return ""
+    return f"{form.format(value)} {limits.mark(value, limit)} (≤ {form.format(limit)})"
+
+
+def head_of(results):
+    return [""] + [f"{letter} {ABOUT[letter]}" for letter in results]
+
+
+def names_of(results):
+    names = []
+    for records in results.values():
+        names += [name for name in records if name not in names]
+    return names
+
+
+def time_cell(records):
+    return f"{median(records, 'wall_ms'):.0f} ({least(records, 'wall_ms'):.0f})" if records else ""
+
+
+def demux_times(results):
+    rows = [[name] + [time_cell(records.get(name)) for records in results.values()] for name in names_of(results)]
+    return table(head_of(results), rows)
+
+
+def ratio(records, name, key="wall_ms"):
+    other = median(records.get(name, []), key)
+    return median(records[demux.OURS], key) / other if other else None
+
+
+def demux_ratios(results):
+    rows = []
+    for name, allowed in limits.DEMUX.items():
+        cells = [against(ratio(records, name), allowed[letter]) if letter in allowed else
+                 f"{ratio(records, name):.2f}" for letter, records in results.items()]
+        rows.append([f"of {name}"] + cells)
+    for name in (demux.MKVEXTRACT, demux.RAW):
+        rows.append([f"of {name}"] + [f"{ratio(records, name):.2f}" for records in results.values()])
+    return table(head_of(results), rows)
+
+
+def cpu_cell(letter, records):
+    ours, theirs = median(records[demux.OURS], "user_ms"), median(records[demux.LIBAVFORMAT], "user_ms")
+    judged = f" {'✓' if ours < theirs else '✗'}" if letter in limits.LESS_CPU_ON else ""
+    return f"{ours:.0f} / {theirs:.0f}{judged}"
+
+
+def demux_cpu(results):
+    rows = [["user CPU, ours / libavformat, ms"] + [cpu_cell(letter, records) for letter, records in results.items()]]
+    return table(head_of(results), rows)
+
+
+def read_limit(size):
+    return size / limits.READ_BYTES_A_CALL + limits.READ_CALLS_MORE
+
+
+def demux_reads(results, corpus):
+    cells = [against(median(records[demux.OURS], "reads"), read_limit(corpus.size(letter)), "{:.0f}")
+             for letter, records in results.items()]
+    return table(head_of(results), [["`SyncRead` calls of a whole pass"] + cells])
+
+
+def wine_cell(letter, records):
+    ours, raw = median(records[demux.WINE], "wall_ms"), median(records[demux.WINE_RAW], "wall_ms")
+    native = median(records["native"], "wall_ms")
+    share = raw / ours
+    judged = f" {'✓' if share >= limits.WINE_SHARE_OF_RAW else '✗'} (≥ 80 %)" if letter in "ad" else ""
+    to_native = against(ours / native, limits.WINE_TO_NATIVE_B) if letter == "b" else f"{ours / native:.2f}"
+    return [f"{letter} {ABOUT[letter]}", f"{raw:.0f}", f"{ours:.0f}", f"{share:.0%}{judged}", f"{native:.0f}", to_native]
+
+
+def wine_times(results):
+    head = ["under Wine, ms", demux.WINE_RAW, "ours", "speed of raw", "ours natively", "Wine / native"]
+    return table(head, [wine_cell(letter, records) for letter, records in results.items()])
+
+
+def opening_row(letter, found):
+    open_limit, seek_limit = limits.OPEN_MS.get(letter), limits.SEEK_MS.get(letter)
+    first_seek_limit = limits.CLUSTER_SCAN_MS if letter == "e" else seek_limit
+    return [
+        f"{letter} {ABOUT[letter]}",
+        against(found["first_ms"], open_limit, "{:.1f}") if open_limit else f"{found['first_ms']:.1f}",
+        against(found["first_reads"], limits.OPEN_READS_D, "{:.0f}") if letter in "de" else f"{found['first_reads']:.0f}",
+        against(found["first_seek_ms"], first_seek_limit, "{:.1f}") if first_seek_limit else f"{found['first_seek_ms']:.1f}",
+        f"{found['first_seek_reads']}",
+        against(found["worst_seek_ms"], seek_limit, "{:.2f}") if seek_limit else f"{found['worst_seek_ms']:.2f}",
+        f"{found['seek_ms']:.2f}",
+        against(found["seek_reads"], limits.SEEK_READS, "{:.0f}"),
+    ]
+
+
+def opening(results):
+    head = ["natively", "open to first sample, ms", "reads", "first seek, ms", "reads", "slowest later seek, ms",
+            "median, ms", "most reads of one"]
+    return table(head, [opening_row(letter, found) for letter, found in results.items()])
+
+
+def memory(found):
+    above = found["above_rings"] / MEBIBYTE
+    return table(["d, bytes resident", "MiB"], [
+        ["before", f"{found['start_bytes'] / MEBIBYTE:.1f}"],
+        ["peak", f"{found['peak_bytes'] / MEBIBYTE:.1f}"],
+        ["of it the rings' touched pages", f"{found['ring_bytes'] / MEBIBYTE:.1f}"],
+        ["peak above the rings", against(above, limits.PEAK_ABOVE_RINGS / MEBIBYTE, "{:.1f}")],
+    ])
+
+
+def scale_blocks(found):
+    rows = [[f"{one['count']:,}", f"{one['wall_ms']:.1f}", f"{one['user_ms'] * 1e6 / one['count']:.0f}",
+             f"{one['peak_bytes'] / MEBIBYTE:.1f}"] for one in found]
+    large = [one for one in found if one["count"] >= 10**5]
+    text = table(["blocks", "wall, ms", "user CPU a block, ns", "peak, MiB"], rows)
+    if len(large) < 2:
+        return text
+    fit = slope([(one["count"], one["user_ms"]) for one in large])
+    return text + f"\n\nUser CPU grows with the blocks to the power of {against(fit, limits.STEEPEST)} from 100,000 on."
+
+
+def index_bytes(found):
+    """What an entry more costs the heap, from the largest against the smallest file."""
+    first, last = found[0], found[-1]
+    return (last["heap_bytes"] - first["heap_bytes"]) / (last["count"] - first["count"])
+
+
+def scale_cues(found):
+    rows = [[f"{one['count']:,}", f"{one['first_seek_ms']:.2f}", f"{one['seek_ms']:.3f}",
+             f"{one['heap_bytes'] / MEBIBYTE:.2f}", f"{one['peak_bytes'] / MEBIBYTE:.1f}"] for one in found]
+    text = table(["cue points", "first seek, ms", "later seeks, median ms", "heap, MiB", "peak, MiB"], rows)
+    large = [one for one in found if one["count"] >= 10**4]
+    if len(large) < 2:
+        return text
+    fit = slope([(one["count"], one["first_seek_ms"]) for one in large])
+    entry = against(index_bytes(found), limits.INDEX_BYTES_AN_ENTRY, "{:.1f}")
+    return text + (f"\n\nThe first seek grows with the cue points to the power of {against(fit, limits.STEEPEST)} from "
+                   f"10,000 on; an entry costs {entry} bytes of heap.")
+
+
+def starts_note(starts):
+    parts = ", ".join(f"{name} {value:.0f} ms" for name, value in starts.items())
+    return ("Wall milliseconds, median (least). Times are taken inside the process, except of these, whose process "
+            f"start is in them: {parts} on a file of a second.")
+
+
+def whole(figures, corpus):
+    """`figures` holds what was measured, by section; a missing section is left out."""
+    parts = [figures["about"]]
+    if "demux" in figures:
+        found = figures["demux"]
+        parts += ["### Whole passes, natively", demux_times(found), starts_note(figures["starts"]),
+                  "### Ours as a share of theirs (medians)", demux_ratios(found), demux_cpu(found),
+                  demux_reads(found, corpus)]
+    if "wine" in figures:
+        parts += ["### The module in the platform's graph, under Wine", wine_times(figures["wine"])]
+    if "opening" in figures:
+        parts += ["### Opening and seeking", opening(figures["opening"])]
+    if "memory" in figures:
+        parts += ["### Memory", memory(figures["memory"])]
+    if "scale" in figures:
+        parts += ["### Scale", scale_blocks(figures["scale"]["blocks"]), scale_cues(figures["scale"]["cues"])]
+    return "\n\n".join(parts) + "\n"
