@@ -34,6 +34,10 @@ def time_cell(records):
     return f"{median(records, 'wall_ms'):.0f} ({least(records, 'wall_ms'):.0f})" if records else ""
 
 
+def rounds_of(results):
+    return min(len(records) for file in results.values() for records in file.values())
+
+
 def demux_times(results):
     rows = [[name] + [time_cell(records.get(name)) for records in results.values()] for name in names_of(results)]
     return table(head_of(results), rows)
@@ -133,8 +137,8 @@ def scale_blocks(found):
 
 
 def index_bytes(found):
-    """What an entry more costs the heap, from the largest against the smallest file."""
-    first, last = found[0], found[-1]
+    """What an entry more costs the heap, from the two largest files: with them all buffers have grown."""
+    first, last = found[-2:]
     return (last["heap_bytes"] - first["heap_bytes"]) / (last["count"] - first["count"])
 
 
@@ -151,10 +155,10 @@ def scale_cues(found):
                    f"10,000 on; an entry costs {entry} bytes of heap.")
 
 
-def starts_note(starts):
+def starts_note(starts, rounds):
     parts = ", ".join(f"{name} {value:.0f} ms" for name, value in starts.items())
-    return ("Wall milliseconds, median (least). Times are taken inside the process, except of these, whose process "
-            f"start is in them: {parts} on a file of a second.")
+    return (f"Wall milliseconds, median (least) of {rounds} rounds. Times are taken inside the process, except of "
+            f"these, whose process start is in them: {parts} on a file of a second.")
 
 
 def whole(figures, corpus):
@@ -162,11 +166,12 @@ def whole(figures, corpus):
     parts = [figures["about"]]
     if "demux" in figures:
         found = figures["demux"]
-        parts += ["### Whole passes, natively", demux_times(found), starts_note(figures["starts"]),
+        parts += ["### Whole passes, natively", demux_times(found), starts_note(figures["starts"], rounds_of(found)),
                   "### Ours as a share of theirs (medians)", demux_ratios(found), demux_cpu(found),
                   demux_reads(found, corpus)]
     if "wine" in figures:
-        parts += ["### The module in the platform's graph, under Wine", wine_times(figures["wine"])]
+        parts += ["### The module in the platform's graph, under Wine", wine_times(figures["wine"]),
+                  f"Medians of {rounds_of(figures['wine'])} rounds."]
     if "opening" in figures:
         parts += ["### Opening and seeking", opening(figures["opening"])]
     if "memory" in figures:

@@ -15,14 +15,19 @@ class Budget:
         return self.deadline is not None and time.monotonic() > self.deadline
 
 
+def in_turn(contestants, number):
+    """The contestants in the order of this round."""
+    start = number % len(contestants)
+    return contestants[start:] + contestants[:start]
+
+
 def measure_rounds(contestants, count, measure, budget=Budget()):
     """{name: [record of each round]}. The first round is always made."""
     records = {contestant.name: [] for contestant in contestants}
     for number in range(count):
         if number and budget.is_spent():
             break
-        start = number % len(contestants)
-        for contestant in contestants[start:] + contestants[:start]:
+        for contestant in in_turn(contestants, number):
             records[contestant.name].append(measure(contestant))
     return records
 

@@ -51,8 +51,7 @@ def measure_blocks(programs, path, count, rounds, budget):
 
 
 def measure_cues(programs, path, count, rounds, budget):
-    """The first seek reads the Cues. What the heap holds behind the seeks more than at the first sample of a
-    file with next to no cue points is the index."""
+    """The first seek reads the Cues; the index that it makes stays on the heap."""
     say(f"a file of {count} cue points")
     ours = programs.one_heap()
     records = measure_rounds([ours], rounds, lambda one: one.measure(path, "--spread-seeks", str(SEEKS)),
