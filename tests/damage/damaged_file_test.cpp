@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <iostream>
 
-#include "tests/control/watchdog.h"
-#include "tests/damage/case_name.h"
+#include "tests/damage/case_watch.h"
 #include "tests/damage/corpus_files.h"
 #include "tests/damage/damaged_bytes.h"
 #include "tests/damage/whole_scan.h"
@@ -26,7 +24,6 @@ constexpr unsigned kRandomCuts = 1000;
 constexpr unsigned kMutations = 10000;
 constexpr unsigned kQuickCuts = 30;
 constexpr unsigned kQuickMutations = 30;
-constexpr std::chrono::seconds kLimit{20};
 
 std::vector<std::size_t> CutsOf(std::size_t size, std::mt19937& random) {
   std::vector<std::size_t> cuts;
@@ -44,30 +41,30 @@ std::vector<std::size_t> CutsOf(std::size_t size, std::mt19937& random) {
 class DamagedFile : public testing::TestWithParam<std::size_t> {
  protected:
   void Try(std::vector<std::uint8_t> bytes, const char* kind, std::uint64_t number) {
-    NameCase(m_file.name.c_str(), kind, number);
+    m_watch.Begin(m_file.name.c_str(), kind, number);
     const auto size = static_cast<std::int64_t>(bytes.size());
-    const Watchdog::Call call(m_dog, CaseName(), kLimit);
     ScanResult result = ScanWhole(bytes);
     // Some things are made once in a program.
     if (result.left != 0) result = ScanWhole(std::move(bytes));
     if (result.peak > m_highest) {
       m_highest = result.peak;
-      m_highestCase = CaseName();
+      m_highestCase = CaseWatch::Name();
     }
     ++m_cases;
     m_opened += result.opened ? 1 : 0;
-    ASSERT_LE(result.peak, kFixedMemory + kMemoryPerByte * size) << CaseName();
-    ASSERT_EQ(result.left, 0) << CaseName();
+    ASSERT_LE(result.peak, kFixedMemory + kMemoryPerByte * size) << CaseWatch::Name();
+    ASSERT_EQ(result.left, 0) << CaseWatch::Name();
   }
 
   void TearDown() override {
+    m_watch.End();
     std::cout << m_file.name << ": " << m_cases << " cases, " << m_opened << " opened, at most " << m_highest
-              << " bytes (" << m_highestCase << "), slowest " << m_dog.Slowest() << '\n';
+              << " bytes (" << m_highestCase << "), slowest " << m_watch.Slowest() << '\n';
   }
 
   const CorpusPath& m_file = CorpusPaths()[GetParam()];
   const DamagedBytes m_bytes{ReadWholeFile(m_file.path)};
-  Watchdog m_dog;
+  CaseWatch m_watch;
   std::int64_t m_highest = 0;
   std::string m_highestCase;
   std::uint64_t m_cases = 0;

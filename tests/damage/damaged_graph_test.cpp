@@ -4,8 +4,7 @@
 
 #include <iostream>
 
-#include "tests/control/watchdog.h"
-#include "tests/damage/case_name.h"
+#include "tests/damage/case_watch.h"
 #include "tests/damage/corpus_files.h"
 #include "tests/damage/damaged_bytes.h"
 #include "tests/support/splitter_module.h"
@@ -14,14 +13,11 @@
 namespace tarvex::test {
 namespace {
 
-constexpr std::chrono::seconds kLimit{20};
-
 class DamagedGraph : public testing::TestWithParam<std::size_t> {
  protected:
   void Try(std::vector<std::uint8_t> bytes, std::uint32_t seed) {
-    NameCase(CorpusPaths()[GetParam()].name.c_str(), "in a graph, mutation", seed);
-    const Watchdog::Call call(m_dog, CaseName(), kLimit);
-    SCOPED_TRACE(CaseName());
+    m_watch.Begin(CorpusPaths()[GetParam()].name.c_str(), "in a graph, mutation", seed);
+    SCOPED_TRACE(CaseWatch::Name());
     {
       TestGraph graph;
       ASSERT_EQ(graph.SeparatePins(seed % 2 == 0), S_OK);
@@ -57,7 +53,7 @@ class DamagedGraph : public testing::TestWithParam<std::size_t> {
 
   static constexpr DWORD kInterval = 50;  // milliseconds
   const DamagedBytes m_bytes{ReadWholeFile(CorpusPaths()[GetParam()].path)};
-  Watchdog m_dog;
+  CaseWatch m_watch;
 };
 
 TEST_P(DamagedGraph, MutatedIsPlayedToAnEnd) {
