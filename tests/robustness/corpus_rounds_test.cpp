@@ -1,9 +1,10 @@
 // Every file of the corpus opened, played to its end and closed, round after round: handles, threads and
-// memory are back where they were. TARVEX_ROUNDS says how many rounds over all files, TARVEX_CORPUS names
-// another corpus.
+// memory are back where they were. TARVEX_ROUNDS says how many rounds over all files, TARVEX_MINUTES how long
+// at most, TARVEX_CORPUS names another corpus.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 
@@ -15,9 +16,11 @@
 namespace tarvex::test {
 namespace {
 
-int WantedRounds() {
-  const char* given = std::getenv("TARVEX_ROUNDS");  // NOLINT(concurrency-mt-unsafe): nobody sets it
-  return given != nullptr ? std::max(std::atoi(given), 1) : 1;
+using Clock = std::chrono::steady_clock;
+
+int FromEnvironment(const char* name, int otherwise) {
+  const char* given = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nobody sets it
+  return given != nullptr ? std::max(std::atoi(given), 1) : otherwise;
 }
 
 // In one graph, since Wine's own leaves a handle behind with each.
@@ -56,9 +59,10 @@ TEST_F(CorpusRounds, LeaveHandlesThreadsAndMemoryFlat) {
   constexpr int kWarmUp = 2;
   for (int round = 0; round < kWarmUp && !HasFailure(); ++round) PlayAll();
   const Usage before;
-  const int rounds = WantedRounds();
+  const int rounds = FromEnvironment("TARVEX_ROUNDS", 1);
+  const auto end = Clock::now() + std::chrono::minutes(FromEnvironment("TARVEX_MINUTES", 1000));
   const int step = std::max(rounds / 20, 1);
-  for (int round = 1; round <= rounds && !HasFailure(); ++round) {
+  for (int round = 1; round <= rounds && !HasFailure() && Clock::now() < end; ++round) {
     PlayAll();
     if (round % step == 0) std::cout << "round " << round << ": " << Describe(Usage{}) << std::endl;
   }
