@@ -253,18 +253,18 @@ void COutputQueue::State::EndFlush() {
   bool passOn = false;
   {
     const CAutoLock hold(m_lock);
-    passOn = m_flushPassedOn;
     // On the thread that is passing on, waiting for its return would be waiting for ourselves.
     if (m_delivererId != CurrentThreadId()) {
       ++m_flushWaiters;
       m_back.WaitUntil(m_lock, kFlushWait, [this] { return m_delivererId == 0 || m_calledBack; });
       --m_flushWaiters;
     }
+    // Last, since a queue that is being ended takes the flush over, and downstream may be told once only.
+    passOn = std::exchange(m_flushPassedOn, false);
   }
   if (passOn) m_pin->EndFlush();
   const CAutoLock hold(m_lock);
   m_flushing = false;
-  m_flushPassedOn = false;
   m_passedOnSinceFlush = false;
   m_refusal = S_OK;
 }

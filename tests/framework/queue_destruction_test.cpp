@@ -1,6 +1,8 @@
 // The output queue's end: whatever downstream does, its owner gets on.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "framework/output_queue.h"
 #include "framework/thread.h"
 #include "tests/framework/fakes.h"
@@ -71,6 +73,36 @@ TEST(QueueDestruction, FromTheQueuesOwnThread) {
   ASSERT_TRUE(destroyed.Wait(5000));
   while (down.Out() != 0) SleepMilliseconds(1);
   EXPECT_EQ(down.input->Words(), std::vector<std::string>{"s:1"});
+}
+
+// A seek's flush meets a stop: the one that comes second must not leave downstream flushing.
+TEST(QueueDestruction, AFlushMeanwhileIsEndedForDownstream) {
+  for (int round = 0; round < 20; ++round) {
+    Downstream down;
+    CEvent end(CEvent::Mode::kManual);
+    down.input->onFlush = [&] { end.Set(); };
+    down.input->onSample = [&](int) {
+      end.Wait();
+      return S_OK;
+    };
+    const std::shared_ptr<COutputQueue> queue = MakeQueue(down);
+    for (int mark = 1; mark <= 3; ++mark) Send(*queue, down, mark);
+    CThread seek;
+    ASSERT_EQ(seek.Start([&] {
+      // Before the end, while it waits for the thread, and while it flushes downstream itself.
+      SleepMilliseconds(static_cast<DWORD>(round) * 3);
+      queue->BeginFlush();
+      queue->EndFlush();
+    }),
+              S_OK);
+    const ULONGLONG start = MonotonicMilliseconds();
+    COutputQueue::End(std::span(&queue, 1));
+    EXPECT_LT(MonotonicMilliseconds() - start, kOneSecond);
+    seek.Join();
+    EXPECT_FALSE(down.input->IsFlushing()) << "round " << round;
+    const std::vector<std::string> words = down.input->Words();
+    EXPECT_EQ(std::count(words.begin(), words.end(), "flush"), std::count(words.begin(), words.end(), "endflush"));
+  }
 }
 
 TEST(QueueDestruction, WhileIdleIsQuickAndFlushesNothing) {
