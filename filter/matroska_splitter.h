@@ -142,7 +142,8 @@ class CMatroskaSplitter final : public CBaseFilter,
   PlayRange Positions() override { return m_timeline.Positions(); }
   REFERENCE_TIME Duration() const override { return m_timeline.Duration(); }
   HRESULT SetPlayRange(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
-  void SetRate(double rate) override { m_timeline.SetRate(rate); }
+  HRESULT ChangePlayRange(const RangeChange& change) override;
+  void SetRate(double rate) override;
   void SetStartPosition(REFERENCE_TIME start) override { m_timeline.SetStart(start); }
   bool ClaimSeekingOwner(const CMatroskaOutputPin* pin) override;
   void ClearSeekingOwner() override;
@@ -165,7 +166,7 @@ class CMatroskaSplitter final : public CBaseFilter,
 
   // Opening; filter lock held.
   void ReadSource(IAsyncReader* upstream);
-  void CreateOutputPins();
+  void CreateOutputPins(bool separate);
   void TearDownOutputPins();
   std::map<std::uint32_t, REFERENCE_TIME> FrameDurations() const;
 

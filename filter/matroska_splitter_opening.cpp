@@ -17,7 +17,7 @@ HRESULT CMatroskaSplitter::OpenSource(IPin* peer) {
   if (FAILED(result)) return result;
   try {
     ReadSource(upstream.Get());
-    CreateOutputPins();
+    CreateOutputPins(m_separatePins);
     return S_OK;
   } catch (...) {
     static_cast<void>(ResultOfCurrentException());  // logs the text; the caller learns only of the refusal
@@ -62,12 +62,18 @@ void CMatroskaSplitter::OnTrack(std::uint32_t heapIndex) {
   m_creator.CreatePin(*heap);
 }
 
-void CMatroskaSplitter::CreateOutputPins() {
+// All of them or, when something throws, none.
+void CMatroskaSplitter::CreateOutputPins(bool separate) {
   TearDownOutputPins();
-  if (m_separatePins) {
-    m_creator.CreatePinsForAllTracks();
-  } else {
-    m_creator.CreatePinsByType();
+  try {
+    if (separate) {
+      m_creator.CreatePinsForAllTracks();
+    } else {
+      m_creator.CreatePinsByType();
+    }
+  } catch (...) {
+    TearDownOutputPins();
+    throw;
   }
 }
 

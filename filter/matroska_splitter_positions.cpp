@@ -17,6 +17,19 @@ HRESULT CMatroskaSplitter::SetPlayRange(REFERENCE_TIME start, REFERENCE_TIME sto
   return S_OK;
 }
 
+HRESULT CMatroskaSplitter::ChangePlayRange(const RangeChange& change) {
+  const COutputQueue::CallFromDownstream call;
+  const CAutoLock lock(m_positionLock);
+  return PinHost::ChangePlayRange(change);
+}
+
+// Not in the middle of a change, which stores the rate that it found.
+void CMatroskaSplitter::SetRate(double rate) {
+  const COutputQueue::CallFromDownstream call;
+  const CAutoLock lock(m_positionLock);
+  m_timeline.SetRate(rate);
+}
+
 // Without a lock: a queue's thread that seeks for a pin that is not the owner must not wait for a seek in
 // progress, which waits for that very thread to come back from downstream.
 bool CMatroskaSplitter::ClaimSeekingOwner(const CMatroskaOutputPin* pin) {

@@ -82,12 +82,14 @@ HRESULT CMatroskaSplitter::SetSeparatePins(const VARIANT& value) {
 }
 
 HRESULT CMatroskaSplitter::ChangeSeparatePins(bool separate) {
-  if (separate == m_separatePins) return S_OK;
+  // Pins that could not be made are missing whatever the setting is.
+  const bool pinsAreMissing = m_outputPins.empty() && m_creator.GetStreamCount() != 0;
+  if (separate == m_separatePins && !pinsAreMissing) return S_OK;
   // Connected pins cannot be taken away from under the graph and the worker.
   if (IsActive()) return VFW_E_NOT_STOPPED;
   EndWorker();
+  if (m_reader) CreateOutputPins(separate);
   m_separatePins = separate;
-  if (m_reader) CreateOutputPins();
   return S_OK;
 }
 

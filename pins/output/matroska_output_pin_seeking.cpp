@@ -126,27 +126,24 @@ HRESULT STDMETHODCALLTYPE CMatroskaOutputPin::SetPositions(LONGLONG* pCurrent, D
     return S_OK;
   }
   return ComBoundary([&] {
-    const DWORD mode = dwCurrentFlags & kPositioningBits;
+    RangeChange change{.mode = dwCurrentFlags & kPositioningBits, .start = {}, .stop = {}};
     REFERENCE_TIME current = 0;
-    REFERENCE_TIME stop = 0;
     if (pCurrent != nullptr) {
       static_cast<void>(ToMediaTime(current, *pCurrent));
       *pCurrent = current;
     }
-    if (pStop != nullptr) static_cast<void>(ToMediaTime(stop, *pStop));
     LogFormat("CMatroskaOutputPin::SetPositions %" PRId64 "\n", std::int64_t{current});
-    if (pCurrent != nullptr) ClampToDuration(current, *pCurrent);
-    if (pStop != nullptr) ClampToDuration(stop, *pStop);
-
-    PlayRange range = m_host->Positions();
-    if (mode != AM_SEEKING_NoPositioning) {
-      const bool absolute = mode == AM_SEEKING_AbsolutePositioning;
-      // What the caller does not give stays: itself when replaced, nothing when added.
-      if (pCurrent == nullptr) current = absolute ? range.start : 0;
-      if (pStop == nullptr) stop = absolute ? range.stop : 0;
-      applySeekPosition(range.start, current, range.stop, stop, mode);
+    if (pCurrent != nullptr) {
+      ClampToDuration(current, *pCurrent);
+      change.start = current;
     }
-    return m_host->SetPlayRange(range.start, range.stop, range.rate);
+    if (pStop != nullptr) {
+      REFERENCE_TIME stop = 0;
+      static_cast<void>(ToMediaTime(stop, *pStop));
+      ClampToDuration(stop, *pStop);
+      change.stop = stop;
+    }
+    return m_host->ChangePlayRange(change);
   });
 }
 

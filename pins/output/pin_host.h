@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "framework/platform/platform.h"
 
@@ -15,6 +16,13 @@ struct PlayRange {
   REFERENCE_TIME start = 0;
   REFERENCE_TIME stop = 0x7FFFFFFFFFFFFFFF;  ///< this value: open, play to the end
   double rate = 1.0;
+};
+
+/// A change of the range that may follow from what it is.
+struct RangeChange {
+  DWORD mode = AM_SEEKING_NoPositioning;  ///< AM_SEEKING_AbsolutePositioning and the like, for both times
+  std::optional<REFERENCE_TIME> start;    ///< what is not given stays
+  std::optional<REFERENCE_TIME> stop;
 };
 
 class PinHost {
@@ -35,6 +43,10 @@ class PinHost {
   /// Moves playback: interrupts the worker, stores the range, starts again. Application threads and
   /// queue threads.
   virtual HRESULT SetPlayRange(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) = 0;
+
+  /// The same for a range that follows from the present one. A host with several callers makes this one
+  /// step, so that no change is lost.
+  virtual HRESULT ChangePlayRange(const RangeChange& change);
 
   /// Stores the rate alone.
   virtual void SetRate(double rate) = 0;

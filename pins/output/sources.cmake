@@ -8,6 +8,7 @@ set(TARVEX_PINS_OUTPUT_SOURCES
   output/matroska_subtitle_pin.cpp
   output/matroska_video_pin.cpp
   output/pending_frames.cpp
+  output/pin_host.cpp
   output/pin_seeking.cpp
   output/ring_regions.cpp
   output/sample_buffer.cpp)

@@ -58,6 +58,28 @@ TEST_F(Worker, SeekWhileStoppedStartsNothing) {
   EXPECT_EQ(m_log->CountOf("BeginFlush"), 0u);
 }
 
+TEST_F(Worker, SeeksByADistanceFromTwoThreadsAllCount) {
+  constexpr int kSteps = 2000;
+  OpenMovie({});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  const auto seeking = QueryFor<IMediaSeeking>(Graph().OutputPins().front().Get());
+  ASSERT_EQ(Seek(0), S_OK);
+  const auto step = [&] {
+    for (int k = 0; k < kSteps; ++k) {
+      LONGLONG distance = 1;
+      seeking->SetPositions(&distance, AM_SEEKING_RelativePositioning, nullptr, AM_SEEKING_NoPositioning);
+    }
+  };
+  CThread other;
+  ASSERT_EQ(other.Start(step), S_OK);
+  step();
+  other.Join();
+  LONGLONG start = 0;
+  LONGLONG stop = 0;
+  EXPECT_EQ(seeking->GetPositions(&start, &stop), S_OK);
+  EXPECT_EQ(start, 2 * kSteps);
+}
+
 TEST_F(Worker, StopEndsAReadThatOnlyAFlushEnds) {
   const auto source = OpenMovie(kLongMovie);
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
