@@ -127,19 +127,29 @@ void FaultRig::ExpectQuick(const char* what, Call call) {
   EXPECT_LT(Clock::now() - begin, kQuick) << what;
 }
 
-void FaultRig::Use() {
+void FaultRig::Prepare() {
   Create();
   if (!m_splitter) return;
   Configure();
   if (!Open()) return;
   AskAboutFile();
   Render();
+}
+
+void FaultRig::PlayOnce() {
+  Play();
+  Stop();
+}
+
+void FaultRig::Use() {
+  Prepare();
+  if (!m_splitter || !IsConnected(m_source->Pin())) return;
   Play();
   Seek();
   Stop();
   SwitchStreams();
-  Play();
-  Stop();
+  PlayOnce();
+  ChangeSettings();
 }
 
 void FaultRig::Create() {
@@ -153,11 +163,15 @@ void FaultRig::Create() {
 
 void FaultRig::Configure() {
   m_splitter.Query<IModuleLog>()->SetSink(&TakeText, &m_downstream);
+  Set(paramSeparatePins, m_movie.separatePins);
+}
+
+HRESULT FaultRig::Set(const GUID& parameter, bool on) {
   const auto config = m_splitter.Query<IModuleConfig>();
   VARIANT value{};
   value.vt = VT_BOOL;
-  value.boolVal = m_movie.separatePins ? VARIANT_TRUE : VARIANT_FALSE;
-  Ask([&] { return config->SetValue(&paramSeparatePins, &value); });
+  value.boolVal = on ? VARIANT_TRUE : VARIANT_FALSE;
+  return Ask([&] { return config->SetValue(&parameter, &value); });
 }
 
 bool FaultRig::Open() {
@@ -239,15 +253,25 @@ void FaultRig::Render() {
   }
 }
 
-void FaultRig::Play() {
+template <class Call>
+void FaultRig::Start(Call call) {
   const int samples = m_downstream.samples;
   const int aborts = m_downstream.aborts;
-  if (FAILED(Ask([&] { return m_graph->Run(); }))) {
+  if (FAILED(Ask(call))) {
     Stop();
     return;
   }
   WaitForOutcome(aborts);
   if (m_firstPass < 0) m_firstPass = m_downstream.samples - samples;
+}
+
+void FaultRig::PauseOnce() {
+  Start([this] { return m_graph->Pause(); });
+  Stop();
+}
+
+void FaultRig::Play() {
+  Start([this] { return m_graph->Run(); });
 }
 
 // To the middle, so that something is left to deliver.
@@ -280,6 +304,22 @@ void FaultRig::SwitchStreams() {
   select->Count(&streams);
   for (LONG index = 0; index < static_cast<LONG>(streams); ++index) {
     Ask([&] { return select->Enable(index, AMSTREAMSELECTENABLE_ENABLE); });
+  }
+}
+
+// A change that fails has not been made, and can be made later.
+void FaultRig::ChangeSettings() {
+  const std::size_t pins = PinsOf(m_splitter.Get()).size();
+  bool present = m_movie.separatePins;
+  for (const bool separate : {!m_movie.separatePins, m_movie.separatePins}) {
+    if (SUCCEEDED(Set(paramSeparatePins, separate)) || SUCCEEDED(Set(paramSeparatePins, separate))) present = separate;
+    VARIANT value{};
+    m_splitter.Query<IModuleConfig>()->GetValue(&paramSeparatePins, &value);
+    EXPECT_EQ(value.boolVal != 0, present);
+    Set(paramAnnexBOutput, separate);
+  }
+  if (!m_complained) {
+    EXPECT_EQ(PinsOf(m_splitter.Get()).size(), pins);
   }
 }
 
@@ -339,8 +379,7 @@ void FaultRig::ExpectRecovery() {
   if (!opened) return;
   Render();
   m_firstPass = -1;
-  Play();
-  Stop();
+  PlayOnce();
   EXPECT_FALSE(m_complained) << "the splitter has not recovered";
 }
 

@@ -55,11 +55,18 @@ class FaultRig {
   /// Creates the splitter, opens the file, asks it everything, plays, seeks, switches streams, plays
   /// again. Goes on after a failure as far as that makes sense.
   void Use();
+  /// The same as far as the start of playing.
+  void Prepare();
+  /// Plays to an end or an abort, and stops.
+  void PlayOnce();
+  /// The same without more than pausing, which delivers as well: running would start what failed again.
+  void PauseOnce();
   /// On the same splitter, when nothing fails any more: the file opens and plays to its end.
   void ExpectRecovery();
 
   /// A call gave a failure, or the graph was aborted.
   bool Complained() const noexcept { return m_complained; }
+  void ForgetComplaints() { m_complained = false; }
   /// That reached the sinks in the first pass. -1 when there was none.
   int SamplesOfFirstPass() const noexcept { return m_firstPass; }
 
@@ -100,9 +107,13 @@ class FaultRig {
   void NoteText(const OLECHAR* text);
   void Render();
   void Play();
+  template <class Call>
+  void Start(Call call);
   void Seek();
   void Stop();
   void SwitchStreams();
+  void ChangeSettings();
+  HRESULT Set(const GUID& parameter, bool on);
   void WaitForOutcome(int abortsBefore);
   void MeetBlockedRead();
   void CloseFile();

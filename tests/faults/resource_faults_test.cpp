@@ -102,5 +102,34 @@ INSTANTIATE_TEST_SUITE_P(Movies, ResourceFaults,
                                   NameOf(std::get<1>(parameters.param));
                          });
 
+// Of several pins one has no memory for its samples: the graph cannot play, learns of it, and plays when it
+// is started again.
+TEST(FailedActivation, OfOnePinAbortsTheGraphAndHarmsNoOther) {
+  const MeetsNoFaults own;
+  const FaultMovie& movie = kFaultMovies[3];
+  int connected = 0;
+  {
+    FaultRig rig(movie);
+    rig.Prepare();
+    ArmFaults({.kind = FaultKind::kRing, .index = INT64_MAX});
+    rig.PauseOnce();
+    connected = static_cast<int>(DisarmFaults());
+  }
+  ASSERT_GT(connected, 1);
+  for (int pin = 0; pin < connected; ++pin) {
+    SCOPED_TRACE("pin " + std::to_string(pin));
+    FaultRig rig(movie);
+    rig.Prepare();
+    ArmFaults({.kind = FaultKind::kRing, .index = pin});
+    rig.PauseOnce();
+    DisarmFaults();
+    EXPECT_EQ(rig.Sinks().aborts, 1);
+    rig.ForgetComplaints();
+    rig.PlayOnce();
+    EXPECT_FALSE(rig.Complained());
+    EXPECT_EQ(rig.Sinks().aborts, 1);
+  }
+}
+
 }  // namespace
 }  // namespace tarvex::test
