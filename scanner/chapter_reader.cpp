@@ -5,6 +5,7 @@
 #include "framework/text_conversion.h"
 #include "scanner/block_time.h"
 #include "scanner/element_walker.h"
+#include "scanner/limits.h"
 
 namespace tarvex {
 
@@ -25,7 +26,7 @@ void ReadDisplay(const KaxChapterDisplay& display, BStr& name) {
   }
 }
 
-// The depth is bounded by libebml, which reads no deeper.
+// The depth is bounded by the master reader, which reads no deeper.
 void ReadAtom(const KaxChapterAtom& atom, std::vector<ScannedChapter>& chapters) {
   ScannedChapter chapter;
   chapter.name = BStr(WideView());
@@ -40,7 +41,7 @@ void ReadAtom(const KaxChapterAtom& atom, std::vector<ScannedChapter>& chapters)
       ReadDisplay(*display, chapter.name);
     }
   }
-  chapters.push_back(std::move(chapter));
+  if (chapters.size() < limits::kChapters) chapters.push_back(std::move(chapter));
 }
 
 }  // namespace

@@ -27,7 +27,11 @@ bool CClusterDelivery::DeliverCluster(KaxCluster* cluster) {
     return false;
   }
   m_clock.BeginCluster();
-  for (libebml::EbmlElement* child : *cluster) {
+  return DeliverMore(*cluster);
+}
+
+bool CClusterDelivery::DeliverMore(const KaxCluster& cluster) {
+  for (libebml::EbmlElement* child : cluster) {
     if (m_eventsPending()) {
       LogText("CEbmlScanner::DeliverCluster exiting");
       return false;

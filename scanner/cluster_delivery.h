@@ -51,6 +51,8 @@ class CClusterDelivery {
 
   /// `cluster` has been read whole; null is refused. False: stop.
   bool DeliverCluster(libmatroska::KaxCluster* cluster);
+  /// The next children of the same Cluster. False: stop.
+  bool DeliverMore(const libmatroska::KaxCluster& cluster);
   /// False: stop.
   bool DeliverSimpleBlock(libmatroska::KaxSimpleBlock& block);
   /// Blocks, durations and references of one group; the last block counts.

@@ -4,15 +4,13 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <new>
+
+#include "scanner/limits.h"
 
 namespace tarvex {
 
 namespace {
-
-// A media sample's length is a signed 32-bit number.
-constexpr std::size_t kLargestFrame = std::numeric_limits<std::int32_t>::max();
 
 class CInflater {
  public:
@@ -66,7 +64,7 @@ void DecodedFrame::Resize(std::size_t size) {
 }
 
 std::optional<DecodedFrame> RestoreHeader(std::span<const std::uint8_t> settings, std::span<const std::uint8_t> frame) {
-  if (settings.size() > kLargestFrame || frame.size() > kLargestFrame - settings.size()) return std::nullopt;
+  if (settings.size() > limits::kFrame || frame.size() > limits::kFrame - settings.size()) return std::nullopt;
   DecodedFrame decoded;
   decoded.Resize(settings.size() + frame.size());
   std::copy(frame.begin(), frame.end(), std::copy(settings.begin(), settings.end(), decoded.Data()));
@@ -81,11 +79,11 @@ std::optional<DecodedFrame> Inflate(std::span<const std::uint8_t> frame) {
   for (;;) {
     const auto produced = inflater.Fill(chunk);
     const std::size_t before = decoded.Bytes().size();
-    if (!produced || *produced > kLargestFrame - before) return std::nullopt;
+    if (!produced) return std::nullopt;
     // Exactly what there is: a frame that inflates to little must not hold much.
     decoded.Resize(before + *produced);
     std::copy_n(chunk.begin(), *produced, decoded.Data() + before);
-    if (*produced < chunk.size()) return decoded;
+    if (*produced < chunk.size() || decoded.Bytes().size() >= limits::kInflatedFrame) return decoded;
   }
 }
 

@@ -35,7 +35,7 @@ class DecodedFrame {
 /// `settings` followed by `frame`; nothing when that is more than a frame can be.
 std::optional<DecodedFrame> RestoreHeader(std::span<const std::uint8_t> settings, std::span<const std::uint8_t> frame);
 
-/// What zlib makes of `frame`; nothing when it is corrupt or empty.
+/// What zlib makes of `frame`, as far as the limit; nothing when it is corrupt up to there, or empty.
 std::optional<DecodedFrame> Inflate(std::span<const std::uint8_t> frame);
 
 /// True: the frame's data and size were replaced and now lie in `owner`. False: the frame is as it was,

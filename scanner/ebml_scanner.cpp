@@ -9,6 +9,7 @@
 #include <matroska/KaxTracks.h>
 
 #include <new>
+#include <utility>
 
 #include "framework/log.h"
 #include "framework/message_error.h"
@@ -163,8 +164,13 @@ bool CEbmlScanner::Process() {
   const std::function<bool()> eventsPending = [this] { return EventsPending(); };
   CClusterDelivery delivery(m_info, onFrame, eventsPending);
   while (const auto cluster = walker.FindNextCluster(*segment)) {
-    walker.ReadMaster(*cluster);
-    if (!delivery.DeliverCluster(cluster.get())) return true;
+    bool goesOn = true;
+    bool isFirst = true;
+    walker.ReadCluster(*cluster, [&] {
+      goesOn = std::exchange(isFirst, false) ? delivery.DeliverCluster(cluster.get()) : delivery.DeliverMore(*cluster);
+      return goesOn;
+    });
+    if (!goesOn) return true;
   }
   return false;
 }

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "scanner/limits.h"
+
 namespace tarvex {
 
 namespace {
@@ -105,8 +107,7 @@ std::optional<FoundElement> CElementSearch::LookAt(std::uint64_t position, std::
 std::optional<FoundElement> CElementSearch::Create(std::uint64_t position, std::span<const std::uint8_t> head) const {
   // The sizes up to which libebml is asked to look, in a stream and in a parent of unknown size.
   constexpr std::uint64_t kLargestInStream = 0xFFFFFFFF;
-  constexpr std::uint64_t kLargestInParent = 0x7FFFFFFF;
-  const std::uint64_t noEnd = m_unknown == Unknown::kSkip ? kLargestInParent : kLargestInStream;
+  const std::uint64_t noEnd = m_unknown == Unknown::kSkip ? limits::kElement : kLargestInStream;
   FoundElement found{nullptr, position, position + head.size(), 0};
   CHeaderProbe probe(position, head);
   found.element.reset(libebml::EbmlElement::FindNextElement(probe, m_context, found.upperLevel,
@@ -145,8 +146,7 @@ std::size_t CElementSearch::PassChecksum(std::uint64_t position, const ElementHe
 }
 
 bool CElementSearch::IsSkippable(std::uint64_t position, const ElementHeader& header) const {
-  constexpr std::uint64_t kTooLarge = 0x7FFFFFFF;  // where libebml stops taking it for an element
-  if (!header.sizeKnown || header.size >= kTooLarge) return false;
+  if (!header.sizeKnown || header.size >= limits::kElement) return false;
   return m_end == kNoEnd || header.Length() + header.size <= m_end - position;
 }
 

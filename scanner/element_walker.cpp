@@ -8,6 +8,7 @@
 
 #include "scanner/byte_window.h"
 #include "scanner/element_header.h"
+#include "scanner/limits.h"
 
 namespace tarvex {
 
@@ -29,15 +30,16 @@ ElementPtr CElementWalker::FindNextChild(const libebml::EbmlElement& parent) {
 }
 
 void CElementWalker::ReadMaster(libebml::EbmlMaster& element) {
-  if (const auto end = m_masterReader.Read(element, CMasterReader::Frames::kRead)) MoveTo(*end);
+  if (const auto end = m_masterReader.Read(element)) MoveTo(*end);
 }
 
-void CElementWalker::ReadMasterWithoutFrames(libebml::EbmlMaster& element) {
-  if (const auto end = m_masterReader.Read(element, CMasterReader::Frames::kLeaveOut)) MoveTo(*end);
+void CElementWalker::ReadCluster(libmatroska::KaxCluster& cluster, const CMasterReader::Portion& portion) {
+  if (const auto end = m_masterReader.ReadCluster(cluster, portion)) MoveTo(*end);
 }
 
-void CElementWalker::ReadEachChild(libebml::EbmlMaster& element, const CMasterReader::Visitor& visit) {
-  if (const auto end = m_masterReader.ReadEach(element, visit)) MoveTo(*end);
+void CElementWalker::ReadEachChild(libebml::EbmlMaster& element, CMasterReader::Frames frames,
+                                   const CMasterReader::Visitor& visit) {
+  if (const auto end = m_masterReader.ReadEach(element, frames, visit)) MoveTo(*end);
 }
 
 void CElementWalker::Skip(libebml::EbmlElement& element) {
@@ -73,8 +75,7 @@ std::unique_ptr<libmatroska::KaxSegment> CElementWalker::FindSegment() {
   if (first != kMagic) return nullptr;
 
   const std::uint32_t segmentId = EBML_ID_VALUE(EBML_ID(libmatroska::KaxSegment));
-  constexpr std::size_t kChunk = 1024;                   // there may be many small elements
-  constexpr std::uint64_t kTooLargeToSkip = 0x7FFFFFFF;  // where libebml stops taking it for an element
+  constexpr std::size_t kChunk = 1024;  // there may be many small elements
   m_window.Clear();
   for (std::uint64_t position = 0;;) {
     const auto header = ParseElementHeader(m_window.From(position, ElementHeader::kMaxBytes, kChunk));
@@ -83,7 +84,7 @@ std::unique_ptr<libmatroska::KaxSegment> CElementWalker::FindSegment() {
       MoveTo(position);
       break;
     }
-    if (!header->sizeKnown || header->size >= kTooLargeToSkip) return nullptr;
+    if (!header->sizeKnown || header->size >= limits::kElement) return nullptr;
     position += header->Length();
     if (header->size <= m_source.Length() - std::min(position, m_source.Length())) position += header->size;
   }

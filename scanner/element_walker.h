@@ -39,12 +39,14 @@ class CElementWalker {
   /// element that belongs further up, where the position then is as it was.
   ElementPtr FindNextChild(const libebml::EbmlElement& parent);
 
-  /// Reads a master with all below it. Positions at the element that ended it, if one did.
+  /// Reads a master with all below it, as far as the limits. Positions at the element that ended it, if
+  /// one did.
   void ReadMaster(libebml::EbmlMaster& element);
-  /// The same for a Cluster of which only the blocks' times and flags matter.
-  void ReadMasterWithoutFrames(libebml::EbmlMaster& element);
+  /// Reads a Cluster and calls `portion`, more than once when it is too much to be kept, until that answers
+  /// false.
+  void ReadCluster(libmatroska::KaxCluster& cluster, const CMasterReader::Portion& portion);
   /// As ReadMaster, but shows each child in turn instead of keeping it.
-  void ReadEachChild(libebml::EbmlMaster& element, const CMasterReader::Visitor& visit);
+  void ReadEachChild(libebml::EbmlMaster& element, CMasterReader::Frames frames, const CMasterReader::Visitor& visit);
 
   /// Moves behind an element's data. One that ends behind the stream is not moved behind; one of unknown
   /// size ends at the first element that belongs further up.

@@ -1,10 +1,14 @@
 #include "scanner/master_reader.h"
 
+#include <ebml/EbmlUnicodeString.h>
 #include <matroska/KaxBlock.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
+
+#include "scanner/limits.h"
 
 namespace tarvex {
 
@@ -20,6 +24,9 @@ class CDepth {
  private:
   int& m_depth;
 };
+
+constexpr std::size_t kLongestHead = 8 + 2 + 1 + 1;  // track number, time, flags, number of frames
+using BlockHead = std::array<std::uint8_t, kLongestHead>;
 
 /// Gives a block its head and leaves the rest of its buffer as it is.
 class CBlockHead : public libebml::IOCallback {
@@ -46,12 +53,25 @@ bool IsBlock(const libebml::EbmlElement& element) {
   return id == EBML_ID(libmatroska::KaxSimpleBlock) || id == EBML_ID(libmatroska::KaxBlock);
 }
 
-// The flags follow the track number, whose first byte tells its length, and a 16-bit time.
-bool IsUnlaced(std::span<const std::uint8_t> head) {
+/// A block's first bytes, as one without lacing where what follows them decides nothing. Nothing for a lace
+/// whose frame sizes decide whether it is a block at all.
+std::optional<BlockHead> HeadAlone(std::span<const std::uint8_t> bytes, std::uint64_t size) {
   constexpr std::uint8_t kLacing = 0x06;
-  if (head.empty()) return false;
+  constexpr std::uint8_t kFixedSizes = 0x04;
+  BlockHead head{};
+  const std::size_t count =
+      std::min(bytes.size(), static_cast<std::size_t>(std::min<std::uint64_t>(head.size(), size)));
+  std::copy_n(bytes.begin(), count, head.begin());
+  // The flags follow the track number, whose first byte tells its length, and a 16-bit time.
   const std::size_t flags = static_cast<std::size_t>(std::countl_zero(head[0])) + 1 + 2;
-  return flags < head.size() && (head[flags] & kLacing) == 0;
+  if (flags >= count) return std::nullopt;
+  const int lacing = head[flags] & kLacing;
+  if (lacing == 0) return head;
+  if (lacing != kFixedSizes || flags + 1 >= count || (size - flags - 2) % (head[flags + 1] + 1U) != 0) {
+    return std::nullopt;
+  }
+  head[flags] = static_cast<std::uint8_t>(head[flags] & ~kLacing);
+  return head;
 }
 
 void RemoveChildren(libebml::EbmlMaster& master) {
@@ -63,42 +83,68 @@ void RemoveChildren(libebml::EbmlMaster& master) {
 
 struct CMasterReader::Level {
   libebml::EbmlMaster& master;
-  const Visitor* visit = nullptr;  // null: children are kept
+  const Visitor* visit = nullptr;    // null: children are kept
+  const Portion* portion = nullptr;  // null: all of them together
   CElementSearch search;
 };
 
-std::optional<std::uint64_t> CMasterReader::Read(libebml::EbmlMaster& master, Frames frames) {
-  m_frames = frames;
-  return ReadOutermost(master, {});
-}
-
-std::optional<std::uint64_t> CMasterReader::ReadEach(libebml::EbmlMaster& master, const Visitor& visit) {
+std::optional<std::uint64_t> CMasterReader::Read(libebml::EbmlMaster& master) {
   m_frames = Frames::kRead;
-  return ReadOutermost(master, visit);
+  m_memory = limits::kHeaderMemory;
+  m_countsData = true;
+  return ReadOutermost(master, nullptr, nullptr);
 }
 
-std::optional<std::uint64_t> CMasterReader::ReadOutermost(libebml::EbmlMaster& master, const Visitor& take) {
+std::optional<std::uint64_t> CMasterReader::ReadEach(libebml::EbmlMaster& master, Frames frames, const Visitor& visit) {
+  m_frames = frames;
+  m_memory = limits::kClusterMemory;
+  m_countsData = false;
+  return ReadOutermost(master, &visit, nullptr);
+}
+
+std::optional<std::uint64_t> CMasterReader::ReadCluster(libebml::EbmlMaster& cluster, const Portion& portion) {
+  m_frames = Frames::kRead;
+  m_memory = limits::kClusterMemory;
+  m_countsData = false;
+  return ReadOutermost(cluster, nullptr, &portion);
+}
+
+std::optional<std::uint64_t> CMasterReader::ReadOutermost(libebml::EbmlMaster& master, const Visitor* visit,
+                                                          const Portion* portion) {
   m_window.Clear();
-  m_elements = 0;
-  const LevelEnd end = ReadLevel(master, take ? &take : nullptr);
+  m_stopped = false;
+  const LevelEnd end = ReadLevel(master, visit, portion);
   m_source.setFilePointer(static_cast<std::int64_t>(std::min(end.position, m_source.Length())));
+  if (portion != nullptr && !m_stopped) (*portion)();
   return end.upperLevel > 0 ? std::optional(end.position) : std::nullopt;
 }
 
-CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, const Visitor* visit) {
+CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, const Visitor* visit,
+                                                 const Portion* portion) {
   const CDepth depth(m_depth);
   RemoveChildren(master);
   const std::uint64_t end = master.IsFiniteSize() ? master.GetEndPosition() : CElementSearch::kNoEnd;
   Level level{
-      master, visit,
+      master, visit, portion,
       CElementSearch(m_window, m_source.Length(), m_ids, EBML_CONTEXT(&master), CElementSearch::Unknown::kSkip, end)};
   LevelEnd at{0, master.GetDataStart()};
-  while (at.upperLevel == 0 && m_elements < kMaxElements) {
+  while (at.upperLevel == 0 && MayGoOn(level)) {
     auto found = level.search.From(at.position);
     if (!found) return {0, std::min(end, m_source.Length())};
     at = ReadChild(level, std::move(*found));
   }
   return at.upperLevel > 0 ? at : LevelEnd{0, std::min(end, m_source.Length())};
+}
+
+// A portion ends early enough for the next child to be kept whole.
+bool CMasterReader::MayGoOn(const Level& level) {
+  if (level.portion == nullptr) return m_memory >= limits::kElementMemory;
+  if (m_memory < limits::kClusterMemory / 2) {
+    m_stopped = !(*level.portion)();
+    RemoveChildren(level.master);
+    m_memory = limits::kClusterMemory;
+  }
+  return !m_stopped;
 }
 
 // Where to go on, or that the level has ended.
@@ -129,6 +175,7 @@ CMasterReader::LevelEnd CMasterReader::ReadValue(Level& level, FoundElement foun
   // Reading allocates what the element declares, so that has to be there.
   const std::uint64_t size = found.element->GetSize();
   if (size > m_source.Length() - std::min(found.dataPosition, m_source.Length())) return {0, m_source.Length() + 1};
+  if (!Fits(*found.element)) return {0, found.dataPosition + size};
   ReadData(found);
   if (found.element->ValueIsSet()) Take(level, std::move(found.element));
   return {0, found.dataPosition + size};
@@ -140,14 +187,12 @@ void CMasterReader::ReadData(FoundElement& found) {
   found.element->ReadData(m_source, libebml::SCOPE_ALL_DATA);
 }
 
-// False for a laced block, whose frame sizes decide whether it is one at all.
+// False: the whole of it has to be read.
 bool CMasterReader::ReadBlockHead(FoundElement& found) {
-  constexpr std::size_t kLongestHead = 8 + 2 + 1;
   const auto bytes = m_window.From(found.dataPosition, kLongestHead, kLongestHead);
-  const auto head = bytes.first(static_cast<std::size_t>(
-      std::min<std::uint64_t>(std::min(bytes.size(), kLongestHead), found.element->GetSize())));
-  if (!IsUnlaced(head)) return false;
-  CBlockHead input(found.dataPosition, head);
+  const auto head = HeadAlone(bytes, found.element->GetSize());
+  if (!head) return false;
+  CBlockHead input(found.dataPosition, *head);
   found.element->ReadData(input, libebml::SCOPE_ALL_DATA);
   return true;
 }
@@ -156,8 +201,8 @@ CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElemen
   auto& child = static_cast<libebml::EbmlMaster&>(*found.element);
   const bool finite = child.IsFiniteSize();
   const std::uint64_t childEnd = finite ? child.GetEndPosition() : found.dataPosition;
-  if (m_depth >= kMaxDepth) return {0, childEnd};
-  const LevelEnd inner = ReadLevel(child, nullptr);
+  if (m_depth >= limits::kNesting) return {0, childEnd};
+  const LevelEnd inner = ReadLevel(child, nullptr, nullptr);
   Take(level, std::move(found.element));
   if (inner.upperLevel > 1) return {inner.upperLevel - 1, inner.position};
   if (!finite) return {0, inner.position};
@@ -169,12 +214,27 @@ CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElemen
 void CMasterReader::Take(Level& level, ElementPtr element) {
   if (level.visit != nullptr) {
     (*level.visit)(*element);
-    m_elements = 0;
+    m_memory = limits::kClusterMemory;
     return;
   }
-  ++m_elements;
+  m_memory -= MemoryOf(*element);
   level.master.PushElement(*element);
   static_cast<void>(element.release());
+}
+
+bool CMasterReader::Fits(const libebml::EbmlElement& element) const { return MemoryOf(element) <= m_memory; }
+
+// The frames of a block lie in its data; each is an object as well.
+std::int64_t CMasterReader::MemoryOf(const libebml::EbmlElement& element) const {
+  if (element.IsMaster()) return limits::kElementMemory;
+  if (!m_countsData) {
+    const unsigned frames =
+        IsBlock(element) ? static_cast<const libmatroska::KaxInternalBlock&>(element).NumberFrames() : 0;
+    return limits::kElementMemory + limits::kLaceFrameMemory * frames;
+  }
+  const auto size = static_cast<std::int64_t>(element.GetSize());
+  const bool isText = dynamic_cast<const libebml::EbmlUnicodeString*>(&element) != nullptr;
+  return limits::kElementMemory + (isText ? size * limits::kMemoryPerTextByte : size);
 }
 
 }  // namespace tarvex

@@ -16,30 +16,30 @@
 namespace tarvex {
 
 /// Gives what libebml's own reading gives, except that it keeps no unknown elements, voids and checksums,
-/// leaves out an element that the end of the stream cuts, and is bounded whatever the stream declares. What
+/// leaves out an element that the end of the stream cuts, and keeps to the limits whatever the stream holds. What
 /// damage looks like does not hide the next Cluster: that ends the reading where libebml would pass it.
 class CMasterReader {
  public:
-  /// Masters nest no deeper: Chapters, an edition and 201 atoms.
-  static constexpr int kMaxDepth = 203;
-  /// As many elements are kept below one master; what follows is passed over.
-  static constexpr std::uint32_t kMaxElements = 1u << 20;
-
   enum class Frames : std::uint8_t {
     kRead,
-    kLeaveOut,  ///< unlaced blocks get only their heads; what stands for their frames is undefined
+    kLeaveOut,  ///< most blocks get only their heads; what stands for their frames is undefined
   };
 
   using Visitor = std::function<void(libebml::EbmlElement&)>;
+  using Portion = std::function<bool()>;
 
   CMasterReader(CAsyncCallback& source, CByteWindow& window, CKnownIdTables& ids)
       : m_source(source), m_window(window), m_ids(ids) {}
 
-  /// Gives `master` its children, in place of those it has. Where the element stands that ended it, when
-  /// that was one that belongs further up.
-  std::optional<std::uint64_t> Read(libebml::EbmlMaster& master, Frames frames);
+  /// Gives `master`, which is no Cluster, its children, in place of those it has; what would take more
+  /// memory than a header may is passed over. Where the element stands that ended it, when that was one
+  /// that belongs further up.
+  std::optional<std::uint64_t> Read(libebml::EbmlMaster& master);
   /// Shows each child in turn instead of keeping it, so that a long list costs no memory.
-  std::optional<std::uint64_t> ReadEach(libebml::EbmlMaster& master, const Visitor& visit);
+  std::optional<std::uint64_t> ReadEach(libebml::EbmlMaster& master, Frames frames, const Visitor& visit);
+  /// Gives a Cluster its children and calls `portion`. When they would take too much memory at a time it is
+  /// called several times, each time with the next of them, until it answers false.
+  std::optional<std::uint64_t> ReadCluster(libebml::EbmlMaster& cluster, const Portion& portion);
 
  private:
   /// How the reading of one level ended.
@@ -49,8 +49,9 @@ class CMasterReader {
   };
   struct Level;
 
-  std::optional<std::uint64_t> ReadOutermost(libebml::EbmlMaster& master, const Visitor& take);
-  LevelEnd ReadLevel(libebml::EbmlMaster& master, const Visitor* visit);
+  std::optional<std::uint64_t> ReadOutermost(libebml::EbmlMaster& master, const Visitor* visit, const Portion* portion);
+  LevelEnd ReadLevel(libebml::EbmlMaster& master, const Visitor* visit, const Portion* portion);
+  bool MayGoOn(const Level& level);
   LevelEnd ReadChild(Level& level, FoundElement found);
   LevelEnd ReadValue(Level& level, FoundElement found);
   LevelEnd ReadMasterChild(Level& level, FoundElement found);
@@ -58,13 +59,17 @@ class CMasterReader {
   void ReadData(FoundElement& found);
   bool ReadBlockHead(FoundElement& found);
   void Take(Level& level, ElementPtr element);
+  bool Fits(const libebml::EbmlElement& element) const;
+  std::int64_t MemoryOf(const libebml::EbmlElement& element) const;
 
   CAsyncCallback& m_source;
   CByteWindow& m_window;
   CKnownIdTables& m_ids;
   Frames m_frames = Frames::kRead;
   int m_depth = 0;
-  std::uint32_t m_elements = 0;
+  std::int64_t m_memory = 0;  // bytes that elements may still take
+  bool m_stopped = false;
+  bool m_countsData = false;          // data counts, not only the objects
   std::uint64_t m_searchedAgain = 0;  // bytes
 };
 

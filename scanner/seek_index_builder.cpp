@@ -10,6 +10,7 @@
 
 #include "scanner/block_time.h"
 #include "scanner/cluster_delivery.h"
+#include "scanner/limits.h"
 
 namespace tarvex {
 
@@ -28,6 +29,15 @@ using libmatroska::KaxSimpleBlock;
 namespace {
 
 constexpr std::uint64_t kIndexedTrack = 1;
+
+// At the limit every second entry goes, which leaves it as even as it was, and a seek a little earlier.
+void AddEntry(const SeekPoint& entry, std::vector<SeekPoint>& index) {
+  if (index.size() == limits::kIndexEntries) {
+    for (std::size_t kept = 1; kept < index.size() / 2; ++kept) index[kept] = index[2 * kept];
+    index.resize(index.size() / 2);
+  }
+  index.push_back(entry);
+}
 
 /// The one that names the earliest Cluster.
 const KaxCueTrackPositions* EarliestPositions(const KaxCuePoint& point) {
@@ -49,7 +59,7 @@ void AddCuePoint(const KaxCuePoint& point, const KaxSegment& segment, std::uint6
   if (positions == nullptr || positions->TrackNumber() != kIndexedTrack) return;
   std::uint64_t nanoseconds = 0;
   if (!point.Timecode(nanoseconds, scale)) return;
-  index.push_back({segment.GetGlobalPosition(positions->ClusterPosition()), nanoseconds / kNanosecondsPerUnit});
+  AddEntry({segment.GetGlobalPosition(positions->ClusterPosition()), nanoseconds / kNanosecondsPerUnit}, index);
 }
 
 class CClusterIndexer {
@@ -57,17 +67,18 @@ class CClusterIndexer {
   CClusterIndexer(std::uint64_t track, std::uint64_t scale, std::vector<SeekPoint>& index)
       : m_track(track), m_clock(scale), m_index(index) {}
 
-  void Add(const KaxCluster& cluster) {
+  void BeginCluster(const KaxCluster& cluster) {
     m_position = cluster.GetElementPosition();
     m_clock.BeginCluster();
-    for (const libebml::EbmlElement* child : cluster) {
-      if (const auto* timecode = ElementAs<KaxClusterTimecode>(child)) {
-        m_clock.SetTimecode(*timecode);
-      } else if (const auto* block = ElementAs<KaxSimpleBlock>(child)) {
-        if (block->TrackNum() == m_track && block->IsKeyframe()) AddBlock(*block);
-      } else if (const auto* group = ElementAs<KaxBlockGroup>(child)) {
-        AddGroup(*group);
-      }
+  }
+
+  void Add(const libebml::EbmlElement& child) {
+    if (const auto* timecode = ElementAs<KaxClusterTimecode>(&child)) {
+      m_clock.SetTimecode(*timecode);
+    } else if (const auto* block = ElementAs<KaxSimpleBlock>(&child)) {
+      if (block->TrackNum() == m_track && block->IsKeyframe()) AddBlock(*block);
+    } else if (const auto* group = ElementAs<KaxBlockGroup>(&child)) {
+      AddGroup(*group);
     }
   }
 
@@ -82,7 +93,7 @@ class CClusterIndexer {
     }
   }
 
-  void AddBlock(const libmatroska::KaxInternalBlock& block) { m_index.push_back({m_position, m_clock.TimeOf(block)}); }
+  void AddBlock(const libmatroska::KaxInternalBlock& block) { AddEntry({m_position, m_clock.TimeOf(block)}, m_index); }
 
   const std::uint64_t m_track;
   CClusterClock m_clock;
@@ -99,7 +110,7 @@ std::vector<SeekPoint> IndexFromCues(CElementWalker& walker, const CMatroskaInfo
   const auto cues = walker.FindThroughSeekHead<KaxCues>(*segment);
   if (!cues) return index;
   const std::uint64_t scale = info.TimecodeScale();
-  walker.ReadEachChild(*cues, [&](libebml::EbmlElement& child) {
+  walker.ReadEachChild(*cues, CMasterReader::Frames::kRead, [&](libebml::EbmlElement& child) {
     const auto* point = ElementAs<KaxCuePoint>(&child);
     if (point != nullptr) AddCuePoint(*point, *segment, scale, index);
   });
@@ -115,8 +126,9 @@ std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker& walker, 
   CClusterIndexer indexer(video < 0 ? kIndexedTrack : static_cast<std::uint64_t>(video), info.TimecodeScale(), index);
   while (const auto cluster = walker.FindNextCluster(*segment)) {
     if (eventsPending()) return std::nullopt;
-    walker.ReadMasterWithoutFrames(*cluster);
-    indexer.Add(*cluster);
+    indexer.BeginCluster(*cluster);
+    walker.ReadEachChild(*cluster, CMasterReader::Frames::kLeaveOut,
+                         [&](const libebml::EbmlElement& child) { indexer.Add(child); });
   }
   return index;
 }

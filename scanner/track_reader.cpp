@@ -11,6 +11,7 @@
 #include "framework/log.h"
 #include "scanner/content_encodings.h"
 #include "scanner/element_walker.h"
+#include "scanner/limits.h"
 
 namespace tarvex {
 
@@ -85,6 +86,7 @@ void ReadTracks(const KaxTracks& tracks, CMatroskaInfo& info, const std::functio
   for (const libebml::EbmlElement* child : tracks) {
     const auto* entry = ElementAs<KaxTrackEntry>(child);
     if (entry == nullptr) continue;
+    if (info.TrackCount() >= limits::kTracks) break;
     CHeap& track = info.AddTrack();
     LogFormat("Current Heap Num: %d", static_cast<int>(info.CurrentHeap()));
     ReadTrackEntry(*entry, track);

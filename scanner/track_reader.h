@@ -10,7 +10,7 @@
 namespace tarvex {
 
 /// Appends one table for each track entry of `tracks`, which has been read whole, and calls `onTrack`
-/// after each. What that throws ends the reading.
+/// after each, up to as many tracks as are allowed. What that throws ends the reading.
 void ReadTracks(const libmatroska::KaxTracks& tracks, CMatroskaInfo& info, const std::function<void()>& onTrack);
 
 }  // namespace tarvex

@@ -6,14 +6,11 @@
 #include "framework/com_boundary.h"
 #include "framework/log.h"
 #include "pins/h264_form.h"
+#include "scanner/limits.h"
 
 namespace tarvex {
 
 namespace {
-
-// The block that all samples of a connection share, and so the largest frame: count times size.
-constexpr LONG kBufferCount = 200;
-constexpr LONG kBufferSize = 52428;
 
 constexpr LONG kQueueBatch = 200;
 constexpr LONG kQueueList = 200;
@@ -94,8 +91,8 @@ HRESULT CMatroskaOutputPin::DecideAllocator(IMemInputPin* peer, IMemAllocator** 
 }
 
 HRESULT CMatroskaOutputPin::DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) {
-  request->cBuffers = kBufferCount;
-  request->cbBuffer = kBufferSize;
+  request->cBuffers = limits::kRingBuffers;
+  request->cbBuffer = limits::kRingBufferBytes;
   request->cbAlign = 1;
   request->cbPrefix = 0;
   ALLOCATOR_PROPERTIES actual{};

@@ -3,6 +3,7 @@
 
 #include "framework/com_boundary.h"
 #include "framework/message_error.h"
+#include "scanner/limits.h"
 
 namespace tarvex {
 
@@ -59,7 +60,7 @@ CSampleBuffer::Sample* CSampleBuffer::FreeSample() {
 
 // Null when there is no room.
 CSampleBuffer::Sample* CSampleBuffer::Take(std::size_t size) {
-  if (LentCount() >= kMaxSamplesOut) return nullptr;
+  if (LentCount() >= limits::kSamplesOut) return nullptr;
   Sample* sample = FreeSample();
   if (!m_ring.Take(sample->region, size)) {
     if (m_ring.IsEmpty()) throw MessageError("CSampleBuffer::GetSample size of buffer less than sample");

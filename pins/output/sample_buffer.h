@@ -17,9 +17,6 @@ namespace tarvex {
 /// allocator is decommitted and the last sample is back. In steady use nothing is allocated.
 class CSampleBuffer final : public CMemAllocator {
  public:
-  /// As many samples may be out at a time: a file of tiny frames must not take memory without limit.
-  static constexpr LONG kMaxSamplesOut = 1 << 18;
-
   CSampleBuffer();
   ~CSampleBuffer() override;
 

@@ -22,8 +22,10 @@ namespace {
 
 thread_local std::int64_t t_held = 0;
 thread_local std::int64_t t_peak = 0;
+thread_local std::uint64_t t_allocations = 0;
 
 void* Counted(void* memory) noexcept {
+  ++t_allocations;
   t_held += static_cast<std::int64_t>(malloc_usable_size(memory));
   t_peak = std::max(t_peak, t_held);
   return memory;
@@ -59,8 +61,9 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(me
 
 namespace tarvex::test {
 
-HeapCount::HeapCount() noexcept : m_start(t_held) { t_peak = t_held; }
+HeapCount::HeapCount() noexcept : m_start(t_held), m_firstAllocation(t_allocations) { t_peak = t_held; }
 std::int64_t HeapCount::Peak() const noexcept { return t_peak - m_start; }
 std::int64_t HeapCount::Now() const noexcept { return t_held - m_start; }
+std::uint64_t HeapCount::Allocations() const noexcept { return t_allocations - m_firstAllocation; }
 
 }  // namespace tarvex::test

@@ -13,9 +13,12 @@ class HeapCount {
   /// Bytes above what was held at the construction.
   std::int64_t Peak() const noexcept;
   std::int64_t Now() const noexcept;
+  /// How often memory was asked for.
+  std::uint64_t Allocations() const noexcept;
 
  private:
   std::int64_t m_start;
+  std::uint64_t m_firstAllocation;
 };
 
 }  // namespace tarvex::test

@@ -16,6 +16,7 @@
 #include "framework/event.h"
 #include "framework/message_error.h"
 #include "framework/thread.h"
+#include "scanner/limits.h"
 
 namespace tarvex::test {
 namespace {
@@ -150,7 +151,7 @@ TEST(SampleBuffer, EmptySamplesTakeNoRoomAndHideNoOther) {
 
 TEST(SampleBuffer, NumberOfSamplesIsBoundedEvenWhenTheyAreEmpty) {
   const auto buffer = MakeBuffer();
-  std::vector<ComPtr<IMediaSample>> out(static_cast<std::size_t>(CSampleBuffer::kMaxSamplesOut));
+  std::vector<ComPtr<IMediaSample>> out(static_cast<std::size_t>(limits::kSamplesOut));
   for (auto& sample : out) ASSERT_EQ(buffer->GetSample(sample.Put(), 0, false), S_OK);
   EXPECT_FALSE(HasRoom(*buffer, 0));
   out.pop_back();

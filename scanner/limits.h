@@ -1,0 +1,56 @@
+// What a file may make the splitter hold or do, whatever it declares: every bound by its name, with its
+// unit and its reason. Constants; any thread. Together they keep what a file costs below 64 MiB, three
+// times its largest Cluster, and the rings of the connected pins.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tarvex::limits {
+
+inline constexpr std::int64_t kMebibyte = std::int64_t{1} << 20;
+
+/// Levels of master elements below one another: Chapters, an edition and 201 atoms. Each takes a frame of
+/// the stack. What lies deeper is passed over.
+inline constexpr int kNesting = 203;
+
+/// Bytes that one header element (Tracks, Chapters) may take as objects, by the estimates below. Of codec
+/// data there are up to five copies at a time, in tables and media types. What follows is passed over.
+inline constexpr std::int64_t kHeaderMemory = 4 * kMebibyte;
+/// Bytes that a Cluster's objects may take at a time, beside its data; it is read in portions when they
+/// would take more. Also of one entry of a list that is read entry by entry.
+inline constexpr std::int64_t kClusterMemory = 24 * kMebibyte;
+
+/// Bytes that an element takes as an object, rounded up from the largest that was measured.
+inline constexpr std::int64_t kElementMemory = 320;
+/// Bytes that a frame of a lace takes as an object. The format allows 256 in a lace, which may be empty.
+inline constexpr std::int64_t kLaceFrameMemory = 64;
+inline constexpr unsigned kLaceFrames = 256;
+static_assert(kLaceFrames * kLaceFrameMemory < kClusterMemory / 64);
+/// Bytes that a byte of Unicode text takes: the text itself, and wide characters.
+inline constexpr std::int64_t kMemoryPerTextByte = 5;
+
+/// Track entries that are read. Each may become a pin.
+inline constexpr std::size_t kTracks = 1024;
+/// Chapters that are read.
+inline constexpr std::size_t kChapters = 1 << 16;
+/// Entries of the seek index, 16 bytes each. A longer one is thinned out evenly.
+inline constexpr std::size_t kIndexEntries = 1 << 20;
+
+/// Buffers of an output pin's ring, and bytes of each: what the pin asks for when it is connected. One
+/// sample may take the whole ring.
+inline constexpr std::int32_t kRingBuffers = 200;
+inline constexpr std::int32_t kRingBufferBytes = 52428;
+inline constexpr std::size_t kLargestSample = std::size_t{kRingBuffers} * kRingBufferBytes;
+/// Samples that may be out of a ring at a time: tiny frames must not take memory without limit.
+inline constexpr std::int32_t kSamplesOut = 1 << 15;
+
+/// Bytes after which inflating a frame ends, which no pin could deliver.
+inline constexpr std::size_t kInflatedFrame = kLargestSample + 1;
+/// Bytes of a frame: a media sample's length is a signed 32-bit number.
+inline constexpr std::size_t kFrame = 0x7FFFFFFF;
+
+/// Bytes of data from which on libebml takes something for no element.
+inline constexpr std::uint64_t kElement = 0x7FFFFFFF;
+
+}  // namespace tarvex::limits

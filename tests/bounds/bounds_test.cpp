@@ -1,0 +1,247 @@
+// Files filled with one thing each: opening, indexing and playing end, in bounded memory, and with work that
+// follows the size. Work is counted, not timed: reads and allocations. TARVEX_FILLING_MIB=64 makes the files
+// that large instead of small, and then opening and indexing may each take two seconds of the processor.
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <iostream>
+
+#include "framework/com_ptr.h"
+#include "framework/message_error.h"
+#include "scanner/ebml_scanner.h"
+#include "scanner/limits.h"
+#include "scanner/read_ahead_reader.h"
+#include "tests/bounds/fillings.h"
+#include "tests/damage/heap_count.h"
+#include "tests/support/memory_reader.h"
+
+namespace tarvex::test {
+namespace {
+
+constexpr std::int64_t kMebibyte = limits::kMebibyte;
+constexpr std::int64_t kMemory = 64 * kMebibyte;
+constexpr std::int64_t kMemoryPerClusterByte = 3;
+constexpr double kSeconds = 2;
+
+/// MiB of the large form; 0: the small one.
+std::size_t LargeSize() {
+  const char* given = std::getenv("TARVEX_FILLING_MIB");  // NOLINT(concurrency-mt-unsafe): nobody sets it
+  return given == nullptr ? 0 : static_cast<std::size_t>(std::strtoul(given, nullptr, 10));
+}
+
+double ProcessorSeconds() {
+  timespec now{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+class Counter : public CMatroskaCallback {
+ public:
+  explicit Counter(CEbmlScanner& scanner) : m_scanner(scanner) {}
+  virtual ~Counter() = default;
+  void OnTrack(std::uint32_t /*heapIndex*/) override { ++tracks; }
+  bool ProcessEvents() override { return false; }
+  bool OnData(const FrameInfo& frame) override {
+    FrameInfo decoded = frame;
+    DecodedFrame owner;
+    m_scanner.Decode(decoded, owner);
+    largestFrame = std::max(largestFrame, decoded.size);
+    ++frames;
+    return true;
+  }
+
+  std::uint64_t tracks = 0;
+  std::uint64_t frames = 0;
+  std::uint32_t largestFrame = 0;
+
+ private:
+  CEbmlScanner& m_scanner;
+};
+
+struct Cost {
+  std::int64_t peak = 0;    ///< bytes
+  std::uint64_t reads = 0;  ///< of the reader below
+  std::uint64_t allocations = 0;
+  double openSeconds = 0;
+  double indexSeconds = 0;
+  double playSeconds = 0;
+  // What came of it.
+  std::uint64_t tracks = 0;
+  std::uint64_t chapters = 0;
+  std::uint64_t indexEntries = 0;
+  std::uint64_t frames = 0;
+  std::uint32_t largestFrame = 0;
+};
+
+template <class Action>
+double Timed(Action&& action) {
+  const double begin = ProcessorSeconds();
+  action();
+  return ProcessorSeconds() - begin;
+}
+
+void Scan(MemoryReader& reader, Cost& cost) {
+  const auto readAhead = MakeCom<CReadAheadReader>(&reader);
+  CEbmlScanner scanner;
+  Counter counter(scanner);
+  scanner.SetCallback(&counter);
+  try {
+    cost.openSeconds = Timed([&] { scanner.CanProcess(readAhead.Get()); });
+    cost.indexSeconds = Timed([&] { scanner.BuildIndex(); });
+    cost.playSeconds = Timed([&] { scanner.Process(); });
+  } catch (const MessageError&) {  // a refusal is an answer
+  }
+  cost.tracks = counter.tracks;
+  cost.chapters = scanner.Chapters().size();
+  cost.indexEntries = scanner.Index().size();
+  cost.frames = counter.frames;
+  cost.largestFrame = counter.largestFrame;
+}
+
+Cost CostOf(ByteString file) {
+  MemoryReader reader(std::move(file));
+  Cost cost;
+  const HeapCount heap;
+  Scan(reader, cost);
+  cost.peak = heap.Peak();
+  cost.allocations = heap.Allocations();
+  cost.reads = static_cast<std::uint64_t>(reader.reads);
+  return cost;
+}
+
+class FilledWith : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(FilledWith, CostsMemoryAndWorkInProportion) {
+  if (LargeSize() != 0) GTEST_SKIP() << "the large form was asked for";
+  constexpr std::size_t kSmall = std::size_t{1} << 18;
+  constexpr std::size_t kFactor = 4;
+  const Cost one = CostOf(MakeFilling(GetParam(), kSmall).file);
+  const Cost four = CostOf(MakeFilling(GetParam(), kFactor * kSmall).file);
+  // Twice as much as proportion, and what is done once.
+  EXPECT_LE(four.reads, 2 * kFactor * one.reads + 30);
+  EXPECT_LE(four.allocations, 2 * kFactor * one.allocations + 1000);
+  EXPECT_LE(four.peak, kMemory + kMemoryPerClusterByte * static_cast<std::int64_t>(kFactor * kSmall));
+}
+
+TEST_P(FilledWith, OpensInTwoSecondsAndBoundedMemory) {
+  if (LargeSize() == 0) GTEST_SKIP() << "TARVEX_FILLING_MIB is not set";
+  Filling filling = MakeFilling(GetParam(), LargeSize() << 20);
+  const Cost cost = CostOf(std::move(filling.file));
+  std::printf("%-34s open %.2f index %.2f play %.2f s, %lld MiB\n", filling.name.c_str(), cost.openSeconds,
+              cost.indexSeconds, cost.playSeconds, static_cast<long long>(cost.peak / kMebibyte));
+  EXPECT_LE(cost.peak, kMemory + kMemoryPerClusterByte * static_cast<std::int64_t>(filling.largestCluster));
+  EXPECT_LE(cost.openSeconds, kSeconds);
+  EXPECT_LE(cost.indexSeconds, kSeconds);
+}
+
+INSTANTIATE_TEST_SUITE_P(Bounds, FilledWith, testing::Range<std::size_t>(0, FillingCount()),
+                         [](const auto& filling) { return FillingName(filling.param); });
+
+ByteString FileOf(const ByteString& trackEntries, const ByteString& rest) {
+  return MatroskaFile(Join({Element(id::kInfo, {}), Element(id::kTracks, trackEntries), rest}));
+}
+
+TEST(Bounds, ManyTracksAreReadUpToTheLimit) {
+  EXPECT_EQ(CostOf(FileOf(Repeat(TrackEntry(1, 2, "A"), limits::kTracks), {})).tracks, limits::kTracks);
+  EXPECT_EQ(CostOf(FileOf(Repeat(TrackEntry(1, 2, "A"), limits::kTracks + 1), {})).tracks, limits::kTracks);
+}
+
+TEST(Bounds, ChaptersNestAsDeepAsTheLimitAndNoDeeper) {
+  const auto chaptersOf = [](int atoms) {
+    ByteString nested;
+    for (int depth = 0; depth < atoms; ++depth) nested = Element(id::kChapterAtom, nested);
+    const ByteString chapters = Element(id::kChapters, Element(id::kEditionEntry, nested));
+    return CostOf(MatroskaFile(Join({SeekHeadFor(id::kChapters, SeekHeadFor(id::kChapters, 0).size()), chapters})))
+        .chapters;
+  };
+  constexpr int kAtoms = limits::kNesting - 2;  // below Chapters and the edition
+  EXPECT_EQ(chaptersOf(kAtoms), static_cast<std::uint64_t>(kAtoms));
+  EXPECT_EQ(chaptersOf(kAtoms + 1), static_cast<std::uint64_t>(kAtoms));
+}
+
+TEST(Bounds, ChaptersEndWhereTheMemoryForThemDoes) {
+  const ByteString atom = Element(id::kChapterAtom, Element(id::kChapterDisplay, Text(id::kChapterString, "name")));
+  const ByteString chapters = Element(id::kChapters, Element(id::kEditionEntry, Repeat(atom, 100000)));
+  const Cost cost =
+      CostOf(MatroskaFile(Join({SeekHeadFor(id::kChapters, SeekHeadFor(id::kChapters, 0).size()), chapters})));
+  EXPECT_GT(cost.chapters, 4000U);
+  EXPECT_LE(cost.chapters, limits::kChapters);
+  EXPECT_LE(cost.peak, 4 * limits::kHeaderMemory);
+}
+
+TEST(Bounds, LongIndexIsThinnedOutEvenly) {
+  const ByteString entry = TrackEntry(1, 2, "A");
+  const std::size_t blocks = limits::kIndexEntries + limits::kIndexEntries / 4;
+  constexpr std::size_t kPerCluster = 1024;
+  ByteString clusters;
+  for (std::size_t k = 0; k < blocks / kPerCluster; ++k) {
+    const ByteString cluster = Cluster(k, Repeat(SimpleBlock(1, 0, {}), kPerCluster));
+    clusters.insert(clusters.end(), cluster.begin(), cluster.end());
+  }
+  const Cost cost = CostOf(FileOf(entry, clusters));
+  EXPECT_EQ(cost.frames, blocks);
+  EXPECT_EQ(cost.indexEntries, limits::kIndexEntries / 2 + limits::kIndexEntries / 4);
+  EXPECT_LE(cost.peak, kMemory);
+}
+
+TEST(Bounds, ClusterOfCountlessBlocksIsDeliveredWhole) {
+  constexpr std::size_t kBlocks = 300000;  // more than are kept at a time
+  const ByteString timecode = Unsigned(id::kTimecode, 7);
+  for (const ByteString& block :
+       {SimpleBlock(1, 0, {}), Element(id::kBlockGroup, Element(id::kBlock, BlockData(1, 0, 0, {})))}) {
+    const ByteString blocks = Join({timecode, Repeat(block, kBlocks)});
+    EXPECT_EQ(CostOf(FileOf(TrackEntry(1, 2, "A"), Element(id::kCluster, blocks))).frames, kBlocks);
+    EXPECT_EQ(CostOf(FileOf(TrackEntry(1, 2, "A"), ElementOfUnknownSize(id::kCluster, blocks))).frames, kBlocks);
+  }
+}
+
+TEST(Bounds, LacesOfEmptyFramesTakeNoMemoryEach) {
+  const ByteString lace =
+      Element(id::kSimpleBlock, BlockData(1, 0, kKeyFlag | static_cast<std::uint8_t>(Lacing::kFixed), {0xFF}));
+  constexpr std::size_t kLaces = 4000;
+  const Cost cost = CostOf(FileOf(TrackEntry(1, 2, "A"), Element(id::kCluster, Repeat(lace, kLaces))));
+  EXPECT_EQ(cost.frames, kLaces * limits::kLaceFrames);
+  EXPECT_EQ(cost.indexEntries, kLaces);
+  EXPECT_LE(cost.peak, 2 * limits::kClusterMemory);
+}
+
+ByteString Compressed(std::size_t zeros) {
+  const ByteString plain = Zeros(zeros);
+  uLongf size = compressBound(static_cast<uLong>(zeros));
+  ByteString packed(size);
+  EXPECT_EQ(compress(packed.data(), &size, plain.data(), static_cast<uLong>(zeros)), Z_OK);
+  packed.resize(size);
+  return packed;
+}
+
+TEST(Bounds, InflatingEndsBehindWhatAPinCanDeliver) {
+  const ByteString entry = TrackEntry(
+      1, 2, "A", Element(id::kContentEncodings, Element(id::kContentEncoding, Element(id::kContentCompression, {}))));
+  const auto playing = [&](std::size_t zeros) {
+    return CostOf(FileOf(entry, Cluster(0, SimpleBlock(1, 0, Compressed(zeros)))));
+  };
+  EXPECT_EQ(playing(limits::kLargestSample).largestFrame, limits::kLargestSample);
+  const Cost bomb = playing(std::size_t{64} << 20);
+  EXPECT_GT(bomb.largestFrame, limits::kLargestSample) << "it must be refused like any that is too large";
+  EXPECT_LE(bomb.peak, 2 * static_cast<std::int64_t>(limits::kInflatedFrame));
+}
+
+TEST(Bounds, NothingIsAllocatedForWhatTheFileCannotHold) {
+  const std::uint32_t ids[] = {id::kCodecPrivate, id::kCodecId,       id::kTrackName, id::kSimpleBlock,
+                               id::kBlock,        id::kChapterString, id::kTitle,     id::kContentCompSettings};
+  for (const std::uint32_t element : ids) {
+    for (const std::uint64_t size : {0x10000000ULL, 0x7FFFFFFEULL, 0xFFFFFFFFULL, 0xFFFFFFFFFFULL}) {
+      const ByteString huge = ElementDeclaring(element, size, Zeros(100));
+      const ByteString entry = ElementDeclaring(id::kTrackEntry, size + 20, huge);
+      EXPECT_LE(CostOf(FileOf(ElementDeclaring(id::kTracks, size + 40, entry), {})).peak, kMebibyte) << element;
+      EXPECT_LE(CostOf(FileOf(TrackEntry(1, 2, "A"), ElementDeclaring(id::kCluster, size + 20, huge))).peak, kMebibyte)
+          << element;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tarvex::test
