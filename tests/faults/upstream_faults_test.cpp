@@ -80,22 +80,27 @@ TEST_P(UpstreamFaults, EndClearlyAndLeaveNothing) {
   PrintFaultPoints(std::string("Reader ") + testing::UnitTest::GetInstance()->current_test_info()->name(), index - 1);
 }
 
+// The small files take few reads.
+constexpr FaultMovie kLargerMovie[] = {{"ManyStreams", "gen/multi.mkv", true}};
+
 const char* NameOf(ReaderFault fault) {
   static constexpr const char* kNames[] = {"Fails",           "FailsForGood", "Short",  "BlocksUntilSeek",
                                            "BlocksUntilStop", "Shrinks",      "Empties"};
   return kNames[static_cast<std::size_t>(fault)];
 }
 
-INSTANTIATE_TEST_SUITE_P(Movies, UpstreamFaults,
-                         testing::Combine(testing::ValuesIn(kFaultMovies),
-                                          testing::Values(ReaderFault::kFails, ReaderFault::kFailsForGood,
-                                                          ReaderFault::kShort, ReaderFault::kBlocksUntilSeek,
-                                                          ReaderFault::kBlocksUntilStop, ReaderFault::kShrinks,
-                                                          ReaderFault::kEmpties)),
-                         [](const auto& parameters) {
-                           return std::string(std::get<0>(parameters.param).name) +
-                                  NameOf(std::get<1>(parameters.param));
-                         });
+const auto kReaderFaults =
+    testing::Values(ReaderFault::kFails, ReaderFault::kFailsForGood, ReaderFault::kShort, ReaderFault::kBlocksUntilSeek,
+                    ReaderFault::kBlocksUntilStop, ReaderFault::kShrinks, ReaderFault::kEmpties);
+
+std::string NameOfTest(const testing::TestParamInfo<UpstreamFaults::ParamType>& parameters) {
+  return std::string(std::get<0>(parameters.param).name) + NameOf(std::get<1>(parameters.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(Movies, UpstreamFaults, testing::Combine(testing::ValuesIn(kFaultMovies), kReaderFaults),
+                         NameOfTest);
+INSTANTIATE_TEST_SUITE_P(LargerMovie, UpstreamFaults, testing::Combine(testing::ValuesIn(kLargerMovie), kReaderFaults),
+                         NameOfTest);
 
 }  // namespace
 }  // namespace tarvex::test
