@@ -12,11 +12,11 @@ namespace {
 constexpr DWORD kFlushWait = 500;
 
 // What may lie in the queue without its thread being woken: each wake costs more than many samples do.
-constexpr std::size_t kMuchSamples = 64;
-constexpr std::size_t kMuchBytes = 512 * 1024;
+constexpr std::size_t kMuchSamples = 512;
+constexpr std::size_t kMuchBytes = 1024 * 1024;
 
 // As many released samples are taken at once, so that the lock is not needed for each.
-constexpr std::size_t kTakenAtOnce = 64;
+constexpr std::size_t kTakenAtOnce = 256;
 
 }  // namespace
 
