@@ -184,7 +184,7 @@ void CEbmlScanner::GoToStart(CElementWalker& walker) const {
 }
 
 bool CEbmlScanner::Decode(FrameInfo& frame, DecodedFrame& owner) const {
-  return DecodeFrame(TrackByNumber(frame.trackNumber), frame, owner);
+  return DecodeFrame(m_info.CompressedTrack(frame.trackNumber), frame, owner);
 }
 
 }  // namespace tarvex

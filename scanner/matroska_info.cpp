@@ -7,6 +7,7 @@ namespace tarvex {
 void CMatroskaInfo::Clear() {
   m_tracks.clear();
   m_byNumber.clear();
+  m_lowNumbers = {};
   segmentInfo.Clear();
   chapters.clear();
   docType.clear();
@@ -19,7 +20,20 @@ void CMatroskaInfo::FinishTrack() {
   const auto number = heap.Unsigned("KaxTrackNumber");
   if (!number) return;
   const std::uint64_t nanoseconds = heap.Unsigned("KaxTrackDefaultDuration").value_or(0);
-  m_byNumber.try_emplace(*number, NumberedTrack{&heap, nanoseconds / kNanosecondsPerUnit});
+  const bool isCompressed = heap.Find("KaxContentCompAlgo") != nullptr;
+  const auto [entry, isFirst] =
+      m_byNumber.try_emplace(*number, NumberedTrack{&heap, nanoseconds / kNanosecondsPerUnit, isCompressed});
+  if (isFirst && *number < m_lowNumbers.size()) m_lowNumbers[static_cast<std::size_t>(*number)] = entry->second;
+}
+
+// Null when there is none.
+const CMatroskaInfo::NumberedTrack* CMatroskaInfo::Find(std::uint64_t number) const {
+  if (number < m_lowNumbers.size()) {
+    const NumberedTrack& track = m_lowNumbers[static_cast<std::size_t>(number)];
+    return track.heap == nullptr ? nullptr : &track;
+  }
+  const auto found = m_byNumber.find(number);
+  return found == m_byNumber.end() ? nullptr : &found->second;
 }
 
 const CHeap* CMatroskaInfo::TrackAt(std::size_t index) const {
@@ -27,8 +41,8 @@ const CHeap* CMatroskaInfo::TrackAt(std::size_t index) const {
 }
 
 const CHeap* CMatroskaInfo::TrackByNumber(std::uint64_t number) const {
-  const auto found = m_byNumber.find(number);
-  return found == m_byNumber.end() ? nullptr : found->second.heap;
+  const NumberedTrack* track = Find(number);
+  return track == nullptr ? nullptr : track->heap;
 }
 
 std::int64_t CMatroskaInfo::FirstVideoTrackNumber() const {
@@ -41,8 +55,13 @@ std::int64_t CMatroskaInfo::FirstVideoTrackNumber() const {
 }
 
 std::uint64_t CMatroskaInfo::DefaultFrameDuration(std::uint64_t number) const {
-  const auto found = m_byNumber.find(number);
-  return found == m_byNumber.end() ? 0 : found->second.frameDuration;
+  const NumberedTrack* track = Find(number);
+  return track == nullptr ? 0 : track->frameDuration;
+}
+
+const CHeap* CMatroskaInfo::CompressedTrack(std::uint64_t number) const {
+  const NumberedTrack* track = Find(number);
+  return track == nullptr || !track->isCompressed ? nullptr : track->heap;
 }
 
 std::uint64_t CMatroskaInfo::TimecodeScale() const {

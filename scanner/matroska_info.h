@@ -2,6 +2,7 @@
 // read there and on the worker afterwards.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <unordered_map>
@@ -38,6 +39,8 @@ class CMatroskaInfo {
   std::int64_t FirstVideoTrackNumber() const;
   /// 100 ns units; 0 when the track or its element is missing.
   std::uint64_t DefaultFrameDuration(std::uint64_t number) const;
+  /// That table when it says how the track's frames are compressed, else null.
+  const CHeap* CompressedTrack(std::uint64_t number) const;
 
   /// Nanoseconds.
   std::uint64_t TimecodeScale() const;
@@ -50,12 +53,17 @@ class CMatroskaInfo {
 
  private:
   struct NumberedTrack {
-    const CHeap* heap;
-    std::uint64_t frameDuration;  // 100 ns units
+    const CHeap* heap = nullptr;
+    std::uint64_t frameDuration = 0;  // 100 ns units
+    bool isCompressed = false;
   };
+
+  const NumberedTrack* Find(std::uint64_t number) const;
 
   std::vector<std::unique_ptr<CHeap>> m_tracks;                 // in file order
   std::unordered_map<std::uint64_t, NumberedTrack> m_byNumber;  // the first of each number
+  // The same for the usual numbers, which every frame asks for.
+  std::array<NumberedTrack, 128> m_lowNumbers{};
 };
 
 }  // namespace tarvex

@@ -56,12 +56,18 @@ HRESULT CReadAheadReader::ReadMissing(LONGLONG position, LONG length, BYTE* buff
     return S_OK;
   }
   const HRESULT result = ReadBelow(position, length, buffer);
-  if (result == S_OK) m_next = position + length;
+  if (result == S_OK) {
+    m_next = position + length;
+    m_lastLength = length;
+  }
   return result;
 }
 
+// Who reads much in one go and then goes on from there will want more of it.
 void CReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
-  m_windowSize = position == m_next ? std::min(m_windowSize * 2, kLargestWindow) : kSmallestWindow;
+  constexpr LONG kGrowth = 4;
+  const LONG wanted = std::min(std::max(m_windowSize, m_lastLength), kLargestWindow / kGrowth) * kGrowth;
+  m_windowSize = position == m_next ? wanted : kSmallestWindow;
 }
 
 // False: nothing is known of these bytes, so the reader below has to answer for them.
@@ -72,6 +78,7 @@ bool CReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
   if (ReadBelow(position, bytes, m_window.get() + m_windowBytes) != S_OK) return false;
   m_windowBytes += bytes;
   m_next = position + bytes;
+  m_lastLength = 0;
   return true;
 }
 

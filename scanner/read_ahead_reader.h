@@ -61,6 +61,7 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   LONGLONG m_windowStart = 0;  // stream position of the first
   LONG m_windowBytes = 0;      // valid ones
   LONG m_windowSize = kSmallestWindow;
+  LONG m_lastLength = 0;    // of the last read past the window, if that was the last of all
   LONGLONG m_next = -1;     // where a sequential read would begin
   LONGLONG m_knownEnd = 0;  // reads up to here are whole, as far as the reader said
   std::uint64_t m_reads = 0;
