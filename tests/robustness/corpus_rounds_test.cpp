@@ -38,8 +38,8 @@ class CorpusRounds : public testing::Test {
     if (FAILED(graph.Open(SystemPath(file.path))) || FAILED(graph.ConnectSinks(SinkKind::kCounting))) return;
     ASSERT_TRUE(SUCCEEDED(graph.Run()));
     ++m_played;
-    if (!graph.WaitForEnd(kPatience / 4)) {
-      EXPECT_TRUE(graph.WaitForEvent(EC_ERRORABORT, kPatience / 4)) << file.name << " does not end";
+    if (!graph.WaitForEnd(3 * kPatience)) {
+      EXPECT_TRUE(graph.WaitForEvent(EC_ERRORABORT, kPatience / 10)) << file.name << " does not end";
     }
   }
 
