@@ -7,7 +7,7 @@ here=$(CDPATH='' cd -- "$(dirname -- "$0")" && pwd)
 "$here/../packaging/setup.sh" test
 
 wanted='
-  ffmpeg mkvtoolnix gawk pkg-config
+  ffmpeg mkvtoolnix pkg-config
   libavformat-dev libavcodec-dev libavutil-dev
   libgstreamer1.0-dev gstreamer1.0-plugins-good
 '

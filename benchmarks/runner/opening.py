@@ -5,7 +5,8 @@ from .rounds import measure_rounds, median, say
 
 
 def measure(programs, corpus, letters, rounds, seeks, budget):
-    """{letter: {"first_ms", "first_reads", "first_seek_ms", ...}}"""
+    """{letter: {"first_ms", "first_reads", "first_seek_ms", ...}}. The first seek comes with the first need of
+    the index, so it stands for itself."""
     results = {}
     for letter in letters:
         say(f"opening and seeking in {letter}")
@@ -14,18 +15,24 @@ def measure(programs, corpus, letters, rounds, seeks, budget):
         options = ["--spread-seeks", str(seeks)]
         records = measure_rounds([ours], rounds, lambda one: one.measure(path, *options), budget)[ours.name]
         results[letter] = summary(records)
+        results[letter]["rounds"] = len(records)
     return results
 
 
 def summary(records):
     found = {key: median(records, key) for key in ("open_ms", "open_reads", "first_ms", "first_reads")}
     # For every place the median of the rounds, so that one busy moment of the machine is not taken for a slow place.
-    times = [statistics.median(place) for place in zip(*([seek["first_ms"] for seek in one["seeks"]] for one in records))]
-    reads = [max(place) for place in zip(*([seek["reads"] for seek in one["seeks"]] for one in records))]
+    times = [statistics.median(place) for place in by_place(records, "first_ms")]
+    reads = [max(place) for place in by_place(records, "reads")]
     found["first_seek_ms"], found["first_seek_reads"] = times[0], reads[0]
     found["seek_ms"], found["worst_seek_ms"] = statistics.median(times[1:]), max(times[1:])
     found["seek_reads"] = max(reads[1:])
     return found
+
+
+def by_place(records, key):
+    """For every seek its values in all rounds."""
+    return list(zip(*([seek[key] for seek in one["seeks"]] for one in records)))
 
 
 def measure_memory(programs, path, rounds, budget):

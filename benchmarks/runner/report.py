@@ -61,8 +61,8 @@ def demux_ratios(results):
 
 def cpu_cell(letter, records):
     ours, theirs = median(records[demux.OURS], "user_ms"), median(records[demux.LIBAVFORMAT], "user_ms")
-    judged = f" {'✓' if ours < theirs else '✗'}" if letter in limits.LESS_CPU_ON else ""
-    return f"{ours:.0f} / {theirs:.0f}{judged}"
+    verdict = f" {'✓' if ours < theirs else '✗'}" if letter in limits.LESS_CPU_ON else ""
+    return f"{ours:.0f} / {theirs:.0f}{verdict}"
 
 
 def demux_cpu(results):
@@ -84,9 +84,10 @@ def wine_cell(letter, records):
     ours, raw = median(records[demux.WINE], "wall_ms"), median(records[demux.WINE_RAW], "wall_ms")
     native = median(records["native"], "wall_ms")
     share = raw / ours
-    judged = f" {'✓' if share >= limits.WINE_SHARE_OF_RAW else '✗'} (≥ 80 %)" if letter in "ad" else ""
+    verdict = f" {'✓' if share >= limits.WINE_SHARE_OF_RAW else '✗'} (≥ 80 %)" if letter in "ad" else ""
     to_native = against(ours / native, limits.WINE_TO_NATIVE_B) if letter == "b" else f"{ours / native:.2f}"
-    return [f"{letter} {ABOUT[letter]}", f"{raw:.0f}", f"{ours:.0f}", f"{share:.0%}{judged}", f"{native:.0f}", to_native]
+    return [f"{letter} {ABOUT[letter]}", f"{raw:.0f}", f"{ours:.0f}", f"{share:.0%}{verdict}", f"{native:.0f}",
+            to_native]
 
 
 def wine_times(results):
@@ -94,25 +95,34 @@ def wine_times(results):
     return table(head, [wine_cell(letter, records) for letter, records in results.items()])
 
 
+def judged(value, limit, form):
+    return form.format(value) if limit is None else against(value, limit, form)
+
+
 def opening_row(letter, found):
-    open_limit, seek_limit = limits.OPEN_MS.get(letter), limits.SEEK_MS.get(letter)
-    first_seek_limit = limits.CLUSTER_SCAN_MS if letter == "e" else seek_limit
+    seek_limit = limits.SEEK_MS.get(letter)
     return [
         f"{letter} {ABOUT[letter]}",
-        against(found["first_ms"], open_limit, "{:.1f}") if open_limit else f"{found['first_ms']:.1f}",
-        against(found["first_reads"], limits.OPEN_READS_D, "{:.0f}") if letter in "de" else f"{found['first_reads']:.0f}",
-        against(found["first_seek_ms"], first_seek_limit, "{:.1f}") if first_seek_limit else f"{found['first_seek_ms']:.1f}",
-        f"{found['first_seek_reads']}",
-        against(found["worst_seek_ms"], seek_limit, "{:.2f}") if seek_limit else f"{found['worst_seek_ms']:.2f}",
+        judged(found["first_ms"], limits.OPEN_MS.get(letter), "{:.1f}"),
+        judged(found["first_reads"], limits.OPEN_READS_D if letter == "d" else None, "{:.0f}"),
+        judged(found["first_seek_ms"], limits.CLUSTER_SCAN_MS if letter == "e" else seek_limit, "{:.1f}"),
+        judged(found["first_seek_reads"], None if letter == "e" else limits.SEEK_READS, "{:.0f}"),
+        judged(found["worst_seek_ms"], seek_limit, "{:.2f}"),
         f"{found['seek_ms']:.2f}",
-        against(found["seek_reads"], limits.SEEK_READS, "{:.0f}"),
+        judged(found["seek_reads"], limits.SEEK_READS, "{:.0f}"),
     ]
 
 
 def opening(results):
     head = ["natively", "open to first sample, ms", "reads", "first seek, ms", "reads", "slowest later seek, ms",
             "median, ms", "most reads of one"]
-    return table(head, [opening_row(letter, found) for letter, found in results.items()])
+    text = table(head, [opening_row(letter, found) for letter, found in results.items()])
+    rounds = min(found["rounds"] for found in results.values())
+    text += f"\n\nMedians of at least {rounds} rounds, for a seek of each place by itself."
+    if "d" in results and "e" in results:
+        share = results["e"]["first_ms"] / results["d"]["first_ms"]
+        text += f" The first sample takes {share:.2f} times as long without Cues as with them."
+    return text
 
 
 def memory(found):
