@@ -51,6 +51,9 @@ choose_compiler() {
     native) ;;
     native-asan) flags="$flags -fsanitize=address,undefined -fno-sanitize-recover=all" ;;
     native-tsan) flags="$flags -fsanitize=thread" ;;
+    native-fuzz)
+      compiler=clang++
+      flags="$flags -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all" ;;
     windows-x64)
       compiler=x86_64-w64-mingw32-g++-posix toolchain=$root/cmake/toolchain-windows-x64.cmake
       flags='-O2 -g1 -DNDEBUG' ;;
@@ -70,11 +73,13 @@ patch_files() {
   done
 }
 
-# Everything that the result depends on. A change of any of it is a reason to build again.
+# Everything that the result depends on. A change of any of it is a reason to build again. Of what presets
+# differ in only this one's counts, so that another preset is no reason.
 stamp_text() {
   "$compiler" --version | head -n 1
   echo "$flags" "$ebml_version" "$matroska_version"
-  cat "$root/cmake/deps.sh" "$root"/cmake/toolchain-*.cmake
+  sed '/^choose_compiler() {/,/^}/d' "$root/cmake/deps.sh"
+  cat "$root"/cmake/toolchain-*.cmake
   for name in libebml libmatroska; do
     for file in $(patch_files $name); do
       echo "$name/${file##*/}"
@@ -149,6 +154,9 @@ build_one() {
   set -- "-DCMAKE_INSTALL_PREFIX=$prefix.new" -DCMAKE_INSTALL_LIBDIR=lib "-DCMAKE_PREFIX_PATH=$prefix.new" "$@"
   if [ -n "$toolchain" ]; then
     set -- "-DCMAKE_TOOLCHAIN_FILE=$toolchain" "-DCMAKE_FIND_ROOT_PATH=$prefix.new" "$@"
+  fi
+  if [ "$compiler" = clang++ ]; then
+    set -- -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ "$@"
   fi
   cmake -S "$source" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=$flags $arch_flags" \
     -DBUILD_SHARED_LIBS=OFF -DCMAKE_POLICY_DEFAULT_CMP0074=NEW "$@"

@@ -1,7 +1,10 @@
-// Every kept input through its target: the seeds, and what once was a finding.
+// Every kept input through its target: the seeds, and what once was a finding. TARVEX_FUZZ_INPUTS names a
+// folder with a folder of more inputs for each target, such as what a fuzzer has collected.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <vector>
 
 #include "fuzz/targets.h"
 #include "tests/support/source_filter.h"
@@ -9,14 +12,23 @@
 namespace tarvex::fuzz {
 namespace {
 
+namespace fs = std::filesystem;
+
+std::vector<fs::path> FoldersOf(const char* target) {
+  const fs::path kept = TARVEX_SOURCE_DIR "/fuzz";
+  std::vector<fs::path> folders = {kept / "seeds" / target, kept / "findings" / target};
+  const char* more = std::getenv("TARVEX_FUZZ_INPUTS");  // NOLINT(concurrency-mt-unsafe): nobody sets it
+  if (more != nullptr) folders.push_back(fs::path(more) / target);
+  return folders;
+}
+
 class Replay : public testing::TestWithParam<Target> {};
 
 TEST_P(Replay, EveryKeptInputEndsWell) {
   std::size_t count = 0;
-  for (const char* kind : {"seeds", "findings"}) {
-    const std::filesystem::path folder = std::filesystem::path(TARVEX_SOURCE_DIR "/fuzz") / kind / GetParam().name;
-    if (!std::filesystem::is_directory(folder)) continue;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+  for (const fs::path& folder : FoldersOf(GetParam().name)) {
+    if (!fs::is_directory(folder)) continue;
+    for (const auto& entry : fs::directory_iterator(folder)) {
       SCOPED_TRACE(entry.path().string());
       const std::vector<std::uint8_t> bytes = test::ReadWholeFile(entry.path().string());
       GetParam().run(bytes);
