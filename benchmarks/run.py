@@ -51,8 +51,9 @@ def about(options, rounds):
     kind = "quick form, " if options.quick else ""
     day = datetime.date.today().isoformat()
     load = os.getloadavg()
+    busy = " **The machine was busy: wall times of this run say little.**" if load[0] > os.cpu_count() else ""
     return (f"Commit {commit}{dirty}, {day}: {kind}{rounds} rounds at most, {os.cpu_count()} processors, "
-            f"{platform.system()} {platform.release()}, load average {load[0]:.1f} when it began.")
+            f"{platform.system()} {platform.release()}, load average {load[0]:.1f} when it began.{busy}")
 
 
 class Run:

@@ -5,6 +5,7 @@ from .rounds import least, median
 from .scale import slope
 
 MEBIBYTE = 1024 * 1024
+INDEX_JUDGED_FROM = 10**6  # cue points: in smaller files the buffers for reading outweigh the index
 
 
 def table(head, rows):
@@ -118,7 +119,7 @@ def opening(results):
             "median, ms", "most reads of one"]
     text = table(head, [opening_row(letter, found) for letter, found in results.items()])
     rounds = min(found["rounds"] for found in results.values())
-    text += f"\n\nMedians of at least {rounds} rounds, for a seek of each place by itself."
+    text += f"\n\nMedians, for a seek of each place by itself; rounds made: {rounds}."
     if "d" in results and "e" in results:
         share = results["e"]["first_ms"] / results["d"]["first_ms"]
         text += f" The first sample takes {share:.2f} times as long without Cues as with them."
@@ -160,14 +161,17 @@ def scale_cues(found):
     if len(large) < 2:
         return text
     fit = slope([(one["count"], one["first_seek_ms"]) for one in large])
+    growth = against(fit, limits.STEEPEST)
+    text += f"\n\nThe first seek grows with the cue points to the power of {growth} from 10,000 on"
+    if found[-1]["count"] < INDEX_JUDGED_FROM:
+        return text + "."
     entry = against(index_bytes(found), limits.INDEX_BYTES_AN_ENTRY, "{:.1f}")
-    return text + (f"\n\nThe first seek grows with the cue points to the power of {against(fit, limits.STEEPEST)} from "
-                   f"10,000 on; an entry costs {entry} bytes of heap.")
+    return text + f"; an entry costs {entry} bytes of heap."
 
 
 def starts_note(starts, rounds):
     parts = ", ".join(f"{name} {value:.0f} ms" for name, value in starts.items())
-    return (f"Wall milliseconds, median (least) of {rounds} rounds. Times are taken inside the process, except of "
+    return (f"Wall milliseconds, median (least); rounds made: {rounds}. Times are taken inside the process, except of "
             f"these, whose process start is in them: {parts} on a file of a second.")
 
 
@@ -181,7 +185,7 @@ def whole(figures, corpus):
                   demux_reads(found, corpus)]
     if "wine" in figures:
         parts += ["### The module in the platform's graph, under Wine", wine_times(figures["wine"]),
-                  f"Medians of {rounds_of(figures['wine'])} rounds."]
+                  f"Medians; rounds made: {rounds_of(figures['wine'])}."]
     if "opening" in figures:
         parts += ["### Opening and seeking", opening(figures["opening"])]
     if "memory" in figures:
