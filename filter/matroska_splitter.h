@@ -216,7 +216,7 @@ class CMatroskaSplitter final : public CBaseFilter,
   CCritSec m_positionLock{"CMatroskaSplitter position", LockRank::kPosition};
   // Around a whole switch of a connected pin, during which the graph is called and neither of the two
   // others may be held: the graph has a lock of its own, under which it calls us.
-  CCritSec m_switchLock{"CMatroskaSplitter stream switch"};
+  CCritSec m_switchLock{"CMatroskaSplitter stream switch", LockRank::kStreamSwitch};
 
   CTimeline m_timeline;
   CEbmlScanner m_scanner;         // application threads while no worker exists or delivers, else the worker

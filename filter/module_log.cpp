@@ -22,7 +22,7 @@ void Forward(void* context, const char* text) {
 }  // namespace
 
 void SetModuleLogSink(ModuleLogSink function, void* context) noexcept {
-  static CCritSec lock("module log");
+  static CCritSec lock("module log", LockRank::kLogSetup);
   static HostSink sink;
 
   const CAutoLock hold(lock);

@@ -145,10 +145,10 @@ class CBasePin : public CUnknownImpl<IPin, IQualityControl> {
   REFERENCE_TIME m_tStop = 0x7FFFFFFFFFFFFFFF;
   double m_dRate = 1.0;
 
-  // Leaf. Taken for a moment around every change of the connection, so that a query about it needs no
+  // Taken for a moment around every change of the connection, so that a query about it needs no
   // filter lock: a streaming thread may ask while a state change holds that one. Not the same as the
   // next, since the peer's reference count is touched under it.
-  mutable CCritSec m_connectionLock{"CBasePin connection", LockRank::kLeaf};
+  mutable CCritSec m_connectionLock{"CBasePin connection", LockRank::kConnection};
   ComPtr<IPin> m_connected;  // also under the filter's lock
   std::atomic<bool> m_isConnected{false};
 

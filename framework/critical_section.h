@@ -4,27 +4,18 @@
 
 #include <memory>
 
+#include "framework/lock_rank.h"
 #include "framework/platform/platform.h"
 
 namespace tarvex {
 
 class CConditionVariable;
 
-/// Places in the lock order. A thread takes locks in rising order; unranked ones are not checked.
-enum class LockRank : int {
-  kUnranked = 0,
-  kFilter = 10,         ///< filter state, pin connections
-  kPosition = 20,       ///< play range and seeking owner
-  kWorkerControl = 30,  ///< CAMThread's access lock
-  kPinStream = 40,      ///< a pin's pointer to its queue
-  kLeaf = 50            ///< queue, allocator, channel: nothing is taken below it
-};
-
-/// A recursive lock. In builds with TARVEX_DEBUG_CHECKS taking ranked locks out of order ends the
-/// process with the two names on stderr.
+/// A recursive lock. In builds with TARVEX_DEBUG_CHECKS taking locks out of order ends the process with
+/// the two names on stderr.
 class CCritSec {
  public:
-  explicit CCritSec(const char* name = "", LockRank rank = LockRank::kUnranked);
+  CCritSec(const char* name, LockRank rank);
   ~CCritSec();
   CCritSec(const CCritSec&) = delete;
   CCritSec& operator=(const CCritSec&) = delete;
@@ -32,8 +23,7 @@ class CCritSec {
   void Lock() noexcept;
   void Unlock() noexcept;
 
-  const char* Name() const noexcept { return m_name; }
-  LockRank Rank() const noexcept { return m_rank; }
+  const LockLabel& Label() const noexcept { return m_label; }
 
  private:
   friend class CConditionVariable;
@@ -45,8 +35,7 @@ class CCritSec {
 
   // Not the largest alignment there is: for 32-bit Windows that depends on the order of the headers.
   alignas(8) unsigned char m_system[kNativeSize];
-  const char* m_name;
-  LockRank m_rank;
+  [[no_unique_address]] const LockLabel m_label;
 };
 
 /// Holds a lock from construction to destruction.

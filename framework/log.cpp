@@ -14,9 +14,8 @@ namespace {
 constexpr std::size_t kTextSize = 200;
 
 struct Log {
-  // Held while the sink runs, so that a sink that was taken away is not running any more. Unranked:
-  // texts are logged under any lock.
-  CCritSec lock{"log"};
+  // Held while the sink runs, so that a sink that was taken away is not running any more.
+  CCritSec lock{"log", LockRank::kLog};
   LogSink sink = nullptr;   // under the lock
   void* context = nullptr;  // under the lock
 };

@@ -19,7 +19,7 @@ std::atomic<LONG> g_locks{0};
 
 #ifdef TARVEX_DEBUG_CHECKS
 struct Living {
-  CCritSec lock{"living objects"};
+  CCritSec lock{"living objects", LockRank::kLivingObjects};
   std::map<const ModuleObject*, const char*> names;
 };
 

@@ -28,7 +28,7 @@ class CDumpRecorder : public SampleObserver {
  private:
   void Append(DumpEvent event);
 
-  CCritSec m_lock{"CDumpRecorder", LockRank::kLeaf};
+  CCritSec m_lock{"CDumpRecorder", LockRank::kVisited};
   std::vector<DumpEvent> m_events;  // under m_lock
   bool m_writeFailed = false;       // under m_lock
   FileHandle m_bytes;               // the streaming thread's

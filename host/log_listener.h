@@ -33,7 +33,7 @@ class CLogListener {
   void Take(const char* text);
 
   ComPtr<IModuleLog> m_log;
-  CCritSec m_lock{"CLogListener", LockRank::kLeaf};
+  CCritSec m_lock{"CLogListener", LockRank::kLogSink};
   std::string m_last;  // under m_lock
   FileHandle m_file;   // written under m_lock
 };

@@ -28,7 +28,7 @@ class CSeekingPassThru {
   IPin* const m_input;
   const Place m_place;
 
-  CCritSec m_lock{"CSeekingPassThru"};
+  CCritSec m_lock{"CSeekingPassThru", LockRank::kController};
   ComPtr<IUnknown> m_inner;  // under m_lock; made for the first query, when the owner is counted already
 };
 

@@ -50,10 +50,10 @@ class CSinkFilter : public CBaseFilter, public IAMFilterMiscFlags {
   void ForgetEnd();
   void NotifyEnd();
 
-  CCritSec m_filterLock{"host CSinkFilter", LockRank::kFilter};
+  CCritSec m_filterLock{"host CSinkFilter", LockRank::kLastFilter};
 
   // A renderer reports its end only while it runs; one that comes earlier is reported by Run.
-  CCritSec m_endLock{"host CSinkFilter end", LockRank::kLeaf};
+  CCritSec m_endLock{"host CSinkFilter end", LockRank::kVisited};
   bool m_ended = false;     // under m_endLock
   bool m_running = false;   // under m_endLock
   bool m_notified = false;  // under m_endLock

@@ -31,7 +31,7 @@ class CTapFilter : public CBaseFilter {
   CTapOutputPin* OutputPin() const noexcept { return m_output.Get(); }
 
  protected:
-  CCritSec m_filterLock{"host CTapFilter", LockRank::kFilter};
+  CCritSec m_filterLock{"host CTapFilter", LockRank::kDownstreamFilter};
   // A derived class may put others in their places while it is constructed.
   OwnedPin<CTapInputPin> m_input;
   OwnedPin<CTapOutputPin> m_output;

@@ -41,7 +41,7 @@ class CCountingSink : public CBaseFilter {
   const SinkCount& Count() const noexcept;
 
  private:
-  CCritSec m_filterLock{"CCountingSink", LockRank::kUnranked};
+  CCritSec m_filterLock{"CCountingSink", LockRank::kLastFilter};
   OwnedPin<CCountingSinkPin> m_pin;
 };
 

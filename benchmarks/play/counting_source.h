@@ -31,7 +31,7 @@ class CCountingSource : public CBaseFilter {
   ReadCount Reads() const noexcept;
 
  private:
-  CCritSec m_filterLock{"CCountingSource", LockRank::kUnranked};
+  CCritSec m_filterLock{"CCountingSource", LockRank::kUpstreamFilter};
   OwnedPin<CCountingSourcePin> m_pin;
 };
 

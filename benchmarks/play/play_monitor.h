@@ -40,7 +40,7 @@ class PlayMonitor {
   void TakeFirst(Clock::time_point now);
 
   const CCountingSource* m_source = nullptr;
-  CCritSec m_lock{"PlayMonitor", LockRank::kUnranked};
+  CCritSec m_lock{"PlayMonitor", LockRank::kVisited};
   First m_first;                   // under m_lock, as the following
   Clock::time_point m_endTime;     //
   std::size_t m_expectedEnds = 0;  //

@@ -43,7 +43,7 @@ class Watchdog {
  private:
   void Watch();
 
-  CCritSec m_lock{"Watchdog", LockRank::kUnranked};
+  CCritSec m_lock{"Watchdog", LockRank::kLeaf};
   std::multimap<Clock::time_point, const char*> m_calls;  // in progress; under m_lock
   std::chrono::milliseconds m_longest{0};                 // under m_lock
   const char* m_slowest = "nothing";                      // under m_lock

@@ -51,7 +51,7 @@ class CFaultSink : public CBaseFilter {
 
  private:
   friend class CFaultSinkPin;
-  CCritSec m_filterLock{"CFaultSink", LockRank::kUnranked};
+  CCritSec m_filterLock{"CFaultSink", LockRank::kLastFilter};
   Downstream& m_downstream;
   std::atomic<bool> m_ended{false};
   OwnedPin<CFaultSinkPin> m_pin;

@@ -92,7 +92,7 @@ bool TestInputPin::WaitForWords(std::size_t count) {
 
 Downstream::Downstream()
     : upstreamFilter(MakeCom<TestFilter>()),
-      filter(MakeCom<TestFilter>()),
+      filter(MakeCom<TestFilter>(LockRank::kLastFilter)),
       output(upstreamFilter->Add(new TestOutputPin(*upstreamFilter))),
       input(filter->Add(new TestInputPin(*filter))),
       allocator(MakeCom<CountingAllocator>()) {

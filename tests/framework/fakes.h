@@ -23,7 +23,8 @@ CMediaType TypeOf(const GUID& major, BYTE mark = 0);
 
 class TestFilter : public CBaseFilter {
  public:
-  TestFilter() : CBaseFilter("TestFilter", nullptr, &lock, kTestFilterId) {}
+  explicit TestFilter(LockRank rank = LockRank::kFilter)
+      : CBaseFilter("TestFilter", nullptr, &lock, kTestFilterId), lock("TestFilter", rank) {}
 
   int GetPinCount() override { return static_cast<int>(m_pins.size()); }
   CBasePin* GetPin(int index) override { return m_pins.at(static_cast<std::size_t>(index)).Get(); }
@@ -39,7 +40,7 @@ class TestFilter : public CBaseFilter {
     IncrementPinVersion();
   }
 
-  CCritSec lock{"TestFilter", LockRank::kFilter};
+  CCritSec lock;
 
  private:
   std::vector<OwnedPin<CBasePin>> m_pins;
@@ -88,7 +89,7 @@ class TestInputPin : public CBaseInputPin {
  private:
   void Note(std::string word);
 
-  CCritSec m_wordsLock{"words"};
+  CCritSec m_wordsLock{"words", LockRank::kVisited};
   CConditionVariable m_noted;
   std::vector<std::string> m_words;
 };

@@ -42,7 +42,7 @@ class FakeHost : public PinHost {
   int moves = 0;  // calls of SetPlayRange
 
  private:
-  mutable CCritSec m_lock{"FakeHost"};
+  mutable CCritSec m_lock{"FakeHost", LockRank::kLeaf};
   PlayRange m_range;
   const CMatroskaOutputPin* m_owner = nullptr;
 };
@@ -60,7 +60,7 @@ class TextLog {
  private:
   static void Take(void* context, const char* text);
 
-  CCritSec m_lock{"TextLog"};
+  CCritSec m_lock{"TextLog", LockRank::kLogSink};
   std::vector<std::string> m_texts;
 };
 

@@ -32,7 +32,7 @@ class LogCapture {
   static void STDMETHODCALLTYPE Take(void* context, const char* text);
 
   ComPtr<IModuleLog> m_log;
-  CCritSec m_lock{"LogCapture", LockRank::kUnranked};
+  CCritSec m_lock{"LogCapture", LockRank::kLogSink};
   std::vector<std::string> m_texts;  // under m_lock
 };
 

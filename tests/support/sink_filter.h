@@ -85,8 +85,8 @@ class CSinkFilter : public CBaseFilter {
   void Block();
 
   const SinkKind m_kind;
-  CCritSec m_filterLock{"CSinkFilter", LockRank::kUnranked};
-  CCritSec m_recordLock{"CSinkFilter record", LockRank::kUnranked};
+  CCritSec m_filterLock{"CSinkFilter", LockRank::kLastFilter};
+  CCritSec m_recordLock{"CSinkFilter record", LockRank::kVisited};
   std::vector<SinkEvent> m_events;           // under m_recordLock
   std::vector<ComPtr<IMediaSample>> m_held;  // under m_recordLock
   std::function<void(IMediaSample*)> m_onSample;

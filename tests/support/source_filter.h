@@ -61,7 +61,7 @@ class CSourceFilter : public CBaseFilter {
   void BeginFlush();
   void EndFlush();
 
-  CCritSec m_filterLock{"CSourceFilter", LockRank::kUnranked};
+  CCritSec m_filterLock{"CSourceFilter", LockRank::kUpstreamFilter};
   const std::vector<std::uint8_t> m_bytes;
   std::atomic<std::size_t> m_size{m_bytes.size()};  // of m_bytes, what there is to read
   std::function<HRESULT()> m_fault;

@@ -21,7 +21,7 @@ struct CCritSec::Native {
   std::recursive_mutex mutex;
 };
 
-CCritSec::CCritSec(const char* name, LockRank rank) : m_name(name), m_rank(rank) {
+CCritSec::CCritSec(const char* name, LockRank rank) : m_label(name, rank) {
   static_assert(sizeof(Native) <= kNativeSize);
   new (m_system) Native;
 }
@@ -51,6 +51,7 @@ CConditionVariable::CConditionVariable() {
 CConditionVariable::~CConditionVariable() { System().~Native(); }
 
 bool CConditionVariable::Wait(CCritSec& lock, DWORD milliseconds) noexcept {
+  CheckMayWait(lock);
   auto& mutex = lock.System().mutex;
   if (milliseconds == INFINITE) {
     System().condition.wait(mutex);

@@ -14,7 +14,7 @@ struct CCritSec::Native {
   CRITICAL_SECTION section;
 };
 
-CCritSec::CCritSec(const char* name, LockRank rank) : m_name(name), m_rank(rank) {
+CCritSec::CCritSec(const char* name, LockRank rank) : m_label(name, rank) {
   static_assert(sizeof(Native) <= kNativeSize);
   new (m_system) Native;
   InitializeCriticalSection(&System().section);
@@ -46,6 +46,7 @@ CConditionVariable::CConditionVariable() {
 CConditionVariable::~CConditionVariable() = default;
 
 bool CConditionVariable::Wait(CCritSec& lock, DWORD milliseconds) noexcept {
+  CheckMayWait(lock);
   return SleepConditionVariableCS(&System().condition, &lock.System().section, milliseconds) != FALSE;
 }
 

@@ -81,10 +81,10 @@ class CFilterGraph : public CUnknownImpl<IGraphBuilder, IMediaControl, IMediaEve
   template <class Change>
   HRESULT ChangeState(OAFilterState state, Change change);
 
-  CCritSec m_lock{"CFilterGraph", LockRank::kUnranked};  // around every call but questions and events
+  CCritSec m_lock{"CFilterGraph", LockRank::kGraph};  // around every call but questions and events
   std::vector<ComPtr<IBaseFilter>> m_filters;            // under m_lock
   std::atomic<OAFilterState> m_state{State_Stopped};
-  CCritSec m_eventLock{"CFilterGraph events", LockRank::kUnranked};
+  CCritSec m_eventLock{"CFilterGraph events", LockRank::kVisited};
   std::deque<Event> m_events;  // under m_eventLock
   CEvent m_notified;
 };
