@@ -1,5 +1,6 @@
 // Random operations on a playing graph, from several threads and from its sinks. The seed is printed;
-// TARVEX_SEED repeats one, and TARVEX_OPERATIONS says how many operations each case makes.
+// TARVEX_SEED repeats one, TARVEX_OPERATIONS says how many operations each case makes, and TARVEX_THREADS how
+// many threads share them where there are several.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -55,11 +56,11 @@ class RandomControl : public testing::TestWithParam<Scene> {
   void PlayRound(unsigned seed) {
     const Scene& scene = GetParam();
     RandomController controller(Path(), m_graph, m_dog, scene.sinksSeek);
-    std::vector<CThread> threads(scene.threads);
+    const unsigned count = scene.threads == 1 ? 1 : FromEnvironment("TARVEX_THREADS", scene.threads);
+    std::vector<CThread> threads(count);
     for (CThread& thread : threads) {
-      ASSERT_EQ(thread.Start([&controller, &scene, own = seed++] {
-        controller.Perform(kOperationsPerRound / scene.threads + 1, own);
-      }),
+      ASSERT_EQ(thread.Start(
+                    [&controller, count, own = seed++] { controller.Perform(kOperationsPerRound / count + 1, own); }),
                 S_OK);
     }
     for (CThread& thread : threads) thread.Join();

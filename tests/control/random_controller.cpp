@@ -73,7 +73,7 @@ RandomController::~RandomController() {
 
 void RandomController::Perform(unsigned operations, unsigned seed) {
   Dice dice(seed);
-  for (unsigned k = 0; k < operations && !testing::Test::HasFailure(); ++k) {
+  for (unsigned k = 0; k < operations && !m_dog.HasBarked(); ++k) {
     const Operation& operation = Draw(dice);
     {
       const Watchdog::Call call(m_dog, operation.name, operation.limit);

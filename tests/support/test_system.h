@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 
 #include "framework/com_ptr.h"
@@ -28,6 +29,10 @@ std::uint32_t LivingThreads();
 std::uint64_t MemoryInUse();
 /// Bytes that are allocated on the process's heaps.
 std::uint64_t HeapInUse();
+
+/// How long each thread of this process was ready to run and got no processor so far, in nanoseconds; empty
+/// where the system does not tell.
+std::map<std::uint64_t, std::uint64_t> ProcessorWaits();
 
 /// Long tests make all their rounds without being asked: where they show what users get.
 bool RunsFullByDefault();

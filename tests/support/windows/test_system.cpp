@@ -131,6 +131,8 @@ std::uint64_t HeapInUse() {
   return total;
 }
 
+std::map<std::uint64_t, std::uint64_t> ProcessorWaits() { return {}; }
+
 bool RunsFullByDefault() { return true; }
 
 bool IsInstrumented() { return false; }
