@@ -96,7 +96,8 @@ void CSinkFilter::LetGo() {
 
 HRESULT CSinkFilter::Take(IMediaSample* sample) {
   Arrive();
-  Record(Describe(sample, m_kind == SinkKind::kRecording));
+  // A flush may have begun since the pin looked.
+  if (!RecordUnlessFlushing(Describe(sample, m_kind == SinkKind::kRecording))) return S_FALSE;
   m_sampled.Set();
   if (m_onSample) m_onSample(sample);
   if (m_kind == SinkKind::kSlow) m_released.Wait(kSlowness);
@@ -110,7 +111,16 @@ HRESULT CSinkFilter::Take(IMediaSample* sample) {
 
 void CSinkFilter::Record(SinkEvent event) {
   const CAutoLock lock(m_recordLock);
+  if (event.kind == SinkEvent::Kind::kBeginFlush) m_isFlushing = true;
+  if (event.kind == SinkEvent::Kind::kEndFlush) m_isFlushing = false;
   m_events.push_back(std::move(event));
+}
+
+bool CSinkFilter::RecordUnlessFlushing(SinkEvent event) {
+  const CAutoLock lock(m_recordLock);
+  if (m_isFlushing) return false;
+  m_events.push_back(std::move(event));
+  return true;
 }
 
 void CSinkFilter::End() {

@@ -78,6 +78,7 @@ class CSinkFilter : public CBaseFilter {
   explicit CSinkFilter(SinkKind kind);
   HRESULT Take(IMediaSample* sample);
   void Record(SinkEvent event);
+  bool RecordUnlessFlushing(SinkEvent event);
   void End();
   void Begin() { m_isOver = false; }
   void Arrive() { m_afterEnd += m_isOver ? 1 : 0; }
@@ -88,6 +89,7 @@ class CSinkFilter : public CBaseFilter {
   CCritSec m_filterLock{"CSinkFilter", LockRank::kLastFilter};
   CCritSec m_recordLock{"CSinkFilter record", LockRank::kVisited};
   std::vector<SinkEvent> m_events;           // under m_recordLock
+  bool m_isFlushing = false;                 // under m_recordLock
   std::vector<ComPtr<IMediaSample>> m_held;  // under m_recordLock
   std::function<void(IMediaSample*)> m_onSample;
   std::atomic<bool> m_isOver{false};  // since an end of stream
