@@ -20,7 +20,7 @@ class CEvent {
   bool Check() noexcept { return Wait(0); }
 
  private:
-  CCritSec m_lock{"CEvent", LockRank::kLeaf};
+  CCritSec m_lock{"CEvent", LockRank::kEvent};
   CConditionVariable m_changed;
   const bool m_manual;
   bool m_set = false;      // under m_lock

@@ -24,13 +24,14 @@ enum class LockRank : int {
   // From here on the holder neither waits, but for the lock's own condition, nor calls another filter.
   kPinStream = 20,   ///< a pin's queue, sample buffer and held frames
   kConnection = 21,  ///< a pin's peer, whose references are counted under it
-  kLeaf = 22,        ///< whatever is touched for a moment: queue, allocator, channel, timeline, event
+  kLeaf = 22,        ///< whatever is touched for a moment: queue, allocator, channel, timeline
 
   // Taken wherever an object is made or something is logged.
   kLivingObjects = 30,
   kLogSetup = 31,
   kLog = 32,
   kLogSink = 33,  ///< of a sink, which runs under the log's lock
+  kEvent = 40,    ///< an event may be set anywhere
 };
 
 /// The first rank of locks that are held for a moment only.
