@@ -140,6 +140,7 @@ void COutputQueue::State::DropEntries(bool keepEnd) {
   m_released = 0;
   for (std::size_t left = m_entries.Size(); left > 0 && !m_entries.Empty(); --left) {
     Entry entry = m_entries.Pop();
+    m_released = std::min(m_released, m_entries.Size());  // another thread may have released all meanwhile
     if (keepEnd && entry.kind == Entry::Kind::kEndOfStream) {
       m_entries.Push(std::move(entry));
       continue;
