@@ -78,16 +78,22 @@ class RandomControl : public testing::TestWithParam<Scene> {
 
 TEST_P(RandomControl, EveryCallReturnsAndTheGraphStillPlays) {
   const unsigned operations = FromEnvironment("TARVEX_OPERATIONS", 2 * kOperationsPerRound);
-  const unsigned first = FromEnvironment("TARVEX_SEED", std::random_device{}() % 1000000);
-  std::cout << "TARVEX_SEED=" << first << '\n';
-  PlayRound(first);
-  const Usage before;
-  for (unsigned done = kOperationsPerRound; done < operations && !HasFailure(); done += kOperationsPerRound) {
-    SCOPED_TRACE("seed " + std::to_string(first + done));
-    PlayRound(first + done);
+  unsigned seed = FromEnvironment("TARVEX_SEED", std::random_device{}() % 1000000);
+  std::cout << "TARVEX_SEED=" << seed << '\n';
+  PlayRound(seed);
+  // The platform starts a thread of its own at some time; what leaks is left behind again and again.
+  constexpr int kChances = 3;
+  for (int chance = 1;; ++chance) {
+    const Usage before;
+    for (unsigned done = kOperationsPerRound; done < operations && !HasFailure(); done += kOperationsPerRound) {
+      seed += kOperationsPerRound;
+      SCOPED_TRACE("seed " + std::to_string(seed));
+      PlayRound(seed);
+    }
+    if (chance < kChances && !HasFailure() && !ComesBackTo(before)) continue;
+    std::cout << "slowest: " << m_dog.Slowest() << '\n';
+    return ExpectBackAt(before);
   }
-  std::cout << "slowest: " << m_dog.Slowest() << '\n';
-  ExpectBackAt(before);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenes, RandomControl, testing::ValuesIn(kScenes),

@@ -5,11 +5,13 @@
 
 #include <algorithm>
 #include <numeric>
+#include <optional>
 
 #include "filter/interface_ids.h"
 #include "framework/thread.h"
 #include "include/tarvex/module_config.h"
 #include "tests/support/splitter_module.h"
+#include "tests/support/test_system.h"
 
 namespace tarvex::test {
 
@@ -32,6 +34,7 @@ struct RandomController::Operation {
   unsigned weight;
   void (RandomController::*perform)(Dice& dice);
   milliseconds limit = kLimit;
+  bool needsGraph = false;  // changes its filters or its state
 };
 
 const RandomController::Operation& RandomController::Draw(Dice& dice) {
@@ -39,16 +42,16 @@ const RandomController::Operation& RandomController::Draw(Dice& dice) {
       {"seek", 36, &RandomController::Seek},
       {"set the rate", 2, &RandomController::SetRate},
       {"ask for positions", 4, &RandomController::AskPositions},
-      {"run", 14, &RandomController::Run},
-      {"pause", 7, &RandomController::Pause},
-      {"stop", 7, &RandomController::Stop},
-      {"select a stream", 6, &RandomController::SelectStream, kSwitchLimit},
+      {"run", 14, &RandomController::Run, kLimit, true},
+      {"pause", 7, &RandomController::Pause, kLimit, true},
+      {"stop", 7, &RandomController::Stop, kLimit, true},
+      {"select a stream", 6, &RandomController::SelectStream, kSwitchLimit, true},
       {"set start codes", 3, &RandomController::SetAnnexB},
       {"set separate pins", 3, &RandomController::SetSeparatePins},
       {"set the position", 4, &RandomController::SetPosition},
       {"ask for chapters", 2, &RandomController::AskChapters},
-      {"disconnect a pin", 4, &RandomController::DisconnectPin},
-      {"connect pins", 12, &RandomController::ConnectPins},
+      {"disconnect a pin", 4, &RandomController::DisconnectPin, kLimit, true},
+      {"connect pins", 12, &RandomController::ConnectPins, kLimit, true},
   };
   static const unsigned all = std::accumulate(std::begin(kOperations), std::end(kOperations), 0U,
                                               [](unsigned sum, const Operation& each) { return sum + each.weight; });
@@ -76,6 +79,8 @@ void RandomController::Perform(unsigned operations, unsigned seed) {
   for (unsigned k = 0; k < operations && !m_dog.HasBarked(); ++k) {
     const Operation& operation = Draw(dice);
     {
+      std::optional<CAutoLock> alone;
+      if (operation.needsGraph && !GraphTakesThreads()) alone.emplace(m_graphLock);
       const Watchdog::Call call(m_dog, operation.name, operation.limit);
       (this->*operation.perform)(dice);
     }
@@ -216,7 +221,7 @@ void RandomController::ConnectPins(Dice& dice) {
 }
 
 ComPtr<CSinkFilter> RandomController::Connect(IPin* pin, SinkKind kind) {
-  const auto sink = CSinkFilter::Create(kind);
+  auto sink = CSinkFilter::Create(kind);
   if (m_sinksSeek) {
     sink->OnSample(
         [this, seeking = QueryFor<IMediaSeeking>(pin)](IMediaSample* /*sample*/) { SeekFrom(seeking.Get()); });

@@ -75,6 +75,7 @@ class RandomController {
   std::int64_t m_duration = 0;
   std::atomic<bool> m_sinksSeek;
   std::atomic<unsigned> m_sinkSamples{0};
+  CCritSec m_graphLock{"RandomController graph", LockRank::kController};  // where the graph needs one
   CCritSec m_lock{"RandomController", LockRank::kController};
   Sinks m_sinks;       // under m_lock
   int m_afterEnd = 0;  // of sinks that are gone; under m_lock

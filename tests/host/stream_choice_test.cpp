@@ -19,8 +19,8 @@ const std::vector<StreamReport> kStreams = {
 
 TEST(StreamChoice, WishesAreUnderstood) {
   struct Case {
-    std::uint32_t group;
-    const char* wish;
+    std::uint32_t group = 0;
+    const char* wish = nullptr;
     std::optional<std::uint32_t> index;
   };
   const Case cases[] = {

@@ -112,22 +112,22 @@ TEST(AnnexB, UnitsGetStartCodes) {
   const struct {
     const char* what;
     unsigned lengthSize;
-    Bytes data;
     bool key;
+    Bytes data;
     Bytes expected;
   } cases[] = {
-      {"length of 1 byte", 1, {2, 0x41, 9}, false, unit},
-      {"length of 2 bytes", 2, {0, 2, 0x41, 9}, false, unit},
-      {"length of 3 bytes", 3, {0, 0, 2, 0x41, 9}, false, unit},
-      {"length of 4 bytes", 4, {0, 0, 0, 2, 0x41, 9}, false, unit},
-      {"key frame without sets", 1, {2, 0x41, 9}, true, Joined(kPrefix, unit)},
-      {"key frame with a set", 1, {1, 0x67, 2, 0x41, 9}, true, Joined({0, 0, 0, 1, 0x67}, unit)},
-      {"the set is not its first unit", 1, {2, 0x41, 9, 1, 0x28}, true, Joined(unit, {0, 0, 0, 1, 0x28})},
-      {"empty unit", 1, {0, 2, 0x41, 9}, false, Joined({0, 0, 0, 1}, unit)},
-      {"unit past the end", 1, {200, 0x41, 9}, false, unit},
-      {"greatest length there is", 4, {0xFF, 0xFF, 0xFF, 0xFF, 0x41, 9}, false, unit},
-      {"length cut off", 4, {0, 0, 0, 2, 0x41, 9, 0, 0}, false, unit},
-      {"empty frame", 4, {}, true, kPrefix},
+      {"length of 1 byte", 1, false, {2, 0x41, 9}, unit},
+      {"length of 2 bytes", 2, false, {0, 2, 0x41, 9}, unit},
+      {"length of 3 bytes", 3, false, {0, 0, 2, 0x41, 9}, unit},
+      {"length of 4 bytes", 4, false, {0, 0, 0, 2, 0x41, 9}, unit},
+      {"key frame without sets", 1, true, {2, 0x41, 9}, Joined(kPrefix, unit)},
+      {"key frame with a set", 1, true, {1, 0x67, 2, 0x41, 9}, Joined({0, 0, 0, 1, 0x67}, unit)},
+      {"the set is not its first unit", 1, true, {2, 0x41, 9, 1, 0x28}, Joined(unit, {0, 0, 0, 1, 0x28})},
+      {"empty unit", 1, false, {0, 2, 0x41, 9}, Joined({0, 0, 0, 1}, unit)},
+      {"unit past the end", 1, false, {200, 0x41, 9}, unit},
+      {"greatest length there is", 4, false, {0xFF, 0xFF, 0xFF, 0xFF, 0x41, 9}, unit},
+      {"length cut off", 4, false, {0, 0, 0, 2, 0x41, 9, 0, 0}, unit},
+      {"empty frame", 4, true, {}, kPrefix},
   };
   for (const auto& each : cases) {
     EXPECT_EQ(Converted(each.lengthSize, kSets, each.data, each.key), each.expected) << each.what;

@@ -29,12 +29,23 @@ std::string Describe(const Usage& usage) {
          std::to_string(usage.memory / 1024) + " KiB, " + std::to_string(usage.heap) + " bytes on the heap";
 }
 
-void ExpectBackAt(const Usage& before) {
+namespace {
+
+Usage UsageWhenBackAt(const Usage& before) {
   Usage now;
   for (int attempt = 0; attempt < 100 && !IsBackAt(before, now); ++attempt) {
     SleepMilliseconds(10);
     now = Usage{};
   }
+  return now;
+}
+
+}  // namespace
+
+bool ComesBackTo(const Usage& before) { return IsBackAt(before, UsageWhenBackAt(before)); }
+
+void ExpectBackAt(const Usage& before) {
+  const Usage now = UsageWhenBackAt(before);
   std::cout << "before: " << Describe(before) << "\nafter:  " << Describe(now) << '\n';
   EXPECT_GT(before.handles, 0U) << "nothing is measured";
   EXPECT_GT(before.memory, 0U) << "nothing is measured";

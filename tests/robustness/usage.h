@@ -23,6 +23,8 @@ std::string Describe(const Usage& usage);
 /// Handles, threads and memory are back where they were, or are within a second: a thread that was let go may
 /// still be on its way out. Memory is not looked at in instrumented builds, which keep what is freed.
 void ExpectBackAt(const Usage& before);
+/// The same as an answer.
+bool ComesBackTo(const Usage& before);
 
 /// Calls `use` a few times for what is allocated once, and then so many times without anything left.
 void ExpectNothingLeftBy(int rounds, const std::function<void()>& use);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -53,7 +54,7 @@ TEST(SeekIndex, OfEveryFileIsWhatTheManifestSays) {
     if (!expected.contains("tracks") || kReadDifferently.contains(name)) continue;
     ++compared;
     SCOPED_TRACE(name);
-    std::ifstream bytes(folder + "/" + name, std::ios::binary);
+    std::ifstream bytes(std::filesystem::path(folder) / name, std::ios::binary);
     OpenFile file(ByteString(std::istreambuf_iterator<char>(bytes), {}));
     file.scanner.BuildIndex();
     CompareIndex(file.scanner.Index(), expected.at("expect").at("seek_index"));
@@ -71,7 +72,7 @@ ByteString ThreeClusters(std::uint64_t track = 1) {
 }
 
 TEST(SeekIndex, IsBuiltOnceAlsoWhenNothingCameOfIt) {
-  for (const std::uint64_t track : {1, 2}) {
+  for (const std::uint64_t track : {1U, 2U}) {
     OpenFile file(FileOf(ThreeClusters(track)));
     file.scanner.BuildIndex();
     const std::int64_t reads = file.reader.reads;
@@ -95,7 +96,7 @@ TEST(SeekIndex, FailingReadOrPendingEventLeavesNoneAndItIsTriedAgain) {
 
 TEST(SeekIndex, PositionOutsideTheFileStartsAtTheFront) {
   ByteString points;
-  for (const std::uint64_t time : {0, 1}) {
+  for (const std::uint64_t time : {0U, 1U}) {
     const ByteString position = Join({Unsigned(id::kCueTrack, 1), Unsigned(id::kCueClusterPosition, 1U << 30)});
     points = Join({points, Element(id::kCuePoint,
                                    Join({Unsigned(id::kCueTime, time), Element(id::kCueTrackPositions, position)}))});

@@ -62,6 +62,8 @@ std::map<std::uint64_t, std::uint64_t> ProcessorWaits() {
   return waits;
 }
 
+bool GraphTakesThreads() { return true; }
+
 bool RunsFullByDefault() { return false; }
 
 bool IsInstrumented() {

@@ -133,6 +133,9 @@ std::uint64_t HeapInUse() {
 
 std::map<std::uint64_t, std::uint64_t> ProcessorWaits() { return {}; }
 
+// Wine 8 keeps its list of filters without a lock.
+bool GraphTakesThreads() { return false; }
+
 bool RunsFullByDefault() { return true; }
 
 bool IsInstrumented() { return false; }
