@@ -79,7 +79,7 @@ TEST(PinDelivery, PeerThatRefusesTheAllocatorStaysUnconnected) {
     }
   };
   AudioRig rig(SinkKind::kRecording, false);
-  const auto filter = MakeCom<TestFilter>();
+  const auto filter = MakeCom<TestFilter>(LockRank::kLastFilter);
   auto* input = filter->Add(new Refusing(*filter));
   EXPECT_EQ(rig.pin->Connect(input, nullptr), E_ACCESSDENIED);
   EXPECT_FALSE(rig.pin->IsConnected());

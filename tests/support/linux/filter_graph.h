@@ -82,7 +82,7 @@ class CFilterGraph : public CUnknownImpl<IGraphBuilder, IMediaControl, IMediaEve
   HRESULT ChangeState(OAFilterState state, Change change);
 
   CCritSec m_lock{"CFilterGraph", LockRank::kGraph};  // around every call but questions and events
-  std::vector<ComPtr<IBaseFilter>> m_filters;            // under m_lock
+  std::vector<ComPtr<IBaseFilter>> m_filters;         // under m_lock
   std::atomic<OAFilterState> m_state{State_Stopped};
   CCritSec m_eventLock{"CFilterGraph events", LockRank::kVisited};
   std::deque<Event> m_events;  // under m_eventLock
