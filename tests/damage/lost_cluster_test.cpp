@@ -37,7 +37,7 @@ struct Film {
 ByteString ClusterData(unsigned number) {
   ByteString data = Unsigned(id::kTimecode, number * kFrames * 40ULL);
   for (unsigned k = 0; k < kFrames; ++k) {
-    for (const std::uint64_t track : {1, 2}) {
+    for (const std::uint64_t track : {1U, 2U}) {
       const auto time = static_cast<std::int16_t>(k * 40);
       data = Join({data, SimpleBlock(track, time, Noise(2000 + 2000 * track, 100 * number + 2 * k + track))});
     }
