@@ -32,26 +32,26 @@ bool IsFine(HRESULT result) { return result == S_OK || result == VFW_E_NOT_CONNE
 struct RandomController::Operation {
   const char* name;
   unsigned weight;
+  bool needsGraph;  // changes its filters or its state
   void (RandomController::*perform)(Dice& dice);
   milliseconds limit = kLimit;
-  bool needsGraph = false;  // changes its filters or its state
 };
 
 const RandomController::Operation& RandomController::Draw(Dice& dice) {
   static constexpr Operation kOperations[] = {
-      {"seek", 36, &RandomController::Seek},
-      {"set the rate", 2, &RandomController::SetRate},
-      {"ask for positions", 4, &RandomController::AskPositions},
-      {"run", 14, &RandomController::Run, kLimit, true},
-      {"pause", 7, &RandomController::Pause, kLimit, true},
-      {"stop", 7, &RandomController::Stop, kLimit, true},
-      {"select a stream", 6, &RandomController::SelectStream, kSwitchLimit, true},
-      {"set start codes", 3, &RandomController::SetAnnexB},
-      {"set separate pins", 3, &RandomController::SetSeparatePins},
-      {"set the position", 4, &RandomController::SetPosition},
-      {"ask for chapters", 2, &RandomController::AskChapters},
-      {"disconnect a pin", 4, &RandomController::DisconnectPin, kLimit, true},
-      {"connect pins", 12, &RandomController::ConnectPins, kLimit, true},
+      {"seek", 36, false, &RandomController::Seek},
+      {"set the rate", 2, false, &RandomController::SetRate},
+      {"ask for positions", 4, false, &RandomController::AskPositions},
+      {"run", 14, true, &RandomController::Run},
+      {"pause", 7, true, &RandomController::Pause},
+      {"stop", 7, true, &RandomController::Stop},
+      {"select a stream", 6, true, &RandomController::SelectStream, kSwitchLimit},
+      {"set start codes", 3, false, &RandomController::SetAnnexB},
+      {"set separate pins", 3, false, &RandomController::SetSeparatePins},
+      {"set the position", 4, false, &RandomController::SetPosition},
+      {"ask for chapters", 2, false, &RandomController::AskChapters},
+      {"disconnect a pin", 4, true, &RandomController::DisconnectPin},
+      {"connect pins", 12, true, &RandomController::ConnectPins},
   };
   static const unsigned all = std::accumulate(std::begin(kOperations), std::end(kOperations), 0U,
                                               [](unsigned sum, const Operation& each) { return sum + each.weight; });
