@@ -54,7 +54,8 @@ std::string Words(const std::vector<SinkEvent>& events) {
   std::string words;
   for (const SinkEvent& event : events) {
     const std::string start = std::to_string(event.start / kMillisecond);
-    if (event.kind == SinkEvent::Kind::kBeginFlush) words.clear();  // what came before does not count
+    // What came before does not count, nor what crossed with the flush.
+    if (event.kind == SinkEvent::Kind::kEndFlush) words.clear();
     if (event.kind == SinkEvent::Kind::kNewSegment) words += "@" + start + ' ';
     if (event.kind == SinkEvent::Kind::kEndOfStream) words += "end ";
     if (event.kind != SinkEvent::Kind::kSample) continue;
