@@ -4,8 +4,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <span>
-#include <vector>
 
 #include "scanner/async_callback.h"
 
@@ -17,17 +18,25 @@ class CByteWindow {
 
   /// The bytes from `position` on: at least `atLeast` of them, unless the stream ends before. When they
   /// have to be read, `chunk` are. One zero byte counts as following the stream, as the byte source gives
-  /// it. Valid until the next call.
+  /// it. Valid until bytes are read again.
   std::span<const std::uint8_t> From(std::uint64_t position, std::size_t atLeast, std::size_t chunk);
 
+  /// Reads `size` bytes, or as many as there are before the end of the stream. `position` is not behind it.
+  void Load(std::uint64_t position, std::size_t size);
+
+  /// These bytes of the stream when all of them have been read; nothing else is done. Valid as From's.
+  std::optional<std::span<const std::uint8_t>> Loaded(std::uint64_t position, std::uint64_t size) const;
+
   /// Forgets what was read: the stream may be another one by now.
-  void Clear() { m_bytes.clear(); }
+  void Clear() { m_size = 0; }
 
  private:
-  void Load(std::uint64_t position, std::size_t chunk);
+  void MakeRoom(std::size_t size);
 
   CAsyncCallback& m_source;
-  std::vector<std::uint8_t> m_bytes;
+  std::unique_ptr<std::uint8_t[]> m_bytes;
+  std::size_t m_capacity = 0;
+  std::size_t m_size = 0;     // bytes that are there
   std::uint64_t m_start = 0;  // stream position of the first
 };
 

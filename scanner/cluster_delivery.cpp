@@ -5,7 +5,6 @@
 
 #include <limits>
 #include <string>
-#include <vector>
 
 #include "framework/log.h"
 #include "scanner/element_walker.h"
@@ -26,19 +25,23 @@ bool CClusterDelivery::DeliverCluster(KaxCluster* cluster) {
     LogText("CEbmlScanner::DeliverCluster !cluster exiting");
     return false;
   }
-  m_clock.BeginCluster();
+  BeginCluster();
   return DeliverMore(*cluster);
 }
 
 bool CClusterDelivery::DeliverMore(const KaxCluster& cluster) {
   for (libebml::EbmlElement* child : cluster) {
-    if (m_eventsPending()) {
-      LogText("CEbmlScanner::DeliverCluster exiting");
-      return false;
-    }
-    if (!DeliverChild(*child)) return false;
+    if (!DeliverNext(*child)) return false;
   }
   return true;
+}
+
+bool CClusterDelivery::DeliverNext(libebml::EbmlElement& child) {
+  if (m_eventsPending()) {
+    LogText("CEbmlScanner::DeliverCluster exiting");
+    return false;
+  }
+  return DeliverChild(child);
 }
 
 bool CClusterDelivery::DeliverChild(libebml::EbmlElement& child) {
@@ -64,13 +67,13 @@ bool CClusterDelivery::DeliverSimpleBlock(KaxSimpleBlock& block) {
 }
 
 bool CClusterDelivery::DeliverBlockGroup(const KaxBlockGroup& group) {
-  std::vector<libebml::EbmlElement*> children;
+  m_groupChildren.clear();
   for (libebml::EbmlElement* child : group) {
     const bool wanted = ElementAs<KaxReferenceBlock>(child) != nullptr ||
                         ElementAs<KaxBlockDuration>(child) != nullptr || ElementAs<KaxBlock>(child) != nullptr;
-    if (wanted) children.push_back(child);
+    if (wanted) m_groupChildren.push_back(child);
   }
-  return DeliverBlockGroupBlocks(children);
+  return DeliverBlockGroupBlocks(m_groupChildren);
 }
 
 bool CClusterDelivery::DeliverBlockGroupBlocks(std::span<libebml::EbmlElement* const> children) {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <vector>
 
 #include "scanner/block_time.h"
 #include "scanner/frame_info.h"
@@ -23,14 +24,16 @@ class CClusterClock {
   explicit CClusterClock(std::uint64_t timecodeScale) : m_scale(timecodeScale) {}
 
   void BeginCluster() { m_clusterTime = 0; }
-  void SetTimecode(const libmatroska::KaxClusterTimecode& timecode) { m_clusterTime = timecode.GetValue() * m_scale; }
+  void SetTimecode(const libmatroska::KaxClusterTimecode& timecode) { SetTimecode(timecode.GetValue()); }
+  void SetTimecode(std::uint64_t ticks) { m_clusterTime = ticks * m_scale; }
 
   /// 100 ns units.
   std::uint64_t ClusterTime() const { return m_clusterTime / kNanosecondsPerUnit; }
   /// 100 ns units; before zero the two's complement.
   std::uint64_t TimeOf(const libmatroska::KaxInternalBlock& block) const {
-    return BlockUnits(m_clusterTime, block.GetRelativeTimestamp(), m_scale);
+    return TimeOf(block.GetRelativeTimestamp());
   }
+  std::uint64_t TimeOf(std::int16_t relative) const { return BlockUnits(m_clusterTime, relative, m_scale); }
 
  private:
   const std::uint64_t m_scale;
@@ -53,6 +56,10 @@ class CClusterDelivery {
   bool DeliverCluster(libmatroska::KaxCluster* cluster);
   /// The next children of the same Cluster. False: stop.
   bool DeliverMore(const libmatroska::KaxCluster& cluster);
+  // The same one child after the other.
+  void BeginCluster() { m_clock.BeginCluster(); }
+  /// False: stop.
+  bool DeliverNext(libebml::EbmlElement& child);
   /// False: stop.
   bool DeliverSimpleBlock(libmatroska::KaxSimpleBlock& block);
   /// Blocks, durations and references of one group; the last block counts.
@@ -69,6 +76,7 @@ class CClusterDelivery {
   const std::function<bool()>& m_eventsPending;
   const std::uint64_t m_timecodeScale;
   CClusterClock m_clock;
+  std::vector<libebml::EbmlElement*> m_groupChildren;  // kept for its room
 };
 
 }  // namespace tarvex

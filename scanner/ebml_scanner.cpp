@@ -3,6 +3,7 @@
 #include <ebml/EbmlHead.h>
 #include <ebml/EbmlSubHead.h>
 #include <matroska/KaxChapters.h>
+#include <matroska/KaxCues.h>
 #include <matroska/KaxInfo.h>
 #include <matroska/KaxInfoData.h>
 #include <matroska/KaxSemantic.h>
@@ -23,6 +24,7 @@ namespace tarvex {
 
 void CEbmlScanner::Reset() noexcept {
   m_stream.reset();
+  m_segment.reset();
   m_byteSource.Detach();
   m_callback = nullptr;
   m_seekIndex.clear();
@@ -44,20 +46,21 @@ void CEbmlScanner::InitializeStream(IAsyncReader* reader) {
 void CEbmlScanner::CanProcess(IAsyncReader* reader) {
   InitializeStream(reader);
   ReadHeaders();
+  ReadSeekHead();
   ReadChapterList();
   ReadDocType();
 }
 
 void CEbmlScanner::ReadHeaders() {
   CElementWalker walker(*m_stream, m_byteSource);
-  const auto segment = walker.FindSegment();
-  if (!segment) throw MessageError("<CEbmlScanner::CanProcess> No segment/level 0 element found");
-  m_segmentSize = segment->IsFiniteSize() ? segment->GetSize() : m_byteSource.Length();
-  m_segmentDataStart = segment->GetDataStart();
+  m_segment = walker.FindSegment();
+  if (!m_segment) throw MessageError("<CEbmlScanner::CanProcess> No segment/level 0 element found");
+  m_segmentSize = m_segment->IsFiniteSize() ? m_segment->GetSize() : m_byteSource.Length();
+  m_segmentDataStart = m_segment->GetDataStart();
   // Either may come first, and a second one of a kind counts as the other.
   constexpr int kHeaders = 2;
   for (int headers = 0; headers < kHeaders;) {
-    const ElementPtr child = walker.FindNextChild(*segment);
+    const ElementPtr child = walker.FindNextChild(*m_segment);
     if (!child) return;
     if (auto* info = ElementAs<libmatroska::KaxInfo>(child.get())) {
       walker.ReadMaster(*info);
@@ -82,11 +85,18 @@ void CEbmlScanner::ReadInfo(libebml::EbmlMaster& info) {
   }
 }
 
+// While its bytes are at hand: what it leads to is needed later, from other places.
+void CEbmlScanner::ReadSeekHead() {
+  CElementWalker walker(*m_stream, m_byteSource);
+  walker.MoveTo(m_segmentDataStart);
+  m_cuesPosition = walker.SeekHeadPosition(*m_segment, EBML_ID(libmatroska::KaxCues));
+  walker.MoveTo(m_segmentDataStart);
+  m_chaptersPosition = walker.SeekHeadPosition(*m_segment, EBML_ID(libmatroska::KaxChapters));
+}
+
 void CEbmlScanner::ReadChapterList() {
   CElementWalker walker(*m_stream, m_byteSource);
-  const auto segment = walker.FindSegment();
-  if (!segment) return;
-  const auto chapters = walker.FindThroughSeekHead<libmatroska::KaxChapters>(*segment);
+  const auto chapters = walker.FindAt<libmatroska::KaxChapters>(*m_segment, m_chaptersPosition);
   if (!chapters) return;
   walker.ReadMaster(*chapters);
   m_info.chapters = ReadChapters(*chapters);
@@ -124,14 +134,15 @@ void CEbmlScanner::FillIndex(Fill&& fill) {
     LogText(error.what());  // playing starts from the front meanwhile
     m_seekIndex.clear();
   }
+  m_isIndexSorted = IsIndexSorted(m_seekIndex);
   m_byteSource.setFilePointer(0);
 }
 
 void CEbmlScanner::ReadCues() {
-  if (!m_stream || m_cuesRead) return;
+  if (!m_stream || !m_segment || m_cuesRead) return;
   FillIndex([this] {
     CElementWalker walker(*m_stream, m_byteSource);
-    m_seekIndex = IndexFromCues(walker, m_info);
+    m_seekIndex = IndexFromCues(walker, *m_segment, m_cuesPosition, m_info.TimecodeScale());
     m_cuesRead = true;
   });
 }
@@ -144,41 +155,53 @@ void CEbmlScanner::BuildIndex() {
 
 void CEbmlScanner::ScanClusters() {
   CElementWalker walker(*m_stream, m_byteSource);
-  auto index = IndexFromClusters(walker, m_info, [this] { return EventsPending(); });
+  walker.MoveTo(m_segmentDataStart);
+  auto index = IndexFromClusters(walker, *m_segment, m_info, [this] { return EventsPending(); });
   if (!index) return;
   m_seekIndex = std::move(*index);
   m_clustersScanned = true;
 }
 
 bool CEbmlScanner::Process() {
-  if (!m_stream) return false;
+  if (!m_stream || !m_segment) return false;
   if (m_startTime != 0) {
     BuildIndex();
     if (EventsPending()) return true;  // perhaps in the midst of it
   }
   CElementWalker walker(*m_stream, m_byteSource);
-  const auto segment = walker.FindSegment();
-  if (!segment) return false;
+  walker.MoveTo(m_segmentDataStart);
   GoToStart(walker);
   const std::function<bool(const FrameInfo&)> onFrame = [this](const FrameInfo& frame) { return OnData(frame); };
   const std::function<bool()> eventsPending = [this] { return EventsPending(); };
   CClusterDelivery delivery(m_info, onFrame, eventsPending);
-  while (const auto cluster = walker.FindNextCluster(*segment)) {
-    bool goesOn = true;
-    bool isFirst = true;
-    walker.ReadCluster(*cluster, [&] {
-      goesOn = std::exchange(isFirst, false) ? delivery.DeliverCluster(cluster.get()) : delivery.DeliverMore(*cluster);
-      return goesOn;
-    });
-    if (!goesOn) return true;
+  while (const auto cluster = walker.FindNextCluster(*m_segment)) {
+    if (!DeliverCluster(walker, *cluster, delivery)) return true;
   }
   return false;
+}
+
+// Whole before any of it is delivered, but where it can be as bytes, not as a tree of elements.
+bool CEbmlScanner::DeliverCluster(CElementWalker& walker, libmatroska::KaxCluster& cluster,
+                                  CClusterDelivery& delivery) {
+  bool goesOn = true;
+  if (walker.Load(cluster)) {
+    delivery.BeginCluster();
+    walker.ReadEachChild(cluster, CMasterReader::Frames::kRead,
+                         [&](libebml::EbmlElement& child) { return goesOn = delivery.DeliverNext(child); });
+    return goesOn;
+  }
+  bool isFirst = true;
+  walker.ReadCluster(cluster, [&] {
+    goesOn = std::exchange(isFirst, false) ? delivery.DeliverCluster(&cluster) : delivery.DeliverMore(cluster);
+    return goesOn;
+  });
+  return goesOn;
 }
 
 // One entry earlier than the one that covers the start, so that decoders have a picture before it.
 void CEbmlScanner::GoToStart(CElementWalker& walker) const {
   if (m_startTime == 0 || m_seekIndex.empty()) return;
-  std::int32_t entry = FindIndexEntry(m_seekIndex, m_startTime, Duration());
+  std::int32_t entry = FindIndexEntry(m_seekIndex, m_startTime, Duration(), m_isIndexSorted);
   if (entry > 0) --entry;
   walker.MoveTo(m_seekIndex[static_cast<std::size_t>(entry)].position);
 }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <ebml/EbmlStream.h>
+#include <matroska/KaxSegment.h>
 
 #include <cstdint>
 #include <memory>
@@ -23,6 +24,8 @@
 #include "scanner/seek_point.h"
 
 namespace tarvex {
+
+class CClusterDelivery;
 
 /// Times are 100 ns units. What the byte source throws (MessageError) passes through every operation
 /// that reads, and so does std::bad_alloc.
@@ -95,9 +98,11 @@ class CEbmlScanner {
   void InitializeStream(IAsyncReader* reader);
   void ReadHeaders();
   void ReadInfo(libebml::EbmlMaster& info);
+  void ReadSeekHead();
   void ReadChapterList();
   void ReadDocType();
   void GoToStart(CElementWalker& walker) const;
+  static bool DeliverCluster(CElementWalker& walker, libmatroska::KaxCluster& cluster, CClusterDelivery& delivery);
   template <class Fill>
   void FillIndex(Fill&& fill);
   void ScanClusters();
@@ -106,7 +111,11 @@ class CEbmlScanner {
   CMatroskaCallback* m_callback = nullptr;
   std::uint64_t m_segmentDataStart = 0;
   std::uint64_t m_segmentSize = 0;
+  std::unique_ptr<libmatroska::KaxSegment> m_segment;  // without what is in it; null while nothing is open
+  std::uint64_t m_cuesPosition = 0;                    // as the SeekHead says; 0 when it does not
+  std::uint64_t m_chaptersPosition = 0;
   std::vector<SeekPoint> m_seekIndex;  // in file order
+  bool m_isIndexSorted = false;
   bool m_cuesRead = false;
   bool m_clustersScanned = false;
   std::uint64_t m_startTime = 0;

@@ -39,6 +39,11 @@ class CHeaderProbe : public libebml::IOCallback {
 
 bool BeginsLongId(std::uint8_t byte) { return byte >> 4 == 1; }
 
+/// No more than may be looked at, so that what was read up to there is enough.
+std::size_t HeadBytesBefore(std::uint64_t end, std::uint64_t position) {
+  return static_cast<std::size_t>(std::min<std::uint64_t>(ElementHeader::kMaxBytes, end - position));
+}
+
 bool IsChecksum(const ElementHeader& header) { return header.id == EBML_ID_VALUE(EBML_ID(libebml::EbmlCrc32)); }
 
 }  // namespace
@@ -46,7 +51,7 @@ bool IsChecksum(const ElementHeader& header) { return header.id == EBML_ID_VALUE
 std::optional<FoundElement> CElementSearch::From(std::uint64_t position) {
   const std::uint64_t end = std::min(m_end, m_streamLength + 1);
   for (std::size_t chunk = kFirstChunk; position < end;) {
-    auto bytes = m_window.From(position, ElementHeader::kMaxBytes, chunk);
+    auto bytes = m_window.From(position, HeadBytesBefore(end, position), chunk);
     if (bytes.size() > end - position) bytes = bytes.first(static_cast<std::size_t>(end - position));
     // A head that the chunk cuts is looked at in the next one.
     const bool isLast = bytes.size() == end - position;
@@ -69,7 +74,7 @@ std::optional<FoundElement> CElementSearch::From(std::uint64_t position) {
 
 std::optional<FoundElement> CElementSearch::At(std::uint64_t position) {
   if (position >= m_end) return std::nullopt;
-  const auto bytes = m_window.From(position, ElementHeader::kMaxBytes, ElementHeader::kMaxBytes);
+  const auto bytes = m_window.From(position, HeadBytesBefore(m_end, position), ElementHeader::kMaxBytes);
   return LookAt(position,
                 bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), m_end - position))));
 }

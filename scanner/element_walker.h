@@ -45,8 +45,12 @@ class CElementWalker {
   /// Reads a Cluster and calls `portion`, more than once when it is too much to be kept, until that answers
   /// false.
   void ReadCluster(libmatroska::KaxCluster& cluster, const CMasterReader::Portion& portion);
-  /// As ReadMaster, but shows each child in turn instead of keeping it.
+  /// As ReadMaster, but shows each child in turn instead of keeping it. When the visitor has seen enough, the
+  /// position is somewhere.
   void ReadEachChild(libebml::EbmlMaster& element, CMasterReader::Frames frames, const CMasterReader::Visitor& visit);
+  /// Reads the bytes of `element` in one piece for ReadEachChild, which is to follow at once. False when that
+  /// cannot be.
+  bool Load(const libebml::EbmlMaster& element) { return m_masterReader.Load(element); }
 
   /// Moves behind an element's data. One that ends behind the stream is not moved behind; one of unknown
   /// size ends at the first element that belongs further up.
@@ -62,15 +66,24 @@ class CElementWalker {
   /// be the Segment's data, whose first child the SeekHead has to be.
   std::uint64_t SeekHeadPosition(const libmatroska::KaxSegment& segment, const libebml::EbmlId& id);
 
-  /// The `T` that the SeekHead leads to, positioned at its data, or null.
+  /// The `T` that is the next element from `position` on, positioned at its data, or null.
   template <class T>
-  std::unique_ptr<T> FindThroughSeekHead(const libmatroska::KaxSegment& segment) {
-    MoveTo(SeekHeadPosition(segment, EBML_ID(T)));
+  std::unique_ptr<T> FindAt(const libmatroska::KaxSegment& segment, std::uint64_t position) {
+    MoveTo(position);
     ElementPtr element = FindNextChild(segment);
     T* found = ElementAs<T>(element.get());
     if (found == nullptr) return nullptr;
     static_cast<void>(element.release());
     return std::unique_ptr<T>(found);
+  }
+
+  /// The bytes from `position` on, as CByteWindow::From; valid until the next call of any kind.
+  std::span<const std::uint8_t> Bytes(std::uint64_t position, std::size_t atLeast, std::size_t chunk) {
+    return m_window.From(position, atLeast, chunk);
+  }
+  /// The element is of known size and ends within the stream.
+  bool IsWhole(const libebml::EbmlElement& element) const {
+    return element.IsFiniteSize() && element.GetEndPosition() <= m_source.Length();
   }
 
   std::uint64_t Position() { return m_source.getFilePointer(); }

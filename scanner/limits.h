@@ -20,6 +20,8 @@ inline constexpr std::int64_t kHeaderMemory = 4 * kMebibyte;
 /// Bytes that a Cluster's objects may take at a time, beside its data; it is read in portions when they
 /// would take more. Also of one entry of a list that is read entry by entry.
 inline constexpr std::int64_t kClusterMemory = 24 * kMebibyte;
+/// Bytes of a Cluster that is read in one piece.
+inline constexpr std::uint64_t kPiece = 8 * kMebibyte;
 
 /// Bytes that an element takes as an object, rounded up from the largest that was measured.
 inline constexpr std::int64_t kElementMemory = 320;

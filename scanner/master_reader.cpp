@@ -2,11 +2,13 @@
 
 #include <ebml/EbmlUnicodeString.h>
 #include <matroska/KaxBlock.h>
+#include <matroska/KaxCluster.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 #include "scanner/limits.h"
 
@@ -48,6 +50,28 @@ class CBlockHead : public libebml::IOCallback {
   std::span<const std::uint8_t> m_head;
 };
 
+/// Shows an element the data that it is to read.
+class CLoadedData : public libebml::IOCallback {
+ public:
+  CLoadedData(std::uint64_t position, std::span<const std::uint8_t> data) : m_position(position), m_data(data) {}
+
+  std::uint32_t read(void* buffer, std::size_t size) override {
+    const std::size_t bytes = std::min(size, m_data.size());
+    if (bytes != 0) std::memcpy(buffer, m_data.data(), bytes);
+    m_data = m_data.subspan(bytes);
+    m_position += bytes;
+    return static_cast<std::uint32_t>(bytes);
+  }
+  void setFilePointer(std::int64_t /*offset*/, libebml::seek_mode /*mode*/) override {}
+  std::size_t write(const void* /*buffer*/, std::size_t /*size*/) override { return 0; }
+  std::uint64_t getFilePointer() override { return m_position; }
+  void close() override {}
+
+ private:
+  std::uint64_t m_position;
+  std::span<const std::uint8_t> m_data;
+};
+
 bool IsBlock(const libebml::EbmlElement& element) {
   const libebml::EbmlId id(element);
   return id == EBML_ID(libmatroska::KaxSimpleBlock) || id == EBML_ID(libmatroska::KaxBlock);
@@ -85,6 +109,8 @@ struct CMasterReader::Level {
   libebml::EbmlMaster& master;
   const Visitor* visit = nullptr;    // null: children are kept
   const Portion* portion = nullptr;  // null: all of them together
+  bool hasBlocks = false;            // to be shown as they lie in the window
+  std::uint64_t end;                 // where the master ends, kNoEnd when that is not known
   CElementSearch search;
 };
 
@@ -109,9 +135,18 @@ std::optional<std::uint64_t> CMasterReader::ReadCluster(libebml::EbmlMaster& clu
   return ReadOutermost(cluster, nullptr, &portion);
 }
 
+bool CMasterReader::Load(const libebml::EbmlMaster& master) {
+  const std::uint64_t start = master.GetDataStart();
+  const std::uint64_t left = m_source.Length() - std::min(start, m_source.Length());
+  if (!master.IsFiniteSize() || master.GetSize() > std::min(left, limits::kPiece)) return false;
+  m_window.Load(start, static_cast<std::size_t>(master.GetSize()));
+  m_isLoaded = true;
+  return true;
+}
+
 std::optional<std::uint64_t> CMasterReader::ReadOutermost(libebml::EbmlMaster& master, const Visitor* visit,
                                                           const Portion* portion) {
-  m_window.Clear();
+  if (!std::exchange(m_isLoaded, false)) m_window.Clear();
   m_stopped = false;
   const LevelEnd end = ReadLevel(master, visit, portion);
   m_source.setFilePointer(static_cast<std::int64_t>(std::min(end.position, m_source.Length())));
@@ -124,11 +159,21 @@ CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, co
   const CDepth depth(m_depth);
   RemoveChildren(master);
   const std::uint64_t end = master.IsFiniteSize() ? master.GetEndPosition() : CElementSearch::kNoEnd;
+  const bool hasBlocks =
+      visit != nullptr && m_frames == Frames::kRead && libebml::EbmlId(master) == EBML_ID(libmatroska::KaxCluster);
   Level level{
-      master, visit, portion,
+      master,
+      visit,
+      portion,
+      hasBlocks && master.IsFiniteSize(),
+      end,
       CElementSearch(m_window, m_source.Length(), m_ids, EBML_CONTEXT(&master), CElementSearch::Unknown::kSkip, end)};
   LevelEnd at{0, master.GetDataStart()};
   while (at.upperLevel == 0 && MayGoOn(level)) {
+    if (const auto next = level.hasBlocks ? ReadLoadedBlock(level, at.position) : std::nullopt) {
+      at = *next;
+      continue;
+    }
     auto found = level.search.From(at.position);
     if (!found) return {0, std::min(end, m_source.Length())};
     at = ReadChild(level, std::move(*found));
@@ -138,6 +183,7 @@ CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, co
 
 // A portion ends early enough for the next child to be kept whole.
 bool CMasterReader::MayGoOn(const Level& level) {
+  if (level.visit != nullptr && m_stopped) return false;
   if (level.portion == nullptr) return m_memory >= limits::kElementMemory;
   if (m_memory < limits::kClusterMemory / 2) {
     m_stopped = !(*level.portion)();
@@ -145,6 +191,24 @@ bool CMasterReader::MayGoOn(const Level& level) {
     m_memory = limits::kClusterMemory;
   }
   return !m_stopped;
+}
+
+// A SimpleBlock that is to be shown and whose bytes are there is found here as the search would find it, but
+// without an element of its own. Nothing when it is for the search.
+std::optional<CMasterReader::LevelEnd> CMasterReader::ReadLoadedBlock(Level& level, std::uint64_t position) {
+  constexpr std::uint64_t kSmallest = 4;
+  if (position >= level.end) return std::nullopt;
+  const auto rest = m_window.Loaded(position, level.end - position);
+  if (!rest) return std::nullopt;
+  const auto header = ParseElementHeader(*rest);
+  if (!header || header->id != EBML_ID_VALUE(EBML_ID(libmatroska::KaxSimpleBlock))) return std::nullopt;
+  const std::size_t room = rest->size() - header->Length();
+  if (!header->sizeKnown || header->size < kSmallest || header->size > room || header->size >= limits::kElement) {
+    return std::nullopt;
+  }
+  const auto size = static_cast<std::size_t>(header->size);
+  if (m_block.Become(position, *header, rest->subspan(header->Length(), size))) Show(level, m_block);
+  return LevelEnd{0, position + header->Length() + size};
 }
 
 // Where to go on, or that the level has ended.
@@ -183,6 +247,11 @@ CMasterReader::LevelEnd CMasterReader::ReadValue(Level& level, FoundElement foun
 
 void CMasterReader::ReadData(FoundElement& found) {
   if (m_frames == Frames::kLeaveOut && IsBlock(*found.element) && ReadBlockHead(found)) return;
+  if (const auto data = m_window.Loaded(found.dataPosition, found.element->GetSize())) {
+    CLoadedData input(found.dataPosition, *data);
+    found.element->ReadData(input, libebml::SCOPE_ALL_DATA);
+    return;
+  }
   m_source.setFilePointer(static_cast<std::int64_t>(found.dataPosition));
   found.element->ReadData(m_source, libebml::SCOPE_ALL_DATA);
 }
@@ -212,14 +281,15 @@ CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElemen
 }
 
 void CMasterReader::Take(Level& level, ElementPtr element) {
-  if (level.visit != nullptr) {
-    (*level.visit)(*element);
-    m_memory = limits::kClusterMemory;
-    return;
-  }
+  if (level.visit != nullptr) return Show(level, *element);
   m_memory -= MemoryOf(*element);
   level.master.PushElement(*element);
   static_cast<void>(element.release());
+}
+
+void CMasterReader::Show(const Level& level, libebml::EbmlElement& element) {
+  m_stopped = !(*level.visit)(element);
+  m_memory = limits::kClusterMemory;
 }
 
 bool CMasterReader::Fits(const libebml::EbmlElement& element) const { return MemoryOf(element) <= m_memory; }

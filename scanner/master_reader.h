@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "scanner/async_callback.h"
+#include "scanner/borrowed_block.h"
 #include "scanner/byte_window.h"
 #include "scanner/element_search.h"
 #include "scanner/known_ids.h"
@@ -25,7 +26,8 @@ class CMasterReader {
     kLeaveOut,  ///< most blocks get only their heads; what stands for their frames is undefined
   };
 
-  using Visitor = std::function<void(libebml::EbmlElement&)>;
+  /// False: shown enough.
+  using Visitor = std::function<bool(libebml::EbmlElement&)>;
   using Portion = std::function<bool()>;
 
   CMasterReader(CAsyncCallback& source, CByteWindow& window, CKnownIdTables& ids)
@@ -41,6 +43,10 @@ class CMasterReader {
   /// called several times, each time with the next of them, until it answers false.
   std::optional<std::uint64_t> ReadCluster(libebml::EbmlMaster& cluster, const Portion& portion);
 
+  /// Reads the bytes of `master` in one piece, so that nothing is read from the stream when ReadEach follows
+  /// at once. False when they are too many, are not all there, or have no known number.
+  bool Load(const libebml::EbmlMaster& master);
+
  private:
   /// How the reading of one level ended.
   struct LevelEnd {
@@ -52,6 +58,7 @@ class CMasterReader {
   std::optional<std::uint64_t> ReadOutermost(libebml::EbmlMaster& master, const Visitor* visit, const Portion* portion);
   LevelEnd ReadLevel(libebml::EbmlMaster& master, const Visitor* visit, const Portion* portion);
   bool MayGoOn(const Level& level);
+  std::optional<LevelEnd> ReadLoadedBlock(Level& level, std::uint64_t position);
   LevelEnd ReadChild(Level& level, FoundElement found);
   LevelEnd ReadValue(Level& level, FoundElement found);
   LevelEnd ReadMasterChild(Level& level, FoundElement found);
@@ -59,6 +66,7 @@ class CMasterReader {
   void ReadData(FoundElement& found);
   bool ReadBlockHead(FoundElement& found);
   void Take(Level& level, ElementPtr element);
+  void Show(const Level& level, libebml::EbmlElement& element);
   bool Fits(const libebml::EbmlElement& element) const;
   std::int64_t MemoryOf(const libebml::EbmlElement& element) const;
 
@@ -66,6 +74,8 @@ class CMasterReader {
   CByteWindow& m_window;
   CKnownIdTables& m_ids;
   Frames m_frames = Frames::kRead;
+  CBorrowedBlock m_block;   // the one that is shown
+  bool m_isLoaded = false;  // the next master's bytes are
   int m_depth = 0;
   std::int64_t m_memory = 0;  // bytes that elements may still take
   bool m_stopped = false;

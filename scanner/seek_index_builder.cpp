@@ -8,9 +8,14 @@
 #include <matroska/KaxCuesData.h>
 #include <matroska/KaxSemantic.h>
 
+#include <algorithm>
+#include <span>
+
 #include "scanner/block_time.h"
 #include "scanner/cluster_delivery.h"
+#include "scanner/element_header.h"
 #include "scanner/limits.h"
+#include "scanner/plain_elements.h"
 
 namespace tarvex {
 
@@ -29,6 +34,19 @@ using libmatroska::KaxSimpleBlock;
 namespace {
 
 constexpr std::uint64_t kIndexedTrack = 1;
+
+namespace id {
+constexpr std::uint32_t kTimecode = 0xE7;
+constexpr std::uint32_t kPosition = 0xA7;
+constexpr std::uint32_t kPrevSize = 0xAB;
+constexpr std::uint32_t kVoid = 0xEC;
+constexpr std::uint32_t kSimpleBlock = 0xA3;
+constexpr std::uint32_t kBlockGroup = 0xA0;
+constexpr std::uint32_t kBlock = 0xA1;
+constexpr std::uint32_t kBlockDuration = 0x9B;
+constexpr std::uint32_t kReferenceBlock = 0xFB;
+constexpr std::uint32_t kDiscardPadding = 0x75A2;
+}  // namespace id
 
 // At the limit every second entry goes, which leaves it as even as it was, and a seek a little earlier.
 void AddEntry(const SeekPoint& entry, std::vector<SeekPoint>& index) {
@@ -62,6 +80,71 @@ void AddCuePoint(const KaxCuePoint& point, const KaxSegment& segment, std::uint6
   AddEntry({segment.GetGlobalPosition(positions->ClusterPosition()), nanoseconds / kNanosecondsPerUnit}, index);
 }
 
+/// Walks over the children of a master that is whole, reading little more than is looked at.
+class CPlainWalk {
+ public:
+  CPlainWalk(CElementWalker& walker, const libebml::EbmlMaster& master, std::size_t chunk)
+      : m_walker(walker), m_position(master.GetDataStart()), m_end(master.GetEndPosition()), m_chunk(chunk) {}
+
+  bool IsAtEnd() const { return m_position >= m_end; }
+  std::uint64_t Position() const { return m_position; }
+  /// The head of the next child; nothing when it is none of known size that ends within the master.
+  std::optional<ElementHeader> Head() {
+    const auto header = ParseElementHeader(Bytes(m_position, ElementHeader::kMaxBytes));
+    if (!header || !header->sizeKnown || header->size > m_end - m_position - header->Length()) return std::nullopt;
+    return header;
+  }
+  /// Bytes of the child with this head, from its data on: at least `count` if it has so many.
+  std::span<const std::uint8_t> Data(const ElementHeader& header, std::uint64_t count) {
+    const std::uint64_t wanted = std::min(count, header.size);
+    return Bytes(m_position + header.Length(), wanted).first(static_cast<std::size_t>(wanted));
+  }
+  void Pass(const ElementHeader& header) { m_position += header.Length() + header.size; }
+  void Enter(const ElementHeader& header) { m_position += header.Length(); }
+
+ private:
+  std::span<const std::uint8_t> Bytes(std::uint64_t position, std::uint64_t atLeast) {
+    const std::uint64_t left = m_end - position;
+    const auto bytes = m_walker.Bytes(position, static_cast<std::size_t>(std::min(atLeast, left)),
+                                      static_cast<std::size_t>(std::min<std::uint64_t>(m_chunk, left)));
+    return bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), left)));
+  }
+
+  CElementWalker& m_walker;
+  std::uint64_t m_position;
+  const std::uint64_t m_end;
+  const std::size_t m_chunk;
+};
+
+void Reserve(std::vector<SeekPoint>& index, std::uint64_t entries) {
+  index.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(entries, limits::kIndexEntries)));
+}
+
+/// Cues as muxers write them, without an object for each element. False when there is anything else in them;
+/// then `index` is as it was.
+bool AddPlainCues(CElementWalker& walker, const KaxCues& cues, const KaxSegment& segment, std::uint64_t scale,
+                  std::vector<SeekPoint>& index) {
+  constexpr std::size_t kChunk = std::size_t{1} << 20;
+  constexpr std::uint64_t kLongestPoint = 1u << 16;
+  if (!walker.IsWhole(cues)) return false;
+  const std::uint64_t start = segment.GetGlobalPosition(0);
+  std::vector<SeekPoint> points;
+  CPlainWalk walk(walker, cues, kChunk);
+  while (!walk.IsAtEnd()) {
+    const auto header = walk.Head();
+    if (!header || header->id != EBML_ID_VALUE(EBML_ID(KaxCuePoint)) || header->size > kLongestPoint) return false;
+    const auto point = ParsePlainCuePoint(walk.Data(*header, header->size));
+    if (!point) return false;
+    if (points.empty()) Reserve(points, cues.GetSize() / (header->Length() + header->size));
+    if (point->track == kIndexedTrack) {
+      AddEntry({start + point->position, point->time * scale / kNanosecondsPerUnit}, points);
+    }
+    walk.Pass(*header);
+  }
+  index = std::move(points);
+  return true;
+}
+
 class CClusterIndexer {
  public:
   CClusterIndexer(std::uint64_t track, std::uint64_t scale, std::vector<SeekPoint>& index)
@@ -70,6 +153,21 @@ class CClusterIndexer {
   void BeginCluster(const KaxCluster& cluster) {
     m_position = cluster.GetElementPosition();
     m_clock.BeginCluster();
+  }
+
+  /// The same as Add for each child of the Cluster that began, which must be as muxers write it: reads the heads
+  /// of its blocks and nothing else. False when there is anything else in it; then nothing was added.
+  bool AddPlain(CElementWalker& walker, const KaxCluster& cluster) {
+    if (!walker.IsWhole(cluster)) return false;
+    m_found.clear();
+    CPlainWalk walk(walker, cluster, kChunk);
+    while (!walk.IsAtEnd()) {
+      const auto header = walk.Head();
+      if (!header || !AddPlainChild(walk, *header)) return false;
+    }
+    for (const SeekPoint& entry : m_found) AddEntry(entry, m_index);
+    walker.MoveTo(cluster.GetEndPosition());
+    return true;
   }
 
   void Add(const libebml::EbmlElement& child) {
@@ -95,41 +193,117 @@ class CClusterIndexer {
 
   void AddBlock(const libmatroska::KaxInternalBlock& block) { AddEntry({m_position, m_clock.TimeOf(block)}, m_index); }
 
+  static constexpr std::size_t kChunk = 64;
+  static constexpr std::uint64_t kLongestNumber = 8;
+
+  bool AddPlainChild(CPlainWalk& walk, const ElementHeader& header) {
+    switch (header.id) {
+      case id::kTimecode: {
+        const auto ticks = PlainNumber(walk.Data(header, header.size));
+        if (!ticks) return false;
+        m_clock.SetTimecode(*ticks);
+        break;
+      }
+      case id::kSimpleBlock: {
+        const auto block = PlainBlockAt(walk, header);
+        if (!block || !AddPlainBlock(*block, block->isKeyFrame)) return false;
+        break;
+      }
+      case id::kBlockGroup:
+        return AddPlainGroup(walk, header);
+      case id::kPosition:
+      case id::kPrevSize:
+        if (header.size > kLongestNumber) return false;
+        break;
+      case id::kVoid:
+        if (header.size >= limits::kElement) return false;
+        break;
+      default:
+        return false;
+    }
+    walk.Pass(header);
+    return true;
+  }
+
+  static std::optional<PlainBlock> PlainBlockAt(CPlainWalk& walk, const ElementHeader& header) {
+    if (header.size >= limits::kElement) return std::nullopt;
+    return ParsePlainBlock(walk.Data(header, kLongestBlockHead));
+  }
+
+  // A lace decides by its sizes whether it is a block at all, and so is not plain.
+  bool AddPlainBlock(const PlainBlock& block, bool isKeyFrame) {
+    if (block.track != m_track || !isKeyFrame) return true;
+    if (!block.isLaced) m_found.push_back({m_position, m_clock.TimeOf(block.relativeTime)});
+    return !block.isLaced;
+  }
+
+  // One block, and perhaps its duration and references.
+  bool AddPlainGroup(CPlainWalk& walk, const ElementHeader& group) {
+    const std::uint64_t end = walk.Position() + group.Length() + group.size;
+    std::optional<PlainBlock> block;
+    bool isKeyFrame = true;
+    walk.Enter(group);
+    while (walk.Position() < end) {
+      const auto header = walk.Head();
+      if (!header || header->size > end - walk.Position() - header->Length()) return false;
+      if (header->id == id::kBlock) {
+        if (block) return false;
+        block = PlainBlockAt(walk, *header);
+        if (!block) return false;
+      } else if (header->id == id::kReferenceBlock) {
+        if (!PlainNumber(walk.Data(*header, header->size))) return false;
+        isKeyFrame = false;
+      } else if ((header->id != id::kBlockDuration && header->id != id::kDiscardPadding) ||
+                 header->size > kLongestNumber) {
+        return false;
+      }
+      walk.Pass(*header);
+    }
+    return !block || AddPlainBlock(*block, isKeyFrame);
+  }
+
   const std::uint64_t m_track;
   CClusterClock m_clock;
+  std::vector<SeekPoint> m_found;  // in a Cluster of which it is not known yet that it is plain
   std::vector<SeekPoint>& m_index;
   std::uint64_t m_position = 0;  // of the Cluster
 };
 
 }  // namespace
 
-std::vector<SeekPoint> IndexFromCues(CElementWalker& walker, const CMatroskaInfo& info) {
+std::vector<SeekPoint> IndexFromCues(CElementWalker& walker, const KaxSegment& segment, std::uint64_t position,
+                                     std::uint64_t scale) {
   std::vector<SeekPoint> index;
-  const auto segment = walker.FindSegment();
-  if (!segment) return index;
-  const auto cues = walker.FindThroughSeekHead<KaxCues>(*segment);
-  if (!cues) return index;
-  const std::uint64_t scale = info.TimecodeScale();
+  const auto cues = walker.FindAt<KaxCues>(segment, position);
+  if (!cues || AddPlainCues(walker, *cues, segment, scale, index)) return index;
+  walker.MoveTo(cues->GetDataStart());
   walker.ReadEachChild(*cues, CMasterReader::Frames::kRead, [&](libebml::EbmlElement& child) {
     const auto* point = ElementAs<KaxCuePoint>(&child);
-    if (point != nullptr) AddCuePoint(*point, *segment, scale, index);
+    if (point != nullptr) AddCuePoint(*point, segment, scale, index);
+    return true;
   });
+  index.shrink_to_fit();
   return index;
 }
 
-std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker& walker, const CMatroskaInfo& info,
+std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker& walker, const KaxSegment& segment,
+                                                        const CMatroskaInfo& info,
                                                         const std::function<bool()>& eventsPending) {
   std::vector<SeekPoint> index;
-  const auto segment = walker.FindSegment();
-  if (!segment) return index;
   const std::int64_t video = info.FirstVideoTrackNumber();
   CClusterIndexer indexer(video < 0 ? kIndexedTrack : static_cast<std::uint64_t>(video), info.TimecodeScale(), index);
-  while (const auto cluster = walker.FindNextCluster(*segment)) {
+  while (const auto cluster = walker.FindNextCluster(segment)) {
     if (eventsPending()) return std::nullopt;
     indexer.BeginCluster(*cluster);
-    walker.ReadEachChild(*cluster, CMasterReader::Frames::kLeaveOut,
-                         [&](const libebml::EbmlElement& child) { indexer.Add(child); });
+    if (indexer.AddPlain(walker, *cluster)) continue;
+    indexer.BeginCluster(*cluster);
+    walker.MoveTo(cluster->GetDataStart());
+    walker.ReadEachChild(*cluster, CMasterReader::Frames::kLeaveOut, [&](const libebml::EbmlElement& child) {
+      indexer.Add(child);
+      return true;
+    });
   }
+  index.shrink_to_fit();
   return index;
 }
 

@@ -13,11 +13,14 @@
 namespace tarvex {
 
 /// One entry for each cue point of track 1, whatever kind of track that is. Empty without such Cues.
-std::vector<SeekPoint> IndexFromCues(CElementWalker& walker, const CMatroskaInfo& info);
+/// `position` is where they should be, `scale` the length of a tick in nanoseconds.
+std::vector<SeekPoint> IndexFromCues(CElementWalker& walker, const libmatroska::KaxSegment& segment,
+                                     std::uint64_t position, std::uint64_t scale);
 
 /// One entry for each key frame of the first video track (of track 1 when there is none). Reads every
-/// Cluster, but for the frames. Nothing when `eventsPending` answered true.
-std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker& walker, const CMatroskaInfo& info,
+/// Cluster from the walker's position on, but for the frames. Nothing when `eventsPending` answered true.
+std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker& walker, const libmatroska::KaxSegment& segment,
+                                                        const CMatroskaInfo& info,
                                                         const std::function<bool()>& eventsPending);
 
 }  // namespace tarvex

@@ -1,0 +1,21 @@
+#include "scanner/borrowed_block.h"
+
+namespace tarvex {
+
+// libmatroska would free bytes that are not ours.
+CBorrowedBlock::~CBorrowedBlock() { Data = nullptr; }
+
+bool CBorrowedBlock::Become(std::uint64_t position, const ElementHeader& header, std::span<const std::uint8_t> data) {
+  ReleaseFrames();
+  myBuffers.clear();
+  SizeList.clear();
+  SetBuffer(data.data(), static_cast<std::uint32_t>(data.size()));
+  SetSizeLength(static_cast<int>(header.sizeLength));
+  ElementPosition = position;
+  SizePosition = position + header.idLength;
+  const bool isBlock = ReadFrames(Data, data.size());
+  SetValueIsSet(isBlock);
+  return isBlock;
+}
+
+}  // namespace tarvex

@@ -1,0 +1,49 @@
+// Reading elements that are just as a muxer writes them, straight from their bytes: for long lists, where
+// an object for each would take most of the time. Pure functions over bytes; any thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace tarvex {
+
+/// An element of known size that lies whole in the bytes it was read from.
+struct PlainElement {
+  std::uint32_t id = 0;  ///< with its length marker
+  std::span<const std::uint8_t> data;
+  std::size_t length = 0;  ///< bytes of head and data
+};
+
+/// Nothing when `bytes` do not begin with such an element.
+std::optional<PlainElement> ParsePlainElement(std::span<const std::uint8_t> bytes);
+
+/// The number that an element of 1 to 8 bytes holds.
+std::optional<std::uint64_t> PlainNumber(std::span<const std::uint8_t> data);
+
+/// What the seek index needs of a cue point.
+struct PlainCuePoint {
+  std::uint64_t time = 0;  ///< ticks
+  std::uint64_t track = 0;
+  std::uint64_t position = 0;  ///< of the Cluster, from the Segment's data
+};
+
+/// Of several positions, the first of the earliest Cluster. Nothing when anything is missing, comes twice or
+/// is unknown.
+std::optional<PlainCuePoint> ParsePlainCuePoint(std::span<const std::uint8_t> data);
+
+/// The head of a block.
+struct PlainBlock {
+  std::uint64_t track = 0;
+  std::int16_t relativeTime = 0;  ///< ticks
+  bool isKeyFrame = false;        ///< of a SimpleBlock
+  bool isLaced = false;
+};
+
+/// From the first bytes of a block's data, of which there are at most kLongestBlockHead to look at. Nothing
+/// when they are none.
+inline constexpr std::size_t kLongestBlockHead = 8 + 2 + 1;
+std::optional<PlainBlock> ParsePlainBlock(std::span<const std::uint8_t> head);
+
+}  // namespace tarvex
