@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 #include <stdexcept>
 
@@ -11,6 +12,7 @@ namespace tarvex::host::test {
 namespace {
 
 constexpr DWORD kPatience = 60000;  // milliseconds
+constexpr int kMostStarts = 3;
 
 /// As the system's own rules for taking a command line apart want it.
 WideString Quoted(const WideString& argument) {
@@ -30,16 +32,28 @@ FileHandle InheritableFile(const WideString& path) {
                                 CREATE_ALWAYS, 0, nullptr));
 }
 
-DWORD RunToEnd(WideString command, HANDLE output, HANDLE errors) {
+/// Wine answers ERROR_INTERNAL_ERROR, once in thousands of times, when its loader ends in the new process before
+/// anything of the program is there. Nothing of mkvhost has run by then, so it is started again.
+PROCESS_INFORMATION Start(WideString command, STARTUPINFOW& start) {
+  for (int attempt = 1;; ++attempt) {
+    PROCESS_INFORMATION created{};
+    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &created)) {
+      return created;
+    }
+    const DWORD error = GetLastError();
+    const std::string text = "mkvhost does not start: " + std::to_string(error);
+    if (error != ERROR_INTERNAL_ERROR || attempt == kMostStarts) throw std::runtime_error(text);
+    std::cerr << text << ", attempt " << attempt << "\n";
+  }
+}
+
+DWORD RunToEnd(const WideString& command, HANDLE output, HANDLE errors) {
   STARTUPINFOW start{};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
   start.hStdOutput = output;
   start.hStdError = errors;
-  PROCESS_INFORMATION created{};
-  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &created)) {
-    throw std::runtime_error("mkvhost does not start: " + std::to_string(GetLastError()));
-  }
+  const PROCESS_INFORMATION created = Start(command, start);
   const FileHandle process(created.hProcess);
   const FileHandle thread(created.hThread);
   if (WaitForSingleObject(process.Get(), kPatience) != WAIT_OBJECT_0) {
