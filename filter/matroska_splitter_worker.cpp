@@ -127,7 +127,7 @@ DWORD CMatroskaSplitter::ThreadProc() {
 // Reads wait too, and those of other threads come while nothing is delivered.
 void CMatroskaSplitter::BeforeWait() {
   if (!IsWorkerThread()) return;
-  for (const auto& pin : m_outputPins) pin->WakeQueue();
+  for (const auto& pin : m_outputPins) pin->BeforeWait();
 }
 
 void CMatroskaSplitter::RunPass() {
@@ -137,6 +137,7 @@ void CMatroskaSplitter::RunPass() {
     // A pass that was interrupted, or that downstream refused, ends without end of stream. Of a refusal
     // the graph learns from the filter that refused, but not of one that is our own.
     const bool interrupted = m_scanner.Process();
+    BeforeWait();
     if (!interrupted) EndOfStream();
     return IsOurOwn(m_refusal) ? m_refusal : S_OK;
   });

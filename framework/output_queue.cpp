@@ -114,11 +114,10 @@ HRESULT COutputQueue::Receive(IMediaSample* sample) {
   return hr;
 }
 
-HRESULT COutputQueue::Send(IMediaSample* sample, Waking waking) {
-  auto owner = ComPtr<IMediaSample>::Attach(sample);
-  if (sample == nullptr) return E_POINTER;
-  if (!m_state) return E_UNEXPECTED;
-  HRESULT hr = ComBoundary([&] { return m_state->PutReleased(std::move(owner), waking == Waking::kNow); });
+HRESULT COutputQueue::Send(std::span<ComPtr<IMediaSample>> samples, Waking waking) {
+  HRESULT hr = E_UNEXPECTED;
+  if (m_state) hr = ComBoundary([&] { return m_state->PutReleased(samples, waking == Waking::kNow); });
+  for (ComPtr<IMediaSample>& sample : samples) sample.Reset();
   if (hr == S_OK && !m_state->IsQueued()) {
     m_state->PassOnHere();
     hr = m_state->Refusal();
@@ -185,6 +184,8 @@ COutputQueue::CallFromDownstream::CallFromDownstream() : m_state(State::PassingO
 COutputQueue::CallFromDownstream::~CallFromDownstream() {
   if (m_state != nullptr) m_state->SetCalledBack(false);
 }
+
+HRESULT COutputQueue::Refusal() const noexcept { return m_state ? m_state->Refusal() : E_UNEXPECTED; }
 
 bool COutputQueue::IsIdle() const { return !m_state || m_state->IsIdle(); }
 

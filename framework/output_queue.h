@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 
+#include "framework/com_ptr.h"
 #include "framework/platform/platform.h"
 #include "framework/thread.h"
 
@@ -47,10 +48,12 @@ class COutputQueue {
   /// without a thread). S_FALSE while flushing. After downstream has answered anything but S_OK, that
   /// answer: all samples are dropped from then on, until a flush or Reset.
   HRESULT Receive(IMediaSample* sample);
-  /// Receive and SendAnyway in one. A sleeping thread is woken now, or, when that can wait, no later than
-  /// much is there for it: then the caller calls Wake before it waits for anything itself.
+  /// Receive and SendAnyway in one, for several samples in order, of which each is null afterwards. What Receive
+  /// answers for the first that was not taken; those behind it are not either. A sleeping thread is woken now, or,
+  /// when that can wait, no later than much is there for it: then the caller calls Wake before it waits for
+  /// anything itself.
   enum class Waking { kNow, kWhenMuch };
-  HRESULT Send(IMediaSample* sample, Waking waking);
+  HRESULT Send(std::span<ComPtr<IMediaSample>> samples, Waking waking);
   /// Wakes a thread that sleeps although there is something for it.
   void Wake();
   /// The same for several samples in order. `processed` receives how many were taken before a refusal;
@@ -73,6 +76,8 @@ class COutputQueue {
   /// Forgets a refusal, for a new start without a flush. What waits is dropped.
   void Reset();
 
+  /// What a sample would be answered now, as Receive says it.
+  HRESULT Refusal() const noexcept;
   /// Nothing waits and nothing is being passed on.
   bool IsIdle() const;
   /// A thread passes samples on.

@@ -12,7 +12,7 @@ namespace {
 constexpr DWORD kFlushWait = 500;
 
 // What may lie in the queue without its thread being woken: each wake costs more than many samples do.
-constexpr std::size_t kMuchSamples = 512;
+constexpr std::size_t kMuchSamples = 2048;
 constexpr std::size_t kMuchBytes = 1024 * 1024;
 
 // As many released samples are taken at once, so that the lock is not needed for each.
@@ -173,7 +173,7 @@ void COutputQueue::State::PassOnHere() {
 // With the lock held, which the caller gives up before it releases a sample that was not taken: the
 // allocator has its own.
 HRESULT COutputQueue::State::Put(ComPtr<IMediaSample>& sample) {
-  if (m_refusal != S_OK || m_terminated) return m_terminated ? S_FALSE : m_refusal;
+  if (m_refusal != S_OK || m_terminated) return m_terminated ? S_FALSE : Refusal();
   m_entries.KeepFree(1 + kControlPlaces);
   Entry entry;
   entry.sample = std::move(sample);
@@ -188,16 +188,20 @@ HRESULT COutputQueue::State::PutSample(ComPtr<IMediaSample> sample) {
   return hr;
 }
 
-HRESULT COutputQueue::State::PutReleased(ComPtr<IMediaSample> sample, bool wakeNow) {
-  const auto bytes = static_cast<std::size_t>(sample->GetActualDataLength());
+HRESULT COutputQueue::State::PutReleased(std::span<ComPtr<IMediaSample>> samples, bool wakeNow) {
+  std::size_t bytes = 0;
+  for (const auto& sample : samples) bytes += static_cast<std::size_t>(sample->GetActualDataLength());
   const CAutoLock hold(m_lock);
-  const HRESULT hr = Put(sample);
-  if (hr != S_OK) return hr;
+  m_entries.KeepFree(samples.size() + kControlPlaces);  // all or none
+  for (ComPtr<IMediaSample>& sample : samples) {
+    const HRESULT hr = Put(sample);
+    if (hr != S_OK) return hr;
+  }
   m_released = m_entries.Size();
-  if (!m_threadSleeps) return hr;
+  if (!m_threadSleeps) return S_OK;
   m_unannounced += bytes;
   if (wakeNow || m_unannounced >= kMuchBytes || m_released >= kMuchSamples) WakeThread();
-  return hr;
+  return S_OK;
 }
 
 void COutputQueue::State::WakeForWaiting() {
@@ -304,11 +308,6 @@ bool COutputQueue::State::IsIdle() const {
 bool COutputQueue::State::IsDelivering() const {
   const CAutoLock hold(m_lock);
   return m_delivererId != 0;
-}
-
-HRESULT COutputQueue::State::Refusal() const {
-  const CAutoLock hold(m_lock);
-  return m_refusal;
 }
 
 }  // namespace tarvex

@@ -34,8 +34,9 @@ class COutputQueue::State {
 
   /// S_OK: queued. Otherwise the refusal, and the sample is released.
   HRESULT PutSample(ComPtr<IMediaSample> sample);
-  /// The same and ReleaseBatch in one. Unless `wakeNow`, the thread may go on sleeping for a while.
-  HRESULT PutReleased(ComPtr<IMediaSample> sample, bool wakeNow);
+  /// The same for several and ReleaseBatch in one; those that were not taken are left to the caller. Unless
+  /// `wakeNow`, the thread may go on sleeping for a while.
+  HRESULT PutReleased(std::span<ComPtr<IMediaSample>> samples, bool wakeNow);
   /// Wakes the thread if it sleeps although it could take something.
   void WakeForWaiting();
   void PutEndOfStream();
@@ -61,7 +62,7 @@ class COutputQueue::State {
   bool IsQueued() const noexcept { return m_settings.queued; }
   bool IsIdle() const;
   bool IsDelivering() const;
-  HRESULT Refusal() const;
+  HRESULT Refusal() const noexcept { return m_refusal.load(std::memory_order_relaxed); }
   IPin* Pin() const noexcept { return m_pin.Get(); }
 
  private:
@@ -114,9 +115,9 @@ class COutputQueue::State {
   Work m_work;
   std::size_t m_released = 0;     // entries at the front that do not wait for a full batch
   std::size_t m_unannounced = 0;  // bytes that came since the thread fell asleep
-  HRESULT m_refusal = S_OK;
-  // Of flushes: a result from before one says nothing after it. Written under the lock, and read without it
-  // by the thread that is passing on.
+  // Written under the lock, and read without it as well: by those who send ...
+  std::atomic<HRESULT> m_refusal{S_OK};
+  // ... and by the thread that is passing on. Of flushes: a result from before one says nothing after it.
   std::atomic<unsigned> m_generation{0};
   DWORD m_delivererId = 0;  // the thread that is passing on, 0 for none
   bool m_calledBack = false;

@@ -86,6 +86,7 @@ HRESULT CMatroskaOutputPin::DecideAllocator(IMemInputPin* peer, IMemAllocator** 
     ComPtr<IMemAllocator>(buffer).CopyTo(allocator);
     const CAutoLock hold(m_streamLock);
     m_sampleBuffer = buffer;
+    m_routeChanged = true;
     return S_OK;
   });
 }
@@ -105,6 +106,7 @@ HRESULT CMatroskaOutputPin::BreakConnect() {
   ComPtr<CSampleBuffer> last;  // released after the lock
   const CAutoLock hold(m_streamLock);
   m_sampleBuffer.Swap(last);
+  m_routeChanged = true;
   return S_OK;
 }
 
@@ -156,6 +158,7 @@ void CMatroskaOutputPin::ExchangeQueue(std::shared_ptr<COutputQueue> queue) {
   {
     const CAutoLock hold(m_streamLock);
     m_pOutputQ.swap(queue);
+    m_routeChanged = true;
   }
   // A call in progress on another thread may keep it for a moment longer; what waits must not go on.
   if (queue) queue->Reset();

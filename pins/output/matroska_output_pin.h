@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "framework/base_output_pin.h"
 #include "framework/critical_section.h"
@@ -97,8 +98,8 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   HRESULT Refusal() const noexcept { return m_refusal; }
   /// Null while inactive or unconnected. Any thread.
   std::shared_ptr<COutputQueue> Queue() const;
-  /// The queue passes on all it has. Any thread.
-  void WakeQueue();
+  /// The queue passes on all there is, since the worker is about to wait, or done. Worker only.
+  void BeforeWait();
   /// While on, OnData and FlushPending fail where they would wait for room, a wait in progress included.
   void CancelWaits(bool on);
   void SetHolding(bool on);
@@ -153,16 +154,17 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
     std::shared_ptr<COutputQueue> queue;
     ComPtr<CSampleBuffer> buffer;
   };
-  class OnRoute;
 
   // Delivery, on the worker.
+  const Route& CurrentRoute();
   HRESULT DeliverFrameSample(const std::uint8_t* data, std::size_t size, REFERENCE_TIME start, REFERENCE_TIME duration,
                              bool splice);
   HRESULT DeliverHeld(const PendingFrames& held);
   HRESULT DeliverRelative(const FrameInfo& frame, REFERENCE_TIME segmentStart);
   static HRESULT FillSample(IMediaSample& sample, const std::uint8_t* data, std::size_t size);
   bool StartSegment(IMediaSample& sample);
-  HRESULT Send(IMediaSample* sample, bool isFirst);
+  HRESULT Send(ComPtr<IMediaSample> sample, bool isFirst);
+  HRESULT SendUnsent();
   ComPtr<CSampleBuffer> Buffer() const;
   void ExchangeQueue(std::shared_ptr<COutputQueue> queue);
   void EndHeldStream();
@@ -194,8 +196,11 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
 
  private:
   HRESULT m_refusal = S_OK;  // the worker's
-  Route m_route;             // the worker's, while it has a frame for this pin
+  // The worker's, until it has to wait.
+  Route m_route;
+  std::vector<ComPtr<IMediaSample>> m_unsent;  // on the way to the route's queue
   // Written under the stream lock.
+  std::atomic<bool> m_routeChanged{true};
   std::atomic<bool> m_holding{false};
   std::atomic<bool> m_discontinuityPending{true};
   std::atomic<EndOfStreamState> m_endOfStream{EndOfStreamState::kOpen};

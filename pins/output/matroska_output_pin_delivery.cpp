@@ -2,6 +2,7 @@
 // worker, but for flushes and cancelling.
 #include <cinttypes>
 #include <cstring>
+#include <span>
 #include <utility>
 
 #include "framework/log.h"
@@ -12,31 +13,33 @@ namespace tarvex {
 
 namespace {
 
+// So many samples go into the queue together: few enough to come soon, many enough to share the lock's cost.
+constexpr std::size_t kMostUnsent = 32;
+
 REFERENCE_TIME StartOf(const FrameInfo& frame) { return static_cast<REFERENCE_TIME>(frame.start); }
 
 REFERENCE_TIME DurationOf(const FrameInfo& frame) { return static_cast<REFERENCE_TIME>(frame.duration); }
 
 }  // namespace
 
-/// Looks queue and sample buffer up once for all that one call of the worker does.
-class CMatroskaOutputPin::OnRoute {
- public:
-  explicit OnRoute(CMatroskaOutputPin& pin) : m_pin(pin) {
-    const CAutoLock hold(pin.m_streamLock);
-    pin.m_route = {pin.m_pOutputQ, pin.m_sampleBuffer};
+// Looked up once for many frames. The worker keeps it until it has to wait, or until it is another one; then what
+// was meant for the former is dropped, as that queue drops what it has.
+const CMatroskaOutputPin::Route& CMatroskaOutputPin::CurrentRoute() {
+  if (m_route.queue && !m_routeChanged.load(std::memory_order_acquire)) return m_route;
+  m_unsent.clear();
+  Route route;
+  {
+    const CAutoLock hold(m_streamLock);
+    m_routeChanged.store(false, std::memory_order_relaxed);
+    route = {m_pOutputQ, m_sampleBuffer};
   }
-  ~OnRoute() { m_pin.m_route = {}; }
-  OnRoute(const OnRoute&) = delete;
-  OnRoute& operator=(const OnRoute&) = delete;
-
- private:
-  CMatroskaOutputPin& m_pin;
-};
+  std::swap(m_route, route);
+  return m_route;
+}
 
 bool CMatroskaOutputPin::OnData(const FrameInfo& frame) {
   m_refusal = VFW_E_NOT_COMMITTED;  // not activated
-  const OnRoute route(*this);
-  if (!m_route.queue) return false;
+  if (!CurrentRoute().queue) return false;
   const HRESULT hr = ProcessFrame(frame);
   if (SUCCEEDED(hr)) return true;
   m_refusal = hr;
@@ -52,6 +55,7 @@ HRESULT CMatroskaOutputPin::ProcessFrame(const FrameInfo& frame) {
 bool CMatroskaOutputPin::IsPastStop(const FrameInfo& frame) {
   if (IsEndOfStreamSent()) return true;
   if (AddTimes(StartOf(frame), DurationOf(frame)) <= m_host->StopPosition()) return false;
+  BeforeWait();
   DeliverEndOfStream();
   return true;
 }
@@ -103,13 +107,12 @@ HRESULT CMatroskaOutputPin::FlushPending() {
 }
 
 HRESULT CMatroskaOutputPin::DeliverHeld(const PendingFrames& held) {
-  const OnRoute route(*this);
   const REFERENCE_TIME segmentStart = m_host->Range().start;
   for (std::size_t i = 0; i < held.Count(); ++i) {
     const HRESULT hr = DeliverRelative(held.At(i), segmentStart);
     if (FAILED(hr)) return hr;
   }
-  if (m_route.queue) m_route.queue->Wake();
+  BeforeWait();
   return S_OK;
 }
 
@@ -150,20 +153,36 @@ HRESULT CMatroskaOutputPin::DeliverFrameSample(const std::uint8_t* data, std::si
     LogFormat("DeliverFrameSample tStart: %" PRId64 " tStop: %" PRId64 " splice: %d", std::int64_t{tStart},
               std::int64_t{tStop}, splice ? 1 : 0);
   }
-  return Send(sample.Detach(), isFirst);
+  return Send(std::move(sample), isFirst);
 }
 
-// Deliver without looking the queue up, and released at once: when the first sample comes, somebody waits
-// for it; for more, the queue's thread is woken when much is there or when the worker has to wait.
-HRESULT CMatroskaOutputPin::Send(IMediaSample* sample, bool isFirst) {
-  using Waking = COutputQueue::Waking;
-  auto owner = ComPtr<IMediaSample>::Attach(sample);
-  if (!m_route.queue) return VFW_E_WRONG_STATE;
-  const bool canWait = !isFirst && m_host->WakesBeforeWaits();
-  return m_route.queue->Send(owner.Detach(), canWait ? Waking::kWhenMuch : Waking::kNow);
+// Released at once: when the first sample comes, somebody waits for it. More are put into the queue some at a
+// time, and its thread is woken when much is there or when the worker has to wait.
+HRESULT CMatroskaOutputPin::Send(ComPtr<IMediaSample> sample, bool isFirst) {
+  const Route& route = CurrentRoute();
+  if (!route.queue) return VFW_E_WRONG_STATE;
+  if (isFirst || !m_host->WakesBeforeWaits()) {
+    return route.queue->Send(std::span(&sample, 1), COutputQueue::Waking::kNow);
+  }
+  m_unsent.push_back(std::move(sample));
+  return m_unsent.size() < kMostUnsent ? route.queue->Refusal() : SendUnsent();
 }
 
-void CMatroskaOutputPin::WakeQueue() {
+HRESULT CMatroskaOutputPin::SendUnsent() {
+  if (m_unsent.empty()) return S_OK;
+  HRESULT hr = S_OK;
+  // An end that came in between, by a call from upstream, is the end.
+  if (const Route& route = CurrentRoute();
+      route.queue && !m_unsent.empty() && m_endOfStream != EndOfStreamState::kSent) {
+    hr = route.queue->Send(m_unsent, COutputQueue::Waking::kWhenMuch);
+  }
+  m_unsent.clear();
+  return hr;
+}
+
+void CMatroskaOutputPin::BeforeWait() {
+  SendUnsent();
+  m_route = {};
   if (const auto queue = Queue(); queue) queue->Wake();
 }
 
@@ -183,17 +202,20 @@ bool CMatroskaOutputPin::StartSegment(IMediaSample& sample) {
     m_discontinuityPending = false;
   }
   sample.SetDiscontinuity(TRUE);
+  SendUnsent();
   const PlayRange range = m_host->Range();
   DeliverNewSegment(range.start, range.stop, range.rate);
   return true;
 }
 
 HRESULT CMatroskaOutputPin::GetDeliveryBuffer(IMediaSample** sample, std::size_t size) {
-  if (!m_route.buffer) return VFW_E_NO_ALLOCATOR;
-  const HRESULT hr = m_route.buffer->GetSample(sample, size, false);
+  const Route& route = CurrentRoute();
+  if (!route.buffer) return VFW_E_NO_ALLOCATOR;
+  const HRESULT hr = route.buffer->GetSample(sample, size, false);
   if (hr != S_FALSE) return hr;
+  const auto buffer = route.buffer;  // the route goes before the wait
   m_host->BeforeWait();
-  return m_route.buffer->GetSample(sample, size, true);
+  return buffer->GetSample(sample, size, true);
 }
 
 HRESULT CMatroskaOutputPin::Deliver(IMediaSample* sample) {

@@ -61,6 +61,7 @@ bool CMatroskaVideoPin::IsPastStop(const FrameInfo& frame) {
     if (EndOf(frame) > stop) m_stopReached = true;
     if (!m_stopReached || StartOf(frame) <= stop) return false;
   }
+  BeforeWait();
   DeliverEndOfStream();
   return true;
 }

@@ -1,6 +1,8 @@
 // Samples from a ring: taking, waiting for room, giving back.
 #include "pins/output/sample_buffer.h"
 
+#include <utility>
+
 #include "framework/com_boundary.h"
 #include "framework/message_error.h"
 #include "scanner/limits.h"
@@ -23,6 +25,7 @@ HRESULT CSampleBuffer::Alloc() {
   const HRESULT hr = CMemAllocator::Alloc();
   // Samples of an earlier commit may still lie in the block; then the ring goes on with them.
   if (SUCCEEDED(hr) && !hadBlock) m_ring.Reset(BlockSize());
+  if (SUCCEEDED(hr)) m_isExpected = false;
   return hr;
 }
 
@@ -35,6 +38,8 @@ void CSampleBuffer::Free() {
 
 void CSampleBuffer::OnDecommit() {
   CMemAllocator::OnDecommit();
+  m_isExpected = true;
+  Collect();
   m_spaceFreed.WakeAll();
 }
 
@@ -50,6 +55,20 @@ void CSampleBuffer::BeginFlush() noexcept { Set(m_flushing, true); }
 
 void CSampleBuffer::EndFlush() noexcept { Set(m_flushing, false); }
 
+// With the lock. True when there was any.
+bool CSampleBuffer::Collect() {
+  if (m_returned == nullptr) return false;
+  CMediaSample* first = m_returned.exchange(nullptr);
+  for (CMediaSample* next = first; next != nullptr;) {
+    auto* sample = static_cast<Sample*>(std::exchange(next, next->Next()));
+    m_ring.Give(sample->region);
+    sample->SetNext(m_free);
+    m_free = sample;
+    NoteReturned();  // the last one may take the block and all samples along
+  }
+  return true;
+}
+
 CSampleBuffer::Sample* CSampleBuffer::FreeSample() {
   if (m_free == nullptr) {
     m_samples.push_back(std::make_unique<Sample>(this));
@@ -60,6 +79,7 @@ CSampleBuffer::Sample* CSampleBuffer::FreeSample() {
 
 // Null when there is no room.
 CSampleBuffer::Sample* CSampleBuffer::Take(std::size_t size) {
+  Collect();
   if (LentCount() >= limits::kSamplesOut) return nullptr;
   Sample* sample = FreeSample();
   if (!m_ring.Take(sample->region, size)) {
@@ -69,6 +89,15 @@ CSampleBuffer::Sample* CSampleBuffer::Take(std::size_t size) {
   m_free = sample->Next();
   sample->SetBuffer(Block() + sample->region.start, static_cast<LONG>(size));
   return sample;
+}
+
+// With the lock, given up meanwhile.
+void CSampleBuffer::WaitForRoom() {
+  ++m_waiters;
+  m_isExpected = true;
+  if (!Collect()) m_spaceFreed.Wait(Lock());
+  --m_waiters;
+  m_isExpected = m_waiters != 0 || !IsCommitted();
 }
 
 HRESULT CSampleBuffer::GetSample(IMediaSample** sample, std::size_t size, bool wait) {
@@ -83,9 +112,7 @@ HRESULT CSampleBuffer::GetSample(IMediaSample** sample, std::size_t size, bool w
     }
     if (!wait) return S_FALSE;
     if (m_cancelled || m_flushing) return VFW_E_WRONG_STATE;
-    ++m_waiters;
-    m_spaceFreed.Wait(Lock());
-    --m_waiters;
+    WaitForRoom();
   }
 }
 
@@ -104,13 +131,15 @@ HRESULT STDMETHODCALLTYPE CSampleBuffer::GetBuffer(IMediaSample** ppBuffer, REFE
 
 HRESULT STDMETHODCALLTYPE CSampleBuffer::ReleaseBuffer(IMediaSample* pBuffer) {
   if (pBuffer == nullptr) return E_POINTER;
-  const CAutoLock hold(Lock());
   auto* sample = static_cast<Sample*>(pBuffer);
-  m_ring.Give(sample->region);
-  sample->SetNext(m_free);
-  m_free = sample;
+  CMediaSample* first = m_returned.load(std::memory_order_relaxed);
+  do {
+    sample->SetNext(first);
+  } while (!m_returned.compare_exchange_weak(first, sample));
+  if (!m_isExpected) return S_OK;
+  const CAutoLock hold(Lock());
+  Collect();
   if (m_waiters != 0) m_spaceFreed.WakeAll();
-  NoteReturned();
   return S_OK;
 }
 

@@ -2,6 +2,7 @@
 // a ring. Made by the pin for each connection; the worker takes samples, any thread releases them.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <vector>
@@ -43,13 +44,24 @@ class CSampleBuffer final : public CMemAllocator {
 
  private:
   class Sample;
+  static constexpr std::size_t kCacheLine = 64;
 
   Sample* FreeSample();
   Sample* Take(std::size_t size);
+  bool Collect();
+  void WaitForRoom();
   void Set(bool& flag, bool on) noexcept;
 
-  // All under Lock(), which is a leaf.
-  CConditionVariable m_spaceFreed;
+  // Samples that came back, linked, and not yet collected: a thread that releases one does not wait for the
+  // worker. Whoever expects one, or is to free the block with the last, says so before he collects for the last
+  // time; then those who release collect as well. Both are sequentially consistent, so that one of the two
+  // sees the other.
+  // On a cache line of their own, which other threads write.
+  alignas(kCacheLine) std::atomic<CMediaSample*> m_returned{nullptr};
+  std::atomic<bool> m_isExpected{true};
+
+  // The rest is under Lock(), which is a leaf.
+  alignas(kCacheLine) CConditionVariable m_spaceFreed;
   RingRegions m_ring;
   std::vector<std::unique_ptr<Sample>> m_samples;  // every sample object, out or not
   CMediaSample* m_free = nullptr;
