@@ -49,6 +49,7 @@ void CEbmlScanner::CanProcess(IAsyncReader* reader) {
   ReadSeekHead();
   ReadChapterList();
   ReadDocType();
+  ReadCues();  // now, when nobody waits for a picture, as after a seek
 }
 
 void CEbmlScanner::ReadHeaders() {

@@ -41,7 +41,7 @@ class CEbmlScanner {
   /// Not owned. Null: tracks are not announced and no frame is delivered.
   void SetCallback(CMatroskaCallback* callback) noexcept { m_callback = callback; }
 
-  /// Opens a stream and reads its headers, calling OnTrack for every track entry. Throws MessageError
+  /// Opens a stream and reads its headers and Cues, calling OnTrack for every track entry. Throws MessageError
   /// when it is not Matroska. `reader` is not counted: it must stay until Reset.
   void CanProcess(IAsyncReader* reader);
 
@@ -65,10 +65,9 @@ class CEbmlScanner {
   /// Where the next Process begins; 0 = at the front.
   void SetStartTime(std::uint64_t time) noexcept { m_startTime = time; }
 
-  /// Prepares the seek index from the Cues. Does it once for an open file. After a failing read the index
-  /// is empty and the next call tries again.
-  void ReadCues();
-  /// The same, and without Cues from the Clusters, all of which that reads. A pending event ends it too.
+  /// Makes sure of the seek index: that of the Cues, which opening reads, and without any that of the Clusters, all
+  /// of which it reads then. Does each once for an open file; after a failing read the index is empty and the next
+  /// call tries again. A pending event ends it too.
   void BuildIndex();
   const std::vector<SeekPoint>& Index() const noexcept { return m_seekIndex; }
 
@@ -99,6 +98,7 @@ class CEbmlScanner {
   void ReadHeaders();
   void ReadInfo(libebml::EbmlMaster& info);
   void ReadSeekHead();
+  void ReadCues();
   void ReadChapterList();
   void ReadDocType();
   void GoToStart(CElementWalker& walker) const;

@@ -17,7 +17,7 @@ std::uint32_t CodedLength(std::uint8_t first) { return static_cast<std::uint32_t
 
 }  // namespace
 
-std::optional<ElementHeader> ParseElementHeader(std::span<const std::uint8_t> bytes) {
+std::optional<ElementHeader> ParseLongElementHeader(std::span<const std::uint8_t> bytes) {
   constexpr std::uint32_t kMaxIdLength = 4;
   constexpr std::uint32_t kMaxSizeLength = 8;
   ElementHeader header;

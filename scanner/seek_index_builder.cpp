@@ -80,6 +80,15 @@ void AddCuePoint(const KaxCuePoint& point, const KaxSegment& segment, std::uint6
   AddEntry({segment.GetGlobalPosition(positions->ClusterPosition()), nanoseconds / kNanosecondsPerUnit}, index);
 }
 
+/// Of a stream that reaches to `end`: the bytes from `position` on, at least so many if there are.
+std::span<const std::uint8_t> BytesBefore(CElementWalker& walker, std::uint64_t position, std::uint64_t end,
+                                          std::uint64_t atLeast, std::size_t chunk) {
+  const std::uint64_t left = end - position;
+  const auto bytes = walker.Bytes(position, static_cast<std::size_t>(std::min(atLeast, left)),
+                                  static_cast<std::size_t>(std::min<std::uint64_t>(chunk, left)));
+  return bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), left)));
+}
+
 /// Walks over the children of a master that is whole, reading little more than is looked at.
 class CPlainWalk {
  public:
@@ -104,10 +113,7 @@ class CPlainWalk {
 
  private:
   std::span<const std::uint8_t> Bytes(std::uint64_t position, std::uint64_t atLeast) {
-    const std::uint64_t left = m_end - position;
-    const auto bytes = m_walker.Bytes(position, static_cast<std::size_t>(std::min(atLeast, left)),
-                                      static_cast<std::size_t>(std::min<std::uint64_t>(m_chunk, left)));
-    return bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), left)));
+    return BytesBefore(m_walker, position, m_end, atLeast, m_chunk);
   }
 
   CElementWalker& m_walker;
@@ -128,18 +134,26 @@ bool AddPlainCues(CElementWalker& walker, const KaxCues& cues, const KaxSegment&
   constexpr std::uint64_t kLongestPoint = 1u << 16;
   if (!walker.IsWhole(cues)) return false;
   const std::uint64_t start = segment.GetGlobalPosition(0);
+  const std::uint64_t end = cues.GetEndPosition();
   std::vector<SeekPoint> points;
-  CPlainWalk walk(walker, cues, kChunk);
-  while (!walk.IsAtEnd()) {
-    const auto header = walk.Head();
-    if (!header || header->id != EBML_ID_VALUE(EBML_ID(KaxCuePoint)) || header->size > kLongestPoint) return false;
-    const auto point = ParsePlainCuePoint(walk.Data(*header, header->size));
+  std::span<const std::uint8_t> bytes;  // those at hand from `position` on
+  for (std::uint64_t position = cues.GetDataStart(); position < end;) {
+    const auto element = ParsePlainElement(bytes);
+    if (!element) {
+      const std::size_t known = bytes.size();
+      bytes = BytesBefore(walker, position, end, kLongestPoint, kChunk);
+      if (bytes.size() <= known) return false;
+      continue;
+    }
+    if (element->id != EBML_ID_VALUE(EBML_ID(KaxCuePoint))) return false;
+    const auto point = ParsePlainCuePoint(element->data);
     if (!point) return false;
-    if (points.empty()) Reserve(points, cues.GetSize() / (header->Length() + header->size));
+    if (points.empty()) Reserve(points, cues.GetSize() / element->length);
     if (point->track == kIndexedTrack) {
       AddEntry({start + point->position, point->time * scale / kNanosecondsPerUnit}, points);
     }
-    walk.Pass(*header);
+    bytes = bytes.subspan(element->length);
+    position += element->length;
   }
   index = std::move(points);
   return true;
