@@ -171,8 +171,7 @@ bool CMatroskaSplitter::OnData(const FrameInfo& frame) {
   CMatroskaOutputPin* pin = FindPinByTrack(frame.trackNumber);
   if (pin == nullptr || !pin->IsConnected()) return true;
   FrameInfo decoded = frame;
-  DecodedFrame buffer;  // owns the bytes when decoding made new ones
-  m_scanner.Decode(decoded, buffer);
+  m_scanner.Decode(decoded);
   if (pin->OnData(decoded)) return true;
   m_refusal = pin->Refusal();
   LogText("CMatroskaSplitter::OnData failed");

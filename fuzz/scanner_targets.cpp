@@ -22,8 +22,7 @@ class Consumer : public CMatroskaCallback {
   bool ProcessEvents() override { return false; }
   bool OnData(const FrameInfo& frame) override {
     FrameInfo decoded = frame;
-    DecodedFrame owner;
-    m_scanner.Decode(decoded, owner);
+    m_scanner.Decode(decoded);
     for (std::uint32_t i = 0; i < decoded.size; ++i) m_sum += decoded.data[i];
     return true;
   }

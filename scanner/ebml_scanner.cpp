@@ -23,6 +23,7 @@
 namespace tarvex {
 
 void CEbmlScanner::Reset() noexcept {
+  m_decoder = {};
   m_stream.reset();
   m_segment.reset();
   m_byteSource.Detach();
@@ -207,8 +208,8 @@ void CEbmlScanner::GoToStart(CElementWalker& walker) const {
   walker.MoveTo(m_seekIndex[static_cast<std::size_t>(entry)].position);
 }
 
-bool CEbmlScanner::Decode(FrameInfo& frame, DecodedFrame& owner) const {
-  return DecodeFrame(m_info.CompressedTrack(frame.trackNumber), frame, owner);
+bool CEbmlScanner::Decode(FrameInfo& frame) {
+  return m_decoder.Decode(m_info.CompressedTrack(frame.trackNumber), frame);
 }
 
 }  // namespace tarvex

@@ -15,8 +15,8 @@
 #include "framework/platform/platform.h"
 #include "scanner/async_callback.h"
 #include "scanner/chapter_entry.h"
-#include "scanner/content_decoding.h"
 #include "scanner/element_walker.h"
+#include "scanner/frame_decoder.h"
 #include "scanner/frame_info.h"
 #include "scanner/heap.h"
 #include "scanner/matroska_callback.h"
@@ -75,8 +75,8 @@ class CEbmlScanner {
   /// interrupted, by an event or a refused frame. False: the Clusters ran out.
   bool Process();
 
-  /// True: the frame's bytes were replaced and belong to `owner`. False: the frame is as it was.
-  bool Decode(FrameInfo& frame, DecodedFrame& owner) const;
+  /// True: the frame's bytes were replaced and stay until the next call. False: the frame is as it was.
+  bool Decode(FrameInfo& frame);
 
   /// Make a blocked read return, and reads possible again. MessageError when nothing is open.
   void BeginFlush() { m_byteSource.BeginFlush(); }
@@ -122,6 +122,7 @@ class CEbmlScanner {
   std::unique_ptr<libebml::EbmlStream> m_stream;  // over m_byteSource; null while nothing is open
   CAsyncCallback m_byteSource;
   CMatroskaInfo m_info;
+  CFrameDecoder m_decoder;
 };
 
 }  // namespace tarvex

@@ -47,8 +47,7 @@ class Counter : public CMatroskaCallback {
   bool ProcessEvents() override { return false; }
   bool OnData(const FrameInfo& frame) override {
     FrameInfo decoded = frame;
-    DecodedFrame owner;
-    m_scanner.Decode(decoded, owner);
+    m_scanner.Decode(decoded);
     largestFrame = std::max(largestFrame, decoded.size);
     ++frames;
     return true;

@@ -34,8 +34,7 @@ class Consumer : public CMatroskaCallback {
   bool ProcessEvents() override { return false; }
   bool OnData(const FrameInfo& frame) override {
     FrameInfo decoded = frame;
-    DecodedFrame owner;
-    m_scanner.Decode(decoded, owner);
+    m_scanner.Decode(decoded);
     try {
       if (auto& converter = ConverterOf(frame.trackNumber)) decoded = converter->Convert(decoded);
     } catch (const MessageError&) {
