@@ -10,6 +10,7 @@ namespace {
 
 // So much is asked of zlib at a time; less than that is the end.
 constexpr std::size_t kChunk = 16384;
+constexpr std::size_t kMostInflated = limits::kInflatedFrame + kChunk;
 
 }  // namespace
 
@@ -21,7 +22,7 @@ void CFrameDecoder::EndInflate::operator()(z_stream* stream) const noexcept {
 // What is there already stays.
 void CFrameDecoder::MakeRoom(std::size_t size) {
   if (size <= m_bytes.size()) return;
-  const std::size_t room = std::max(size, std::min(m_bytes.size() * 2, limits::kInflatedFrame));
+  const std::size_t room = std::max(size, std::min(m_bytes.size() * 2, kMostInflated));
   m_bytes.reserve(room);  // no more than that
   m_bytes.resize(room);
 }
