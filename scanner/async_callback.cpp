@@ -4,7 +4,9 @@
 #include <cstring>
 #include <limits>
 
+#include "framework/com_ptr.h"
 #include "framework/message_error.h"
+#include "scanner/read_ahead_reader.h"
 
 namespace tarvex {
 
@@ -18,7 +20,24 @@ constexpr const char* kReadFailed =
 
 void CAsyncCallback::Attach(IAsyncReader* reader) {
   m_reader = reader;
+  ComPtr<CReadAheadReader> readAhead;  // counted by whoever counts the reader
+  if (reader != nullptr) static_cast<void>(reader->QueryInterface(CReadAheadReader::kClass, readAhead.PutVoid()));
+  m_readAhead = readAhead.Get();
   QueryLength();
+}
+
+void CAsyncCallback::Detach() noexcept {
+  m_reader = nullptr;
+  m_readAhead = nullptr;
+}
+
+const std::uint8_t* CAsyncCallback::Borrow(std::uint64_t position, std::size_t size) {
+  if (m_readAhead == nullptr || size > static_cast<std::size_t>(std::numeric_limits<LONG>::max())) return nullptr;
+  return m_readAhead->Borrow(static_cast<LONGLONG>(position), static_cast<LONG>(size));
+}
+
+std::uint64_t CAsyncCallback::BorrowNumber() const noexcept {
+  return m_readAhead == nullptr ? 0 : m_readAhead->WindowNumber();
 }
 
 std::uint64_t CAsyncCallback::QueryLength() {

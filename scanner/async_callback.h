@@ -12,6 +12,8 @@
 
 namespace tarvex {
 
+class CReadAheadReader;
+
 /// Positional and unbuffered: one read is one call of the reader. All failures are MessageErrors.
 class CAsyncCallback : public libebml::IOCallback {
  public:
@@ -22,7 +24,7 @@ class CAsyncCallback : public libebml::IOCallback {
   /// Takes a reader, which is not counted and must stay until it is replaced or detached, and asks for
   /// its length.
   void Attach(IAsyncReader* reader);
-  void Detach() noexcept { m_reader = nullptr; }
+  void Detach() noexcept;
 
   /// Asks the reader for the total length in bytes and keeps it.
   std::uint64_t QueryLength();
@@ -38,6 +40,11 @@ class CAsyncCallback : public libebml::IOCallback {
   std::uint64_t getFilePointer() override { return m_position; }
   void close() override {}
 
+  /// `size` bytes at `position`, all before the end of the stream, where the reader has them in memory. Valid while
+  /// BorrowNumber stays the same. Null when it cannot: then they have to be read.
+  const std::uint8_t* Borrow(std::uint64_t position, std::size_t size);
+  std::uint64_t BorrowNumber() const noexcept;
+
   HRESULT BeginFlush();
   HRESULT EndFlush();
 
@@ -45,6 +52,7 @@ class CAsyncCallback : public libebml::IOCallback {
   bool ReadWhole(void* buffer, LONG size);
 
   IAsyncReader* m_reader = nullptr;
+  CReadAheadReader* m_readAhead = nullptr;  // the same reader, if it is one
   std::uint64_t m_position = 0;
   std::uint64_t m_length = 0;
 };

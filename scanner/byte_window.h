@@ -32,12 +32,15 @@ class CByteWindow {
 
  private:
   void MakeRoom(std::size_t size);
+  bool Borrow(std::uint64_t position, std::size_t size);
 
   CAsyncCallback& m_source;
-  std::unique_ptr<std::uint8_t[]> m_bytes;
-  std::size_t m_capacity = 0;
-  std::size_t m_size = 0;     // bytes that are there
-  std::uint64_t m_start = 0;  // stream position of the first
+  std::unique_ptr<std::uint8_t[]> m_own;
+  std::size_t m_capacity = 0;               // of our own memory
+  const std::uint8_t* m_bytes = nullptr;    // there, or borrowed from the source
+  std::optional<std::uint64_t> m_borrowed;  // the source's number for that
+  std::size_t m_size = 0;                   // bytes that are there
+  std::uint64_t m_start = 0;                // stream position of the first
 };
 
 }  // namespace tarvex

@@ -19,6 +19,11 @@ CReadAheadReader::CReadAheadReader(IAsyncReader* upstream, std::function<void()>
 
 HRESULT CReadAheadReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAsyncReader && out != nullptr) return GiveInterface(static_cast<IAsyncReader*>(this), out);
+  if (iid == kClass && out != nullptr) {
+    AddRef();
+    *out = this;
+    return S_OK;
+  }
   return CUnknown::NonDelegatingQueryInterface(iid, out);
 }
 
@@ -73,12 +78,16 @@ void CReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
 // False: nothing is known of these bytes, so the reader below has to answer for them.
 bool CReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
   const LONG bytes = BytesToAsk(position, m_windowSize);
-  if (bytes < atLeast || !MakeRoomBehindTail(position)) return false;
-  // A short read does not tell how much came, and the stream may have more of it next time.
+  return bytes >= atLeast && MakeRoomBehindTail(position) && ReadIntoWindow(bytes);
+}
+
+// Behind what is there. A short read does not tell how much came, and the stream may have more of it next time.
+bool CReadAheadReader::ReadIntoWindow(LONG bytes) {
+  const LONGLONG position = m_windowStart + m_windowBytes;
   if (ReadBelow(position, bytes, m_window.get() + m_windowBytes) != S_OK) return false;
   m_windowBytes += bytes;
   m_next = position + bytes;
-  m_lastLength = 0;
+  m_lastLength = bytes;
   return true;
 }
 
@@ -86,20 +95,42 @@ bool CReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
 bool CReadAheadReader::MakeRoomBehindTail(LONGLONG position) {
   const bool follows = position == m_windowStart + m_windowBytes;
   const LONG tail = follows ? std::min(m_windowBytes, kSmallestWindow) : 0;
-  const BYTE* from = m_window.get() + (m_windowBytes - tail);
-  if (m_capacity < m_windowSize + tail) {
-    const LONG capacity = m_windowSize + kSmallestWindow;
+  return MoveToFront(position - tail, tail, m_windowSize);
+}
+
+// The window then begins with the `tail` bytes at `from`, which it has, and has `room` for more.
+bool CReadAheadReader::MoveToFront(LONGLONG from, LONG tail, LONG room) {
+  const BYTE* kept = m_window.get() + (tail == 0 ? 0 : from - m_windowStart);
+  ++m_windowNumber;
+  if (m_capacity < tail + room) {
+    const LONG capacity = tail + room + kSmallestWindow;
     std::unique_ptr<BYTE[]> window(new (std::nothrow) BYTE[static_cast<std::size_t>(capacity)]);
     if (!window) return false;
-    std::copy_n(from, tail, window.get());
+    std::copy_n(kept, tail, window.get());
     m_window = std::move(window);
     m_capacity = capacity;
-  } else {
-    std::copy_n(from, tail, m_window.get());
+  } else if (tail != 0) {
+    std::memmove(m_window.get(), kept, static_cast<std::size_t>(tail));
   }
-  m_windowStart = position - tail;
+  m_windowStart = from;
   m_windowBytes = tail;
   return true;
+}
+
+bool CReadAheadReader::HasInWindow(LONGLONG position, LONG length) const noexcept {
+  const LONGLONG offset = position - m_windowStart;
+  return offset >= 0 && offset <= m_windowBytes && length <= m_windowBytes - offset;
+}
+
+const BYTE* CReadAheadReader::Borrow(LONGLONG position, LONG length) {
+  if (length > kLargestWindow || m_flushing.load(std::memory_order_acquire)) return nullptr;
+  if (!HasInWindow(position, length)) {
+    const LONG tail = HasInWindow(position, 0) ? static_cast<LONG>(m_windowStart + m_windowBytes - position) : 0;
+    AdaptWindow(position + tail);
+    const LONG bytes = BytesToAsk(position + tail, std::max(m_windowSize, length - tail));
+    if (bytes < length - tail || !MoveToFront(position, tail, bytes) || !ReadIntoWindow(bytes)) return nullptr;
+  }
+  return m_window.get() + (position - m_windowStart);
 }
 
 // Reading ahead stops where the reader has no more yet: behind it lies the end of the stream, or a wait.

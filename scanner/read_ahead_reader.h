@@ -19,6 +19,8 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
  public:
   static constexpr LONG kSmallestWindow = 4 * 1024;
   static constexpr LONG kLargestWindow = 1024 * 1024;
+  /// QueryInterface for it gives the object itself, to code of this module.
+  static constexpr IID kClass = {0x6C2A7B1E, 0x52D4, 0x4B0E, {0x9C, 0x3A, 0x71, 0xE4, 0x0B, 0x5D, 0x86, 0x2F}};
 
   /// `beforeRead`, if there is one, is called on the reading thread before each read below, which may take
   /// its time.
@@ -27,6 +29,11 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 
   HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override;
+  /// These bytes where they lie in the window, into which they are read if need be; valid while WindowNumber stays
+  /// the same. Null when they do not fit, or cannot be had like this. For the reading thread.
+  const BYTE* Borrow(LONGLONG position, LONG length);
+  /// Changes whenever what lies in the window does.
+  std::uint64_t WindowNumber() const noexcept { return m_windowNumber; }
   HRESULT STDMETHODCALLTYPE BeginFlush() override;
   HRESULT STDMETHODCALLTYPE EndFlush() override;
 
@@ -47,7 +54,10 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   HRESULT ReadMissing(LONGLONG position, LONG length, BYTE* buffer);
   LONG TakeFromWindow(LONGLONG position, LONG length, BYTE* buffer) const noexcept;
   bool FillWindow(LONGLONG position, LONG atLeast);
+  bool ReadIntoWindow(LONG bytes);
   bool MakeRoomBehindTail(LONGLONG position);
+  bool MoveToFront(LONGLONG from, LONG tail, LONG room);
+  bool HasInWindow(LONGLONG position, LONG length) const noexcept;
   LONG BytesToAsk(LONGLONG position, LONG wanted);
   void AdaptWindow(LONGLONG position) noexcept;
 
@@ -60,6 +70,7 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   LONG m_capacity = 0;         // bytes at m_window
   LONGLONG m_windowStart = 0;  // stream position of the first
   LONG m_windowBytes = 0;      // valid ones
+  std::uint64_t m_windowNumber = 0;
   LONG m_windowSize = kSmallestWindow;
   LONG m_lastLength = 0;    // of the last read past the window, if that was the last of all
   LONGLONG m_next = -1;     // where a sequential read would begin
