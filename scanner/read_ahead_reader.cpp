@@ -15,7 +15,10 @@ constexpr LONGLONG kLastPosition = std::numeric_limits<LONGLONG>::max();
 }  // namespace
 
 CReadAheadReader::CReadAheadReader(IAsyncReader* upstream, std::function<void()> beforeRead)
-    : CUnknownImpl("CReadAheadReader", nullptr), m_upstream(upstream), m_beforeRead(std::move(beforeRead)) {}
+    : CUnknownImpl("CReadAheadReader", nullptr),
+      m_upstream(upstream),
+      m_beforeRead(std::move(beforeRead)),
+      m_prefetcher(upstream, kLargestWindow) {}
 
 HRESULT CReadAheadReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAsyncReader && out != nullptr) return GiveInterface(static_cast<IAsyncReader*>(this), out);
@@ -49,7 +52,7 @@ LONG CReadAheadReader::TakeFromWindow(LONGLONG position, LONG length, BYTE* buff
   const LONGLONG offset = position - m_windowStart;
   if (offset < 0 || offset >= m_windowBytes) return 0;
   const LONG taken = static_cast<LONG>(std::min<LONGLONG>(length, m_windowBytes - offset));
-  std::memcpy(buffer, m_window.get() + offset, static_cast<std::size_t>(taken));
+  std::memcpy(buffer, m_window + offset, static_cast<std::size_t>(taken));
   return taken;
 }
 
@@ -60,6 +63,13 @@ HRESULT CReadAheadReader::ReadMissing(LONGLONG position, LONG length, BYTE* buff
     TakeFromWindow(position, length, buffer);
     return S_OK;
   }
+  while (length > 0 && TakePrefetched(position, 0)) {
+    const LONG taken = TakeFromWindow(position, length, buffer);
+    position += taken;
+    length -= taken;
+    buffer += taken;
+  }
+  if (length == 0) return S_OK;
   const HRESULT result = ReadBelow(position, length, buffer);
   if (result == S_OK) {
     m_next = position + length;
@@ -75,43 +85,73 @@ void CReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
   m_windowSize = position == m_next ? wanted : kSmallestWindow;
 }
 
-// False: nothing is known of these bytes, so the reader below has to answer for them.
+// Keeps the end of what `position` follows on: whoever looks a few bytes ahead comes back to them. False: nothing is
+// known of these bytes, so the reader below has to answer for them.
 bool CReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
-  const LONG bytes = BytesToAsk(position, m_windowSize);
-  return bytes >= atLeast && MakeRoomBehindTail(position) && ReadIntoWindow(bytes);
+  const bool follows = position == m_windowStart + m_windowBytes;
+  const LONG tail = follows ? std::min(m_windowBytes, kSmallestWindow) : 0;
+  return Advance(position - tail, tail, atLeast);
+}
+
+// The window then begins with the `tail` bytes at `from`, which it has, and more follow. False when those cannot be
+// had.
+bool CReadAheadReader::Advance(LONGLONG from, LONG tail, LONG atLeast) {
+  if (TakePrefetched(from, tail)) return m_windowBytes - tail >= atLeast;
+  const LONG bytes = BytesToAsk(from + tail, std::max(m_windowSize, atLeast));
+  if (bytes < atLeast || !MoveToFront(from, tail, bytes) || !ReadIntoWindow(bytes)) return false;
+  PrefetchOn();
+  return true;
 }
 
 // Behind what is there. A short read does not tell how much came, and the stream may have more of it next time.
 bool CReadAheadReader::ReadIntoWindow(LONG bytes) {
   const LONGLONG position = m_windowStart + m_windowBytes;
-  if (ReadBelow(position, bytes, m_window.get() + m_windowBytes) != S_OK) return false;
+  if (ReadBelow(position, bytes, m_window + m_windowBytes) != S_OK) return false;
   m_windowBytes += bytes;
   m_next = position + bytes;
   m_lastLength = bytes;
   return true;
 }
 
-// Keeps the end of what `position` follows on: whoever looks a few bytes ahead comes back to them.
-bool CReadAheadReader::MakeRoomBehindTail(LONGLONG position) {
-  const bool follows = position == m_windowStart + m_windowBytes;
-  const LONG tail = follows ? std::min(m_windowBytes, kSmallestWindow) : 0;
-  return MoveToFront(position - tail, tail, m_windowSize);
+bool CReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
+  const LONGLONG position = from + tail;
+  if (position != m_next || tail > kLargestWindow) return false;
+  if (m_beforeRead && m_prefetcher.IsReading(position)) m_beforeRead();
+  CPrefetcher::Piece piece;
+  if (!m_prefetcher.Take(position, piece)) return false;
+  BYTE* const window = piece.memory.get() + kLargestWindow - tail;
+  if (tail != 0) std::memcpy(window, m_window + (from - m_windowStart), static_cast<std::size_t>(tail));
+  std::swap(m_memory, piece.memory);
+  if (std::exchange(m_capacity, 2 * kLargestWindow) == m_capacity) m_prefetcher.Return(std::move(piece.memory));
+  m_window = window;
+  ++m_windowNumber;
+  m_windowStart = from;
+  m_windowBytes = tail + piece.bytes;
+  m_next = position + piece.bytes;
+  PrefetchOn();
+  return true;
+}
+
+// Only for whoever has read on for a while.
+void CReadAheadReader::PrefetchOn() {
+  if (m_windowSize == kLargestWindow && BytesToAsk(m_next, kLargestWindow) > 0) m_prefetcher.Follow(m_next, m_knownEnd);
 }
 
 // The window then begins with the `tail` bytes at `from`, which it has, and has `room` for more.
 bool CReadAheadReader::MoveToFront(LONGLONG from, LONG tail, LONG room) {
-  const BYTE* kept = m_window.get() + (tail == 0 ? 0 : from - m_windowStart);
+  const BYTE* kept = m_window + (tail == 0 ? 0 : from - m_windowStart);
   ++m_windowNumber;
   if (m_capacity < tail + room) {
     const LONG capacity = tail + room + kSmallestWindow;
-    std::unique_ptr<BYTE[]> window(new (std::nothrow) BYTE[static_cast<std::size_t>(capacity)]);
-    if (!window) return false;
-    std::copy_n(kept, tail, window.get());
-    m_window = std::move(window);
+    std::unique_ptr<BYTE[]> memory(new (std::nothrow) BYTE[static_cast<std::size_t>(capacity)]);
+    if (!memory) return false;
+    std::copy_n(kept, tail, memory.get());
+    m_memory = std::move(memory);
     m_capacity = capacity;
   } else if (tail != 0) {
-    std::memmove(m_window.get(), kept, static_cast<std::size_t>(tail));
+    std::memmove(m_memory.get(), kept, static_cast<std::size_t>(tail));
   }
+  m_window = m_memory.get();
   m_windowStart = from;
   m_windowBytes = tail;
   return true;
@@ -127,10 +167,9 @@ const BYTE* CReadAheadReader::Borrow(LONGLONG position, LONG length) {
   if (!HasInWindow(position, length)) {
     const LONG tail = HasInWindow(position, 0) ? static_cast<LONG>(m_windowStart + m_windowBytes - position) : 0;
     AdaptWindow(position + tail);
-    const LONG bytes = BytesToAsk(position + tail, std::max(m_windowSize, length - tail));
-    if (bytes < length - tail || !MoveToFront(position, tail, bytes) || !ReadIntoWindow(bytes)) return nullptr;
+    if (!Advance(position, tail, length - tail)) return nullptr;
   }
-  return m_window.get() + (position - m_windowStart);
+  return m_window + (position - m_windowStart);
 }
 
 // Reading ahead stops where the reader has no more yet: behind it lies the end of the stream, or a wait.
@@ -146,11 +185,13 @@ LONG CReadAheadReader::BytesToAsk(LONGLONG position, LONG wanted) {
 HRESULT CReadAheadReader::BeginFlush() {
   const HRESULT result = m_upstream->BeginFlush();
   m_flushing.store(true, std::memory_order_release);
+  m_prefetcher.SetFlushing(true);
   return result;
 }
 
 HRESULT CReadAheadReader::EndFlush() {
   const HRESULT result = m_upstream->EndFlush();
+  m_prefetcher.SetFlushing(false);
   m_flushing.store(false, std::memory_order_release);
   return result;
 }

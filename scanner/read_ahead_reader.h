@@ -1,6 +1,6 @@
-// An IAsyncReader over another one that serves small reads from a window read ahead. Made by the filter
-// for the upstream reader and given to the scanner. One thread at a time reads; the flush operations may
-// come from any thread during a read.
+// An IAsyncReader over another one that serves small reads from a window read ahead, and while a stream is read
+// from front to back reads the next window on another thread meanwhile. Made by the filter for the upstream reader
+// and given to the scanner. One thread at a time reads; the flush operations may come from any thread during a read.
 #pragma once
 
 #include <atomic>
@@ -10,6 +10,7 @@
 
 #include "framework/com_ptr.h"
 #include "framework/unknown.h"
+#include "scanner/prefetcher.h"
 
 namespace tarvex {
 
@@ -55,7 +56,9 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   LONG TakeFromWindow(LONGLONG position, LONG length, BYTE* buffer) const noexcept;
   bool FillWindow(LONGLONG position, LONG atLeast);
   bool ReadIntoWindow(LONG bytes);
-  bool MakeRoomBehindTail(LONGLONG position);
+  bool Advance(LONGLONG from, LONG tail, LONG atLeast);
+  bool TakePrefetched(LONGLONG from, LONG tail);
+  void PrefetchOn();
   bool MoveToFront(LONGLONG from, LONG tail, LONG room);
   bool HasInWindow(LONGLONG position, LONG length) const noexcept;
   LONG BytesToAsk(LONGLONG position, LONG wanted);
@@ -65,9 +68,12 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   const std::function<void()> m_beforeRead;
   std::atomic<bool> m_flushing{false};
 
+  CPrefetcher m_prefetcher;
+
   // The rest belongs to the reading thread.
-  std::unique_ptr<BYTE[]> m_window;
-  LONG m_capacity = 0;         // bytes at m_window
+  std::unique_ptr<BYTE[]> m_memory;
+  LONG m_capacity = 0;         // bytes at m_memory
+  BYTE* m_window = nullptr;    // in there
   LONGLONG m_windowStart = 0;  // stream position of the first
   LONG m_windowBytes = 0;      // valid ones
   std::uint64_t m_windowNumber = 0;
