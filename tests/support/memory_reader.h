@@ -1,8 +1,10 @@
 // An IAsyncReader over bytes in memory, with the manners of a real one: short reads at the end, reads
-// that fail, a stream that grows. Made by a test, on its stack; not counted. One thread at a time.
+// that fail, a stream that grows. Made by a test, on its stack; not counted. Any threads read; what is set beforehand
+// stays while they do.
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -22,18 +24,20 @@ class MemoryReader final : public IAsyncReader {
   MemoryReader& operator=(const MemoryReader&) = delete;
 
   std::vector<std::uint8_t> bytes;
-  LONGLONG reportedLength = 0;    ///< what Length says, which does not follow `bytes`
-  std::int64_t failingRead = -1;  ///< this read (counted from 0) and all after it fail
-  LONGLONG brokenFrom = -1;       ///< reads that touch this position or one behind it fail
-  std::int64_t reads = 0;         ///< calls of SyncRead
-  LONG largestRead = 0;           ///< bytes asked for in one call
-  int beginFlushes = 0;
-  int endFlushes = 0;
-  std::function<void()> onRead;  ///< called inside every SyncRead
+  LONGLONG reportedLength = 0;         ///< what Length says, which does not follow `bytes`
+  std::int64_t failingRead = -1;       ///< this read (counted from 0) and all after it fail
+  LONGLONG brokenFrom = -1;            ///< reads that touch this position or one behind it fail
+  std::function<void()> onRead;        ///< called inside every SyncRead
+  std::atomic<std::int64_t> reads{0};  ///< calls of SyncRead
+  std::atomic<LONG> largestRead{0};    ///< bytes asked for in one call
+  std::atomic<int> beginFlushes{0};
+  std::atomic<int> endFlushes{0};
 
   HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override {
     const std::int64_t number = reads++;
-    largestRead = std::max(largestRead, lLength);
+    LONG largest = largestRead;
+    while (lLength > largest && !largestRead.compare_exchange_weak(largest, lLength)) {
+    }
     if (onRead) onRead();
     if (llPosition < 0 || lLength < 0) return E_INVALIDARG;
     if (failingRead >= 0 && number >= failingRead) return E_FAIL;

@@ -1,0 +1,125 @@
+// Reading ahead on another thread: long streams read on, through the read-ahead reader.
+#include "scanner/prefetcher.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <random>
+#include <thread>
+
+#include "scanner/read_ahead_reader.h"
+#include "tests/support/ebml_writer.h"
+#include "tests/support/memory_reader.h"
+
+namespace tarvex::test {
+namespace {
+
+constexpr LONGLONG kMebibyte = 1 << 20;
+constexpr LONGLONG kSize = 9 * kMebibyte + 17;
+
+struct LongStream {
+  LongStream() : below(Noise(kSize, 6)) {
+    below.onRead = [this] { ++(std::this_thread::get_id() == here ? readsHere : readsElsewhere); };
+  }
+
+  /// The reader's answer; the bytes must be those of the stream when it is S_OK.
+  HRESULT Read(LONGLONG position, LONG length) {
+    ByteString bytes(static_cast<std::size_t>(length), 0xEE);
+    const HRESULT result = reader->SyncRead(position, length, bytes.data());
+    EXPECT_TRUE(result != S_OK || std::equal(bytes.begin(), bytes.end(), below.bytes.begin() + position)) << position;
+    return result;
+  }
+  /// How far blocks of this size can be read from `position` on.
+  LONGLONG ReadOn(LONGLONG position, LONG length) {
+    while (position + length <= kSize && Read(position, length) == S_OK) position += length;
+    return position;
+  }
+
+  const std::thread::id here = std::this_thread::get_id();
+  std::atomic<int> readsHere{0};
+  std::atomic<int> readsElsewhere{0};
+  MemoryReader below;
+  ComPtr<CReadAheadReader> reader = MakeCom<CReadAheadReader>(&below);
+};
+
+TEST(Prefetcher, StreamReadOnIsTheSameAndMostOfItIsReadElsewhere) {
+  for (const LONG length : {1000, 300000}) {
+    LongStream stream;
+    const LONGLONG half = stream.ReadOn(0, length) / 2;
+    EXPECT_GT(half, (kSize - length) / 2);
+    EXPECT_GE(stream.readsElsewhere, 6);
+    EXPECT_LE(stream.readsHere, 6);
+    stream.ReadOn(half, length);
+  }
+}
+
+TEST(Prefetcher, LargeReadTakesWhatIsThereAndReadsTheRest) {
+  LongStream stream;
+  LONGLONG position = 0;
+  for (; position < 4 * kMebibyte; position += 1000) ASSERT_EQ(stream.Read(position, 1000), S_OK);
+  EXPECT_EQ(stream.Read(position, 4 * kMebibyte + 1), S_OK);
+  EXPECT_EQ(stream.Read(kSize - 100, 200), S_FALSE);
+}
+
+TEST(Prefetcher, BorrowedBytesAreThoseOfTheStream) {
+  LongStream stream;
+  std::mt19937 random(7);
+  for (LONGLONG position = 0; position < kSize - kMebibyte;) {
+    const auto length = static_cast<LONG>(random() % kMebibyte);
+    const BYTE* bytes = stream.reader->Borrow(position, length);
+    ASSERT_NE(bytes, nullptr);
+    EXPECT_TRUE(std::equal(bytes, bytes + length, stream.below.bytes.begin() + position)) << position;
+    position += length;
+    EXPECT_EQ(stream.Read(position, 12), S_OK);  // the next head
+    if (random() % 20 == 0) position = static_cast<LONGLONG>(random() % (kSize / 2));
+  }
+  EXPECT_GT(stream.readsElsewhere, 3);
+}
+
+TEST(Prefetcher, BrokenPlaceFailsOnlyReadsThatTouchIt) {
+  LongStream stream;
+  stream.below.brokenFrom = 6 * kMebibyte + 5000;
+  EXPECT_EQ(stream.ReadOn(0, 1000), stream.below.brokenFrom / 1000 * 1000);
+  EXPECT_EQ(stream.Read(stream.below.brokenFrom, 1), E_FAIL);
+  stream.below.brokenFrom = -1;
+  EXPECT_GT(stream.ReadOn(0, 1000), kSize - 1000);
+}
+
+/// Reading on another thread blocks until a flush.
+struct BlockedStream : LongStream {
+  BlockedStream() {
+    below.onRead = [this] {
+      if (std::this_thread::get_id() == here) return;
+      isBlocked = true;
+      while (below.beginFlushes == 0) std::this_thread::yield();
+    };
+  }
+  std::atomic<bool> isBlocked{false};
+};
+
+TEST(Prefetcher, FlushFreesWhoWaitsForAPiece) {
+  BlockedStream stream;
+  std::thread flusher([&] {
+    while (!stream.isBlocked) std::this_thread::yield();
+    stream.reader->BeginFlush();
+  });
+  const LONGLONG reached = stream.ReadOn(0, 1000);
+  EXPECT_LT(reached, kSize - kMebibyte);
+  EXPECT_EQ(stream.Read(reached, 1000), VFW_E_WRONG_STATE);
+  flusher.join();
+  stream.reader->EndFlush();
+  EXPECT_GT(stream.ReadOn(reached, 1000), kSize - 1000);
+}
+
+TEST(Prefetcher, BlockedReadOfAnotherPlaceHoldsNobodyUpAndDestructionFreesIt) {
+  BlockedStream stream;
+  // As far as it reads itself, and not to the piece that does not come.
+  for (LONGLONG position = 0; position < kMebibyte; position += 1000) ASSERT_EQ(stream.Read(position, 1000), S_OK);
+  while (!stream.isBlocked) std::this_thread::yield();
+  EXPECT_GT(stream.ReadOn(3 * kMebibyte, 1000), kSize - 1000) << "read here, as before";
+  stream.reader.Reset();
+  EXPECT_EQ(stream.below.endFlushes, 1);
+}
+
+}  // namespace
+}  // namespace tarvex::test
