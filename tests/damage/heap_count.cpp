@@ -4,6 +4,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -23,9 +24,11 @@ namespace {
 thread_local std::int64_t t_held = 0;
 thread_local std::int64_t t_peak = 0;
 thread_local std::uint64_t t_allocations = 0;
+std::atomic<std::uint64_t> g_allocations{0};
 
 void* Counted(void* memory) noexcept {
   ++t_allocations;
+  ++g_allocations;
   t_held += static_cast<std::int64_t>(malloc_usable_size(memory));
   t_peak = std::max(t_peak, t_held);
   return memory;
@@ -64,6 +67,7 @@ namespace tarvex::test {
 HeapCount::HeapCount() noexcept : m_start(t_held), m_firstAllocation(t_allocations) { t_peak = t_held; }
 std::int64_t HeapCount::Peak() const noexcept { return t_peak - m_start; }
 std::int64_t HeapCount::Now() const noexcept { return t_held - m_start; }
+std::uint64_t HeapCount::OfAllThreads() noexcept { return g_allocations; }
 std::uint64_t HeapCount::Allocations() const noexcept { return t_allocations - m_firstAllocation; }
 
 }  // namespace tarvex::test

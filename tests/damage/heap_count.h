@@ -15,6 +15,8 @@ class HeapCount {
   std::int64_t Now() const noexcept;
   /// How often memory was asked for.
   std::uint64_t Allocations() const noexcept;
+  /// The same of all threads, since the program began.
+  static std::uint64_t OfAllThreads() noexcept;
 
  private:
   std::int64_t m_start;

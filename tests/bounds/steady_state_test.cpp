@@ -1,0 +1,94 @@
+// What a frame costs on the heap while a file plays: what libmatroska takes to read its block, and nothing else.
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include "scanner/borrowed_block.h"
+#include "tests/damage/heap_count.h"
+#include "tests/support/ebml_writer.h"
+#include "tests/support/test_graph.h"
+
+namespace tarvex::test {
+namespace {
+
+constexpr std::size_t kClusters = 200;
+constexpr std::size_t kFew = 50;    // frames of a Cluster
+constexpr std::size_t kMany = 250;  // the same
+
+ByteString Compression(const ByteString& children) {
+  return Element(id::kContentEncodings, Element(id::kContentEncoding, Element(id::kContentCompression, children)));
+}
+
+ByteString Deflated(const ByteString& plain) {
+  uLongf size = compressBound(static_cast<uLong>(plain.size()));
+  ByteString packed(size);
+  EXPECT_EQ(compress(packed.data(), &size, plain.data(), static_cast<uLong>(plain.size())), Z_OK);
+  packed.resize(size);
+  return packed;
+}
+
+struct Track {
+  const char* name;
+  ByteString encodings;
+  ByteString frame;
+};
+
+std::vector<Track> Tracks() {
+  const ByteString frame = Noise(300, 1);
+  return {{"plain", {}, frame},
+          {"stripped",
+           Compression(Join({Unsigned(id::kContentCompAlgo, 3), Element(id::kContentCompSettings, {1, 2})})), frame},
+          {"zlib", Compression(Unsigned(id::kContentCompAlgo, 0)), Deflated(frame)}};
+}
+
+ByteString Film(const Track& track, std::size_t framesOfACluster) {
+  ByteString clusters;
+  for (std::size_t cluster = 0; cluster < kClusters; ++cluster) {
+    ByteString blocks;
+    for (std::size_t frame = 0; frame < framesOfACluster; ++frame) {
+      const ByteString block = SimpleBlock(1, static_cast<std::int16_t>(frame), track.frame);
+      blocks.insert(blocks.end(), block.begin(), block.end());
+    }
+    const ByteString bytes = Cluster(cluster * 1000, blocks);
+    clusters.insert(clusters.end(), bytes.begin(), bytes.end());
+  }
+  const ByteString entry = TrackEntry(1, 2, "A_AC3", track.encodings);
+  return MatroskaFile(Join({Element(id::kInfo, {}), Element(id::kTracks, entry), clusters}));
+}
+
+std::uint64_t AllocationsPlaying(const ByteString& film) {
+  TestGraph graph;
+  const auto source = CSourceFilter::FromBytes(film);
+  EXPECT_EQ(graph.Open(source.Get()), S_OK);
+  EXPECT_EQ(graph.ConnectSinks(SinkKind::kCounting), S_OK);
+  const std::uint64_t before = HeapCount::OfAllThreads();
+  EXPECT_TRUE(SUCCEEDED(graph.Run()));
+  EXPECT_TRUE(graph.WaitForEnd());
+  return HeapCount::OfAllThreads() - before;
+}
+
+std::uint64_t AllocationsOfLibmatroska(const Track& track, std::size_t blocks) {
+  const ByteString bytes = SimpleBlock(1, 0, track.frame);
+  const auto header = ParseElementHeader(bytes);
+  EXPECT_TRUE(header);
+  CBorrowedBlock block;
+  const std::uint64_t before = HeapCount::OfAllThreads();
+  for (std::size_t i = 0; i < blocks; ++i) {
+    EXPECT_TRUE(block.Become(0, *header, std::span(bytes).subspan(header->Length())));
+  }
+  return HeapCount::OfAllThreads() - before;
+}
+
+TEST(SteadyState, FrameCostsNoAllocationOutsideLibmatroska) {
+  constexpr std::uint64_t kGrowth = 5000;  // of lists that keep their room, above all of sample objects
+  for (const Track& track : Tracks()) {
+    SCOPED_TRACE(track.name);
+    const std::uint64_t few = AllocationsPlaying(Film(track, kFew));
+    const std::uint64_t many = AllocationsPlaying(Film(track, kMany));
+    constexpr std::size_t kFrames = kClusters * (kMany - kFew);
+    EXPECT_GT(many, few) << "nothing was counted";
+    EXPECT_LE(many - few, AllocationsOfLibmatroska(track, kFrames) + kGrowth);
+  }
+}
+
+}  // namespace
+}  // namespace tarvex::test
