@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include "scanner/borrowed_block.h"
+#include "scanner/limits.h"
 #include "tests/damage/heap_count.h"
 #include "tests/support/ebml_writer.h"
 #include "tests/support/test_graph.h"
@@ -10,9 +11,10 @@
 namespace tarvex::test {
 namespace {
 
-constexpr std::size_t kClusters = 200;
+constexpr std::size_t kClusters = 100;
 constexpr std::size_t kFew = 50;    // frames of a Cluster
 constexpr std::size_t kMany = 250;  // the same
+constexpr std::size_t kFrameBytes = 3000;
 
 ByteString Compression(const ByteString& children) {
   return Element(id::kContentEncodings, Element(id::kContentEncoding, Element(id::kContentCompression, children)));
@@ -33,7 +35,7 @@ struct Track {
 };
 
 std::vector<Track> Tracks() {
-  const ByteString frame = Noise(300, 1);
+  const ByteString frame = Noise(kFrameBytes, 1);
   return {{"plain", {}, frame},
           {"stripped",
            Compression(Join({Unsigned(id::kContentCompAlgo, 3), Element(id::kContentCompSettings, {1, 2})})), frame},
@@ -79,7 +81,8 @@ std::uint64_t AllocationsOfLibmatroska(const Track& track, std::size_t blocks) {
 }
 
 TEST(SteadyState, FrameCostsNoAllocationOutsideLibmatroska) {
-  constexpr std::uint64_t kGrowth = 5000;  // of lists that keep their room, above all of sample objects
+  // Objects of all the samples that the ring can hold, and lists that keep their room.
+  constexpr std::uint64_t kGrowth = limits::kLargestSample / kFrameBytes + 1000;
   for (const Track& track : Tracks()) {
     SCOPED_TRACE(track.name);
     const std::uint64_t few = AllocationsPlaying(Film(track, kFew));
