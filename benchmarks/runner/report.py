@@ -154,15 +154,15 @@ def index_bytes(found):
 
 
 def scale_cues(found):
-    rows = [[f"{one['count']:,}", f"{one['first_seek_ms']:.2f}", f"{one['seek_ms']:.3f}",
+    rows = [[f"{one['count']:,}", f"{one['open_ms']:.2f}", f"{one['seek_ms']:.3f}",
              f"{one['heap_bytes'] / MEBIBYTE:.2f}", f"{one['peak_bytes'] / MEBIBYTE:.1f}"] for one in found]
-    text = table(["cue points", "first seek, ms", "later seeks, median ms", "heap, MiB", "peak, MiB"], rows)
+    text = table(["cue points", "opening, ms", "seeks, median ms", "heap, MiB", "peak, MiB"], rows)
     large = [one for one in found if one["count"] >= 10**4]
     if len(large) < 2:
         return text
-    fit = slope([(one["count"], one["first_seek_ms"]) for one in large])
+    fit = slope([(one["count"], one["open_ms"]) for one in large])
     growth = against(fit, limits.STEEPEST)
-    text += f"\n\nThe first seek grows with the cue points to the power of {growth} from 10,000 on"
+    text += f"\n\nOpening grows with the cue points to the power of {growth} from 10,000 on"
     if found[-1]["count"] < INDEX_JUDGED_FROM:
         return text + "."
     entry = against(index_bytes(found), limits.INDEX_BYTES_AN_ENTRY, "{:.1f}")
