@@ -127,6 +127,7 @@ class CMatroskaSplitter final : public CBaseFilter,
   void OnTrack(std::uint32_t heapIndex) override;
   bool ProcessEvents() override;
   bool OnData(const FrameInfo& frame) override;
+  void LimitHolding();
 
   // CAMThread
   DWORD ThreadProc() override;

@@ -2,6 +2,7 @@
 #include "filter/matroska_splitter.h"
 #include "framework/com_boundary.h"
 #include "framework/log.h"
+#include "scanner/limits.h"
 
 namespace tarvex {
 
@@ -172,10 +173,22 @@ bool CMatroskaSplitter::OnData(const FrameInfo& frame) {
   if (pin == nullptr || !pin->IsConnected()) return true;
   FrameInfo decoded = frame;
   m_scanner.Decode(decoded);
-  if (pin->OnData(decoded)) return true;
+  if (pin->OnData(decoded)) {
+    if (pin->IsHolding()) LimitHolding();
+    return true;
+  }
   m_refusal = pin->Refusal();
   LogText("CMatroskaSplitter::OnData failed");
   return false;
+}
+
+void CMatroskaSplitter::LimitHolding() {
+  std::size_t bytes = 0;
+  for (const auto& pin : m_outputPins) bytes += pin->HeldBytes();
+  if (bytes <= limits::kHeldBytes) return;
+  for (const auto& pin : m_outputPins) {
+    if (pin->IsConnected()) pin->EndHolding();
+  }
 }
 
 }  // namespace tarvex

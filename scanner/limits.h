@@ -47,6 +47,10 @@ inline constexpr std::size_t kLargestSample = std::size_t{kRingBuffers} * kRingB
 /// Samples that may be out of a ring at a time: tiny frames must not take memory without limit.
 inline constexpr std::int32_t kSamplesOut = 1 << 15;
 
+/// Bytes of the frames that all pins hold back together while the video pin looks for the start of a segment. Then
+/// it takes the best start there is: a stream may have no second key frame.
+inline constexpr std::size_t kHeldBytes = 32 * kMebibyte;
+
 /// Bytes after which inflating a frame ends, which no pin could deliver.
 inline constexpr std::size_t kInflatedFrame = kLargestSample + 1;
 /// Bytes of a frame: a media sample's length is a signed 32-bit number.

@@ -103,6 +103,12 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   /// While on, OnData and FlushPending fail where they would wait for room, a wait in progress included.
   void CancelWaits(bool on);
   void SetHolding(bool on);
+  // Without the stream lock the answer may be late, as it may be for the frame before.
+  bool IsHolding() const noexcept { return m_holding; }
+  /// Bytes of the frames that are held back. Any thread.
+  std::size_t HeldBytes() const;
+  /// Ends the holding of all pins with what is there, if it is this pin that asked for it. Worker only.
+  virtual void EndHolding() {}
   /// Drops held frames from the front as long as they start before `first`, a time of the file.
   void DropHeldBefore(REFERENCE_TIME first);
   /// Drops all held frames. An end of stream that waited behind them was not sent.
@@ -189,8 +195,6 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
  protected:
   PinHost& Host() const noexcept { return *m_host; }
   CCritSec& StreamLock() const noexcept { return m_streamLock; }
-  // Without the stream lock the answer may be late, as it may be for the frame before.
-  bool IsHolding() const noexcept { return m_holding; }
   bool IsEndOfStreamSent() const noexcept { return m_endOfStream != EndOfStreamState::kOpen; }
   PendingFrames m_pending;  // under the stream lock
 

@@ -73,6 +73,11 @@ void CMatroskaOutputPin::SetHolding(bool on) {
   m_holding = on;
 }
 
+std::size_t CMatroskaOutputPin::HeldBytes() const {
+  const CAutoLock hold(m_streamLock);
+  return m_pending.Bytes();
+}
+
 void CMatroskaOutputPin::DropHeldBefore(REFERENCE_TIME first) {
   const CAutoLock hold(m_streamLock);
   m_pending.DropBefore(first);

@@ -105,7 +105,7 @@ std::optional<CMatroskaVideoPin::SegmentChoice> CMatroskaVideoPin::LastChoice(RE
   return SegmentChoice{start, m_pending.FirstStart()};
 }
 
-HRESULT CMatroskaVideoPin::DeliverEndOfStream() {
+HRESULT CMatroskaVideoPin::ReleaseWithLastChoice() {
   const REFERENCE_TIME wanted = Host().Range().start;
   std::optional<SegmentChoice> choice;
   {
@@ -119,9 +119,18 @@ HRESULT CMatroskaVideoPin::DeliverEndOfStream() {
     firstFrame = choice->firstFrame;
   }
   const HRESULT result = Host().ReleaseHeldFrames(firstFrame);
-  if (FAILED(result)) return result;
-  Host().SetHoldingOnAllPins(false);
-  return CMatroskaOutputPin::DeliverEndOfStream();
+  if (SUCCEEDED(result)) Host().SetHoldingOnAllPins(false);
+  return result;
+}
+
+// A pin that cannot deliver refuses its next frame as well, and that ends the pass.
+void CMatroskaVideoPin::EndHolding() {
+  if (FAILED(ReleaseWithLastChoice())) Host().SetHoldingOnAllPins(false);
+}
+
+HRESULT CMatroskaVideoPin::DeliverEndOfStream() {
+  const HRESULT result = ReleaseWithLastChoice();
+  return FAILED(result) ? result : CMatroskaOutputPin::DeliverEndOfStream();
 }
 
 }  // namespace tarvex

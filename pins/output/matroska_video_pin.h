@@ -18,6 +18,7 @@ class CMatroskaVideoPin : public CMatroskaOutputPin {
 
   bool OnData(const FrameInfo& frame) override;
   HRESULT Active() override;
+  void EndHolding() override;
   /// Also releases what all pins hold, since no frame will come to choose a start by. A failure of that
   /// is returned, and the end is not sent.
   HRESULT DeliverEndOfStream() override;
@@ -39,6 +40,7 @@ class CMatroskaVideoPin : public CMatroskaOutputPin {
   };
   std::optional<SegmentChoice> AddHeld(const FrameInfo& frame, REFERENCE_TIME wanted);
   std::optional<SegmentChoice> LastChoice(REFERENCE_TIME wanted) const;
+  HRESULT ReleaseWithLastChoice();
 
   // Written under the stream lock.
   std::atomic<bool> m_waitForKeyFrame{true};

@@ -26,6 +26,7 @@ void PendingFrames::Add(const FrameInfo& frame) {
     m_frames.pop_back();
     throw;
   }
+  m_bytes += BytesOf(m_frames.back());
 }
 
 REFERENCE_TIME PendingFrames::LatestStart() const noexcept { return m_byStart.empty() ? 0 : m_byStart.rbegin()->first; }
@@ -59,6 +60,7 @@ void PendingFrames::DropFirst() {
   const auto entry = m_byStart.find(FirstStart());
   if (entry->second == m_firstNumber) m_byStart.erase(entry);
   if (!m_keyFrames.empty() && m_keyFrames.front() == m_firstNumber) m_keyFrames.pop_front();
+  m_bytes -= BytesOf(m_frames.front());
   m_frames.pop_front();
   ++m_firstNumber;
 }
@@ -67,6 +69,7 @@ void PendingFrames::Clear() noexcept {
   m_frames.clear();
   m_byStart.clear();
   m_keyFrames.clear();
+  m_bytes = 0;
 }
 
 }  // namespace tarvex

@@ -21,6 +21,8 @@ class PendingFrames {
 
   bool IsEmpty() const noexcept { return m_frames.empty(); }
   std::size_t Count() const noexcept { return m_frames.size(); }
+  /// What the frames take, roughly.
+  std::size_t Bytes() const noexcept { return m_bytes; }
   /// In order of arrival; `index` is below Count. Its bytes live until the frame is dropped.
   const FrameInfo& At(std::size_t index) const { return m_frames[index].frame; }
 
@@ -51,6 +53,7 @@ class PendingFrames {
     std::vector<std::uint8_t> bytes;
   };
 
+  static std::size_t BytesOf(const Held& held) noexcept { return sizeof(Held) + held.bytes.size(); }
   const FrameInfo& Frame(Number number) const {
     return m_frames[static_cast<std::size_t>(number - m_firstNumber)].frame;
   }
@@ -60,6 +63,7 @@ class PendingFrames {
   std::map<REFERENCE_TIME, Number> m_byStart;  // of several with one start, the last
   std::deque<Number> m_keyFrames;
   Number m_firstNumber = 0;
+  std::size_t m_bytes = 0;
 };
 
 }  // namespace tarvex
