@@ -127,7 +127,6 @@ class CMatroskaSplitter final : public CBaseFilter,
   void OnTrack(std::uint32_t heapIndex) override;
   bool ProcessEvents() override;
   bool OnData(const FrameInfo& frame) override;
-  void LimitHolding();
 
   // CAMThread
   DWORD ThreadProc() override;
@@ -185,6 +184,8 @@ class CMatroskaSplitter final : public CBaseFilter,
   HRESULT SendStart();
   bool IsWorkerThread() const;
   void EndQueues();
+  /// Ends holding back when the pins together hold too much.
+  void LimitHolding();
   void RunPass();
   void ReportFailedPass(HRESULT result);
   // To every connected output pin, in pin order. S_OK.

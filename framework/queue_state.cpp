@@ -45,7 +45,7 @@ void COutputQueue::State::WakeThread() noexcept {
 
 // Unreleased entries are samples only: whatever else is queued releases itself and all before it.
 bool COutputQueue::State::CanTake() const noexcept {
-  if (m_entries.Empty()) return false;
+  if (m_entries.Empty() || m_droppers != 0) return false;
   if (m_released > 0) return true;
   const bool exact = m_settings.batchExact || !m_settings.queued;
   return !exact || m_entries.Size() >= static_cast<std::size_t>(m_settings.batchSize);
@@ -95,8 +95,9 @@ HRESULT COutputQueue::State::PassOnSamples() {
   return m_input->ReceiveMultiple(m_work.samples.data(), static_cast<LONG>(m_work.samples.size()), &processed);
 }
 
-// Only samples can be refused.
+// Only samples can be refused. What a flush has overtaken since it was taken does not go on.
 HRESULT COutputQueue::State::PassOn(unsigned generation) {
+  if (generation != m_generation) return S_OK;
   if (!m_work.isControl) return m_work.oneByOne ? PassOnOneByOne(generation) : PassOnSamples();
   const Entry& entry = m_work.control;
   if (entry.kind == Entry::Kind::kEndOfStream) {
@@ -111,11 +112,11 @@ HRESULT COutputQueue::State::PassOn(unsigned generation) {
 // was nothing.
 bool COutputQueue::State::Step() {
   if (m_terminated || m_delivererId != 0 || !CanTake()) return false;
+  State* const outer = std::exchange(t_passingOn, this);  // now, as a thread's first access takes its time
   Take();
   const unsigned generation = m_generation;
   m_delivererId = CurrentThreadId();
   m_lock.Unlock();
-  State* const outer = std::exchange(t_passingOn, this);
   const HRESULT hr = PassOn(generation);
   t_passingOn = outer;
   m_work.ReleaseSamples();
@@ -134,8 +135,15 @@ void COutputQueue::State::Refuse(HRESULT hr) {
 }
 
 // Drops what waits now. The lock, held once, is given up for each release, since a sample's allocator
-// has a lock of its own.
+// has a lock of its own. Nothing is passed on meanwhile, however much still waits.
 void COutputQueue::State::DropEntries(bool keepEnd) {
+  ++m_droppers;
+  DropOneByOne(keepEnd);
+  --m_droppers;
+  if (CanTake()) WakeThread();
+}
+
+void COutputQueue::State::DropOneByOne(bool keepEnd) {
   const unsigned generation = m_generation;
   m_released = 0;
   for (std::size_t left = m_entries.Size(); left > 0 && !m_entries.Empty(); --left) {

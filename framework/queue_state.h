@@ -100,6 +100,7 @@ class COutputQueue::State {
   void PutControl(Entry entry);
   void Refuse(HRESULT hr);
   void DropEntries(bool keepEnd);
+  void DropOneByOne(bool keepEnd);
   void WakeThread() noexcept;
 
   static thread_local State* t_passingOn;
@@ -122,6 +123,7 @@ class COutputQueue::State {
   DWORD m_delivererId = 0;  // the thread that is passing on, 0 for none
   bool m_calledBack = false;
   unsigned m_flushWaiters = 0;
+  unsigned m_droppers = 0;  // threads in DropEntries
   bool m_threadSleeps = false;
   bool m_flushing = false;
   bool m_flushPassedOn = false;
