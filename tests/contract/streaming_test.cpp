@@ -69,7 +69,8 @@ TEST_F(Streaming, AFlushFromUpstreamReachesEverySinkAndNothingComesInBetween) {
     bool flushing = false;
     for (const SinkEvent& event : sink->Events()) {
       if (event.kind == Kind::kEndFlush) flushing = false;
-      EXPECT_FALSE(flushing && event.kind != Kind::kEndFlush) << "in the middle of a flush: " << static_cast<int>(event.kind);
+      EXPECT_FALSE(flushing && event.kind != Kind::kEndFlush)
+          << "in the middle of a flush: " << static_cast<int>(event.kind);
       if (event.kind == Kind::kBeginFlush) flushing = true;
     }
     EXPECT_FALSE(flushing);
