@@ -17,6 +17,12 @@ CElementSearch CElementWalker::SearchBelow(const libebml::EbmlElement& parent) {
   return {m_window, m_source.Length(), m_ids, EBML_CONTEXT(&parent), CElementSearch::Unknown::kPassByteWise};
 }
 
+// A head may count the zero that follows the stream. Beyond that nothing is to be found, and a move there would be
+// refused.
+std::uint64_t CElementWalker::DataPosition(const FoundElement& found) const {
+  return std::min(found.dataPosition, m_source.Length());
+}
+
 ElementPtr CElementWalker::FindNextChild(const libebml::EbmlElement& parent) {
   const std::uint64_t start = Position();
   if (start >= m_source.Length()) return nullptr;
@@ -25,7 +31,7 @@ ElementPtr CElementWalker::FindNextChild(const libebml::EbmlElement& parent) {
     MoveTo(m_source.Length());
     return nullptr;
   }
-  MoveTo(found->upperLevel > 0 ? start : found->dataPosition);
+  MoveTo(found->upperLevel > 0 ? start : DataPosition(*found));
   return found->upperLevel > 0 ? nullptr : std::move(found->element);
 }
 
@@ -60,7 +66,7 @@ void CElementWalker::SkipUnknownSize(libebml::EbmlElement& element) {
       MoveTo(found->position);
       return;
     }
-    MoveTo(found->dataPosition);
+    MoveTo(DataPosition(*found));
     if (found->element->IsFiniteSize()) Skip(*found->element);
     position = Position();
   }

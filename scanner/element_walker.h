@@ -92,6 +92,7 @@ class CElementWalker {
 
  private:
   void SkipUnknownSize(libebml::EbmlElement& element);
+  std::uint64_t DataPosition(const FoundElement& found) const;
   CElementSearch SearchBelow(const libebml::EbmlElement& parent);
 
   libebml::EbmlStream& m_stream;

@@ -110,7 +110,7 @@ struct CMasterReader::Level {
   const Visitor* visit = nullptr;    // null: children are kept
   const Portion* portion = nullptr;  // null: all of them together
   bool hasBlocks = false;            // to be shown as they lie in the window
-  std::uint64_t end;                 // where the master ends, kNoEnd when that is not known
+  std::uint64_t end = 0;             // where the master ends, kNoEnd when that is not known
   CElementSearch search;
 };
 

@@ -44,10 +44,10 @@ bool ReadPositions(std::span<const std::uint8_t> data, Positions& positions) {
       if (!StoreOnce(*child, positions.track)) return false;
     } else if (child->id == kCueClusterPosition) {
       if (!StoreOnce(*child, positions.cluster)) return false;
-    } else if (child->id != kCueRelativePosition && child->id != kCueDuration && child->id != kCueBlockNumber) {
-      return false;
-    } else if (!PlainNumber(child->data)) {
-      return false;
+    } else {
+      const bool isKnown =
+          child->id == kCueRelativePosition || child->id == kCueDuration || child->id == kCueBlockNumber;
+      if (!isKnown || !PlainNumber(child->data)) return false;
     }
   }
   // Positions that no file has are left to libmatroska.

@@ -52,7 +52,7 @@ LONG CReadAheadReader::TakeFromWindow(LONGLONG position, LONG length, BYTE* buff
   const LONGLONG offset = position - m_windowStart;
   if (offset < 0 || offset >= m_windowBytes) return 0;
   const LONG taken = static_cast<LONG>(std::min<LONGLONG>(length, m_windowBytes - offset));
-  std::memcpy(buffer, m_window + offset, static_cast<std::size_t>(taken));
+  std::memcpy(buffer, Window() + offset, static_cast<std::size_t>(taken));
   return taken;
 }
 
@@ -106,7 +106,7 @@ bool CReadAheadReader::Advance(LONGLONG from, LONG tail, LONG atLeast) {
 // Behind what is there. A short read does not tell how much came, and the stream may have more of it next time.
 bool CReadAheadReader::ReadIntoWindow(LONG bytes) {
   const LONGLONG position = m_windowStart + m_windowBytes;
-  if (ReadBelow(position, bytes, m_window + m_windowBytes) != S_OK) return false;
+  if (ReadBelow(position, bytes, Window() + m_windowBytes) != S_OK) return false;
   m_windowBytes += bytes;
   m_next = position + bytes;
   m_lastLength = bytes;
@@ -119,11 +119,13 @@ bool CReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
   if (m_beforeRead && m_prefetcher.IsReading(position)) m_beforeRead();
   CPrefetcher::Piece piece;
   if (!m_prefetcher.Take(position, piece)) return false;
-  BYTE* const window = piece.memory.get() + kLargestWindow - tail;
-  if (tail != 0) std::memcpy(window, m_window + (from - m_windowStart), static_cast<std::size_t>(tail));
+  const LONG offset = kLargestWindow - tail;
+  if (tail != 0) {
+    std::memcpy(piece.memory.get() + offset, Window() + (from - m_windowStart), static_cast<std::size_t>(tail));
+  }
   std::swap(m_memory, piece.memory);
   if (std::exchange(m_capacity, 2 * kLargestWindow) == m_capacity) m_prefetcher.Return(std::move(piece.memory));
-  m_window = window;
+  m_windowOffset = offset;
   ++m_windowNumber;
   m_windowStart = from;
   m_windowBytes = tail + piece.bytes;
@@ -139,7 +141,7 @@ void CReadAheadReader::PrefetchOn() {
 
 // The window then begins with the `tail` bytes at `from`, which it has, and has `room` for more.
 bool CReadAheadReader::MoveToFront(LONGLONG from, LONG tail, LONG room) {
-  const BYTE* kept = m_window + (tail == 0 ? 0 : from - m_windowStart);
+  const BYTE* kept = Window() + (tail == 0 ? 0 : from - m_windowStart);
   ++m_windowNumber;
   if (m_capacity < tail + room) {
     const LONG capacity = tail + room + kSmallestWindow;
@@ -151,7 +153,7 @@ bool CReadAheadReader::MoveToFront(LONGLONG from, LONG tail, LONG room) {
   } else if (tail != 0) {
     std::memmove(m_memory.get(), kept, static_cast<std::size_t>(tail));
   }
-  m_window = m_memory.get();
+  m_windowOffset = 0;
   m_windowStart = from;
   m_windowBytes = tail;
   return true;
@@ -169,7 +171,7 @@ const BYTE* CReadAheadReader::Borrow(LONGLONG position, LONG length) {
     AdaptWindow(position + tail);
     if (!Advance(position, tail, length - tail)) return nullptr;
   }
-  return m_window + (position - m_windowStart);
+  return Window() + (position - m_windowStart);
 }
 
 // Reading ahead stops where the reader has no more yet: behind it lies the end of the stream, or a wait.

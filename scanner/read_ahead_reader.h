@@ -53,6 +53,7 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
  private:
   HRESULT ReadBelow(LONGLONG position, LONG length, BYTE* buffer);
   HRESULT ReadMissing(LONGLONG position, LONG length, BYTE* buffer);
+  BYTE* Window() const noexcept { return m_memory.get() + m_windowOffset; }
   LONG TakeFromWindow(LONGLONG position, LONG length, BYTE* buffer) const noexcept;
   bool FillWindow(LONGLONG position, LONG atLeast);
   bool ReadIntoWindow(LONG bytes);
@@ -73,7 +74,7 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   // The rest belongs to the reading thread.
   std::unique_ptr<BYTE[]> m_memory;
   LONG m_capacity = 0;         // bytes at m_memory
-  BYTE* m_window = nullptr;    // in there
+  LONG m_windowOffset = 0;     // where the window begins in there
   LONGLONG m_windowStart = 0;  // stream position of the first
   LONG m_windowBytes = 0;      // valid ones
   std::uint64_t m_windowNumber = 0;
