@@ -10,6 +10,7 @@ namespace tarvex {
 
 namespace {
 
+constexpr LONG kPieceCapacity = 2 * CReadAheadReader::kLargestWindow;  // of the prefetcher's memory
 constexpr LONGLONG kLastPosition = std::numeric_limits<LONGLONG>::max();
 
 }  // namespace
@@ -124,7 +125,8 @@ bool CReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
     std::memcpy(piece.memory.get() + offset, Window() + (from - m_windowStart), static_cast<std::size_t>(tail));
   }
   std::swap(m_memory, piece.memory);
-  if (std::exchange(m_capacity, 2 * kLargestWindow) == m_capacity) m_prefetcher.Return(std::move(piece.memory));
+  const LONG former = std::exchange(m_capacity, kPieceCapacity);
+  if (former == kPieceCapacity) m_prefetcher.Return(std::move(piece.memory));
   m_windowOffset = offset;
   ++m_windowNumber;
   m_windowStart = from;
