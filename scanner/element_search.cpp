@@ -4,8 +4,8 @@
 #include <ebml/EbmlVoid.h>
 
 #include <algorithm>
-#include <cstring>
 
+#include "scanner/byte_input.h"
 #include "scanner/limits.h"
 
 namespace tarvex {
@@ -14,28 +14,6 @@ namespace {
 
 constexpr std::size_t kFirstChunk = 64;  // most searches end at once
 constexpr std::size_t kLargestChunk = 64 * 1024;
-
-/// Shows libebml one element head and nothing behind it.
-class CHeaderProbe : public libebml::IOCallback {
- public:
-  CHeaderProbe(std::uint64_t position, std::span<const std::uint8_t> head) : m_position(position), m_head(head) {}
-
-  std::uint32_t read(void* buffer, std::size_t size) override {
-    if (size > m_head.size()) return 0;
-    std::memcpy(buffer, m_head.data(), size);
-    m_head = m_head.subspan(size);
-    m_position += size;
-    return static_cast<std::uint32_t>(size);
-  }
-  void setFilePointer(std::int64_t /*offset*/, libebml::seek_mode /*mode*/) override {}
-  std::size_t write(const void* /*buffer*/, std::size_t /*size*/) override { return 0; }
-  std::uint64_t getFilePointer() override { return m_position; }
-  void close() override {}
-
- private:
-  std::uint64_t m_position;
-  std::span<const std::uint8_t> m_head;
-};
 
 bool BeginsLongId(std::uint8_t byte) { return byte >> 4 == 1; }
 
@@ -114,7 +92,7 @@ std::optional<FoundElement> CElementSearch::Create(std::uint64_t position, std::
   constexpr std::uint64_t kLargestInStream = 0xFFFFFFFF;
   const std::uint64_t noEnd = m_unknown == Unknown::kSkip ? limits::kElement : kLargestInStream;
   FoundElement found{nullptr, position, position + head.size(), 0};
-  CHeaderProbe probe(position, head);
+  CByteInput probe(position, head);
   found.element.reset(libebml::EbmlElement::FindNextElement(probe, m_context, found.upperLevel,
                                                             m_end == kNoEnd ? noEnd : m_end - position, true));
   // Refused here, it may have found another in the remaining bytes of the head.

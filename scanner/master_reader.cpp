@@ -10,6 +10,7 @@
 #include <cstring>
 #include <utility>
 
+#include "scanner/byte_input.h"
 #include "scanner/limits.h"
 
 namespace tarvex {
@@ -31,45 +32,17 @@ constexpr std::size_t kLongestHead = 8 + 2 + 1 + 1;  // track number, time, flag
 using BlockHead = std::array<std::uint8_t, kLongestHead>;
 
 /// Gives a block its head and leaves the rest of its buffer as it is.
-class CBlockHead : public libebml::IOCallback {
+class CBlockHead : public CByteInput {
  public:
-  CBlockHead(std::uint64_t position, std::span<const std::uint8_t> head) : m_position(position), m_head(head) {}
+  CBlockHead(std::uint64_t position, std::span<const std::uint8_t> head) : CByteInput(position, head), m_head(head) {}
 
   std::uint32_t read(void* buffer, std::size_t size) override {
     std::memcpy(buffer, m_head.data(), std::min(size, m_head.size()));
-    m_position += size;
     return static_cast<std::uint32_t>(size);
   }
-  void setFilePointer(std::int64_t /*offset*/, libebml::seek_mode /*mode*/) override {}
-  std::size_t write(const void* /*buffer*/, std::size_t /*size*/) override { return 0; }
-  std::uint64_t getFilePointer() override { return m_position; }
-  void close() override {}
 
  private:
-  std::uint64_t m_position;
   std::span<const std::uint8_t> m_head;
-};
-
-/// Shows an element the data that it is to read.
-class CLoadedData : public libebml::IOCallback {
- public:
-  CLoadedData(std::uint64_t position, std::span<const std::uint8_t> data) : m_position(position), m_data(data) {}
-
-  std::uint32_t read(void* buffer, std::size_t size) override {
-    const std::size_t bytes = std::min(size, m_data.size());
-    if (bytes != 0) std::memcpy(buffer, m_data.data(), bytes);
-    m_data = m_data.subspan(bytes);
-    m_position += bytes;
-    return static_cast<std::uint32_t>(bytes);
-  }
-  void setFilePointer(std::int64_t /*offset*/, libebml::seek_mode /*mode*/) override {}
-  std::size_t write(const void* /*buffer*/, std::size_t /*size*/) override { return 0; }
-  std::uint64_t getFilePointer() override { return m_position; }
-  void close() override {}
-
- private:
-  std::uint64_t m_position;
-  std::span<const std::uint8_t> m_data;
 };
 
 bool IsBlock(const libebml::EbmlElement& element) {
@@ -248,7 +221,7 @@ CMasterReader::LevelEnd CMasterReader::ReadValue(Level& level, FoundElement foun
 void CMasterReader::ReadData(FoundElement& found) {
   if (m_frames == Frames::kLeaveOut && IsBlock(*found.element) && ReadBlockHead(found)) return;
   if (const auto data = m_window.Loaded(found.dataPosition, found.element->GetSize())) {
-    CLoadedData input(found.dataPosition, *data);
+    CByteInput input(found.dataPosition, *data);
     found.element->ReadData(input, libebml::SCOPE_ALL_DATA);
     return;
   }
