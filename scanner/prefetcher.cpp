@@ -33,19 +33,24 @@ CPrefetcher::Memory CPrefetcher::TakeMemory() noexcept {
 
 void CPrefetcher::Return(Memory memory) noexcept {
   const CAutoLock hold(m_lock);
+  PutBack(std::move(memory));
+}
+
+void CPrefetcher::PutBack(Memory memory) noexcept {
   const auto place = std::ranges::find_if(m_spares, [](const Memory& other) { return other == nullptr; });
   if (place != m_spares.end()) *place = std::move(memory);
 }
 
 void CPrefetcher::Forget() noexcept {
-  while (m_count != 0) Return(std::move(m_pieces[--m_count].memory));
+  while (m_count != 0) PutBack(std::move(m_pieces[--m_count].memory));
   m_isOn = false;
   m_isStale = m_isReading;
+  m_isClaimed = false;
 }
 
 // Not while a read of something else takes its time: then who wants a piece is sooner done with it himself.
 bool CPrefetcher::IsComing(LONGLONG position) const noexcept {
-  return m_isOn && !m_isStale && m_first == position && m_next < m_end;
+  return m_isOn && !m_isStale && m_first == position && m_first < m_end && !IsFirstThere();
 }
 
 void CPrefetcher::Follow(LONGLONG position, LONGLONG end) noexcept {
@@ -62,13 +67,13 @@ void CPrefetcher::Follow(LONGLONG position, LONGLONG end) noexcept {
 
 bool CPrefetcher::IsReading(LONGLONG position) const {
   const CAutoLock hold(m_lock);
-  return m_count == 0 && IsComing(position);
+  return IsComing(position);
 }
 
 bool CPrefetcher::Take(LONGLONG position, Piece& piece) {
   const CAutoLock hold(m_lock);
-  m_changed.WaitUntil(m_lock, INFINITE, [&] { return m_count != 0 || !IsComing(position); });
-  if (m_count == 0 || m_first != position) return false;
+  m_changed.WaitUntil(m_lock, INFINITE, [&] { return !IsComing(position); });
+  if (!IsFirstThere() || m_first != position) return false;
   piece = std::exchange(m_pieces.front(), {});
   std::rotate(m_pieces.begin(), m_pieces.begin() + 1, m_pieces.end());
   --m_count;
@@ -95,22 +100,47 @@ void CPrefetcher::Run() {
   }
 }
 
+CPrefetcher::Piece CPrefetcher::Next() noexcept {
+  Piece piece{TakeMemory(), m_next, static_cast<LONG>(std::min<LONGLONG>(m_size, m_end - m_next))};
+  m_next += piece.bytes;
+  return piece;
+}
+
+void CPrefetcher::Keep(Piece piece) noexcept {
+  const auto end = m_pieces.begin() + static_cast<std::ptrdiff_t>(m_count++);
+  *end = std::move(piece);
+  if (m_count > 1 && end->position < (end - 1)->position) std::swap(*end, *(end - 1));
+}
+
 // With the lock, given up meanwhile.
 void CPrefetcher::ReadOne() {
-  Piece piece{TakeMemory(), static_cast<LONG>(std::min<LONGLONG>(m_size, m_end - m_next))};
-  const LONGLONG position = m_next;
+  Piece piece = Next();
   m_isReading = true;
   m_lock.Unlock();
-  const HRESULT result = ComBoundary([&] {
-    return piece.memory ? m_upstream->SyncRead(position, piece.bytes, piece.memory.get() + m_size) : E_OUTOFMEMORY;
-  });
+  const HRESULT result = ComBoundary(
+      [&] { return piece.memory ? m_upstream->SyncRead(piece.position, piece.bytes, BytesOf(piece)) : E_OUTOFMEMORY; });
   m_lock.Lock();
   m_isReading = false;
-  if (std::exchange(m_isStale, false)) return Return(std::move(piece.memory));
-  m_isOn = result == S_OK;
-  if (!m_isOn) return;
-  m_next += piece.bytes;
-  m_pieces[m_count++] = std::move(piece);
+  if (std::exchange(m_isStale, false)) return PutBack(std::move(piece.memory));
+  if (result == S_OK) return Keep(std::move(piece));
+  PutBack(std::move(piece.memory));
+  Forget();
+}
+
+bool CPrefetcher::Claim(LONGLONG position, Piece& piece) {
+  const CAutoLock hold(m_lock);
+  if (!IsComing(position) || Pieces() >= kPieces || m_next >= m_end) return false;
+  piece = Next();
+  m_isClaimed = true;
+  return true;
+}
+
+void CPrefetcher::Give(Piece piece, bool isRead) noexcept {
+  const CAutoLock hold(m_lock);
+  if (!std::exchange(m_isClaimed, false)) return PutBack(std::move(piece.memory));
+  if (isRead) return Keep(std::move(piece));
+  PutBack(std::move(piece.memory));
+  Forget();
 }
 
 }  // namespace tarvex

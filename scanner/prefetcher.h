@@ -14,8 +14,9 @@
 
 namespace tarvex {
 
-/// Two pieces, so that the thread goes on reading while one waits to be taken. A read that fails or comes short ends
-/// it: whoever wants the piece then reads it, and sees why.
+/// Some pieces, so that the thread goes on reading while others wait to be taken. Who would have to wait for one may
+/// read another himself meanwhile. A read that fails or comes short ends it: whoever wants the piece then
+/// reads it, and sees why.
 ///
 /// Waits here: Take for the piece that is being read, ended by SetFlushing as well; destruction for the same, which
 /// makes the reader below flush.
@@ -25,6 +26,7 @@ class CPrefetcher {
   using Memory = std::unique_ptr<BYTE[]>;
   struct Piece {
     Memory memory;
+    LONGLONG position = 0;
     LONG bytes = 0;
   };
 
@@ -40,20 +42,32 @@ class CPrefetcher {
   bool IsReading(LONGLONG position) const;
   /// The next piece, if it begins at `position`. False when there is none.
   bool Take(LONGLONG position, Piece& piece);
+  /// The first piece that nobody reads yet, when the one at `position` is not there: the caller reads it, and then
+  /// gives it, or says that it cannot be had. False when there is none to read.
+  bool Claim(LONGLONG position, Piece& piece);
+  void Give(Piece piece, bool isRead) noexcept;
+  /// Where the bytes of a piece begin.
+  BYTE* BytesOf(const Piece& piece) const noexcept { return piece.memory.get() + m_size; }
   /// Memory of a piece, for others.
   void Return(Memory memory) noexcept;
   /// Forgets what was read and what is to be; while on, nothing new is read, and nobody waits. Any thread.
   void SetFlushing(bool on) noexcept;
 
  private:
-  static constexpr std::size_t kPieces = 2;
+  static constexpr std::size_t kAhead = 2;   // as many the thread reads ahead
+  static constexpr std::size_t kPieces = 3;  // that are there or being read
 
   void Run();
   void ReadOne();
   void Forget() noexcept;
-  bool MayRead() const noexcept { return m_isOn && m_count < kPieces && m_next < m_end; }
+  std::size_t Pieces() const noexcept { return m_count + (m_isReading ? 1 : 0) + (m_isClaimed ? 1 : 0); }
+  bool MayRead() const noexcept { return m_isOn && Pieces() < kAhead && m_next < m_end; }
+  bool IsFirstThere() const noexcept { return m_count != 0 && m_pieces.front().position == m_first; }
   bool IsComing(LONGLONG position) const noexcept;
+  Piece Next() noexcept;
+  void Keep(Piece piece) noexcept;
   Memory TakeMemory() noexcept;
+  void PutBack(Memory memory) noexcept;
 
   const ComPtr<IAsyncReader> m_upstream;
   const LONG m_size;
@@ -62,14 +76,15 @@ class CPrefetcher {
   CConditionVariable m_changed;
   bool m_isOn = false;  // until a read fails, or a flush
   bool m_isReading = false;
-  bool m_isStale = false;  // what is being read
+  bool m_isStale = false;  // what the thread is reading
   bool m_flushing = false;
   bool m_ends = false;
   LONGLONG m_first = 0;  // position of the next piece to be taken
-  LONGLONG m_next = 0;   // position of the next to be read
+  LONGLONG m_next = 0;   // position of the next that nobody reads yet
   LONGLONG m_end = 0;
-  std::array<Piece, kPieces> m_pieces;
-  std::size_t m_count = 0;  // of them, from the front
+  std::array<Piece, kPieces> m_pieces;  // in the stream's order
+  std::size_t m_count = 0;              // of them, from the front
+  bool m_isClaimed = false;             // the caller is reading one that is wanted
   std::array<Memory, kPieces + 1> m_spares;
   CThread m_thread;
 };

@@ -117,7 +117,7 @@ bool CReadAheadReader::ReadIntoWindow(LONG bytes) {
 bool CReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
   const LONGLONG position = from + tail;
   if (position != m_next || tail > kLargestWindow) return false;
-  if (m_beforeRead && m_prefetcher.IsReading(position)) m_beforeRead();
+  if (m_prefetcher.IsReading(position)) ReadAnother(position);
   CPrefetcher::Piece piece;
   if (!m_prefetcher.Take(position, piece)) return false;
   const LONG offset = kLargestWindow - tail;
@@ -134,6 +134,17 @@ bool CReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
   m_next = position + piece.bytes;
   PrefetchOn();
   return true;
+}
+
+// Instead of waiting for the piece at `position`.
+void CReadAheadReader::ReadAnother(LONGLONG position) {
+  CPrefetcher::Piece piece;
+  if (m_prefetcher.Claim(position, piece)) {
+    const bool isRead = piece.memory && ReadBelow(piece.position, piece.bytes, m_prefetcher.BytesOf(piece)) == S_OK;
+    m_prefetcher.Give(std::move(piece), isRead);
+  } else if (m_beforeRead) {
+    m_beforeRead();
+  }
 }
 
 // Only for whoever has read on for a while.

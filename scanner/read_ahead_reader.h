@@ -59,6 +59,7 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   bool ReadIntoWindow(LONG bytes);
   bool Advance(LONGLONG from, LONG tail, LONG atLeast);
   bool TakePrefetched(LONGLONG from, LONG tail);
+  void ReadAnother(LONGLONG position);
   void PrefetchOn();
   bool MoveToFront(LONGLONG from, LONG tail, LONG room);
   bool HasInWindow(LONGLONG position, LONG length) const noexcept;

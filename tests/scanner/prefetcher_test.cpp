@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <random>
 #include <thread>
 
@@ -29,9 +30,12 @@ struct LongStream {
     EXPECT_TRUE(result != S_OK || std::equal(bytes.begin(), bytes.end(), below.bytes.begin() + position)) << position;
     return result;
   }
-  /// How far blocks of this size can be read from `position` on.
+  /// How far blocks of this size can be read from `position` on. The other thread gets its turn.
   LONGLONG ReadOn(LONGLONG position, LONG length) {
-    while (position + length <= kSize && Read(position, length) == S_OK) position += length;
+    for (const LONGLONG begin = position; position + length <= kSize && Read(position, length) == S_OK;) {
+      position += length;
+      while (readsElsewhere == 0 && position > begin + kMebibyte) std::this_thread::yield();
+    }
     return position;
   }
 
@@ -42,15 +46,39 @@ struct LongStream {
   ComPtr<CReadAheadReader> reader = MakeCom<CReadAheadReader>(&below);
 };
 
-TEST(Prefetcher, StreamReadOnIsTheSameAndMostOfItIsReadElsewhere) {
+TEST(Prefetcher, StreamReadOnIsTheSameAndReadOnceByBoth) {
   for (const LONG length : {1000, 300000}) {
     LongStream stream;
     const LONGLONG half = stream.ReadOn(0, length) / 2;
     EXPECT_GT(half, (kSize - length) / 2);
-    EXPECT_GE(stream.readsElsewhere, 6);
-    EXPECT_LE(stream.readsHere, 6);
+    EXPECT_LE(stream.below.reads, kSize / kMebibyte + 6);
     stream.ReadOn(half, length);
   }
+}
+
+/// A read on the other thread takes until one was made here meanwhile, if there is any.
+struct SlowStream : LongStream {
+  SlowStream() {
+    below.onRead = [this] {
+      if (std::this_thread::get_id() == here) {
+        ++readsHere;
+        return;
+      }
+      const int before = readsHere;
+      ++readsElsewhere;
+      const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(100);
+      while (readsHere == before && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+      if (readsHere != before) ++overtaken;
+    };
+  }
+  std::atomic<int> overtaken{0};
+};
+
+TEST(Prefetcher, WhoWouldWaitReadsOnHimself) {
+  SlowStream stream;
+  EXPECT_GT(stream.ReadOn(0, 1000), kSize - 1000);
+  EXPECT_GE(stream.overtaken, 1);
+  EXPECT_LE(stream.below.reads, kSize / kMebibyte + 6) << "nothing twice";
 }
 
 TEST(Prefetcher, LargeReadTakesWhatIsThereAndReadsTheRest) {
@@ -63,6 +91,7 @@ TEST(Prefetcher, LargeReadTakesWhatIsThereAndReadsTheRest) {
 
 TEST(Prefetcher, BorrowedBytesAreThoseOfTheStream) {
   LongStream stream;
+  ASSERT_GT(stream.ReadOn(0, 1000), kSize - 1000);
   std::mt19937 random(7);
   for (LONGLONG position = 0; position < kSize - kMebibyte;) {
     const auto length = static_cast<LONG>(random() % kMebibyte);
@@ -73,16 +102,23 @@ TEST(Prefetcher, BorrowedBytesAreThoseOfTheStream) {
     EXPECT_EQ(stream.Read(position, 12), S_OK);  // the next head
     if (random() % 20 == 0) position = static_cast<LONGLONG>(random() % (kSize / 2));
   }
-  EXPECT_GT(stream.readsElsewhere, 3);
+}
+
+template <class Stream>
+void ExpectBrokenPlaceFailsOnlyReadsThatTouchIt(LONGLONG brokenFrom) {
+  Stream stream;
+  stream.below.brokenFrom = brokenFrom;
+  EXPECT_EQ(stream.ReadOn(0, 1000), brokenFrom / 1000 * 1000);
+  EXPECT_EQ(stream.Read(brokenFrom, 1), E_FAIL);
+  stream.below.brokenFrom = -1;
+  EXPECT_GT(stream.ReadOn(0, 1000), kSize - 1000);
 }
 
 TEST(Prefetcher, BrokenPlaceFailsOnlyReadsThatTouchIt) {
-  LongStream stream;
-  stream.below.brokenFrom = 6 * kMebibyte + 5000;
-  EXPECT_EQ(stream.ReadOn(0, 1000), stream.below.brokenFrom / 1000 * 1000);
-  EXPECT_EQ(stream.Read(stream.below.brokenFrom, 1), E_FAIL);
-  stream.below.brokenFrom = -1;
-  EXPECT_GT(stream.ReadOn(0, 1000), kSize - 1000);
+  for (const LONGLONG piece : {4, 5, 6}) {  // one of both threads each
+    ExpectBrokenPlaceFailsOnlyReadsThatTouchIt<LongStream>(piece * kMebibyte + 5000);
+    ExpectBrokenPlaceFailsOnlyReadsThatTouchIt<SlowStream>(piece * kMebibyte + 5000);
+  }
 }
 
 /// Reading on another thread blocks until a flush.
@@ -90,17 +126,16 @@ struct BlockedStream : LongStream {
   BlockedStream() {
     below.onRead = [this] {
       if (std::this_thread::get_id() == here) return;
-      isBlocked = true;
+      ++readsElsewhere;
       while (below.beginFlushes == 0) std::this_thread::yield();
     };
   }
-  std::atomic<bool> isBlocked{false};
 };
 
 TEST(Prefetcher, FlushFreesWhoWaitsForAPiece) {
   BlockedStream stream;
   std::thread flusher([&] {
-    while (!stream.isBlocked) std::this_thread::yield();
+    while (stream.readsElsewhere == 0) std::this_thread::yield();
     stream.reader->BeginFlush();
   });
   const LONGLONG reached = stream.ReadOn(0, 1000);
@@ -115,7 +150,7 @@ TEST(Prefetcher, BlockedReadOfAnotherPlaceHoldsNobodyUpAndDestructionFreesIt) {
   BlockedStream stream;
   // As far as it reads itself, and not to the piece that does not come.
   for (LONGLONG position = 0; position < kMebibyte; position += 1000) ASSERT_EQ(stream.Read(position, 1000), S_OK);
-  while (!stream.isBlocked) std::this_thread::yield();
+  while (stream.readsElsewhere == 0) std::this_thread::yield();
   EXPECT_GT(stream.ReadOn(3 * kMebibyte, 1000), kSize - 1000) << "read here, as before";
   stream.reader.Reset();
   EXPECT_EQ(stream.below.endFlushes, 1);
