@@ -38,6 +38,9 @@ inline constexpr std::size_t kTracks = 1024;
 inline constexpr std::size_t kChapters = 1 << 16;
 /// Entries of the seek index, 16 bytes each. A longer one is thinned out evenly.
 inline constexpr std::size_t kIndexEntries = 1 << 20;
+/// Entries that are kept aside until the Cluster that they are from proves to be plain. With more it is read as
+/// any other.
+inline constexpr std::size_t kPlainClusterEntries = 1 << 16;
 
 /// Buffers of an output pin's ring, and bytes of each: what the pin asks for when it is connected. One
 /// sample may take the whole ring.

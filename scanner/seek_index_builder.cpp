@@ -209,6 +209,7 @@ class CClusterIndexer {
 
   static constexpr std::size_t kChunk = 64;
   static constexpr std::uint64_t kLongestNumber = 8;
+  static constexpr std::size_t kMostFound = limits::kPlainClusterEntries;
 
   bool AddPlainChild(CPlainWalk& walk, const ElementHeader& header) {
     switch (header.id) {
@@ -247,8 +248,9 @@ class CClusterIndexer {
   // A lace decides by its sizes whether it is a block at all, and so is not plain.
   bool AddPlainBlock(const PlainBlock& block, bool isKeyFrame) {
     if (block.track != m_track || !isKeyFrame) return true;
-    if (!block.isLaced) m_found.push_back({m_position, m_clock.TimeOf(block.relativeTime)});
-    return !block.isLaced;
+    if (block.isLaced || m_found.size() == kMostFound) return false;
+    m_found.push_back({m_position, m_clock.TimeOf(block.relativeTime)});
+    return true;
   }
 
   // One block, and perhaps its duration and references.
