@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "filter/interface_ids.h"
@@ -127,6 +128,7 @@ class CMatroskaSplitter final : public CBaseFilter,
   void OnTrack(std::uint32_t heapIndex) override;
   bool ProcessEvents() override;
   bool OnData(const FrameInfo& frame) override;
+  bool OnLace(std::span<const FrameInfo> frames) override;
 
   // CAMThread
   DWORD ThreadProc() override;
@@ -185,6 +187,7 @@ class CMatroskaSplitter final : public CBaseFilter,
   bool IsWorkerThread() const;
   void EndQueues();
   /// Ends holding back when the pins together hold too much.
+  bool GiveFrame(CMatroskaOutputPin& pin, const FrameInfo& frame);
   void LimitHolding();
   void RunPass();
   void ReportFailedPass(HRESULT result);

@@ -1,4 +1,6 @@
 // The streaming worker: the commands that control it (application threads) and its delivery passes.
+#include <algorithm>
+
 #include "filter/matroska_splitter.h"
 #include "framework/com_boundary.h"
 #include "framework/log.h"
@@ -173,11 +175,24 @@ bool CMatroskaSplitter::OnData(const FrameInfo& frame) {
   if (pin == nullptr || !pin->IsConnected()) return true;
   FrameInfo decoded = frame;
   m_scanner.Decode(decoded);
-  if (pin->OnData(decoded)) {
-    if (pin->IsHolding()) LimitHolding();
+  return GiveFrame(*pin, decoded);
+}
+
+bool CMatroskaSplitter::OnLace(std::span<const FrameInfo> frames) {
+  if (frames.empty()) return true;
+  CMatroskaOutputPin* pin = FindPinByTrack(frames.front().trackNumber);
+  if (pin == nullptr || !pin->IsConnected()) return true;
+  if (m_scanner.IsCompressed(frames.front().trackNumber)) return CMatroskaCallback::OnLace(frames);
+  pin->Reserve(frames);
+  return std::ranges::all_of(frames, [&](const FrameInfo& frame) { return GiveFrame(*pin, frame); });
+}
+
+bool CMatroskaSplitter::GiveFrame(CMatroskaOutputPin& pin, const FrameInfo& frame) {
+  if (pin.OnData(frame)) {
+    if (pin.IsHolding()) LimitHolding();
     return true;
   }
-  m_refusal = pin->Refusal();
+  m_refusal = pin.Refusal();
   LogText("CMatroskaSplitter::OnData failed");
   return false;
 }

@@ -23,12 +23,13 @@ bool Has(DWORD size, const AM_SAMPLE2_PROPERTIES& record, const Field& field) {
 }  // namespace
 
 CMediaSample::CMediaSample(IMemAllocator* allocator, BYTE* buffer, LONG length) noexcept
-    : m_allocator(allocator), m_buffer(buffer), m_length(length), m_actual(length) {}
+    : m_allocator(allocator), m_buffer(buffer), m_length(length), m_actual(length) {
+  static_assert(sizeof(CMediaSample) <= 128);
+}
 
 void CMediaSample::SetBuffer(BYTE* buffer, LONG length) noexcept {
   m_buffer = buffer;
   m_length = length;
-  Forget();
 }
 
 void CMediaSample::Forget() noexcept {
@@ -41,9 +42,14 @@ void CMediaSample::Forget() noexcept {
 }
 
 IMediaSample* CMediaSample::Lend() noexcept {
-  m_next = nullptr;
   m_allocator->AddRef();
-  m_references = 1;
+  return LendCounted();
+}
+
+IMediaSample* CMediaSample::LendCounted() noexcept {
+  m_next = nullptr;
+  Forget();
+  m_references.store(1, std::memory_order_relaxed);  // nobody else has it
   return this;
 }
 
@@ -59,11 +65,13 @@ HRESULT STDMETHODCALLTYPE CMediaSample::QueryInterface(REFIID iid, void** out) {
 ULONG STDMETHODCALLTYPE CMediaSample::AddRef() { return ++m_references; }
 
 ULONG STDMETHODCALLTYPE CMediaSample::Release() {
-  const ULONG left = --m_references;
+  // Who has the only reference need not agree with anybody.
+  const bool isOnly = m_references.load(std::memory_order_acquire) == 1;
+  const ULONG left = isOnly ? 0 : --m_references;
   if (left == 0) {
     // The allocator may delete this object or lend it again at once.
     const auto allocator = ComPtr<IMemAllocator>::Attach(m_allocator);
-    Forget();
+    m_mediaType.reset();
     allocator->ReleaseBuffer(this);
   }
   return left;

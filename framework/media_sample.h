@@ -10,10 +10,10 @@
 namespace tarvex {
 
 /// The life of a sample object: an allocator makes it (or takes it from its list of free ones and calls
-/// SetBuffer), then Lend gives the borrower the first reference and takes one on the allocator. When the
-/// borrowers' last reference goes, the allocator's ReleaseBuffer gets the object back to keep or delete,
-/// and after that the reference on the allocator is given up.
-class CMediaSample : public IMediaSample2 {
+/// SetBuffer), then Lend forgets what the sample was before and gives the borrower the first reference and takes one on
+/// the allocator. When the borrowers' last reference goes, the allocator's ReleaseBuffer gets the object back to keep
+/// or delete, and after that the reference on the allocator is given up.
+class alignas(64) CMediaSample : public IMediaSample2 {
  public:
   /// `allocator` is not counted until Lend. The memory belongs to the allocator.
   CMediaSample(IMemAllocator* allocator, BYTE* buffer, LONG length) noexcept;
@@ -21,11 +21,13 @@ class CMediaSample : public IMediaSample2 {
   CMediaSample(const CMediaSample&) = delete;
   CMediaSample& operator=(const CMediaSample&) = delete;
 
-  /// Allocator only, while nobody borrows the sample: a new region, all properties forgotten.
+  /// Allocator only, while nobody borrows the sample: a new region.
   void SetBuffer(BYTE* buffer, LONG length) noexcept;
 
   /// Allocator only: hands the sample out with one reference, which the caller owns.
   IMediaSample* Lend() noexcept;
+  /// The same with a reference on the allocator that was taken before.
+  IMediaSample* LendCounted() noexcept;
 
   /// Start of the region.
   BYTE* Buffer() const noexcept { return m_buffer; }
@@ -67,21 +69,22 @@ class CMediaSample : public IMediaSample2 {
   HRESULT SetFlag(DWORD flag, BOOL on) noexcept;
   HRESULT CheckProperties(const AM_SAMPLE2_PROPERTIES& properties, DWORD size) const noexcept;
 
-  std::atomic<ULONG> m_references{0};
-  IMemAllocator* const m_allocator;  // a reference is held while the sample is out
+  // First what every borrower uses, on one cache line: samples go from one thread to the next.
   CMediaSample* m_next = nullptr;
+  IMemAllocator* const m_allocator;  // a reference is held while the sample is out
   BYTE* m_buffer;
+  MediaTypePtr m_mediaType;
+  std::atomic<ULONG> m_references{0};
   LONG m_length;
   LONG m_actual;
   DWORD m_flags = 0;  // AM_SAMPLE_*
   DWORD m_typeSpecificFlags = 0;
   DWORD m_streamId = 0;
-  bool m_hasMediaTime = false;
   REFERENCE_TIME m_start = 0;  // 100 ns units
   REFERENCE_TIME m_stop = 0;
   LONGLONG m_mediaStart = 0;
   LONGLONG m_mediaStop = 0;
-  MediaTypePtr m_mediaType;
+  bool m_hasMediaTime = false;
 };
 
 }  // namespace tarvex

@@ -64,7 +64,8 @@ class CMemAllocator : public CUnknownImpl<IMemAllocator> {
   HRESULT CheckRequest(const ALLOCATOR_PROPERTIES& request) const noexcept;
   void MakeSamples();
 
-  CCritSec m_lock{"CMemAllocator", LockRank::kLeaf};
+  // Not on the cache line of the reference count, which every sample that comes back changes.
+  alignas(64) CCritSec m_lock{"CMemAllocator", LockRank::kLeaf};
   CConditionVariable m_changed;  // a sample came back, or decommit
   ALLOCATOR_PROPERTIES m_properties{};
   MemoryBlock m_block;

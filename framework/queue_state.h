@@ -90,7 +90,7 @@ class COutputQueue::State {
   static constexpr std::size_t kControlPlaces = 2;
 
   bool CanTake() const noexcept;
-  HRESULT Put(ComPtr<IMediaSample>& sample);
+  HRESULT Put(std::span<ComPtr<IMediaSample>> samples);
   void Take();
   std::size_t TakeReleased();
   bool Step();

@@ -25,6 +25,14 @@ ULONG STDMETHODCALLTYPE CUnknown::NonDelegatingRelease() {
   return left;
 }
 
+void CUnknown::AddReferences(ULONG count) noexcept {
+  if (m_outer == &m_inner) {
+    m_references += count;
+    return;
+  }
+  for (; count > 0; --count) m_outer->AddRef();
+}
+
 HRESULT STDMETHODCALLTYPE CUnknown::InnerUnknown::QueryInterface(REFIID iid, void** out) {
   return m_object.NonDelegatingQueryInterface(iid, out);
 }

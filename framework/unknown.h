@@ -30,6 +30,8 @@ class CUnknown : public INonDelegatingUnknown {
 
   /// The IUnknown that decides: the outer object's, or this one's own. Not counted.
   IUnknown* Owner() const noexcept { return m_outer; }
+  /// So many references on the owner at once.
+  void AddReferences(ULONG count) noexcept;
   /// This object's own IUnknown, for an aggregating creator. Not counted.
   IUnknown* Inner() noexcept { return &m_inner; }
 

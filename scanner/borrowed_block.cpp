@@ -6,14 +6,14 @@ namespace tarvex {
 CBorrowedBlock::~CBorrowedBlock() { Data = nullptr; }
 
 bool CBorrowedBlock::Become(std::uint64_t position, const ElementHeader& header, std::span<const std::uint8_t> data) {
-  ReleaseFrames();
-  myBuffers.clear();
   SizeList.clear();
   SetBuffer(data.data(), static_cast<std::uint32_t>(data.size()));
   SetSizeLength(static_cast<int>(header.sizeLength));
   ElementPosition = position;
   SizePosition = position + header.idLength;
-  const bool isBlock = ReadFrames(Data, data.size());
+  binary* first = Data;
+  const bool isBlock = ReadFrameSizes(first, data.size());
+  m_firstFrame = isBlock ? first : nullptr;
   SetValueIsSet(isBlock);
   return isBlock;
 }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "framework/log.h"
+#include "scanner/borrowed_block.h"
 #include "scanner/element_walker.h"
 
 namespace tarvex {
@@ -19,6 +20,15 @@ using libmatroska::KaxClusterTimecode;
 using libmatroska::KaxInternalBlock;
 using libmatroska::KaxReferenceBlock;
 using libmatroska::KaxSimpleBlock;
+
+namespace {
+
+const std::uint8_t* FirstFrame(KaxInternalBlock& block) {
+  if (const auto* borrowed = dynamic_cast<const CBorrowedBlock*>(&block)) return borrowed->FirstFrame();
+  return block.NumberFrames() == 0 ? nullptr : block.GetBuffer(0).Buffer();
+}
+
+}  // namespace
 
 bool CClusterDelivery::DeliverCluster(KaxCluster* cluster) {
   if (cluster == nullptr) {
@@ -94,6 +104,7 @@ bool CClusterDelivery::DeliverBlockGroupBlocks(std::span<libebml::EbmlElement* c
   return DeliverFrames(*block, !referencesOthers, duration);
 }
 
+// The frames of a block lie one after the other.
 bool CClusterDelivery::DeliverFrames(KaxInternalBlock& block, bool keyFrame, std::uint64_t duration) {
   // A larger number must not pass for that of another track.
   if (block.TrackNum() > std::numeric_limits<std::uint32_t>::max()) return true;
@@ -102,14 +113,15 @@ bool CClusterDelivery::DeliverFrames(KaxInternalBlock& block, bool keyFrame, std
   frame.trackNumber = static_cast<std::uint32_t>(block.TrackNum());
   frame.start = m_clock.TimeOf(block);
   frame.duration = duration;
+  frame.data = FirstFrame(block);
+  m_frames.clear();
   for (unsigned int index = 0; index < block.NumberFrames(); ++index) {
-    const libmatroska::DataBuffer& buffer = block.GetBuffer(index);
-    frame.data = buffer.Buffer();
-    frame.size = buffer.Size();
-    if (!m_onFrame(frame)) return false;
+    frame.size = static_cast<std::uint32_t>(block.GetFrameSize(index));
+    m_frames.push_back(frame);
+    frame.data += frame.size;
     frame.start += duration;
   }
-  return true;
+  return m_onFrames(m_frames);
 }
 
 }  // namespace tarvex

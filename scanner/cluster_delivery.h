@@ -42,12 +42,13 @@ class CClusterClock {
 
 class CClusterDelivery {
  public:
-  /// The three stay while this is used. `onFrame` takes a frame and answers false to stop,
+  using OnFrames = std::function<bool(std::span<const FrameInfo>)>;
+
+  /// The three stay while this is used. `onFrames` takes the frames of a block and answers false to stop,
   /// `eventsPending` true to stop.
-  CClusterDelivery(const CMatroskaInfo& info, const std::function<bool(const FrameInfo&)>& onFrame,
-                   const std::function<bool()>& eventsPending)
+  CClusterDelivery(const CMatroskaInfo& info, const OnFrames& onFrames, const std::function<bool()>& eventsPending)
       : m_info(info),
-        m_onFrame(onFrame),
+        m_onFrames(onFrames),
         m_eventsPending(eventsPending),
         m_timecodeScale(info.TimecodeScale()),
         m_clock(m_timecodeScale) {}
@@ -72,11 +73,13 @@ class CClusterDelivery {
   bool DeliverFrames(libmatroska::KaxInternalBlock& block, bool keyFrame, std::uint64_t duration);
 
   const CMatroskaInfo& m_info;
-  const std::function<bool(const FrameInfo&)>& m_onFrame;
+  const OnFrames& m_onFrames;
   const std::function<bool()>& m_eventsPending;
   const std::uint64_t m_timecodeScale;
   CClusterClock m_clock;
-  std::vector<libebml::EbmlElement*> m_groupChildren;  // kept for its room
+  // Kept for their room.
+  std::vector<libebml::EbmlElement*> m_groupChildren;
+  std::vector<FrameInfo> m_frames;
 };
 
 }  // namespace tarvex

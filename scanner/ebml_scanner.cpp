@@ -126,6 +126,11 @@ void CEbmlScanner::OnTrack() {
 
 bool CEbmlScanner::OnData(const FrameInfo& frame) { return m_callback != nullptr && m_callback->OnData(frame); }
 
+bool CEbmlScanner::OnFrames(std::span<const FrameInfo> frames) {
+  if (frames.size() == 1) return OnData(frames.front());
+  return m_callback != nullptr && m_callback->OnLace(frames);
+}
+
 bool CEbmlScanner::EventsPending() const { return m_callback != nullptr && m_callback->ProcessEvents(); }
 
 template <class Fill>
@@ -173,9 +178,9 @@ bool CEbmlScanner::Process() {
   CElementWalker walker(*m_stream, m_byteSource);
   walker.MoveTo(m_segmentDataStart);
   GoToStart(walker);
-  const std::function<bool(const FrameInfo&)> onFrame = [this](const FrameInfo& frame) { return OnData(frame); };
+  const CClusterDelivery::OnFrames onFrames = [this](std::span<const FrameInfo> frames) { return OnFrames(frames); };
   const std::function<bool()> eventsPending = [this] { return EventsPending(); };
-  CClusterDelivery delivery(m_info, onFrame, eventsPending);
+  CClusterDelivery delivery(m_info, onFrames, eventsPending);
   while (const auto cluster = walker.FindNextCluster(*m_segment)) {
     if (!DeliverCluster(walker, *cluster, delivery)) return true;
   }
@@ -207,6 +212,8 @@ void CEbmlScanner::GoToStart(CElementWalker& walker) const {
   if (entry > 0) --entry;
   walker.MoveTo(m_seekIndex[static_cast<std::size_t>(entry)].position);
 }
+
+bool CEbmlScanner::IsCompressed(std::uint64_t number) const { return m_info.CompressedTrack(number) != nullptr; }
 
 bool CEbmlScanner::Decode(FrameInfo& frame) {
   return m_decoder.Decode(m_info.CompressedTrack(frame.trackNumber), frame);

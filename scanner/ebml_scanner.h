@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -75,6 +76,8 @@ class CEbmlScanner {
   /// interrupted, by an event or a refused frame. False: the Clusters ran out.
   bool Process();
 
+  /// Whether frames of the track with this number are to be decoded.
+  bool IsCompressed(std::uint64_t number) const;
   /// True: the frame's bytes were replaced and stay until the next call. False: the frame is as it was.
   bool Decode(FrameInfo& frame);
 
@@ -106,6 +109,7 @@ class CEbmlScanner {
   template <class Fill>
   void FillIndex(Fill&& fill);
   void ScanClusters();
+  bool OnFrames(std::span<const FrameInfo> frames);
   bool EventsPending() const;
 
   CMatroskaCallback* m_callback = nullptr;

@@ -2,7 +2,9 @@
 // connecting thread while a file is opened, the other two on the worker thread during delivery.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <span>
 
 #include "scanner/frame_info.h"
 
@@ -19,6 +21,12 @@ class CMatroskaCallback {
 
   /// Takes one frame. The bytes are valid during the call only. False stops delivery.
   virtual bool OnData(const FrameInfo& frame) = 0;
+
+  /// Takes the frames of one block, as OnData takes each. False: one was refused, and those behind it were not
+  /// looked at.
+  virtual bool OnLace(std::span<const FrameInfo> frames) {
+    return std::ranges::all_of(frames, [this](const FrameInfo& frame) { return OnData(frame); });
+  }
 
  protected:
   CMatroskaCallback() = default;

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "framework/base_output_pin.h"
@@ -39,6 +40,8 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   /// on purpose. False: refused, the reason is in the log. Worker only. Throws MessageError for a frame
   /// that is larger than the sample buffer, std::bad_alloc.
   virtual bool OnData(const FrameInfo& frame);
+  /// These frames come next: samples for them are taken in one go, as far as there is room. Worker only.
+  void Reserve(std::span<const FrameInfo> frames);
 
  protected:
   /// Drops, holds or delivers the frame. Throws as OnData does.
@@ -168,6 +171,8 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   HRESULT DeliverHeld(const PendingFrames& held);
   HRESULT DeliverRelative(const FrameInfo& frame, REFERENCE_TIME segmentStart);
   static HRESULT FillSample(IMediaSample& sample, const std::uint8_t* data, std::size_t size);
+  bool TakeReserved(IMediaSample** sample, std::size_t size);
+  void DropReserved();
   bool StartSegment(IMediaSample& sample);
   HRESULT Send(ComPtr<IMediaSample> sample, bool isFirst);
   HRESULT SendUnsent();
@@ -202,7 +207,10 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   HRESULT m_refusal = S_OK;  // the worker's
   // The worker's, until it has to wait.
   Route m_route;
-  std::vector<ComPtr<IMediaSample>> m_unsent;  // on the way to the route's queue
+  std::vector<ComPtr<IMediaSample>> m_unsent;    // on the way to the route's queue
+  std::vector<ComPtr<IMediaSample>> m_reserved;  // for the next frames, from m_nextReserved on
+  std::size_t m_nextReserved = 0;
+  std::vector<std::size_t> m_sizes;  // of those; kept for its room
   // Written under the stream lock.
   std::atomic<bool> m_routeChanged{true};
   std::atomic<bool> m_holding{false};

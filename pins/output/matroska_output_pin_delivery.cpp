@@ -27,6 +27,7 @@ REFERENCE_TIME DurationOf(const FrameInfo& frame) { return static_cast<REFERENCE
 const CMatroskaOutputPin::Route& CMatroskaOutputPin::CurrentRoute() {
   if (m_route.queue && !m_routeChanged.load(std::memory_order_acquire)) return m_route;
   m_unsent.clear();
+  DropReserved();
   Route route;
   {
     const CAutoLock hold(m_streamLock);
@@ -187,6 +188,7 @@ HRESULT CMatroskaOutputPin::SendUnsent() {
 
 void CMatroskaOutputPin::BeforeWait() {
   SendUnsent();
+  DropReserved();
   m_route = {};
   if (const auto queue = Queue(); queue) queue->Wake();
 }
@@ -213,8 +215,37 @@ bool CMatroskaOutputPin::StartSegment(IMediaSample& sample) {
   return true;
 }
 
+void CMatroskaOutputPin::Reserve(std::span<const FrameInfo> frames) {
+  DropReserved();
+  if (m_holding || IsEndOfStreamSent()) return;
+  const auto buffer = CurrentRoute().buffer;
+  if (!buffer) return;
+  m_sizes.clear();
+  for (const FrameInfo& frame : frames) m_sizes.push_back(frame.size);
+  m_reserved.reserve(frames.size());
+  buffer->GetSamples(m_sizes, m_reserved);
+}
+
+void CMatroskaOutputPin::DropReserved() {
+  m_reserved.clear();
+  m_nextReserved = 0;
+}
+
+// A frame may have been dropped, or have become larger; then the others' samples are for nobody.
+bool CMatroskaOutputPin::TakeReserved(IMediaSample** sample, std::size_t size) {
+  if (m_nextReserved == m_reserved.size()) return false;
+  const bool fits = static_cast<std::size_t>(m_reserved[m_nextReserved]->GetSize()) == size;
+  if (fits) {
+    *sample = m_reserved[m_nextReserved++].Detach();
+  } else {
+    DropReserved();
+  }
+  return fits;
+}
+
 HRESULT CMatroskaOutputPin::GetDeliveryBuffer(IMediaSample** sample, std::size_t size) {
   const Route& route = CurrentRoute();
+  if (TakeReserved(sample, size)) return S_OK;
   if (!route.buffer) return VFW_E_NO_ALLOCATOR;
   const HRESULT hr = route.buffer->GetSample(sample, size, false);
   if (hr != S_FALSE) return hr;

@@ -77,17 +77,23 @@ CSampleBuffer::Sample* CSampleBuffer::FreeSample() {
   return static_cast<Sample*>(m_free);
 }
 
-// Null when there is no room.
 CSampleBuffer::Sample* CSampleBuffer::Take(std::size_t size) {
   Collect();
+  Sample* sample = TakeIfThereIsRoom(size);
+  if (sample == nullptr && m_ring.IsEmpty() && LentCount() < limits::kSamplesOut) {
+    throw MessageError("CSampleBuffer::GetSample size of buffer less than sample");
+  }
+  return sample;
+}
+
+// Null when there is none.
+CSampleBuffer::Sample* CSampleBuffer::TakeIfThereIsRoom(std::size_t size) {
   if (LentCount() >= limits::kSamplesOut) return nullptr;
   Sample* sample = FreeSample();
-  if (!m_ring.Take(sample->region, size)) {
-    if (m_ring.IsEmpty()) throw MessageError("CSampleBuffer::GetSample size of buffer less than sample");
-    return nullptr;
-  }
+  if (!m_ring.Take(sample->region, size)) return nullptr;
   m_free = sample->Next();
   sample->SetBuffer(Block() + sample->region.start, static_cast<LONG>(size));
+  NoteLent();
   return sample;
 }
 
@@ -106,7 +112,6 @@ HRESULT CSampleBuffer::GetSample(IMediaSample** sample, std::size_t size, bool w
   for (;;) {
     if (!IsCommitted()) return VFW_E_NOT_COMMITTED;
     if (Sample* taken = Take(size); taken != nullptr) {
-      NoteLent();
       *sample = taken->Lend();
       return S_OK;
     }
@@ -114,6 +119,20 @@ HRESULT CSampleBuffer::GetSample(IMediaSample** sample, std::size_t size, bool w
     if (m_cancelled || m_flushing) return VFW_E_WRONG_STATE;
     WaitForRoom();
   }
+}
+
+void CSampleBuffer::GetSamples(std::span<const std::size_t> sizes, std::vector<ComPtr<IMediaSample>>& samples) {
+  const CAutoLock hold(Lock());
+  if (!IsCommitted()) return;
+  Collect();
+  ULONG count = 0;
+  for (const std::size_t size : sizes) {
+    Sample* sample = TakeIfThereIsRoom(size);
+    if (sample == nullptr) break;
+    samples.push_back(ComPtr<IMediaSample>::Attach(sample->LendCounted()));
+    ++count;
+  }
+  AddReferences(count);
 }
 
 HRESULT STDMETHODCALLTYPE CSampleBuffer::GetBuffer(IMediaSample** ppBuffer, REFERENCE_TIME* /*pStartTime*/,

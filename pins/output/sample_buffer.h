@@ -5,8 +5,10 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <vector>
 
+#include "framework/com_ptr.h"
 #include "framework/condition_variable.h"
 #include "framework/mem_allocator.h"
 #include "pins/output/ring_regions.h"
@@ -25,6 +27,10 @@ class CSampleBuffer final : public CMemAllocator {
   /// waits; VFW_E_WRONG_STATE when the wait was cancelled or a flush began. VFW_E_NOT_COMMITTED. Throws
   /// MessageError when the whole block is smaller than `size`, once no sample is out; std::bad_alloc.
   HRESULT GetSample(IMediaSample** sample, std::size_t size, bool wait);
+
+  /// The same for several samples of these sizes, as many of them from the first on as there is room for now. They
+  /// are appended to `samples`, which has room for them. Does not wait.
+  void GetSamples(std::span<const std::size_t> sizes, std::vector<ComPtr<IMediaSample>>& samples);
 
   /// While on, nobody waits for room: a wait in progress and later ones fail at once. Any thread.
   void CancelWaits(bool on) noexcept;
@@ -48,6 +54,7 @@ class CSampleBuffer final : public CMemAllocator {
 
   Sample* FreeSample();
   Sample* Take(std::size_t size);
+  Sample* TakeIfThereIsRoom(std::size_t size);
   bool Collect();
   void WaitForRoom();
   void Set(bool& flag, bool on) noexcept;
