@@ -56,11 +56,19 @@ void* operator new(std::size_t size) {
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
+void* operator new(std::size_t size, std::align_val_t alignment) {
+  const auto unit = static_cast<std::size_t>(alignment);
+  void* memory = std::aligned_alloc(unit, (size + unit - 1) / unit * unit);
+  if (memory == nullptr) throw std::bad_alloc();
+  return Counted(memory);
+}
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
   return std::malloc(size == 0 ? 1 : size);
 }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+void operator delete(void* memory, std::align_val_t /*alignment*/) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept { std::free(memory); }
 
 namespace tarvex::test {
 

@@ -154,6 +154,13 @@ void* operator new(std::size_t size) {
   return block;
 }
 void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new(std::size_t size, std::align_val_t alignment) {
+  if (Fails(FaultKind::kNew)) throw std::bad_alloc();
+  const auto unit = static_cast<std::size_t>(alignment);
+  void* block = Count(std::aligned_alloc(unit, (size + unit - 1) / unit * unit));
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
   if (Fails(FaultKind::kNew)) return nullptr;
   return Count(__real_malloc(size == 0 ? 1 : size));
@@ -165,5 +172,9 @@ void operator delete(void* block) noexcept {
   __real_free(block);
 }
 void operator delete(void* block, std::size_t /*size*/) noexcept { operator delete(block); }
+void operator delete(void* block, std::align_val_t /*alignment*/) noexcept { operator delete(block); }
+void operator delete(void* block, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept {
+  operator delete(block);
+}
 void operator delete[](void* block) noexcept { operator delete(block); }
 void operator delete[](void* block, std::size_t /*size*/) noexcept { operator delete(block); }
