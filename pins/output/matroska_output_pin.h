@@ -165,7 +165,11 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   };
 
   // Delivery, on the worker.
-  const Route& CurrentRoute();
+  const Route& CurrentRoute() {
+    if (!m_route.queue || m_routeChanged.load(std::memory_order_acquire)) LookUpRoute();
+    return m_route;
+  }
+  void LookUpRoute();
   HRESULT DeliverFrameSample(const std::uint8_t* data, std::size_t size, REFERENCE_TIME start, REFERENCE_TIME duration,
                              bool splice);
   HRESULT DeliverHeld(const PendingFrames& held);

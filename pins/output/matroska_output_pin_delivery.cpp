@@ -24,8 +24,7 @@ REFERENCE_TIME DurationOf(const FrameInfo& frame) { return static_cast<REFERENCE
 
 // Looked up once for many frames. The worker keeps it until it has to wait, or until it is another one; then what
 // was meant for the former is dropped, as that queue drops what it has.
-const CMatroskaOutputPin::Route& CMatroskaOutputPin::CurrentRoute() {
-  if (m_route.queue && !m_routeChanged.load(std::memory_order_acquire)) return m_route;
+void CMatroskaOutputPin::LookUpRoute() {
   m_unsent.clear();
   DropReserved();
   Route route;
@@ -35,7 +34,6 @@ const CMatroskaOutputPin::Route& CMatroskaOutputPin::CurrentRoute() {
     route = {m_pOutputQ, m_sampleBuffer};
   }
   std::swap(m_route, route);
-  return m_route;
 }
 
 bool CMatroskaOutputPin::OnData(const FrameInfo& frame) {
