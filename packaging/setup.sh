@@ -1,9 +1,9 @@
 #!/bin/sh
-# Installs the Debian packages that ./play, ./package or ./test needs and the machine lacks.
-# Usage: packaging/setup.sh play|package|test|fuzz. Prints nothing when there is nothing to do.
+# Installs the Debian packages that ./play, ./package, ./test or ./bench needs and the machine lacks.
+# Usage: packaging/setup.sh play|package|test|bench|fuzz. Prints nothing when there is nothing to do.
 set -eu
 
-purpose=${1:?usage: packaging/setup.sh play|package|test|fuzz}
+purpose=${1:?usage: packaging/setup.sh play|package|test|bench|fuzz}
 
 # What building the Windows host takes.
 build_packages='
@@ -29,6 +29,12 @@ test_packages='
   clang clang-tidy clang-format ffmpeg
   libgtest-dev zlib1g-dev libgcrypt20-dev libgpg-error-dev
 '
+# What ./bench takes beyond that: the other demuxers, and what makes the files.
+bench_packages='
+  ffmpeg mkvtoolnix pkg-config
+  libavformat-dev libavcodec-dev libavutil-dev
+  libgstreamer1.0-dev gstreamer1.0-plugins-good
+'
 # What fuzzing and counting lines take: no Wine.
 fuzz_packages='
   cmake ninja-build patch dpkg-dev xz-utils python3 g++ clang llvm
@@ -45,6 +51,7 @@ case $purpose in
   play) wanted=$play_packages ;;
   package) wanted="$build_packages $package_packages" ;;
   test) wanted="$play_packages $package_packages $test_packages" ;;
+  bench) wanted="$play_packages $package_packages $test_packages $bench_packages" ;;
   fuzz) wanted=$fuzz_packages ;;
   *) fail "unknown purpose $purpose" ;;
 esac

@@ -2,15 +2,11 @@
 
 #include <bit>
 
+#include "framework/big_endian.h"
+
 namespace tarvex {
 
 namespace {
-
-std::uint64_t BigEndian(std::span<const std::uint8_t> bytes) {
-  std::uint64_t value = 0;
-  for (const std::uint8_t byte : bytes) value = value << 8 | byte;
-  return value;
-}
 
 /// Bytes of a number whose first byte is `first`.
 std::uint32_t CodedLength(std::uint8_t first) { return static_cast<std::uint32_t>(std::countl_zero(first)) + 1; }

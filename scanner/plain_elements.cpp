@@ -2,6 +2,7 @@
 
 #include <bit>
 
+#include "framework/big_endian.h"
 #include "scanner/element_header.h"
 
 namespace tarvex {
@@ -16,12 +17,6 @@ constexpr std::uint32_t kCueClusterPosition = 0xF1;
 constexpr std::uint32_t kCueRelativePosition = 0xF0;
 constexpr std::uint32_t kCueDuration = 0xB2;
 constexpr std::uint32_t kCueBlockNumber = 0x5378;
-
-std::uint64_t BigEndian(std::span<const std::uint8_t> bytes) {
-  std::uint64_t value = 0;
-  for (const std::uint8_t byte : bytes) value = value << 8 | byte;
-  return value;
-}
 
 /// Stores the number of an element that comes once. False when it is none, or was there before.
 bool StoreOnce(const PlainElement& element, std::optional<std::uint64_t>& value) {

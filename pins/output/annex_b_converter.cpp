@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "framework/big_endian.h"
 #include "framework/message_error.h"
 #include "pins/creator/media_guids.h"
 
@@ -19,12 +20,6 @@ constexpr unsigned kSetLengthSize = 2;
 constexpr std::uint8_t kUnitTypeMask = 31;
 constexpr std::uint8_t kSequenceSet = 7;
 constexpr std::uint8_t kPictureSet = 8;
-
-std::size_t BigEndian(std::span<const std::uint8_t> bytes) {
-  std::size_t value = 0;
-  for (const std::uint8_t byte : bytes) value = value << 8 | byte;
-  return value;
-}
 
 std::span<const std::uint8_t> ParameterSets(const MPEG2VIDEOINFO& info, std::span<const std::uint8_t> block) {
   const auto sets = block.subspan(offsetof(MPEG2VIDEOINFO, dwSequenceHeader));
@@ -45,7 +40,7 @@ std::optional<CAnnexBConverter> CAnnexBConverter::For(const CMediaType& type) {
 
 CAnnexBConverter::CAnnexBConverter(unsigned lengthSize, Bytes parameterSets) : m_lengthSize(lengthSize) {
   for (int i = 0; i < kPrefixSets && parameterSets.size() >= kSetLengthSize; ++i) {
-    const std::size_t length = BigEndian(parameterSets.first(kSetLengthSize));
+    const auto length = static_cast<std::size_t>(BigEndian(parameterSets.first(kSetLengthSize)));
     parameterSets = parameterSets.subspan(kSetLengthSize);
     if (length > parameterSets.size()) return;
     AppendUnit(m_prefix, parameterSets.first(length));
@@ -58,9 +53,9 @@ template <class Use>
 void CAnnexBConverter::ForEachUnit(const FrameInfo& frame, Use&& use) const {
   Bytes rest(frame.data, frame.size);
   while (rest.size() >= m_lengthSize) {
-    const std::size_t claimed = BigEndian(rest.first(m_lengthSize));
+    const std::uint64_t claimed = BigEndian(rest.first(m_lengthSize));
     rest = rest.subspan(m_lengthSize);
-    const Bytes unit = rest.first(std::min(claimed, rest.size()));
+    const Bytes unit = rest.first(static_cast<std::size_t>(std::min<std::uint64_t>(claimed, rest.size())));
     use(unit);
     rest = rest.subspan(unit.size());
   }
