@@ -5,7 +5,6 @@
 
 #include <algorithm>
 
-#include "scanner/byte_input.h"
 #include "scanner/limits.h"
 
 namespace tarvex {
@@ -84,19 +83,18 @@ std::optional<FoundElement> CElementSearch::UpperBetween(std::uint64_t begin, st
 std::optional<FoundElement> CElementSearch::LookAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
   const auto header = ParseElementHeader(bytes);
   if (!header || !m_ids.Contains(header->id) || IsChecksum(*header)) return std::nullopt;
-  return Create(position, bytes.first(header->Length()));
+  return Create(position, *header);
 }
 
-std::optional<FoundElement> CElementSearch::Create(std::uint64_t position, std::span<const std::uint8_t> head) const {
+std::optional<FoundElement> CElementSearch::Create(std::uint64_t position, const ElementHeader& header) const {
   // The sizes up to which libebml is asked to look, in a stream and in a parent of unknown size.
   constexpr std::uint64_t kLargestInStream = 0xFFFFFFFF;
   const std::uint64_t noEnd = m_unknown == Unknown::kSkip ? limits::kElement : kLargestInStream;
-  FoundElement found{nullptr, position, position + head.size(), 0};
-  CByteInput probe(position, head);
-  found.element.reset(libebml::EbmlElement::FindNextElement(probe, m_context, found.upperLevel,
-                                                            m_end == kNoEnd ? noEnd : m_end - position, true));
-  // Refused here, it may have found another in the remaining bytes of the head.
-  if (!found.element || found.element->GetElementPosition() != position) return std::nullopt;
+  FoundElement found{nullptr, position, position + header.Length(), 0};
+  found.element.reset(libebml::EbmlElement::FromHead(libebml::EbmlId(header.id, header.idLength), header.sizeLength,
+                                                     header.size, header.sizeKnown, position, m_context,
+                                                     found.upperLevel, m_end == kNoEnd ? noEnd : m_end - position));
+  if (!found.element) return std::nullopt;
   return found;
 }
 

@@ -66,7 +66,7 @@ class CElementSearch {
   std::size_t WithoutHidden(std::uint64_t position, std::size_t step);
   std::size_t PassChecksum(std::uint64_t position, const ElementHeader& header) const;
   bool IsSkippable(std::uint64_t position, const ElementHeader& header) const;
-  std::optional<FoundElement> Create(std::uint64_t position, std::span<const std::uint8_t> head) const;
+  std::optional<FoundElement> Create(std::uint64_t position, const ElementHeader& header) const;
 
   CByteWindow& m_window;
   const std::uint64_t m_streamLength;

@@ -244,7 +244,8 @@ CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElemen
   const bool finite = child.IsFiniteSize();
   const std::uint64_t childEnd = finite ? child.GetEndPosition() : found.dataPosition;
   if (m_depth >= limits::kNesting) return {0, childEnd};
-  const LevelEnd inner = ReadLevel(child, nullptr, nullptr);
+  const bool isEmpty = finite && childEnd == found.dataPosition;
+  const LevelEnd inner = isEmpty ? LevelEnd{0, childEnd} : ReadLevel(child, nullptr, nullptr);
   Take(level, std::move(found.element));
   if (inner.upperLevel > 1) return {inner.upperLevel - 1, inner.position};
   if (!finite) return {0, inner.position};
