@@ -109,6 +109,10 @@ Cost CostOf(ByteString file) {
   cost.peak = heap.Peak();
   cost.allocations = heap.Allocations();
   cost.reads = static_cast<std::uint64_t>(reader.reads);
+  if (LargeSize() != 0) {
+    const NoHeapCount timesAlone;
+    Scan(reader, cost);
+  }
   return cost;
 }
 

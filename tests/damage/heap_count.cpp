@@ -24,17 +24,29 @@ namespace {
 thread_local std::int64_t t_held = 0;
 thread_local std::int64_t t_peak = 0;
 thread_local std::uint64_t t_allocations = 0;
+thread_local bool t_counts = true;
 std::atomic<std::uint64_t> g_allocations{0};
+std::atomic<std::int64_t> g_held{0};
+std::atomic<std::int64_t> g_peak{0};
+
+std::int64_t Hold(std::int64_t size) noexcept {
+  t_held += size;
+  return g_held += size;
+}
 
 void* Counted(void* memory) noexcept {
+  if (!t_counts) return memory;
   ++t_allocations;
   ++g_allocations;
-  t_held += static_cast<std::int64_t>(malloc_usable_size(memory));
+  const std::int64_t held = Hold(static_cast<std::int64_t>(malloc_usable_size(memory)));
   t_peak = std::max(t_peak, t_held);
+  for (std::int64_t peak = g_peak; held > peak && !g_peak.compare_exchange_weak(peak, held);) continue;
   return memory;
 }
 
-void Uncount(void* memory) noexcept { t_held -= static_cast<std::int64_t>(malloc_usable_size(memory)); }
+void Uncount(void* memory) noexcept {
+  if (t_counts) Hold(-static_cast<std::int64_t>(malloc_usable_size(memory)));
+}
 
 }  // namespace
 
@@ -72,10 +84,14 @@ void operator delete(void* memory, std::size_t /*size*/, std::align_val_t /*alig
 
 namespace tarvex::test {
 
+NoHeapCount::NoHeapCount() noexcept { t_counts = false; }
+NoHeapCount::~NoHeapCount() { t_counts = true; }
 HeapCount::HeapCount() noexcept : m_start(t_held), m_firstAllocation(t_allocations) { t_peak = t_held; }
 std::int64_t HeapCount::Peak() const noexcept { return t_peak - m_start; }
 std::int64_t HeapCount::Now() const noexcept { return t_held - m_start; }
 std::uint64_t HeapCount::OfAllThreads() noexcept { return g_allocations; }
+WholeHeapCount::WholeHeapCount() noexcept : m_start(g_held) { g_peak = m_start; }
+std::int64_t WholeHeapCount::Peak() const noexcept { return g_peak - m_start; }
 std::uint64_t HeapCount::Allocations() const noexcept { return t_allocations - m_firstAllocation; }
 
 }  // namespace tarvex::test
