@@ -2,7 +2,6 @@
 // follows the size. Work is counted, not timed: reads and allocations. TARVEX_FILLING_MIB=64 makes the files
 // that large instead of small, and then opening and indexing may each take two seconds of the processor.
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -16,6 +15,7 @@
 #include "scanner/read_ahead_reader.h"
 #include "tests/bounds/fillings.h"
 #include "tests/damage/heap_count.h"
+#include "tests/support/deflated.h"
 #include "tests/support/memory_reader.h"
 #include "tests/support/test_system.h"
 
@@ -213,20 +213,11 @@ TEST(Bounds, LacesOfEmptyFramesTakeNoMemoryEach) {
   EXPECT_LE(cost.peak, 2 * limits::kClusterMemory);
 }
 
-ByteString Compressed(std::size_t zeros) {
-  const ByteString plain = Zeros(zeros);
-  uLongf size = compressBound(static_cast<uLong>(zeros));
-  ByteString packed(size);
-  EXPECT_EQ(compress(packed.data(), &size, plain.data(), static_cast<uLong>(zeros)), Z_OK);
-  packed.resize(size);
-  return packed;
-}
-
 TEST(Bounds, InflatingEndsBehindWhatAPinCanDeliver) {
   const ByteString entry = TrackEntry(
       1, 2, "A", Element(id::kContentEncodings, Element(id::kContentEncoding, Element(id::kContentCompression, {}))));
   const auto playing = [&](std::size_t zeros) {
-    return CostOf(FileOf(entry, Cluster(0, SimpleBlock(1, 0, Compressed(zeros)))));
+    return CostOf(FileOf(entry, Cluster(0, SimpleBlock(1, 0, Deflated(Zeros(zeros))))));
   };
   EXPECT_EQ(playing(limits::kLargestSample).largestFrame, limits::kLargestSample);
   const Cost bomb = playing(std::size_t{64} << 20);

@@ -1,10 +1,9 @@
 // What a frame costs on the heap while a file plays: nothing.
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include "scanner/limits.h"
 #include "tests/damage/heap_count.h"
-#include "tests/support/ebml_writer.h"
+#include "tests/support/deflated.h"
 #include "tests/support/test_graph.h"
 
 namespace tarvex::test {
@@ -17,14 +16,6 @@ constexpr std::size_t kFrameBytes = 3000;
 
 ByteString Compression(const ByteString& children) {
   return Element(id::kContentEncodings, Element(id::kContentEncoding, Element(id::kContentCompression, children)));
-}
-
-ByteString Deflated(const ByteString& plain) {
-  uLongf size = compressBound(static_cast<uLong>(plain.size()));
-  ByteString packed(size);
-  EXPECT_EQ(compress(packed.data(), &size, plain.data(), static_cast<uLong>(plain.size())), Z_OK);
-  packed.resize(size);
-  return packed;
 }
 
 struct Track {

@@ -2,22 +2,14 @@
 #include "scanner/frame_decoder.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <optional>
 
 #include "tests/scanner/recording.h"
+#include "tests/support/deflated.h"
 
 namespace tarvex::test {
 namespace {
-
-ByteString Compressed(const ByteString& plain) {
-  uLongf size = compressBound(static_cast<uLong>(plain.size()));
-  ByteString packed(size);
-  EXPECT_EQ(compress(packed.data(), &size, plain.data(), static_cast<uLong>(plain.size())), Z_OK);
-  packed.resize(size);
-  return packed;
-}
 
 ByteString Compression(const ByteString& children) { return Element(id::kContentCompression, children); }
 
@@ -39,12 +31,12 @@ std::optional<ByteString> Decoded(const ByteString& encodings, const ByteString&
 ByteString ZlibEncodings() { return Element(id::kContentEncoding, Compression(Unsigned(id::kContentCompAlgo, 0))); }
 
 TEST(FrameDecoder, DamagedFramesStayAsTheyAreAndCutOnesGiveWhatThereIs) {
-  ByteString packed = Compressed(Noise(50000, 1));
+  ByteString packed = Deflated(Noise(50000, 1));
   packed[packed.size() - 1] ^= 1;
   EXPECT_FALSE(Decoded(ZlibEncodings(), packed)) << "wrong checksum";
   EXPECT_FALSE(Decoded(ZlibEncodings(), {}));
   EXPECT_FALSE(Decoded(ZlibEncodings(), Noise(100, 2)));
-  packed = Compressed(FromText("a frame that is compressed and cut"));
+  packed = Deflated(FromText("a frame that is compressed and cut"));
   packed.resize(packed.size() - 6);
   EXPECT_TRUE(Decoded(ZlibEncodings(), packed));
 }
@@ -54,7 +46,7 @@ TEST(FrameDecoder, FramesDoNotDependOnThoseBefore) {
   OpenFile file(FileOf({}, Headers(2, Element(id::kContentEncodings, ZlibEncodings()))));
   for (const std::size_t size : {70000U, 1U, 16384U, 0U, 32768U, 5U, 70001U}) {
     const ByteString plain = Noise(size, static_cast<unsigned>(size));
-    ByteString packed = Compressed(plain);
+    ByteString packed = Deflated(plain);
     FrameInfo info;
     info.trackNumber = 1;
     info.data = packed.data();
@@ -80,7 +72,7 @@ TEST(FrameDecoder, WhatIsReadAndWhatIsNotIsLogged) {
   const ByteString order = Unsigned(0x5031, 0);
   const ByteString compression = Compression(Join({Unsigned(id::kContentCompAlgo, 0), order}));
   const ByteString encodings = Element(id::kContentEncoding, Join({order, compression}));
-  EXPECT_EQ(Decoded(encodings, Compressed({1, 2, 3})), (ByteString{1, 2, 3}));
+  EXPECT_EQ(Decoded(encodings, Deflated({1, 2, 3})), (ByteString{1, 2, 3}));
   for (const char* text : {"\tKaxContentEncodings", "\t\tKaxContentCompression", "\t\t\tKaxContentCompAlgo 0",
                            "Unsupported Element in KaxContentEncoding"}) {
     EXPECT_TRUE(log.Contains(text)) << text;

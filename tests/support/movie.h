@@ -16,6 +16,7 @@ struct MovieShape {
   unsigned frames = 100;  ///< of each track
   unsigned framesPerCluster = 25;
   std::uint32_t frameSize = 200;  ///< bytes
+  std::uint32_t duration = 0;     ///< milliseconds that the file says it lasts; 0: nothing
 };
 
 std::vector<std::uint8_t> MakeMovie(const MovieShape& shape);

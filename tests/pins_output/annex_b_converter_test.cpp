@@ -1,88 +1,12 @@
-// The video pin's own rules: what is held and where a segment starts, the stop, and start codes.
+// Frames with start codes: every length size, damaged units, and parameter sets that lie about themselves.
 #include <gtest/gtest.h>
 
 #include "pins/creator/media_guids.h"
 #include "pins/h264_form.h"
-#include "tests/pins_output/pin_rig.h"
+#include "pins/output/annex_b_converter.h"
 
 namespace tarvex::test {
 namespace {
-
-struct Sent {
-  REFERENCE_TIME start;
-  bool key;
-};
-
-struct HoldingCase {
-  const char* what;
-  REFERENCE_TIME wanted;
-  std::vector<Sent> frames;
-  std::vector<REFERENCE_TIME> delivered;  // before the end of stream, times of the file
-  REFERENCE_TIME segment;
-  std::size_t afterEnd;  // how many more the end of stream releases
-};
-
-// Frames last no time, so that the last one can start at the stop.
-TEST(VideoPin, ChoosesTheStartOfASegment) {
-  const HoldingCase cases[] = {
-      {"nothing before the first key frame", 0, {{0, false}, {10, true}, {20, false}, {30, true}}, {10, 20, 30}, 10, 0},
-      {"one key frame is not enough", 0, {{0, true}, {10, false}}, {}, 0, 2},
-      {"from the key frame before the wanted time, at the frame before it",
-       25,
-       {{0, true}, {10, true}, {20, false}, {30, true}},
-       {10, 20, 30},
-       20,
-       0},
-      {"held until a frame is beyond the wanted time", 30, {{0, true}, {10, true}, {20, true}}, {}, 20, 1},
-      {"exactly the wanted time", 20, {{0, true}, {20, true}, {30, true}}, {20, 30}, 20, 0},
-      {"the last frame is the wanted one", 20, {{10, true}, {20, false}}, {}, 20, 2},
-      {"all later than wanted", 5, {{10, true}, {20, true}}, {10, 20}, 10, 0},
-      {"order of decoding, not of showing",
-       15,
-       {{0, true}, {20, false}, {10, false}, {40, true}},
-       {0, 20, 10, 40},
-       10,
-       0},
-      {"no key frame at all", 0, {{0, false}, {10, false}}, {}, 0, 0},
-  };
-  for (const HoldingCase& each : cases) {
-    SCOPED_TRACE(each.what);
-    VideoRig rig;
-    rig.host.SetPlayRange(each.wanted, 1000, 1.0);
-    rig.Start();
-    for (const Sent& frame : each.frames) EXPECT_TRUE(rig.Send(frame.start, 0, frame.key));
-    ASSERT_TRUE(rig.WaitForSamples(each.delivered.size()));
-    EXPECT_EQ(rig.pin->DeliverEndOfStream(), S_OK);
-    ASSERT_TRUE(rig.WaitForEnds(1));
-    const auto samples = rig.sink->Samples();
-    EXPECT_EQ(samples.size(), each.delivered.size() + each.afterEnd);
-    if (samples.empty()) continue;
-    EXPECT_EQ(rig.sink->Events().front().start, each.segment);
-    for (std::size_t i = 0; i < std::min(samples.size(), each.delivered.size()); ++i) {
-      EXPECT_EQ(samples[i].start + each.segment, each.delivered[i]);
-    }
-  }
-}
-
-TEST(VideoPin, FramesOutOfOrderAreShownUpToTheStop) {
-  VideoRig rig;
-  rig.host.SetPlayRange(0, 100, 1.0);
-  rig.Start();
-  rig.pin->SetHolding(false);
-  for (const REFERENCE_TIME start : {0, 80, 95, 60, 100, 101, 40}) EXPECT_TRUE(rig.Send(start, 20));
-  ASSERT_TRUE(rig.WaitForEnds(1));
-  rig.Stop();
-  EXPECT_EQ(Order(rig.sink->Events()), "nssssse");
-}
-
-TEST(VideoPin, ReachingTheStopReleasesWhatIsHeld) {
-  VideoRig rig;
-  rig.host.SetPlayRange(0, 100, 1.0);
-  rig.Start();
-  for (const REFERENCE_TIME start : {0, 40, 120, 160}) EXPECT_TRUE(rig.Send(start, 20, start == 0));
-  ASSERT_TRUE(rig.WaitForEnds(1));
-  EXPECT_EQ(Order(rig.sink->Events()), "nsse");
-}
 
 // 16-bit lengths in front of the sets, as in a format block.
 const std::vector<std::uint8_t> kSets = {0, 2, 0x67, 1, 0, 1, 0x68, 0, 1, 0x99};
