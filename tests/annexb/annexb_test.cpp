@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -107,15 +106,8 @@ TEST_P(AnnexBPictures, AreThoseOfTheFile) {
   EXPECT_EQ(Pictures("-f h264 -i '" + scratch.Path() + "'"), original);
 }
 
-std::string CaseName(const testing::TestParamInfo<std::size_t>& info) {
-  std::string name = Files()[info.param].name;
-  for (char& letter : name) {
-    if (std::isalnum(static_cast<unsigned char>(letter)) == 0) letter = '_';
-  }
-  return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Corpus, AnnexBPictures, testing::Range<std::size_t>(0, Files().size()), CaseName);
+INSTANTIATE_TEST_SUITE_P(Corpus, AnnexBPictures, testing::Range<std::size_t>(0, Files().size()),
+                         [](const auto& one) { return CaseName(Files()[one.param]); });
 
 }  // namespace
 }  // namespace tarvex::test

@@ -8,9 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "filter/interface_ids.h"
 #include "tests/support/movie.h"
 #include "tests/support/splitter_module.h"
 #include "tests/support/test_graph.h"
+#include "tests/support/test_system.h"
 
 namespace tarvex::test {
 
@@ -20,16 +22,16 @@ class ContractTest : public testing::Test {
   void TearDown() override { EXPECT_TRUE(ModuleBecomesIdle()) << "something of the module is left"; }
 };
 
-/// With a graph in which the movie is open.
-class OpenedTest : public ContractTest {
+/// With a graph of one splitter.
+class GraphTest : public ContractTest {
  protected:
-  void SetUp() override { OpenMovie({}); }
   void TearDown() override {
     m_source.Reset();
     m_graph.reset();
     ContractTest::TearDown();
   }
 
+  /// In a new graph, every track with a pin of its own.
   void OpenMovie(const MovieShape& shape) {
     m_graph.emplace();
     ASSERT_EQ(m_graph->SeparatePins(true), S_OK);
@@ -38,11 +40,26 @@ class OpenedTest : public ContractTest {
   }
 
   TestGraph& Graph() { return *m_graph; }
+  IBaseFilter* Splitter() { return m_graph->Splitter(); }
+  template <class I>
+  ComPtr<I> Ask() {
+    return QueryFor<I>(Splitter());
+  }
   ComPtr<IPin> Output(std::size_t index) { return Graph().OutputPins().at(index); }
 
-  std::optional<TestGraph> m_graph;
+  std::optional<TestGraph> m_graph{std::in_place};
   ComPtr<CSourceFilter> m_source;
 };
+
+/// With one in which the movie is open.
+class OpenedTest : public GraphTest {
+ protected:
+  void SetUp() override { OpenMovie({}); }
+};
+
+inline std::string CorpusFile(const std::string& name) {
+  return SystemPath(std::string(TARVEX_SOURCE_DIR "/tests/data/corpus/gen/") + name);
+}
 
 /// The media type that the pin offers first.
 inline CMediaType TypeOf(IPin* pin) {

@@ -2,7 +2,6 @@
 // every refusal, against the manifest. Another corpus is taken by TARVEX_CORPUS.
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <memory>
 
 #include "framework/thread.h"
@@ -40,15 +39,8 @@ TEST_P(CorpusFile, IsReadAsTheManifestSays) {
   EXPECT_TRUE(ModuleBecomesIdle());
 }
 
-std::string CaseName(const testing::TestParamInfo<std::size_t>& info) {
-  std::string name = Corpus()[info.param].name;
-  for (char& letter : name) {
-    if (std::isalnum(static_cast<unsigned char>(letter)) == 0) letter = '_';
-  }
-  return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Corpus, CorpusFile, testing::Range<std::size_t>(0, Corpus().size()), CaseName);
+INSTANTIATE_TEST_SUITE_P(Corpus, CorpusFile, testing::Range<std::size_t>(0, Corpus().size()),
+                         [](const auto& one) { return CaseName(Corpus()[one.param]); });
 
 }  // namespace
 }  // namespace tarvex::test

@@ -2,6 +2,7 @@
 #include "tests/corpus/manifest.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -103,6 +104,19 @@ void ReadExpectation(const json& expect, ManifestFile& file) {
   }
 }
 
+// A Void is searched byte by byte, so that a Tracks element in the remains of an earlier edition counts,
+// and the one behind it is not read.
+void ApplyDecisions(ManifestFile& file) {
+  if (file.name != "gen/void_stale.mkv") return;
+  ManifestTrack stale;
+  stale.number = 7;
+  stale.type = 2;
+  stale.codecId = "A_PCM/INT/LIT";
+  stale.language = "eng";
+  stale.bitDepth = 16;
+  file.tracks = {stale};
+}
+
 ManifestFile ReadFile(const std::string& folder, const std::string& name, const json& object) {
   ManifestFile file;
   file.name = name;
@@ -124,19 +138,6 @@ ManifestFile ReadFile(const std::string& folder, const std::string& name, const 
 
 }  // namespace
 
-// A Void is searched byte by byte, so that a Tracks element in the remains of an earlier edition counts,
-// and the one behind it is not read.
-void ApplyDecisions(ManifestFile& file) {
-  if (file.name != "gen/void_stale.mkv") return;
-  ManifestTrack stale;
-  stale.number = 7;
-  stale.type = 2;
-  stale.codecId = "A_PCM/INT/LIT";
-  stale.language = "eng";
-  stale.bitDepth = 16;
-  file.tracks = {stale};
-}
-
 std::string LineOf(const ManifestFrame& frame) {
   return std::to_string(frame.time) + ' ' + std::to_string(frame.duration) + ' ' + (frame.key ? '1' : '0') + ' ' +
          std::to_string(frame.size) + ' ' + frame.sha1 + '\n';
@@ -145,6 +146,14 @@ std::string LineOf(const ManifestFrame& frame) {
 std::string CorpusFolder() {
   const char* folder = std::getenv("TARVEX_CORPUS");
   return folder != nullptr && *folder != '\0' ? folder : TARVEX_SOURCE_DIR "/tests/data/corpus";
+}
+
+std::string CaseName(const ManifestFile& file) {
+  std::string name = file.name;
+  for (char& letter : name) {
+    if (std::isalnum(static_cast<unsigned char>(letter)) == 0) letter = '_';
+  }
+  return name;
 }
 
 std::vector<ManifestFile> ReadManifest(const std::string& folder) {

@@ -90,8 +90,8 @@ std::string LineOf(const ManifestFrame& frame);
 /// Where the corpus is: the folder that TARVEX_CORPUS names, or the repository's own choice.
 std::string CorpusFolder();
 
-/// Replaces what the manifest says where the project decided otherwise.
-void ApplyDecisions(ManifestFile& file);
+/// Its name as that of a test case.
+std::string CaseName(const ManifestFile& file);
 
 /// All files of the corpus in `folder`. Throws std::exception when the manifest cannot be read.
 std::vector<ManifestFile> ReadManifest(const std::string& folder);

@@ -32,21 +32,13 @@ TEST(LanguageTable, HasEveryCodeOnceInOrderOfTheEnglishName) {
   EXPECT_TRUE(std::ranges::is_sorted(LanguageTable(), {}, [](const auto& row) { return Lower(row.englishName); }));
 }
 
-void ExpectRow(const LanguageRow& row, std::string_view english, std::string_view french, std::string_view code,
-               std::string_view alpha2) {
-  EXPECT_EQ(row.englishName, english);
-  EXPECT_EQ(row.shownName, english);
-  EXPECT_EQ(row.frenchName, french);
-  EXPECT_EQ(row.code, code);
-  EXPECT_EQ(row.alpha2, alpha2);
-}
-
 TEST(LanguageTable, RowsAreInCodePage1252WithTheBibliographicCodeFirst) {
-  ExpectRow(LanguageTable().front(), "Abkhazian", "abkhaze", "abk", "ab");
-  ExpectRow(LanguageTable().back(), "Zuni", "zuni", "zun", "");
   const auto row = std::ranges::find(LanguageTable(), "fre", &LanguageRow::code);
-  ExpectRow(row[0], "French", "fran\347ais", "fre", "fr");
-  ExpectRow(row[1], "French", "fran\347ais", "fra", "fr");
+  EXPECT_EQ(row->frenchName, "fran\347ais");
+  EXPECT_EQ(row->shownName, "French");
+  EXPECT_EQ(row->alpha2, "fr");
+  EXPECT_EQ(std::next(row)->code, "fra");
+  EXPECT_EQ(std::next(row)->frenchName, "fran\347ais");
 }
 
 TEST(LanguageTable, LookupsAreExact) {

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
 #include <set>
 
 #include "filter/interface_ids.h"
@@ -222,15 +221,8 @@ TEST(SeekTableItself, CoversTheCorpus) {
   EXPECT_GE(Files().size(), 60U) << "most files of the corpus are to be compared";
 }
 
-std::string CaseName(const testing::TestParamInfo<std::size_t>& info) {
-  std::string name = Files()[info.param].file.name;
-  for (char& letter : name) {
-    if (std::isalnum(static_cast<unsigned char>(letter)) == 0) letter = '_';
-  }
-  return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Corpus, SeekTable, testing::Range<std::size_t>(0, Files().size()), CaseName);
+INSTANTIATE_TEST_SUITE_P(Corpus, SeekTable, testing::Range<std::size_t>(0, Files().size()),
+                         [](const auto& one) { return CaseName(Files()[one.param].file); });
 
 }  // namespace
 }  // namespace tarvex::test

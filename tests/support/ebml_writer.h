@@ -43,8 +43,9 @@ inline constexpr std::uint32_t kSegment = 0x18538067, kSeekHead = 0x114D9B74, kS
 inline constexpr std::uint32_t kInfo = 0x1549A966, kTimecodeScale = 0x2AD7B1, kDuration = 0x4489, kTitle = 0x7BA9;
 inline constexpr std::uint32_t kTracks = 0x1654AE6B, kTrackEntry = 0xAE, kTrackNumber = 0xD7, kTrackType = 0x83,
                                kCodecId = 0x86, kCodecPrivate = 0x63A2, kTrackName = 0x536E, kLanguage = 0x22B59C,
-                               kDefaultDuration = 0x23E383, kVideo = 0xE0, kPixelWidth = 0xB0, kPixelHeight = 0xBA,
-                               kAudio = 0xE1, kSamplingFrequency = 0xB5, kChannels = 0x9F, kBitDepth = 0x6264;
+                               kFlagDefault = 0x88, kFlagForced = 0x55AA, kDefaultDuration = 0x23E383, kVideo = 0xE0,
+                               kPixelWidth = 0xB0, kPixelHeight = 0xBA, kAudio = 0xE1, kSamplingFrequency = 0xB5,
+                               kChannels = 0x9F, kBitDepth = 0x6264;
 inline constexpr std::uint32_t kContentEncodings = 0x6D80, kContentEncoding = 0x6240, kContentCompression = 0x5034,
                                kContentCompAlgo = 0x4254, kContentCompSettings = 0x4255;
 inline constexpr std::uint32_t kCluster = 0x1F43B675, kTimecode = 0xE7, kSimpleBlock = 0xA3, kBlockGroup = 0xA0,

@@ -6,8 +6,6 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "framework/thread.h"
-
 namespace tarvex::test {
 namespace {
 
@@ -65,7 +63,6 @@ HRESULT CSourceFilter::Read(LONGLONG position, LONG length, BYTE* buffer) {
 
 // What stands between a read and its bytes.
 HRESULT CSourceFilter::Gate(int number) {
-  if (m_delay != 0) SleepMilliseconds(m_delay);
   if (number >= m_failFrom) return m_failure;
   if (number < m_blockFrom) return S_OK;
   m_blocked.Set();
@@ -116,22 +113,6 @@ HRESULT CSourcePin::GetMediaType(int position, CMediaType* type) {
   type->SetType(&MEDIATYPE_Stream);
   return S_OK;
 }
-
-HRESULT STDMETHODCALLTYPE CSourcePin::RequestAllocator(IMemAllocator* /*pPreferred*/, ALLOCATOR_PROPERTIES* /*pProps*/,
-                                                       IMemAllocator** ppActual) {
-  *ppActual = nullptr;
-  return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE CSourcePin::Request(IMediaSample* /*pSample*/, DWORD_PTR /*dwUser*/) { return E_NOTIMPL; }
-
-HRESULT STDMETHODCALLTYPE CSourcePin::WaitForNext(DWORD /*dwTimeout*/, IMediaSample** ppSample,
-                                                  DWORD_PTR* /*pdwUser*/) {
-  *ppSample = nullptr;
-  return E_NOTIMPL;
-}
-
-HRESULT STDMETHODCALLTYPE CSourcePin::SyncReadAligned(IMediaSample* /*pSample*/) { return E_NOTIMPL; }
 
 HRESULT STDMETHODCALLTYPE CSourcePin::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
   return m_source.Read(llPosition, lLength, pBuffer);

@@ -30,8 +30,6 @@ class CSourceFilter : public CBaseFilter {
   CBasePin* GetPin(int index) override;
   CSourcePin* Pin() const noexcept { return m_pin.Get(); }
 
-  /// Every read takes this long.
-  void SetDelay(DWORD milliseconds) { m_delay = milliseconds; }
   /// The read with this number (from 0, counted from now) and all after it fail with `result`.
   void FailFrom(int read, HRESULT result);
   /// The read with this number (from 0, counted from now) and all after it wait for a flush, for
@@ -67,7 +65,6 @@ class CSourceFilter : public CBaseFilter {
   std::function<HRESULT()> m_fault;
   std::atomic<int> m_reads{0};
   std::atomic<int> m_flushes{0};
-  std::atomic<DWORD> m_delay{0};
   std::atomic<int> m_failFrom{kNever};
   std::atomic<HRESULT> m_failure{E_FAIL};
   std::atomic<int> m_blockFrom{kNever};
@@ -95,11 +92,14 @@ class CSourcePin : public CBasePin, public IAsyncReader {
   HRESULT CheckMediaType(const CMediaType* type) override;
   HRESULT GetMediaType(int position, CMediaType* type) override;
 
-  HRESULT STDMETHODCALLTYPE RequestAllocator(IMemAllocator* pPreferred, ALLOCATOR_PROPERTIES* pProps,
-                                             IMemAllocator** ppActual) override;
-  HRESULT STDMETHODCALLTYPE Request(IMediaSample* pSample, DWORD_PTR dwUser) override;
-  HRESULT STDMETHODCALLTYPE WaitForNext(DWORD dwTimeout, IMediaSample** ppSample, DWORD_PTR* pdwUser) override;
-  HRESULT STDMETHODCALLTYPE SyncReadAligned(IMediaSample* pSample) override;
+  // What the splitter never asks.
+  HRESULT STDMETHODCALLTYPE RequestAllocator(IMemAllocator*, ALLOCATOR_PROPERTIES*, IMemAllocator**) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Request(IMediaSample*, DWORD_PTR) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE WaitForNext(DWORD, IMediaSample**, DWORD_PTR*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE SyncReadAligned(IMediaSample*) override { return E_NOTIMPL; }
+
   HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override;
   HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override;
   HRESULT STDMETHODCALLTYPE BeginFlush() override;

@@ -1,4 +1,4 @@
-// See filter_graph.h. What no filter or test calls answers E_NOTIMPL.
+// See filter_graph.h.
 #include "tests/support/linux/filter_graph.h"
 
 #include <algorithm>
@@ -119,17 +119,6 @@ HRESULT STDMETHODCALLTYPE CFilterGraph::GetEvent(LONG* lEventCode, LONG_PTR* lPa
   return E_ABORT;
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::FreeEventParams(LONG /*lEvCode*/, LONG_PTR /*lParam1*/, LONG_PTR /*lParam2*/) {
-  return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE CFilterGraph::EnumFilters(IEnumFilters** /*ppEnum*/) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::FindFilterByName(LPCWSTR /*pName*/, IBaseFilter** /*ppFilter*/) {
-  return E_NOTIMPL;
-}
-HRESULT STDMETHODCALLTYPE CFilterGraph::Reconnect(IPin* /*ppin*/) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::SetDefaultSyncSource() { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::Connect(IPin* /*ppinOut*/, IPin* /*ppinIn*/) { return E_NOTIMPL; }
 HRESULT STDMETHODCALLTYPE CFilterGraph::Render(IPin* ppinOut) {
   const CAutoLock lock(m_lock);
   for (const ComPtr<IBaseFilter>& filter : m_filters) {
@@ -140,39 +129,5 @@ HRESULT STDMETHODCALLTYPE CFilterGraph::Render(IPin* ppinOut) {
   }
   return VFW_E_CANNOT_RENDER;
 }
-HRESULT STDMETHODCALLTYPE CFilterGraph::RenderFile(LPCWSTR /*lpcwstrFile*/, LPCWSTR /*lpcwstrPlayList*/) {
-  return E_NOTIMPL;
-}
-HRESULT STDMETHODCALLTYPE CFilterGraph::AddSourceFilter(LPCWSTR /*lpcwstrFileName*/, LPCWSTR /*lpcwstrFilterName*/,
-                                                        IBaseFilter** /*ppFilter*/) {
-  return E_NOTIMPL;
-}
-HRESULT STDMETHODCALLTYPE CFilterGraph::SetLogFile(DWORD_PTR /*hFile*/) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::Abort() { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::ShouldOperationContinue() { return S_OK; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::GetTypeInfoCount(UINT* /*pctinfo*/) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::GetTypeInfo(UINT /*iTInfo*/, LCID /*lcid*/, ITypeInfo** /*ppTInfo*/) {
-  return E_NOTIMPL;
-}
-HRESULT STDMETHODCALLTYPE CFilterGraph::GetIDsOfNames(REFIID /*riid*/, LPOLESTR* /*rgszNames*/, UINT /*cNames*/,
-                                                      LCID /*lcid*/, DISPID* /*rgDispId*/) {
-  return E_NOTIMPL;
-}
-HRESULT STDMETHODCALLTYPE CFilterGraph::Invoke(DISPID /*dispIdMember*/, REFIID /*riid*/, LCID /*lcid*/, WORD /*wFlags*/,
-                                               DISPPARAMS* /*pDispParams*/, VARIANT* /*pVarResult*/,
-                                               EXCEPINFO* /*pExcepInfo*/, UINT* /*puArgErr*/) {
-  return E_NOTIMPL;
-}
-HRESULT STDMETHODCALLTYPE CFilterGraph::RenderFile(BSTR /*strFilename*/) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::AddSourceFilter(BSTR /*strFilename*/, IDispatch** /*ppUnk*/) {
-  return E_NOTIMPL;
-}
-HRESULT STDMETHODCALLTYPE CFilterGraph::get_FilterCollection(IDispatch** /*ppUnk*/) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::get_RegFilterCollection(IDispatch** /*ppUnk*/) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::StopWhenReady() { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::GetEventHandle(OAEVENT* /*hEvent*/) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::WaitForCompletion(LONG /*msTimeout*/, LONG* /*pEvCode*/) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::CancelDefaultHandling(LONG /*lEvCode*/) { return E_NOTIMPL; }
-HRESULT STDMETHODCALLTYPE CFilterGraph::RestoreDefaultHandling(LONG /*lEvCode*/) { return E_NOTIMPL; }
 
 }  // namespace tarvex::test

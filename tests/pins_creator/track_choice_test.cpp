@@ -1,0 +1,135 @@
+// Which stream of each kind has the pin when a file is opened, the order of all streams, and the entry for no
+// subtitles. What all tracks together give is the corpus's matter.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "filter/matroska_splitter.h"
+#include "framework/co_task_mem.h"
+#include "framework/text_conversion.h"
+#include "tests/support/ebml_writer.h"
+#include "tests/support/source_filter.h"
+
+namespace tarvex::test {
+namespace {
+
+/// From words such as "V1 A2:ger S3~! S4!!": kind, number and language; ~ without the default flag, ! with
+/// the forced one, !! with one of a large value. A track is named by its number.
+ByteString FileOf(const std::string& words) {
+  ByteString entries;
+  std::istringstream stream(words);
+  for (std::string word; stream >> word;) {
+    const std::size_t flags = std::min(word.find_first_of("~!"), word.size());
+    const std::size_t colon = std::min(word.find(':'), flags);
+    const std::string number = word.substr(1, colon - 1);
+    const std::string language = colon < flags ? word.substr(colon + 1, flags - colon - 1) : "eng";
+    const std::size_t forced = word.find('!');
+    const bool isLarge = word.ends_with("!!");
+    const ByteString more = Join(
+        {Text(id::kTrackName, number), Text(id::kLanguage, language),
+         word.find('~') != std::string::npos ? Unsigned(id::kFlagDefault, 0) : ByteString{},
+         forced != std::string::npos ? Unsigned(id::kFlagForced, isLarge ? std::uint64_t{1} << 40 : 1) : ByteString{},
+         word[0] == 'V' ? Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 16), Unsigned(id::kPixelHeight, 16)}))
+                        : Text(id::kCodecPrivate, "header " + number)});
+    const std::uint64_t type = word[0] == 'V' ? 1 : word[0] == 'A' ? 2 : 17;
+    const char* codec = type == 1 ? "V_VP8" : type == 2 ? "A_TTA1" : "S_TEXT/UTF8";
+    entries = Join({entries, TrackEntry(std::stoull(number), type, codec, more)});
+  }
+  return MatroskaFile(Join({Element(id::kInfo, {}), Element(id::kTracks, entries), Cluster(0, {})}));
+}
+
+/// A splitter with such a file, for a user of this language.
+class Opened {
+ public:
+  Opened(const char* userLanguage, const std::string& words) : m_source(CSourceFilter::FromBytes(FileOf(words))) {
+    OverrideUserLanguageForTests(userLanguage);
+    HRESULT result = S_OK;
+    m_filter = ComPtr<IUnknown>(CMatroskaSplitter::CreateInstance(nullptr, &result)->Inner()).Query<IBaseFilter>();
+    EXPECT_EQ(m_source->Pin()->Connect(Pin(0).Get(), nullptr), S_OK);
+    m_select = m_filter.Query<IAMStreamSelect>();
+  }
+  ~Opened() {
+    Pin(0)->Disconnect();
+    m_source->Pin()->Disconnect();
+    OverrideUserLanguageForTests(nullptr);
+  }
+  Opened(const Opened&) = delete;
+  Opened& operator=(const Opened&) = delete;
+
+  ComPtr<IPin> Pin(ULONG index) const {
+    ComPtr<IEnumPins> pins;
+    ComPtr<IPin> pin;
+    m_filter->EnumPins(pins.Put());
+    pins->Skip(index);
+    pins->Next(1, pin.Put(), nullptr);
+    return pin;
+  }
+  /// Of the pin, which gets the stream before.
+  CMediaType TypeOf(LONG stream, ULONG pin) const {
+    EXPECT_EQ(m_select->Enable(stream, AMSTREAMSELECTENABLE_ENABLE), S_OK);
+    ComPtr<IEnumMediaTypes> types;
+    AM_MEDIA_TYPE* type = nullptr;
+    EXPECT_EQ(Pin(pin)->EnumMediaTypes(types.Put()), S_OK);
+    EXPECT_EQ(types->Next(1, &type, nullptr), S_OK);
+    return CMediaType(*MediaTypePtr(type));
+  }
+  /// Kind and number of each, + for those that have the pin, "none" for the entry without subtitles.
+  std::string Streams() const {
+    std::string all;
+    DWORD flags = 0;
+    CoTaskMem<WCHAR> wide;
+    for (LONG k = 0; m_select->Info(k, nullptr, &flags, nullptr, nullptr, wide.Put(), nullptr, nullptr) == S_OK; ++k) {
+      const std::string name = Utf8FromWide(wide.Get());
+      all += name == "No Subtitles" ? "none" : name.substr(0, 1) + name.substr(3, name.find(" [") - 3);
+      all += (flags & AMSTREAMSELECTINFO_ENABLED) != 0 ? "+ " : " ";
+    }
+    return all;
+  }
+
+ private:
+  ComPtr<CSourceFilter> m_source;
+  ComPtr<IBaseFilter> m_filter;
+  ComPtr<IAMStreamSelect> m_select;
+};
+
+TEST(TrackChoice, OneStreamOfEveryKindHasThePin) {
+  const struct {
+    const char* what;
+    const char* tracks;
+    const char* streams;
+    const char* userLanguage = "German";
+  } cases[] = {
+      {"the user's language", "S1:ger A2 A3:ger V4 V5", "V4+ V5 A2 A3+ S1+ none "},
+      {"no subtitles", "V1 A2", "V1+ A2+ "},
+      {"subtitles without flags start silent", "V1 S2~:ger S3~", "V1+ S2 S3 none+ "},
+      {"silent below a higher number", "V1 S10~", "V1+ none+ S10 "},
+      {"forced by any value but zero", "S1~ S2:ger~!! S3", "S1 S2+ S3 none "},
+      {"the default flag alone", "A1~ A2~! A3", "A1 A2 A3+ "},
+      {"the language beats it", "A1~ A3 A4:ger~", "A1 A3 A4+ "},
+      {"both flags beat the language", "A3 A4:ger~ A5!", "A3 A4 A5+ "},
+      {"language and forced beat all", "A4:ger~ A5! A6:ger~!", "A4 A5 A6+ "},
+      {"languages are compared exactly", "A1~ A2:GER~ A3:ger-AT~ A4:deu~", "A1+ A2 A3 A4 "},
+      {"a user language that no table knows", "A1:ger~ A2~ A3", "A1 A2 A3+ ", "Klingonese"},
+  };
+  for (const auto& each : cases) {
+    EXPECT_EQ(Opened(each.userLanguage, each.tracks).Streams(), each.streams) << each.what;
+  }
+}
+
+TEST(TrackChoice, NoSubtitlesLookLikeTheChosenOnes) {
+  const Opened opened("German", "V1 S2~ S3:ger");
+  EXPECT_EQ(opened.Streams(), "V1+ S2 S3+ none ");
+  EXPECT_TRUE(opened.TypeOf(3, 2) == opened.TypeOf(2, 2));
+  EXPECT_FALSE(opened.TypeOf(3, 2) == opened.TypeOf(1, 2));
+}
+
+TEST(TrackChoice, PinNamesWidenOddLanguagesByteByByte) {
+  const Opened opened("German", "A1:\xE4\xFF");
+  PIN_INFO info{};
+  ASSERT_EQ(opened.Pin(1)->QueryPinInfo(&info), S_OK);
+  const auto filter = ComPtr<IBaseFilter>::Attach(info.pFilter);
+  EXPECT_EQ(WideString(info.achName), OLESTR("Audio 0 (lang:\u00E4\u00FF)"));
+}
+
+}  // namespace
+}  // namespace tarvex::test
