@@ -18,7 +18,7 @@ case $preset in
   windows-*)
     library=$(x86_64-w64-mingw32-g++-posix -print-libgcc-file-name)
     library=$(dirname -- "$library")/include/c++
-    only='^(examples|host|module|pages|framework/platform/windows|tests/host)/'
+    only='^(examples|host|module|pages|framework/platform/windows|tests/(host|packages|pages|playback|registration)|benchmarks/play/windows)/'
     for argument in --target=x86_64-w64-mingw32 -nostdinc++ "-isystem$library" \
       "-isystem$library/x86_64-w64-mingw32" -isystem/usr/x86_64-w64-mingw32/include; do
       windows_arguments="$windows_arguments --extra-arg=$argument"

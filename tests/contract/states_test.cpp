@@ -45,15 +45,5 @@ TEST_F(States, PausingTwiceStartsOnePassThatFillsEverySink) {
   EXPECT_EQ(Graph().Sink(0).CountOf(SinkEvent::Kind::kEndOfStream), 1U);
 }
 
-TEST_F(States, AnUnconnectedPinKeepsNothingBack) {
-  for (const std::size_t connected : {0U, 1U}) {
-    OpenMovie({});
-    ASSERT_EQ(Graph().ConnectSink(Output(connected).Get(), SinkKind::kCounting), S_OK);
-    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-    ASSERT_TRUE(Graph().WaitForEnd());
-    EXPECT_EQ(Graph().Sink(0).Samples().size(), 100U);
-  }
-}
-
 }  // namespace
 }  // namespace tarvex::test

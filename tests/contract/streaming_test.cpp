@@ -1,4 +1,5 @@
 // The order of what reaches a sink: segments, samples, flushes and the end.
+#include "framework/event.h"
 #include "framework/thread.h"
 #include "tests/contract/contract_fixture.h"
 #include "tests/support/log_capture.h"
@@ -47,7 +48,8 @@ TEST_F(Streaming, EveryRunIsOneSegmentItsSamplesAndOneEnd) {
   }
 }
 
-TEST_F(Streaming, RunAfterPauseDoesNotStartOver) {
+TEST_F(Streaming, RunAfterPauseDoesNotStartOverAndPicturesAreLogged) {
+  LogCapture log(Splitter());
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
   ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
   ASSERT_TRUE(Graph().WaitForEnd());
@@ -55,6 +57,22 @@ TEST_F(Streaming, RunAfterPauseDoesNotStartOver) {
   ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
   ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
   for (const auto& sink : Graph().Sinks()) ExpectOnePass(*sink, 100);
+  EXPECT_EQ(log.CountOf("DeliverFrameSample tStart: 0 tStop: 400000 splice: 1"), 1U) << "not for sound";
+  EXPECT_EQ(log.CountOf("DeliverFrameSample tStart: 400000 tStop: 800000 splice: 1"), 1U);
+  EXPECT_EQ(log.CountOf("CMatroskaOutputPin::Active"), 2U);
+  EXPECT_EQ(log.CountOf("CMatroskaOutputPin::Inactive"), 2U);
+}
+
+TEST_F(Streaming, AStopFromASinkReturns) {
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  CEvent stopped(CEvent::Mode::kManual);
+  Graph().Sink(0).OnSample([&](IMediaSample* /*sample*/) {
+    Splitter()->Stop();
+    stopped.Set();
+  });
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  EXPECT_TRUE(stopped.Wait(kPatience));
+  EXPECT_EQ(StateOf(Splitter()), State_Stopped);
 }
 
 TEST_F(Streaming, AFlushFromUpstreamReachesEverySinkAndNothingComesInBetween) {
@@ -91,6 +109,7 @@ TEST_F(Streaming, ASinkThatRefusesIsNotAskedAgainAndEndsThePass) {
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   for (int k = 0; k < 500 && !log.Contains("CMatroskaSplitter::ThreadProc Process exit"); ++k) SleepMilliseconds(10);
   EXPECT_TRUE(log.Contains("CMatroskaSplitter::OnData failed")) << log.Joined();
+  EXPECT_TRUE(log.Contains("CMatroskaVideoPin::OnData 8004022b")) << log.Joined();
   EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
   EXPECT_EQ(Graph().Sink(0).Samples().size(), 1U);
   EXPECT_EQ(Graph().Sink(0).CountOf(Kind::kEndOfStream), 0U);

@@ -123,7 +123,6 @@ ManifestFile ReadFile(const std::string& folder, const std::string& name, const 
   file.path = SystemPath(folder + "/" + name);
   file.docType = ValueOr<std::string>(object, "doc_type", "");
   file.robustness = ValueOr(object, "robustness", false);
-  file.disputed = ValueOr<std::string>(object, "disputed", "");
   file.duration = ValueOr<std::int64_t>(object, "duration", 0);
   ReadExpectation(object.at("expect"), file);
   const json tracks = Part(object, "tracks", json::array());

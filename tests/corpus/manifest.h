@@ -75,7 +75,6 @@ struct ManifestFile {
   std::string message;  ///< of a refusal; empty where the text is left open
   bool robustness = false;
   bool upToDamage = false;
-  std::string disputed;
   std::int64_t duration = 0;  ///< 100 ns units
   std::vector<ManifestTrack> tracks;
   std::map<std::uint32_t, ManifestFrames> frames;

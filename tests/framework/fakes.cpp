@@ -5,16 +5,9 @@
 
 namespace tarvex::test {
 
-CMediaType TypeOf(const GUID& major, BYTE mark) {
-  CMediaType type(major);
-  type.formattype = FORMAT_WaveFormatEx;
-  type.SetFormat(&mark, 1);
-  return type;
-}
-
 HRESULT TestOutputPin::GetMediaType(int position, CMediaType* type) {
   if (position > 0) return VFW_S_NO_MORE_ITEMS;
-  *type = TypeOf(MEDIATYPE_Video);
+  *type = CMediaType(MEDIATYPE_Video);
   return S_OK;
 }
 
@@ -23,17 +16,6 @@ HRESULT TestOutputPin::DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROP
   request->cbBuffer = 64;
   ALLOCATOR_PROPERTIES actual{};
   return allocator->SetProperties(request, &actual);
-}
-
-HRESULT TestOutputPin::Active() {
-  if (FAILED(activeResult)) return activeResult;
-  ++activations;
-  return CBaseOutputPin::Active();
-}
-
-HRESULT TestOutputPin::Inactive() {
-  --activations;
-  return CBaseOutputPin::Inactive();
 }
 
 void TestInputPin::Note(std::string word) {

@@ -1,4 +1,4 @@
-// Small filters and pins for the tests of the framework and of the output pins: a filter that owns whatever
+// Small filters and pins for the tests of the framework: a filter that owns whatever
 // pins a test gives it, an output pin, and an input pin that records what it receives.
 #pragma once
 
@@ -17,9 +17,6 @@
 namespace tarvex::test {
 
 inline constexpr GUID kTestFilterId = {0x11223344, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
-
-/// Media type with this major type and one distinguishing byte as its block.
-CMediaType TypeOf(const GUID& major, BYTE mark = 0);
 
 class TestFilter : public CBaseFilter {
  public:
@@ -48,25 +45,18 @@ class TestFilter : public CBaseFilter {
 
 class TestOutputPin : public CBaseOutputPin {
  public:
-  explicit TestOutputPin(TestFilter& filter, const OLECHAR* name = OLESTR("Out"))
-      : CBaseOutputPin("TestOutputPin", &filter, &filter.lock, name) {}
+  explicit TestOutputPin(TestFilter& filter) : CBaseOutputPin("TestOutputPin", &filter, &filter.lock, OLESTR("Out")) {}
 
   HRESULT CheckMediaType(const CMediaType* /*type*/) override { return S_OK; }
   HRESULT GetMediaType(int position, CMediaType* type) override;
   HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override;
-  HRESULT Active() override;
-  HRESULT Inactive() override;
-
-  HRESULT activeResult = S_OK;
-  int activations = 0;  // now active
 };
 
 /// Everything that reached the pin, as short words: "s:7" for a sample whose first byte is 7, "eos",
 /// "segment:start", "flush", "endflush".
 class TestInputPin : public CBaseInputPin {
  public:
-  explicit TestInputPin(TestFilter& filter, const OLECHAR* name = OLESTR("In"))
-      : CBaseInputPin("TestInputPin", &filter, &filter.lock, name) {}
+  explicit TestInputPin(TestFilter& filter) : CBaseInputPin("TestInputPin", &filter, &filter.lock, OLESTR("In")) {}
 
   HRESULT CheckMediaType(const CMediaType* /*type*/) override { return S_OK; }
   HRESULT STDMETHODCALLTYPE Receive(IMediaSample* pSample) override;

@@ -21,15 +21,12 @@ KeyPtr Open(const std::wstring& name) {
   return KeyPtr(RegOpenKeyExW(HKEY_CLASSES_ROOT, name.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS ? key : nullptr);
 }
 
-std::vector<std::uint8_t> RawValue(const std::wstring& name, const wchar_t* value, DWORD wantedType) {
-  const KeyPtr key = Open(name);
-  DWORD type = 0;
-  DWORD size = 0;
-  if (!key || RegQueryValueExW(key.get(), value, nullptr, &type, nullptr, &size) != ERROR_SUCCESS) return {};
-  std::vector<std::uint8_t> bytes(size);
-  if (type != wantedType || RegQueryValueExW(key.get(), value, nullptr, &type, bytes.data(), &size) != ERROR_SUCCESS) {
-    return {};
-  }
+// Of one of these types; null-terminated where it is text.
+std::vector<std::uint8_t> RawValue(const std::wstring& name, const wchar_t* value, DWORD types) {
+  std::vector<std::uint8_t> bytes(4096);
+  auto size = static_cast<DWORD>(bytes.size());
+  const LSTATUS result = RegGetValueW(HKEY_CLASSES_ROOT, name.c_str(), value, types, nullptr, bytes.data(), &size);
+  bytes.resize(result == ERROR_SUCCESS ? size : 0);
   return bytes;
 }
 
@@ -48,17 +45,13 @@ unsigned ValueCount(const std::wstring& name) {
 }
 
 std::optional<std::wstring> TextValue(const std::wstring& name, const wchar_t* value) {
-  const std::vector<std::uint8_t> bytes = RawValue(name, value, REG_SZ);
+  const std::vector<std::uint8_t> bytes = RawValue(name, value, RRF_RT_REG_SZ);
   if (bytes.empty()) return std::nullopt;
-  std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
-  std::copy(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(text.size() * sizeof(wchar_t)),
-            reinterpret_cast<std::uint8_t*>(text.data()));
-  while (!text.empty() && text.back() == L'\0') text.pop_back();
-  return text;
+  return std::wstring(reinterpret_cast<const wchar_t*>(bytes.data()));
 }
 
 std::vector<std::uint8_t> BytesValue(const std::wstring& name, const wchar_t* value) {
-  return RawValue(name, value, REG_BINARY);
+  return RawValue(name, value, RRF_RT_REG_BINARY);
 }
 
 void MakeKey(const std::wstring& name, const wchar_t* value, const std::wstring& text) {
