@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdio>
 #include <exception>
 
@@ -10,7 +11,6 @@
 #include "framework/text_conversion.h"
 #include "include/tarvex/chapter_entry.h"
 #include "include/tarvex/module_config.h"
-#include "tests/corpus/codec_private.h"
 #include "tests/corpus/expected_media_type.h"
 
 namespace tarvex::test {
@@ -34,6 +34,34 @@ ComPtr<IModuleConfig> ConfigOf(IBaseFilter* filter) {
   ComPtr<IModuleConfig> config;
   filter->QueryInterface(IID_IModuleConfig, config.PutVoid());
   return config;
+}
+
+struct Size {
+  std::uint64_t value = 0;
+  std::size_t length = 0;  ///< 0 when there is none
+};
+
+Size ReadSize(Bytes bytes) {
+  if (bytes.empty() || bytes[0] == 0) return {};
+  const auto length = static_cast<std::size_t>(std::countl_zero(bytes[0])) + 1;
+  if (length > bytes.size()) return {};
+  std::uint64_t value = bytes[0] & (0xFFU >> length);
+  for (std::size_t k = 1; k < length; ++k) value = value << 8U | bytes[k];
+  return {value, length};
+}
+
+// The bytes of a codec private that is known by length and checksum, found without a reader; none when the file does
+// not hold a CodecPrivate element with them.
+std::vector<std::uint8_t> FindCodecPrivate(Bytes file, const Blob& blob) {
+  for (std::size_t at = 0; at + 2 < file.size(); ++at) {
+    if (file[at] != 0x63 || file[at + 1] != 0xA2) continue;
+    const Size size = ReadSize(file.subspan(at + 2));
+    const std::size_t data = at + 2 + size.length;
+    if (size.length == 0 || size.value != blob.size || file.size() - data < blob.size) continue;
+    const Bytes found = file.subspan(data, static_cast<std::size_t>(blob.size));
+    if (Sha1Of(found) == blob.sha1) return {found.begin(), found.end()};
+  }
+  return {};
 }
 
 }  // namespace

@@ -66,12 +66,6 @@ MediaTypeText DescribeAvc(const std::vector<std::uint8_t>& block) {
 
 TEST(MediaTypeText, AvcBlockIsDecoded) {
   const MediaTypeText text = DescribeAvc(AvcBlock());
-  EXPECT_EQ(Number(text, "width"), 640);
-  EXPECT_EQ(Number(text, "height"), 360);
-  EXPECT_EQ(Number(text, "aspect_x"), 16);
-  EXPECT_EQ(Number(text, "profile"), 100);
-  EXPECT_EQ(Number(text, "level"), 31);
-  EXPECT_EQ(Number(text, "nal_length_size"), 4);
   EXPECT_EQ(Number(text, "parameter_sets"), 2);
   EXPECT_EQ(Words(text, "compression"), "AVC1");
   EXPECT_EQ(MediaTypeLine(text),
@@ -79,18 +73,13 @@ TEST(MediaTypeText, AvcBlockIsDecoded) {
             "length 4 bytes, 2 parameter sets, sequence header 10 bytes");
 }
 
-TEST(MediaTypeText, ParameterSetThatRunsPastTheBlockIsNotCounted) {
-  std::vector<std::uint8_t> block = AvcBlock();
-  block[132 + 7] = 200;
-  EXPECT_EQ(Number(DescribeAvc(block), "parameter_sets"), 1);
-}
-
-TEST(MediaTypeText, SequenceHeaderMayClaimMoreThanThereIs) {
+TEST(MediaTypeText, SetsAndHeadersMayClaimMoreThanThereIs) {
   std::vector<std::uint8_t> block = AvcBlock();
   Put<std::uint32_t>(block, 116, 0xFFFFFFFF);
-  const MediaTypeText text = DescribeAvc(block);
-  EXPECT_EQ(Number(text, "sequence_header_size"), 0xFFFFFFFF);
-  EXPECT_EQ(Number(text, "parameter_sets"), 2);
+  EXPECT_EQ(Number(DescribeAvc(block), "sequence_header_size"), 0xFFFFFFFF);
+  EXPECT_EQ(Number(DescribeAvc(block), "parameter_sets"), 2);
+  block[132 + 7] = 200;
+  EXPECT_EQ(Number(DescribeAvc(block), "parameter_sets"), 1);
 }
 
 TEST(MediaTypeText, EveryShorterBlockIsReadWithinItsBounds) {
@@ -124,24 +113,22 @@ TEST(MediaTypeText, WaveFormatIsDecoded) {
   Put<std::uint16_t>(block, 14, 16);
   Put<std::uint16_t>(block, 16, 5);
   const MediaTypeText text = DescribeMediaType(TypeOf(MEDIATYPE_Audio, SubtypeOf(0xFF), FORMAT_WaveFormatEx, block));
-  EXPECT_EQ(Number(text, "block_align"), 4);
   EXPECT_EQ(MediaTypeLine(text),
             "Audio 0x00FF AAC (WAVEFORMATEX): 48000 Hz, 2 channels, 16 bits, block 4 bytes, 5 bytes of codec data");
-}
-
-TEST(MediaTypeText, CodecDataThatIsNotThereIsNotCounted) {
-  std::vector<std::uint8_t> block(18 + 5);
   Put<std::uint16_t>(block, 16, 500);
-  const MediaTypeText text = DescribeMediaType(TypeOf(MEDIATYPE_Audio, SubtypeOf(0xFF), FORMAT_WaveFormatEx, block));
-  EXPECT_EQ(Number(text, "extra_size"), 5);
-  EXPECT_EQ(Number(text, "claimed_extra_size"), 500);
-  EXPECT_NE(text.summary.find("5 of 500 claimed bytes"), std::string::npos) << text.summary;
+  const MediaTypeText liar = DescribeMediaType(TypeOf(MEDIATYPE_Audio, SubtypeOf(0xFF), FORMAT_WaveFormatEx, block));
+  EXPECT_EQ(Number(liar, "extra_size"), 5);
+  EXPECT_EQ(Number(liar, "claimed_extra_size"), 500);
+  EXPECT_NE(liar.summary.find("5 of 500 claimed bytes"), std::string::npos) << liar.summary;
 }
 
-TEST(MediaTypeText, SmallNumberOfAPictureIsNoSoundFormat) {
+TEST(MediaTypeText, SubtypesAreNamedByTheirKind) {
   EXPECT_EQ(MediaTypeLine(DescribeMediaType(TypeOf(MEDIATYPE_Video, SubtypeOf(1), kSubtypeNone, {}))), "Video 0x0001");
   EXPECT_EQ(MediaTypeLine(DescribeMediaType(TypeOf(MEDIATYPE_Audio, SubtypeOf(1), kSubtypeNone, {}))),
             "Audio 0x0001 PCM");
+  const GUID unknown = {0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
+  EXPECT_EQ(MediaTypeLine(DescribeMediaType(TypeOf(MEDIATYPE_Audio, unknown, kSubtypeNone, {}))),
+            "Audio {12345678-9ABC-DEF0-0102-030405060708}");
 }
 
 TEST(MediaTypeText, VorbisHeaderSizesAreDecoded) {
@@ -159,12 +146,6 @@ TEST(MediaTypeText, SubtitleLanguageNeedsNoTerminatingZero) {
   const MediaTypeText text = DescribeMediaType(TypeOf(kTypeSubtitle, kSubtypeAss, kFormatSubtitleInfo, block));
   EXPECT_EQ(Words(text, "language"), "gerX");
   EXPECT_EQ(Number(text, "extra_size"), 3);
-}
-
-TEST(MediaTypeText, UnknownIdentifiersAreShownWhole) {
-  const GUID unknown = {0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
-  const MediaTypeText text = DescribeMediaType(TypeOf(MEDIATYPE_Audio, unknown, kSubtypeNone, {}));
-  EXPECT_EQ(MediaTypeLine(text), "Audio {12345678-9ABC-DEF0-0102-030405060708}");
 }
 
 }  // namespace

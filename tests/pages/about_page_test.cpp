@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "include/tarvex/class_ids.h"
-#include "pages/about_prop_page.h"
 #include "tests/pages/page_frame.h"
 #include "tests/pages/page_picture.h"
 #include "tests/support/splitter_module.h"
@@ -45,16 +44,6 @@ TEST(AboutPage, KeepsTheLogoCentred) {
     EXPECT_EQ(after.right - after.left, before.right - before.left);
     EXPECT_EQ(after.bottom - after.top, before.bottom - before.top);
   }
-}
-
-// This program has the page linked in and no version of its own.
-TEST(AboutPage, HasAnEmptyLineInAModuleWithoutAVersion) {
-  HRESULT result = S_OK;
-  const ComPtr<IUnknown> made(CAboutPropPage::CreateInstance(nullptr, &result)->Inner());
-  CPageFrame frame(made.Query<IPropertyPage>());
-  ASSERT_EQ(frame.Open(made.Get()), S_OK);
-  EXPECT_EQ(TextOf(frame.Control(1001)), L"Tarvex Matroska Splitter");
-  EXPECT_EQ(TextOf(frame.Control(1002)), L"");
 }
 
 }  // namespace
