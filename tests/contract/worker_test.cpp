@@ -96,16 +96,6 @@ TEST_F(Worker, StopEndsAReadThatOnlyAFlushEnds) {
   EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 100)) << "our own flush was reported as a failure";
 }
 
-TEST_F(Worker, ReadFailureInTheMiddleAbortsTheGraph) {
-  OpenMovie(kLongMovie);
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  m_source->FailFrom(5, E_FAIL);
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  EXPECT_TRUE(Graph().WaitForEvent(kEcErrorAbort));
-  EXPECT_EQ(m_log->CountOf("EndOfStream"), 0u);
-  EXPECT_LT(TimeOf([this] { Graph().Stop(); }), 1000);
-}
-
 TEST_F(Worker, FrameThatNoRingCanHoldAbortsTheGraph) {
   OpenMovie({.videos = 0, .frames = 1, .frameSize = 10'485'601});
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);

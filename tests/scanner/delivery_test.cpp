@@ -74,14 +74,6 @@ TEST(Delivery, FailingReadIsThrownAndTheNextPassWorks) {
   EXPECT_EQ(file.callback.frames.size(), 1U);
 }
 
-TEST(Delivery, FrameCutByTheEndOfTheFileIsLeftOut) {
-  ByteString bytes = FileOf(Cluster(0, Join({SimpleBlock(1, 0, Noise(100, 1)), SimpleBlock(1, 1, Noise(100, 2))})));
-  bytes.resize(bytes.size() - 50);
-  OpenFile file(bytes);
-  EXPECT_FALSE(file.Process());
-  EXPECT_EQ(file.StartTimes(), (Times{0}));
-}
-
 TEST(Delivery, BlockFoundInsideADamagedGroupIsReadFromItsOwnBytes) {
   const ByteString group = Group({Block(1, {1}), SimpleBlock(1, 5, Noise(40, 3))});
   OpenFile file(FileOf(Cluster(0, Join({group, SimpleBlock(1, 9, {9})}))));
