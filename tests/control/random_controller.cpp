@@ -50,6 +50,7 @@ const RandomController::Operation& RandomController::Draw(Dice& dice) {
       {"set separate pins", 3, false, &RandomController::SetSeparatePins},
       {"set the position", 4, false, &RandomController::SetPosition},
       {"ask for chapters", 2, false, &RandomController::AskChapters},
+      {"close the source and open it or another", 3, true, &RandomController::Reopen, kSwitchLimit},
       {"disconnect a pin", 4, true, &RandomController::DisconnectPin},
       {"connect pins", 12, true, &RandomController::ConnectPins},
   };
@@ -62,8 +63,8 @@ const RandomController::Operation& RandomController::Draw(Dice& dice) {
 }
 
 RandomController::RandomController(const std::string& path, ComPtr<IGraphBuilder> graph, Watchdog& dog, bool sinksSeek)
-    : m_graph(CreateSplitter(), std::move(graph)), m_dog(dog), m_sinksSeek(sinksSeek) {
-  EXPECT_EQ(m_graph.Open(path), S_OK);
+    : m_path(path), m_graph(CreateSplitter(), std::move(graph)), m_dog(dog), m_sinksSeek(sinksSeek) {
+  EXPECT_EQ(OpenSource(path), S_OK);
   LONGLONG duration = 0;
   QueryFor<IMediaSeeking>(m_graph.OutputPins().front().Get())->GetDuration(&duration);
   m_duration = std::min<std::int64_t>(duration, 120000000);
@@ -72,6 +73,7 @@ RandomController::RandomController(const std::string& path, ComPtr<IGraphBuilder
 RandomController::~RandomController() {
   m_graph.Stop();
   DropSinks(true);
+  DropSources();
 }
 
 void RandomController::Perform(unsigned operations, unsigned seed) {
@@ -92,6 +94,8 @@ std::vector<std::size_t> RandomController::PlayToTheEnd() {
   m_sinksSeek = false;
   m_graph.Stop();
   DropSinks(true);
+  DropSources();
+  EXPECT_EQ(OpenSource(m_path), S_OK);
   for (const VARIANT_BOOL on : {VARIANT_FALSE, VARIANT_TRUE}) Set(paramSeparatePins, VT_BOOL, on);
   const auto pins = m_graph.OutputPins();
   Sinks sinks;
@@ -103,7 +107,7 @@ std::vector<std::size_t> RandomController::PlayToTheEnd() {
   EXPECT_TRUE(SUCCEEDED(m_graph.Run()));
   std::vector<std::size_t> counts;
   for (const auto& sink : sinks) {
-    EXPECT_TRUE(sink->WaitForEnd(kPatience)) << "the graph no longer plays to its end";
+    EXPECT_TRUE(sink->WaitForEnd(10 * kPatience)) << "the graph no longer plays to its end";
     counts.push_back(sink->CountOf(SinkEvent::Kind::kSample));
   }
   EXPECT_TRUE(SUCCEEDED(m_graph.Stop()));
@@ -197,6 +201,32 @@ void RandomController::AskChapters(Dice& dice) {
   EXPECT_EQ(markers->get_MarkerCount(&count), S_OK);
   double seconds = 0;
   EXPECT_EQ(markers->GetMarkerTime(static_cast<LONG>(dice(8)), &seconds), S_OK);
+}
+
+void RandomController::Reopen(Dice& dice) {
+  {
+    const CAutoLock lock(m_sourceLock);
+    m_graph.Stop();
+    DropSources();
+    OpenSource(dice(2) == 0 ? m_path : SystemPath(TARVEX_SOURCE_DIR "/tests/data/sample.mkv"));
+  }
+  ConnectPins(dice);
+}
+
+// Another thread may run the graph again at any moment, and then they stay.
+void RandomController::DropSources() {
+  m_input->Disconnect();
+  std::erase_if(m_sources, [this](const auto& source) {
+    PinsOf(source.Get()).front()->Disconnect();
+    return m_graph.Graph()->RemoveFilter(source.Get()) == S_OK;
+  });
+}
+
+HRESULT RandomController::OpenSource(const std::string& path) {
+  m_sources.push_back(CreateFileSource(path));
+  IBaseFilter* source = m_sources.back().Get();
+  const HRESULT result = m_graph.Graph()->AddFilter(source, OLESTR("Source"));
+  return FAILED(result) ? result : m_graph.Graph()->ConnectDirect(PinsOf(source).front().Get(), m_input.Get(), nullptr);
 }
 
 void RandomController::DisconnectPin(Dice& dice) {

@@ -59,6 +59,7 @@ class RandomController {
   void SetSeparatePins(Dice& dice);
   void SetPosition(Dice& dice);
   void AskChapters(Dice& dice);
+  void Reopen(Dice& dice);
   void DisconnectPin(Dice& dice);
   void ConnectPins(Dice& dice);
 
@@ -66,16 +67,22 @@ class RandomController {
   ComPtr<IMediaSeeking> AnySeeking(Dice& dice) const;
   HRESULT Set(const GUID& parameter, VARTYPE type, std::int64_t value);
   ComPtr<CSinkFilter> Connect(IPin* pin, SinkKind kind);
+  void DropSources();
+  HRESULT OpenSource(const std::string& path);
   void SeekFrom(IMediaSeeking* seeking);
   void Keep(const ComPtr<CSinkFilter>& sink);
   void DropSinks(bool connectedToo);
 
+  const std::string m_path;
   TestGraph m_graph;
+  const ComPtr<IPin> m_input = m_graph.InputPin();
   Watchdog& m_dog;
   std::int64_t m_duration = 0;
   std::atomic<bool> m_sinksSeek;
   std::atomic<unsigned> m_sinkSamples{0};
   CCritSec m_graphLock{"RandomController graph", LockRank::kController};  // where the graph needs one
+  CCritSec m_sourceLock{"RandomController source", LockRank::kController};
+  std::vector<ComPtr<IBaseFilter>> m_sources;  // those in the graph, the last one connected; under m_sourceLock
   CCritSec m_lock{"RandomController", LockRank::kController};
   Sinks m_sinks;       // under m_lock
   int m_afterEnd = 0;  // of sinks that are gone; under m_lock
