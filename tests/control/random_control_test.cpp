@@ -1,8 +1,9 @@
 // Random operations on a playing graph, from several threads and from its sinks. The seed is printed;
-// TARVEX_SEED repeats one, TARVEX_OPERATIONS says how many operations each case makes, and TARVEX_THREADS how
-// many threads share them where there are several.
+// TARVEX_SEED repeats one, TARVEX_OPERATIONS says how many operations each case makes, TARVEX_SECONDS how long at
+// most, and TARVEX_THREADS how many threads share them where there are several.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <optional>
@@ -77,21 +78,25 @@ class RandomControl : public testing::TestWithParam<Scene> {
 };
 
 TEST_P(RandomControl, EveryCallReturnsAndTheGraphStillPlays) {
+  using Clock = std::chrono::steady_clock;
   const unsigned operations = FromEnvironment("TARVEX_OPERATIONS", 2 * kOperationsPerRound);
+  const auto end = Clock::now() + std::chrono::seconds(FromEnvironment("TARVEX_SECONDS", 1000000));
   unsigned seed = FromEnvironment("TARVEX_SEED", std::random_device{}() % 1000000);
   std::cout << "TARVEX_SEED=" << seed << '\n';
   PlayRound(seed);
   // The platform starts a thread of its own at some time; what leaks is left behind again and again.
   constexpr int kChances = 3;
+  unsigned total = kOperationsPerRound;
   for (int chance = 1;; ++chance) {
     const Usage before;
-    for (unsigned done = kOperationsPerRound; done < operations && !HasFailure(); done += kOperationsPerRound) {
+    for (unsigned done = kOperationsPerRound; done < operations && !HasFailure() && Clock::now() < end;
+         done += kOperationsPerRound, total += kOperationsPerRound) {
       seed += kOperationsPerRound;
       SCOPED_TRACE("seed " + std::to_string(seed));
       PlayRound(seed);
     }
     if (chance < kChances && !HasFailure() && !ComesBackTo(before)) continue;
-    std::cout << "slowest: " << m_dog.Slowest() << '\n';
+    std::cout << "operations: " << total << "\nslowest: " << m_dog.Slowest() << '\n';
     return ExpectBackAt(before);
   }
 }
