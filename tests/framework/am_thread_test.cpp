@@ -1,10 +1,12 @@
-// The worker thread's request channel where nobody answers: no wait may be without end.
+// The worker thread's request channel where nobody answers: no wait may be without end. And what it waits with.
 #include "framework/am_thread.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <stdexcept>
+
+#include "framework/event.h"
 
 namespace tarvex::test {
 namespace {
@@ -71,6 +73,17 @@ TEST(WorkerThread, SecondEndDuringTheWaitFindsNoThread) {
   EXPECT_FALSE(worker.ThreadExists());
   thread.Join();
   EXPECT_TRUE(worker.Create());
+}
+
+TEST(Event, ManualOneStaysSetAndTheOtherEndsOneWait) {
+  CEvent manual(CEvent::Mode::kManual);
+  CEvent once;
+  manual.Set();
+  once.Set();
+  for (const bool first : {true, false}) {
+    EXPECT_TRUE(manual.Wait(0));
+    EXPECT_EQ(once.Wait(0), first);
+  }
 }
 
 }  // namespace

@@ -79,6 +79,7 @@ HWND VideoWindow() {
     GetClientRect(window, &rect);
     const bool fits = process == GetCurrentProcessId() && IsWindowVisible(window) != FALSE && rect.right == kWidth &&
                       rect.bottom == kHeight;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the platform hands a context on as an integer
     if (fits) *reinterpret_cast<HWND*>(context) = window;
     return fits ? FALSE : TRUE;
   };
