@@ -120,8 +120,14 @@ HRESULT CMatroskaSplitter::FlushFromUpstream(bool begin) {
   return begin ? BeginFlush() : EndFlush();
 }
 
+// What the pins hold back is the worker's while it delivers; then the end is its to pass on.
 HRESULT CMatroskaSplitter::EndOfStreamFromUpstream() {
+  m_endAsked = true;
+  if (IsWorkerThread()) return S_OK;  // in a read: at the end of the pass
   const CAutoLock lock(m_positionLock);
+  const CAutoLock control(m_AccessLock);  // no pass begins meanwhile
+  if (m_isPassing || !m_endAsked.exchange(false)) return S_OK;
+  for (const auto& pin : m_outputPins) pin->DropHeld();
   return EndOfStream();
 }
 

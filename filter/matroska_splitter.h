@@ -186,10 +186,11 @@ class CMatroskaSplitter final : public CBaseFilter,
   HRESULT SendStart();
   bool IsWorkerThread() const;
   void EndQueues();
-  /// Ends holding back when the pins together hold too much.
   bool GiveFrame(CMatroskaOutputPin& pin, const FrameInfo& frame);
+  /// Ends holding back when the pins together hold too much.
   void LimitHolding();
   void RunPass();
+  void EndPass();
   void ReportFailedPass(HRESULT result);
   // To every connected output pin, in pin order. S_OK.
   HRESULT BeginFlush();
@@ -233,6 +234,8 @@ class CMatroskaSplitter final : public CBaseFilter,
 
   std::atomic<DWORD> m_runState{kPause};  // written under the access lock
   std::atomic<DWORD> m_workerId{0};
+  std::atomic<bool> m_isPassing{false};      // set under the access lock, and cleared by the worker
+  std::atomic<bool> m_endAsked{false};       // upstream said that the stream has ended
   std::atomic<bool> m_commandComing{false};  // a failing read or a refused frame may be our own doing
   HRESULT m_refusal = S_OK;                  // why a pin refused the last frame of a pass; the worker's
   bool m_annexBOutput = false;               // under the filter lock

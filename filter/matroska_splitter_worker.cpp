@@ -58,6 +58,7 @@ HRESULT CMatroskaSplitter::StartWorker() {
 HRESULT CMatroskaSplitter::SendStart() {
   if (m_runState == kStart) return S_OK;
   m_runState = kStart;
+  m_isPassing = true;
   return static_cast<HRESULT>(CallWorker(kStart));
 }
 
@@ -114,6 +115,7 @@ DWORD CMatroskaSplitter::ThreadProc() {
         LogText("CMatroskaSplitter::ThreadProc tm_start");
         Reply(0);  // the controller is not kept while frames are delivered
         RunPass();
+        EndPass();
         LogText("CMatroskaSplitter::ThreadProc Process exit");
         break;
       case kExit:
@@ -148,6 +150,14 @@ void CMatroskaSplitter::RunPass() {
   if (FAILED(result)) ReportFailedPass(result);
 }
 
+// An end that upstream asked for is passed on here, unless a command makes it the end of what is no longer played.
+void CMatroskaSplitter::EndPass() {
+  m_isPassing = false;
+  if (!m_endAsked.exchange(false) || CheckRequest(nullptr)) return;
+  static_cast<void>(ComBoundary([this] { return EndOfStream(); }));
+  BeforeWait();
+}
+
 void CMatroskaSplitter::ReportFailedPass(HRESULT result) {
   // A controller that wants the worker makes its reads fail before it sends the command.
   if (m_commandComing || CheckRequest(nullptr)) return;
@@ -165,6 +175,7 @@ void CMatroskaSplitter::ReportFailedPass(HRESULT result) {
 
 bool CMatroskaSplitter::ProcessEvents() {
   DWORD command = 0;
+  if (m_endAsked) return true;
   if (!CheckRequest(&command)) return false;
   LogFormat("CMatroskaSplitter::ProcessEvents event occured %d", static_cast<int>(command));
   return true;

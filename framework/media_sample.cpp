@@ -67,6 +67,7 @@ ULONG STDMETHODCALLTYPE CMediaSample::AddRef() { return ++m_references; }
 ULONG STDMETHODCALLTYPE CMediaSample::Release() {
   // Who has the only reference need not agree with anybody.
   const bool isOnly = m_references.load(std::memory_order_acquire) == 1;
+  if (isOnly) m_references.store(0, std::memory_order_relaxed);
   const ULONG left = isOnly ? 0 : --m_references;
   if (left == 0) {
     // The allocator may delete this object or lend it again at once.

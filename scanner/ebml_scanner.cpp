@@ -127,6 +127,7 @@ void CEbmlScanner::OnTrack() {
 bool CEbmlScanner::OnData(const FrameInfo& frame) { return m_callback != nullptr && m_callback->OnData(frame); }
 
 bool CEbmlScanner::OnFrames(std::span<const FrameInfo> frames) {
+  if (frames.empty()) return true;
   if (frames.size() == 1) return OnData(frames.front());
   return m_callback != nullptr && m_callback->OnLace(frames);
 }

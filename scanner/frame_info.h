@@ -1,5 +1,5 @@
-// One frame on its way from the scanner to an output pin. A plain value that lives on the worker's
-// stack; the bytes it points to belong to someone else and are valid only during the call.
+// One frame on its way from the scanner to an output pin. A plain value; it and the
+// bytes it points to are valid only during the call that hands it on.
 #pragma once
 
 #include <cstdint>

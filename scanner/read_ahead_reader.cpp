@@ -6,6 +6,9 @@
 #include <new>
 #include <utility>
 
+#include "framework/com_boundary.h"
+#include "framework/condition_variable.h"
+
 namespace tarvex {
 
 namespace {
@@ -84,6 +87,7 @@ void CReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
   constexpr LONG kGrowth = 4;
   const LONG wanted = std::min(std::max(m_windowSize, m_lastLength), kLargestWindow / kGrowth) * kGrowth;
   m_windowSize = position == m_next ? wanted : kSmallestWindow;
+  if (position != m_next) m_sourceIsSlow = false;
 }
 
 // Keeps the end of what `position` follows on: whoever looks a few bytes ahead comes back to them. False: nothing is
@@ -138,13 +142,18 @@ bool CReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
 
 // Instead of waiting for the piece at `position`.
 void CReadAheadReader::ReadAnother(LONGLONG position) {
+  constexpr ULONGLONG kSlow = 100;  // ms: longer than that nobody is to wait for what he does not want yet
   CPrefetcher::Piece piece;
-  if (m_prefetcher.Claim(position, piece)) {
-    const bool isRead = piece.memory && ReadBelow(piece.position, piece.bytes, m_prefetcher.BytesOf(piece)) == S_OK;
-    m_prefetcher.Give(std::move(piece), isRead);
-  } else if (m_beforeRead) {
-    m_beforeRead();
+  if (m_sourceIsSlow || !m_prefetcher.Claim(position, piece)) {
+    if (m_beforeRead) m_beforeRead();
+    return;
   }
+  const ULONGLONG begin = MonotonicMilliseconds();
+  const HRESULT result = ComBoundary([&] {
+    return piece.memory ? ReadBelow(piece.position, piece.bytes, m_prefetcher.BytesOf(piece)) : E_OUTOFMEMORY;
+  });
+  m_sourceIsSlow = MonotonicMilliseconds() - begin > kSlow;
+  m_prefetcher.Give(std::move(piece), result == S_OK);
 }
 
 // Only for whoever has read on for a while.
@@ -198,10 +207,10 @@ LONG CReadAheadReader::BytesToAsk(LONGLONG position, LONG wanted) {
 }
 
 HRESULT CReadAheadReader::BeginFlush() {
-  const HRESULT result = m_upstream->BeginFlush();
+  // First, so that a read which the flush ends is not followed by another that it does not know of.
   m_flushing.store(true, std::memory_order_release);
   m_prefetcher.SetFlushing(true);
-  return result;
+  return m_upstream->BeginFlush();
 }
 
 HRESULT CReadAheadReader::EndFlush() {

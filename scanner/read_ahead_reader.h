@@ -80,8 +80,9 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   LONG m_windowBytes = 0;      // valid ones
   std::uint64_t m_windowNumber = 0;
   LONG m_windowSize = kSmallestWindow;
-  LONG m_lastLength = 0;    // of the last read past the window, if that was the last of all
-  LONGLONG m_next = -1;     // where a sequential read would begin
+  LONG m_lastLength = 0;  // of the last read past the window, if that was the last of all
+  LONGLONG m_next = -1;   // where a sequential read would begin
+  bool m_sourceIsSlow = false;
   LONGLONG m_knownEnd = 0;  // reads up to here are whole, as far as the reader said
   std::uint64_t m_reads = 0;
   std::uint64_t m_upstreamReads = 0;

@@ -41,6 +41,7 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   /// that is larger than the sample buffer, std::bad_alloc.
   virtual bool OnData(const FrameInfo& frame);
   /// These frames come next: samples for them are taken in one go, as far as there is room. Worker only.
+  /// Throws std::bad_alloc.
   void Reserve(std::span<const FrameInfo> frames);
 
  protected:

@@ -16,6 +16,21 @@ class CSampleBuffer::Sample final : public CMediaSample {
   RingRegions::Region region;
 };
 
+/// The references that samples hold, taken together, also when there is no memory for all of them.
+class CSampleBuffer::CReferences {
+ public:
+  explicit CReferences(CSampleBuffer& buffer) noexcept : m_buffer(buffer) {}
+  ~CReferences() { m_buffer.AddReferences(m_count); }
+  CReferences(const CReferences&) = delete;
+  CReferences& operator=(const CReferences&) = delete;
+
+  void Add() noexcept { ++m_count; }
+
+ private:
+  CSampleBuffer& m_buffer;
+  ULONG m_count = 0;
+};
+
 CSampleBuffer::CSampleBuffer() : CMemAllocator("CSampleBuffer") {}
 
 CSampleBuffer::~CSampleBuffer() = default;
@@ -125,14 +140,13 @@ void CSampleBuffer::GetSamples(std::span<const std::size_t> sizes, std::vector<C
   const CAutoLock hold(Lock());
   if (!IsCommitted()) return;
   Collect();
-  ULONG count = 0;
+  CReferences references(*this);
   for (const std::size_t size : sizes) {
     Sample* sample = TakeIfThereIsRoom(size);
     if (sample == nullptr) break;
     samples.push_back(ComPtr<IMediaSample>::Attach(sample->LendCounted()));
-    ++count;
+    references.Add();
   }
-  AddReferences(count);
 }
 
 HRESULT STDMETHODCALLTYPE CSampleBuffer::GetBuffer(IMediaSample** ppBuffer, REFERENCE_TIME* /*pStartTime*/,

@@ -29,7 +29,8 @@ class CSampleBuffer final : public CMemAllocator {
   HRESULT GetSample(IMediaSample** sample, std::size_t size, bool wait);
 
   /// The same for several samples of these sizes, as many of them from the first on as there is room for now. They
-  /// are appended to `samples`, which has room for them. Does not wait.
+  /// are appended to `samples`, which has room for them. Does not wait. Throws std::bad_alloc, with those
+  /// that were had in `samples`.
   void GetSamples(std::span<const std::size_t> sizes, std::vector<ComPtr<IMediaSample>>& samples);
 
   /// While on, nobody waits for room: a wait in progress and later ones fail at once. Any thread.
@@ -50,6 +51,7 @@ class CSampleBuffer final : public CMemAllocator {
 
  private:
   class Sample;
+  class CReferences;
   static constexpr std::size_t kCacheLine = 64;
 
   Sample* FreeSample();

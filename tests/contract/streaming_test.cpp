@@ -102,6 +102,16 @@ TEST_F(Streaming, AnEndFromUpstreamIsPassedOnOnce) {
   for (const auto& sink : Graph().Sinks()) EXPECT_EQ(sink->CountOf(Kind::kEndOfStream), 1U);
 }
 
+TEST_F(Streaming, AnEndFromUpstreamEndsWhatIsBeingDelivered) {
+  OpenMovie({.videos = 1, .audios = 1, .frames = 400, .frameSize = 60000});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  EXPECT_EQ(Graph().InputPin()->EndOfStream(), S_OK);
+  EXPECT_TRUE(Graph().WaitForEnd());
+  EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+  for (const auto& sink : Graph().Sinks()) EXPECT_EQ(sink->CountOf(Kind::kEndOfStream), 1U);
+}
+
 TEST_F(Streaming, ASinkThatRefusesIsNotAskedAgainAndEndsThePass) {
   OpenMovie({.videos = 0, .audios = 1, .frames = 400, .frameSize = 60000});
   LogCapture log(Graph().Splitter());

@@ -18,12 +18,13 @@ struct FaultMovie {
   const char* path;   ///< in the corpus
   bool separatePins;  ///< one pin per stream
 };
-/// Subtitles, two sounds, cues and none, chapters, zlib; each of a few dozen frames.
+/// Subtitles, two sounds, cues and none, chapters, zlib, laces; each of a few dozen frames.
 inline constexpr FaultMovie kFaultMovies[] = {
     {"ChaptersAndCues", "real/subtitleedit/sample_MKV_chapters.mkv", false},
     {"ZlibWithoutCues", "gen/enc_zlib.mka", false},
     {"SubtitlesAndCues", "gen/subs.mkv", true},
     {"TwoSoundsWithoutCues", "gen/flags_names.mkv", false},
+    {"Laced", "gen/lace_fixed.mka", false},
 };
 
 /// Which of the calls fail, one a run: every one when TARVEX_ALL_FAULTS is set, and otherwise about so many

@@ -34,14 +34,22 @@ struct LongStream {
   LONGLONG ReadOn(LONGLONG position, LONG length) {
     for (const LONGLONG begin = position; position + length <= kSize && Read(position, length) == S_OK;) {
       position += length;
-      while (readsElsewhere == 0 && position > begin + kMebibyte) std::this_thread::yield();
+      if (position > begin + kMebibyte && !AwaitOtherThread()) break;
     }
     return position;
+  }
+
+  bool AwaitOtherThread() {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (readsElsewhere == 0 && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+    EXPECT_GT(readsElsewhere, 0) << "nothing is read ahead";
+    return readsElsewhere != 0;
   }
 
   const std::thread::id here = std::this_thread::get_id();
   std::atomic<int> readsHere{0};
   std::atomic<int> readsElsewhere{0};
+  std::atomic<int> overtaken{0};
   MemoryReader below;
   ComPtr<CReadAheadReader> reader = MakeCom<CReadAheadReader>(&below);
 };
@@ -66,12 +74,11 @@ struct SlowStream : LongStream {
       }
       const int before = readsHere;
       ++readsElsewhere;
-      const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(100);
+      const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(overtaken == 0 ? 5000 : 20);
       while (readsHere == before && std::chrono::steady_clock::now() < end) std::this_thread::yield();
       if (readsHere != before) ++overtaken;
     };
   }
-  std::atomic<int> overtaken{0};
 };
 
 TEST(Prefetcher, WhoWouldWaitReadsOnHimself) {

@@ -24,12 +24,12 @@ class MemoryReader final : public IAsyncReader {
   MemoryReader& operator=(const MemoryReader&) = delete;
 
   std::vector<std::uint8_t> bytes;
-  LONGLONG reportedLength = 0;         ///< what Length says, which does not follow `bytes`
-  std::int64_t failingRead = -1;       ///< this read (counted from 0) and all after it fail
-  LONGLONG brokenFrom = -1;            ///< reads that touch this position or one behind it fail
-  std::function<void()> onRead;        ///< called inside every SyncRead
-  std::atomic<std::int64_t> reads{0};  ///< calls of SyncRead
-  std::atomic<LONG> largestRead{0};    ///< bytes asked for in one call
+  LONGLONG reportedLength = 0;           ///< what Length says, which does not follow `bytes`
+  std::int64_t failingRead = -1;         ///< this read (counted from 0) and all after it fail
+  std::atomic<LONGLONG> brokenFrom{-1};  ///< reads that touch this position or one behind it fail
+  std::function<void()> onRead;          ///< called inside every SyncRead
+  std::atomic<std::int64_t> reads{0};    ///< calls of SyncRead
+  std::atomic<LONG> largestRead{0};      ///< bytes asked for in one call
   std::atomic<int> beginFlushes{0};
   std::atomic<int> endFlushes{0};
 
