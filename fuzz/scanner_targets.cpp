@@ -2,51 +2,18 @@
 #include <initializer_list>
 #include <vector>
 
-#include "framework/com_ptr.h"
-#include "framework/message_error.h"
 #include "fuzz/targets.h"
-#include "scanner/ebml_scanner.h"
 #include "scanner/index_search.h"
-#include "scanner/read_ahead_reader.h"
+#include "tests/damage/whole_scan.h"
 #include "tests/support/memory_reader.h"
 
 namespace tarvex::fuzz {
 
 namespace {
 
-/// Reads every frame and event as a filter would.
-class Consumer : public CMatroskaCallback {
- public:
-  explicit Consumer(CEbmlScanner& scanner) : m_scanner(scanner) {}
-  void OnTrack(std::uint32_t heapIndex) override { m_tracks += m_scanner.TrackAt(heapIndex) != nullptr ? 1 : 0; }
-  bool ProcessEvents() override { return false; }
-  bool OnData(const FrameInfo& frame) override {
-    FrameInfo decoded = frame;
-    m_scanner.Decode(decoded);
-    for (std::uint32_t i = 0; i < decoded.size; ++i) m_sum += decoded.data[i];
-    return true;
-  }
-  std::uint64_t Sum() const { return m_sum + m_tracks; }
-
- private:
-  CEbmlScanner& m_scanner;
-  std::uint64_t m_sum = 0;
-  std::uint64_t m_tracks = 0;
-};
-
-template <class Use>
-void WithOpenFile(Input file, Use&& use) {
+void WithOpenFile(Input file, const std::function<void(CEbmlScanner&)>& use) {
   test::MemoryReader reader(std::vector<std::uint8_t>(file.begin(), file.end()));
-  const auto readAhead = MakeCom<CReadAheadReader>(&reader);
-  CEbmlScanner scanner;
-  Consumer consumer(scanner);
-  scanner.SetCallback(&consumer);
-  try {
-    scanner.CanProcess(readAhead.Get());
-    use(scanner);
-  } catch (const MessageError&) {  // a refusal is an answer
-  }
-  volatile std::uint64_t used = consumer.Sum();
+  volatile std::uint64_t used = test::ScanStream(reader, use).sum;
   static_cast<void>(used);
 }
 

@@ -167,28 +167,6 @@ TEST_P(Holding, WhatWasHeldAtAStopDoesNotComeInTheNextRun) {
   EXPECT_EQ(Words(Audio().Events()), "@0 0! 20 40 end");
 }
 
-// A stream without a second key frame would be held to its end otherwise, however long it is.
-TEST_P(Holding, EndsWhereItsMemoryDoes) {
-  constexpr int kFrames = 60;
-  const ByteString frame = Zeros(1U << 20U);
-  const std::uint64_t video = GetParam() == First::kVideo ? 1 : 2;
-  ByteString content = Join({Element(id::kInfo, Unsigned(id::kTimecodeScale, 1000000)),
-                             Element(id::kTracks, Join({Track(1, video == 1), Track(2, video == 2)}))});
-  for (std::uint64_t i = 0; i < kFrames; ++i) {
-    const ByteString picture = SimpleBlock(video, 0, frame, i == 0);
-    content = Join({content, Cluster(i * 40, Join({picture, SimpleBlock(3 - video, 0, Zeros(8))}))});
-  }
-  m_source = CSourceFilter::FromBytes(MatroskaFile(content));
-  ASSERT_EQ(m_graph.Open(m_source.Get()), S_OK);
-  ASSERT_EQ(m_graph.ConnectSinks(SinkKind::kCounting), S_OK);
-  m_source->BlockFrom(kFrames - 10);
-  ASSERT_TRUE(SUCCEEDED(m_graph.Run()));
-  ASSERT_TRUE(m_source->WaitUntilBlocked(kPatience));
-  EXPECT_TRUE(Video().WaitForSample(kPatience));
-  EXPECT_TRUE(Audio().WaitForSample(kPatience));
-  m_graph.Stop();
-}
-
 TEST_P(Holding, ASeekFromASinkStartsAnew) {
   OpenAndConnect("V0k A0 V40 A20 V80k A40 V120 A60 V160k A80");
   const ComPtr<IPin> pin = VideoPin();

@@ -1,6 +1,7 @@
 // See whole_scan.h.
 #include "tests/damage/whole_scan.h"
 
+#include <algorithm>
 #include <map>
 #include <numeric>
 #include <optional>
@@ -9,10 +10,7 @@
 #include "framework/message_error.h"
 #include "pins/creator/out_pins_creator.h"
 #include "pins/output/annex_b_converter.h"
-#include "scanner/ebml_scanner.h"
 #include "scanner/read_ahead_reader.h"
-#include "tests/damage/heap_count.h"
-#include "tests/support/memory_reader.h"
 
 namespace tarvex::test {
 namespace {
@@ -20,10 +18,11 @@ namespace {
 /// Looks at every byte that would be delivered.
 class Consumer : public CMatroskaCallback {
  public:
-  explicit Consumer(CEbmlScanner& scanner) : m_scanner(scanner) {}
+  Consumer(CEbmlScanner& scanner, ScanResult& result) : m_scanner(scanner), m_result(result) {}
   virtual ~Consumer() = default;
 
   void OnTrack(std::uint32_t heapIndex) override {
+    ++m_result.tracks;
     // The filter refuses the file here; the rest of it is of interest all the same.
     try {
       m_records.CreatePin(*m_scanner.TrackAt(heapIndex));
@@ -35,18 +34,16 @@ class Consumer : public CMatroskaCallback {
   bool OnData(const FrameInfo& frame) override {
     FrameInfo decoded = frame;
     m_scanner.Decode(decoded);
+    ++m_result.frames;
+    m_result.largestFrame = std::max(m_result.largestFrame, decoded.size);
     try {
       if (auto& converter = ConverterOf(frame.trackNumber)) decoded = converter->Convert(decoded);
     } catch (const MessageError&) {
       return true;  // larger than can be delivered
     }
-    m_sum = std::accumulate(decoded.data, decoded.data + decoded.size, m_sum);
-    ++m_frames;
+    m_result.sum = std::accumulate(decoded.data, decoded.data + decoded.size, m_result.sum);
     return true;
   }
-
-  std::uint64_t Frames() const { return m_frames; }
-  std::uint64_t Sum() const { return m_sum; }
 
  private:
   std::optional<CAnnexBConverter>& ConverterOf(std::uint32_t track) {
@@ -59,41 +56,36 @@ class Consumer : public CMatroskaCallback {
   }
 
   CEbmlScanner& m_scanner;
+  ScanResult& m_result;
   COutPinsCreator m_records;
   std::map<std::uint32_t, std::optional<CAnnexBConverter>> m_converters;
-  std::uint64_t m_frames = 0;
-  std::uint64_t m_sum = 0;
 };
 
-void Scan(MemoryReader& reader, ScanResult& result) {
+}  // namespace
+
+ScanResult ScanStream(IAsyncReader& reader, const std::function<void(CEbmlScanner&)>& use) {
   const auto readAhead = MakeCom<CReadAheadReader>(&reader);
+  ScanResult result;
   CEbmlScanner scanner;
-  Consumer consumer(scanner);
+  Consumer consumer(scanner, result);
   scanner.SetCallback(&consumer);
   try {
     scanner.CanProcess(readAhead.Get());
     result.opened = true;
-    scanner.Process();
-    scanner.BuildIndex();
-    scanner.SetStartTime(scanner.Duration() / 2 + 1);
-    scanner.Process();
+    use(scanner);
   } catch (const MessageError&) {
     result.stopped = true;
   }
-  result.frames = consumer.Frames();
-  result.sum = consumer.Sum();
+  result.chapters = scanner.Chapters().size();
+  result.indexEntries = scanner.Index().size();
+  return result;
 }
 
-}  // namespace
-
-ScanResult ScanWhole(std::vector<std::uint8_t> bytes) {
-  MemoryReader reader(std::move(bytes));
-  ScanResult result;
-  const HeapCount heap;
-  Scan(reader, result);
-  result.peak = heap.Peak();
-  result.left = heap.Now();
-  return result;
+void ScanWhole(CEbmlScanner& scanner) {
+  scanner.Process();
+  scanner.BuildIndex();
+  scanner.SetStartTime(scanner.Duration() / 2 + 1);
+  scanner.Process();
 }
 
 }  // namespace tarvex::test

@@ -1,23 +1,31 @@
-// One pass over a stream without a graph: everything of the module that a file's bytes reach before they
-// get to a pin. Free function; any thread.
+// A stream read without a graph: everything of the module that a file's bytes reach before they get to a pin. For
+// damaged files, fillings and fuzzers. Free functions; any thread.
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <functional>
+
+#include "framework/platform/platform.h"
+#include "scanner/ebml_scanner.h"
 
 namespace tarvex::test {
 
 struct ScanResult {
   bool opened = false;
   bool stopped = false;  ///< by a MessageError
+  std::uint64_t tracks = 0;
+  std::uint64_t chapters = 0;
+  std::uint64_t indexEntries = 0;
   std::uint64_t frames = 0;
-  std::uint64_t sum = 0;  ///< of all bytes of the frames
-  std::int64_t peak = 0;  ///< bytes that were allocated at once, without the stream's own
-  std::int64_t left = 0;  ///< bytes that stayed allocated
+  std::uint32_t largestFrame = 0;  ///< bytes
+  std::uint64_t sum = 0;           ///< of all bytes of the frames
 };
 
-/// Opens, builds every media type, walks all clusters with content decoding and start codes, makes the
-/// index, walks again from the middle. A refusal is a result.
-ScanResult ScanWhole(std::vector<std::uint8_t> bytes);
+/// Opens the stream, builds every media type, and then does `use`. What is delivered meanwhile goes through content
+/// decoding and start codes and is looked at to its last byte. A refusal is a result.
+ScanResult ScanStream(IAsyncReader& reader, const std::function<void(CEbmlScanner&)>& use);
+
+/// For ScanStream: all clusters, the index, and again from the middle.
+void ScanWhole(CEbmlScanner& scanner);
 
 }  // namespace tarvex::test

@@ -70,5 +70,20 @@ TEST_F(CorpusRounds, LeaveHandlesThreadsAndMemoryFlat) {
   ExpectBackAt(before);
 }
 
+TEST_F(CorpusRounds, InOneFilterLeaveNothing) {
+  TestGraph graph(CreateSplitter(), m_graph);
+  const auto openAll = [&graph] {
+    for (const CorpusPath& file : CorpusPaths()) {
+      graph.Open(SystemPath(file.path));
+      EXPECT_EQ(graph.CloseSource(), S_OK);
+      EXPECT_TRUE(graph.OutputPins().empty());
+    }
+  };
+  openAll();
+  const Usage before;
+  openAll();
+  ExpectBackAt(before);
+}
+
 }  // namespace
 }  // namespace tarvex::test

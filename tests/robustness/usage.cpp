@@ -52,14 +52,6 @@ void ExpectBackAt(const Usage& before) {
   EXPECT_TRUE(IsBackAt(before, now)) << Describe(now) << ", from " << Describe(before);
 }
 
-void ExpectNothingLeftBy(int rounds, const std::function<void()>& use) {
-  constexpr int kWarmUp = 40;
-  for (int k = 0; k < kWarmUp && !testing::Test::HasFailure(); ++k) use();
-  const Usage before;
-  for (int k = 0; k < rounds && !testing::Test::HasFailure(); ++k) use();
-  ExpectBackAt(before);
-}
-
 int Rounds(int full, int quick) {
   static const bool isLong = std::getenv("TARVEX_LONG") != nullptr;
   return isLong || RunsFullByDefault() ? full : quick;

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 #include "tests/support/test_system.h"
@@ -25,9 +24,6 @@ std::string Describe(const Usage& usage);
 void ExpectBackAt(const Usage& before);
 /// The same as an answer.
 bool ComesBackTo(const Usage& before);
-
-/// Calls `use` a few times for what is allocated once, and then so many times without anything left.
-void ExpectNothingLeftBy(int rounds, const std::function<void()>& use);
 
 /// How many rounds a test makes: all of them where users' builds are tested or TARVEX_LONG=1 asks for
 /// it, fewer elsewhere.
