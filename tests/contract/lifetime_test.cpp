@@ -1,4 +1,5 @@
 // Who keeps what alive, and that all of it goes.
+#include "framework/thread.h"
 #include "tests/contract/contract_fixture.h"
 
 namespace tarvex::test {
@@ -80,6 +81,27 @@ TEST_F(Lifetime, AGraphThatIsDroppedWhileRunningLeavesNothing) {
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kSlow), S_OK);
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   ASSERT_TRUE(Graph().Sink(0).WaitForSample(kPatience));
+}
+
+TEST_F(Lifetime, APinMayLeaveItsFilterWhileOthersUseIt) {
+  for (int round = 0; round < 20; ++round) {
+    OpenMovie({.frames = 1});
+    CThread user;
+    ASSERT_EQ(user.Start([pin = Output(0)] {
+      for (int i = 0; i < 50; ++i) {
+        PIN_INFO info{};
+        pin->QueryPinInfo(&info);
+        const auto held = ComPtr<IBaseFilter>::Attach(info.pFilter);
+        pin->Disconnect();
+        const ComPtr<IPin> more(pin.Get());
+      }
+    }),
+              S_OK);
+    EXPECT_EQ(Graph().CloseSource(), S_OK);
+    m_source.Reset();
+    m_graph.reset();
+    user.Join();
+  }
 }
 
 TEST_F(Lifetime, AFilterKnowsItsGraphUntilItIsRemoved) {

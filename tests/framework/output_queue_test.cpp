@@ -3,8 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "framework/thread.h"
-#include "tests/framework/fakes.h"
+#include "tests/framework/downstream.h"
 
 namespace tarvex::test {
 namespace {
@@ -16,7 +15,7 @@ class OutputQueue : public ::testing::Test {
  protected:
   std::unique_ptr<COutputQueue> Make(LONG batchSize = 200) {
     HRESULT hr = S_OK;
-    auto queue = std::make_unique<COutputQueue>(down.input, &hr, false, true, batchSize, true, 4);
+    auto queue = std::make_unique<COutputQueue>(down.Pin(), &hr, false, true, batchSize, true, 4);
     EXPECT_EQ(hr, S_OK);
     return queue;
   }
@@ -45,30 +44,35 @@ TEST_F(OutputQueue, KeepsSamplesSegmentsAndEndInOrder) {
   }
   queue->EOS();
   expected.emplace_back("eos");
-  ASSERT_TRUE(down.input->WaitForWords(expected.size()));
-  EXPECT_EQ(down.input->Words(), expected);
+  ASSERT_TRUE(down.WaitForWords(expected.size()));
+  EXPECT_EQ(down.Words(), expected);
 }
 
 TEST_F(OutputQueue, ExactBatchWaitsUntilItIsFullOrTheStreamEnds) {
+  LONG outAtLast = 0;
+  down.onSample = [&](int mark) {
+    if (mark == 3) outAtLast = down.Out();
+    return S_OK;
+  };
   const auto queue = Make(3);
   queue->Receive(down.Sample(1));
   queue->Receive(down.Sample(2));
   SleepMilliseconds(20);
-  EXPECT_TRUE(down.input->Words().empty());
+  EXPECT_TRUE(down.Words().empty());
   queue->Receive(down.Sample(3));
-  ASSERT_TRUE(down.input->WaitForWords(3));
-  EXPECT_EQ(down.input->batches, 1);
+  ASSERT_TRUE(down.WaitForWords(3));
+  EXPECT_EQ(outAtLast, 3) << "not in one batch";
   queue->Receive(down.Sample(4));
   queue->EOS();
-  ASSERT_TRUE(down.input->WaitForWords(5));
-  EXPECT_EQ(down.input->Words(), (Words{"s:1", "s:2", "s:3", "s:4", "eos"}));
+  ASSERT_TRUE(down.WaitForWords(5));
+  EXPECT_EQ(down.Words(), (Words{"s:1", "s:2", "s:3", "s:4", "eos"}));
 }
 
 TEST_F(OutputQueue, SamplesSentAnywayAreFreedOneByOne) {
   CEvent entered;
   CEvent go(CEvent::Mode::kManual);
   LONG outAtSecond = 0;
-  down.input->onSample = [&](int mark) {
+  down.onSample = [&](int mark) {
     if (mark == 2) outAtSecond = down.Out();
     entered.Set();
     go.Wait(5000);
@@ -78,14 +82,14 @@ TEST_F(OutputQueue, SamplesSentAnywayAreFreedOneByOne) {
   for (int mark = 1; mark <= 3; ++mark) Send(*queue, mark);
   ASSERT_TRUE(entered.Wait(5000));
   go.Set();
-  ASSERT_TRUE(down.input->WaitForWords(3));
+  ASSERT_TRUE(down.WaitForWords(3));
   EXPECT_EQ(outAtSecond, 2);
 }
 
 TEST_F(OutputQueue, FirstRefusalDropsWhatFollowsAndIsReportedUntilReset) {
   CEvent refused;
   CEvent go;
-  down.input->onSample = [&](int mark) {
+  down.onSample = [&](int mark) {
     if (mark != 1) return S_OK;
     refused.Set();
     go.Wait(5000);
@@ -98,7 +102,7 @@ TEST_F(OutputQueue, FirstRefusalDropsWhatFollowsAndIsReportedUntilReset) {
   go.Set();
   WaitUntilIdle(*queue);
   EXPECT_EQ(Send(*queue, 3), E_ACCESSDENIED);
-  EXPECT_EQ(down.input->Words(), Words{"s:1"});
+  EXPECT_EQ(down.Words(), Words{"s:1"});
   EXPECT_EQ(down.Out(), 0);
   queue->Reset();
   EXPECT_EQ(Send(*queue, 4), S_OK);
@@ -106,25 +110,23 @@ TEST_F(OutputQueue, FirstRefusalDropsWhatFollowsAndIsReportedUntilReset) {
 
 TEST_F(OutputQueue, EndOfStreamPassesARefusalUnlessThePinHasSeenTheEnd) {
   for (const HRESULT refusal : {S_FALSE, VFW_E_SAMPLE_REJECTED_EOS}) {
-    const std::size_t before = down.input->Words().size();
-    down.input->onSample = [refusal](int) { return refusal; };
+    const std::size_t before = down.Words().size();
+    down.onSample = [refusal](int) { return refusal; };
     const auto queue = Make();
     Send(*queue, 1);
     WaitUntilIdle(*queue);
     queue->EOS();
     WaitUntilIdle(*queue);
-    EXPECT_EQ(down.input->Words().size() - before, refusal == S_FALSE ? 2U : 1U);
+    EXPECT_EQ(down.Words().size() - before, refusal == S_FALSE ? 2U : 1U);
   }
 }
 
 TEST_F(OutputQueue, FlushDropsWaitingSamplesAndEndsARefusal) {
   CEvent entered;
-  CEvent flushed;
-  down.input->onFlush = [&] { flushed.Set(); };
-  down.input->onSample = [&](int mark) {
+  down.onSample = [&](int mark) {
     if (mark != 1) return S_OK;
     entered.Set();
-    return flushed.Wait(5000) ? S_FALSE : E_FAIL;
+    return down.WaitForFlush() ? S_FALSE : E_FAIL;
   };
   const auto queue = Make();
   Send(*queue, 1);
@@ -134,15 +136,15 @@ TEST_F(OutputQueue, FlushDropsWaitingSamplesAndEndsARefusal) {
   EXPECT_EQ(Send(*queue, 3), S_FALSE);
   queue->EndFlush();
   EXPECT_EQ(Send(*queue, 4), S_OK);
-  ASSERT_TRUE(down.input->WaitForWords(4));
-  EXPECT_EQ(down.input->Words(), (Words{"s:1", "flush", "endflush", "s:4"}));
+  ASSERT_TRUE(down.WaitForWords(4));
+  EXPECT_EQ(down.Words(), (Words{"s:1", "flush", "endflush", "s:4"}));
   WaitUntilIdle(*queue);
   EXPECT_EQ(down.Out(), 0);
 }
 
 TEST_F(OutputQueue, FlushFromTheQueuesOwnThreadDoesNotWaitForItself) {
   const auto queue = Make();
-  down.input->onSample = [&](int mark) {
+  down.onSample = [&](int mark) {
     if (mark != 1) return S_OK;
     EXPECT_EQ(Send(*queue, 2), S_OK);
     queue->BeginFlush();
@@ -151,15 +153,15 @@ TEST_F(OutputQueue, FlushFromTheQueuesOwnThreadDoesNotWaitForItself) {
     return E_FAIL;  // belongs to the time before the flush: must not refuse the sample after it
   };
   Send(*queue, 1);
-  ASSERT_TRUE(down.input->WaitForWords(4));
+  ASSERT_TRUE(down.WaitForWords(4));
   WaitUntilIdle(*queue);
-  EXPECT_EQ(down.input->Words(), (Words{"s:1", "flush", "endflush", "s:9"}));
+  EXPECT_EQ(down.Words(), (Words{"s:1", "flush", "endflush", "s:9"}));
   EXPECT_EQ(Send(*queue, 10), S_OK);
 }
 
 TEST_F(OutputQueue, PinWithoutMemInputPinIsRefusedAtConstruction) {
   HRESULT hr = S_OK;
-  COutputQueue queue(down.output, &hr);
+  COutputQueue queue(down.source->Pin(), &hr);
   EXPECT_EQ(hr, E_NOINTERFACE);
   EXPECT_EQ(queue.Receive(down.Sample(1)), E_UNEXPECTED);
   EXPECT_EQ(down.Out(), 0);

@@ -4,8 +4,7 @@
 #include <algorithm>
 
 #include "framework/output_queue.h"
-#include "framework/thread.h"
-#include "tests/framework/fakes.h"
+#include "tests/framework/downstream.h"
 
 namespace tarvex::test {
 namespace {
@@ -14,7 +13,7 @@ constexpr ULONGLONG kOneSecond = 1000;
 
 std::unique_ptr<COutputQueue> MakeQueue(Downstream& down) {
   HRESULT hr = S_OK;
-  auto queue = std::make_unique<COutputQueue>(down.input, &hr, false, true, 200, true, 200);
+  auto queue = std::make_unique<COutputQueue>(down.Pin(), &hr, false, true, 200, true, 200);
   EXPECT_EQ(hr, S_OK);
   return queue;
 }
@@ -33,10 +32,10 @@ TEST(QueueDestruction, TakesLessThanASecondWhateverReceiveDoes) {
     CEvent entered;
     CEvent end(CEvent::Mode::kManual);
     CEvent left;
-    if (receive == Receive::kWaitsForAFlush) down.input->onFlush = [&] { end.Set(); };
-    down.input->onSample = [&](int) {
+    down.onSample = [&](int) {
       entered.Set();
-      end.Wait(receive == Receive::kReturnsSoon ? 30 : INFINITE);
+      if (receive == Receive::kWaitsForAFlush) down.WaitForFlush();
+      if (receive != Receive::kWaitsForAFlush) end.Wait(receive == Receive::kReturnsSoon ? 30 : INFINITE);
       left.Set();
       return S_OK;
     };
@@ -50,7 +49,7 @@ TEST(QueueDestruction, TakesLessThanASecondWhateverReceiveDoes) {
     ASSERT_TRUE(left.Wait(5000));
     // The sample that was downstream comes back, the others never went there.
     while (down.Out() != 0) SleepMilliseconds(1);
-    const std::vector<std::string> words = down.input->Words();
+    const std::vector<std::string> words = down.Words();
     const bool unflushed = receive == Receive::kReturnsSoon && words == std::vector<std::string>{"s:1"};
     EXPECT_TRUE(unflushed || words == (std::vector<std::string>{"s:1", "flush", "endflush"}));
   }
@@ -61,7 +60,7 @@ TEST(QueueDestruction, FromTheQueuesOwnThread) {
   auto queue = MakeQueue(down);
   CEvent sent;
   CEvent destroyed;
-  down.input->onSample = [&](int) {
+  down.onSample = [&](int) {
     sent.Wait(5000);  // no other call may be in progress when the owner destroys its queue
     queue.reset();
     destroyed.Set();
@@ -72,17 +71,15 @@ TEST(QueueDestruction, FromTheQueuesOwnThread) {
   sent.Set();
   ASSERT_TRUE(destroyed.Wait(5000));
   while (down.Out() != 0) SleepMilliseconds(1);
-  EXPECT_EQ(down.input->Words(), std::vector<std::string>{"s:1"});
+  EXPECT_EQ(down.Words(), std::vector<std::string>{"s:1"});
 }
 
 // A seek's flush meets a stop: the one that comes second must not leave downstream flushing.
 TEST(QueueDestruction, AFlushMeanwhileIsEndedForDownstream) {
   for (int round = 0; round < 20; ++round) {
     Downstream down;
-    CEvent end(CEvent::Mode::kManual);
-    down.input->onFlush = [&] { end.Set(); };
-    down.input->onSample = [&](int) {
-      end.Wait();
+    down.onSample = [&](int) {
+      down.WaitForFlush();
       return S_OK;
     };
     const std::shared_ptr<COutputQueue> queue = MakeQueue(down);
@@ -99,8 +96,8 @@ TEST(QueueDestruction, AFlushMeanwhileIsEndedForDownstream) {
     COutputQueue::End(std::span(&queue, 1));
     EXPECT_LT(MonotonicMilliseconds() - start, kOneSecond);
     seek.Join();
-    EXPECT_FALSE(down.input->IsFlushing()) << "round " << round;
-    const std::vector<std::string> words = down.input->Words();
+    EXPECT_FALSE(down.Pin()->IsFlushing()) << "round " << round;
+    const std::vector<std::string> words = down.Words();
     EXPECT_EQ(std::count(words.begin(), words.end(), "flush"), std::count(words.begin(), words.end(), "endflush"));
   }
 }
@@ -111,7 +108,7 @@ TEST(QueueDestruction, WhileIdleIsQuickAndFlushesNothing) {
     auto queue = MakeQueue(down);
     if (i % 2 == 0) queue->NewSegment(0, 1, 1.0);
   }
-  for (const std::string& word : down.input->Words()) EXPECT_EQ(word, "segment:0");
+  for (const std::string& word : down.Words()) EXPECT_EQ(word, "segment:0");
 }
 
 }  // namespace

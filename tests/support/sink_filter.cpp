@@ -100,6 +100,7 @@ HRESULT CSinkFilter::Take(IMediaSample* sample) {
   if (!RecordUnlessFlushing(Describe(sample, m_kind == SinkKind::kRecording))) return S_FALSE;
   m_sampled.Set();
   if (m_onSample) m_onSample(sample);
+  if (m_answer) return m_answer(sample);
   if (m_kind == SinkKind::kSlow) m_released.Wait(kSlowness);
   if (m_kind == SinkKind::kBlocking) m_released.Wait();
   if (m_kind == SinkKind::kHolding) {
