@@ -233,6 +233,7 @@ class CMatroskaSplitter final : public CBaseFilter,
   std::atomic<const CMatroskaOutputPin*> m_seekingOwner{nullptr};  // compared only
 
   std::atomic<DWORD> m_runState{kPause};  // written under the access lock
+  std::atomic<unsigned> m_commands{0};    // so many were given; the same
   std::atomic<DWORD> m_workerId{0};
   std::atomic<bool> m_isPassing{false};      // set under the access lock, and cleared by the worker
   std::atomic<bool> m_endAsked{false};       // upstream said that the stream has ended

@@ -58,6 +58,7 @@ HRESULT CMatroskaSplitter::StartWorker() {
 HRESULT CMatroskaSplitter::SendStart() {
   if (m_runState == kStart) return S_OK;
   m_runState = kStart;
+  ++m_commands;
   m_isPassing = true;
   return static_cast<HRESULT>(CallWorker(kStart));
 }
@@ -67,6 +68,7 @@ HRESULT CMatroskaSplitter::PauseWorker() {
   if (!ThreadExists()) return E_UNEXPECTED;
   const WorkerWaitsCancelled cancelled(*this);
   m_runState = kPause;
+  ++m_commands;
   return static_cast<HRESULT>(CallWorker(kPause));
 }
 
@@ -77,6 +79,7 @@ HRESULT CMatroskaSplitter::EndWorker() {
   {
     const WorkerWaitsCancelled cancelled(*this);
     m_runState = kExit;
+    ++m_commands;
     CallWorker(kExit);
   }
   TakeThread().Join();
@@ -159,13 +162,19 @@ void CMatroskaSplitter::EndPass() {
 }
 
 void CMatroskaSplitter::ReportFailedPass(HRESULT result) {
+  const unsigned commands = m_commands;
   // A controller that wants the worker makes its reads fail before it sends the command.
   if (m_commandComing || CheckRequest(nullptr)) return;
   // Nobody else knows that no end of stream will come, and the graph would wait for it. It may stop or
-  // drop the filter in answer, and so wait for the worker, which therefore does not ask it.
+  // drop the filter in answer, and so wait for the worker, which therefore does not ask it. Who has stopped or started
+  // anew meanwhile need not know any more.
   CThread messenger;
   const ComPtr<IUnknown> self(Owner());
-  const auto start = [&] { return messenger.Start([this, self, result] { NotifyEvent(EC_ERRORABORT, result, 0); }); };
+  const auto start = [&] {
+    return messenger.Start([this, self, result, commands] {
+      if (m_commands == commands) NotifyEvent(EC_ERRORABORT, result, 0);
+    });
+  };
   if (SUCCEEDED(ComBoundary(start))) {  // what the thread is to do takes memory as well
     messenger.Abandon();
   } else {
