@@ -49,9 +49,9 @@ TEST_F(OutputQueue, KeepsSamplesSegmentsAndEndInOrder) {
 }
 
 TEST_F(OutputQueue, ExactBatchWaitsUntilItIsFullOrTheStreamEnds) {
-  LONG outAtLast = 0;
+  LONG outAtSecond = 0;
   down.onSample = [&](int mark) {
-    if (mark == 3) outAtLast = down.Out();
+    if (mark == 2) outAtSecond = down.Out();
     return S_OK;
   };
   const auto queue = Make(3);
@@ -61,7 +61,7 @@ TEST_F(OutputQueue, ExactBatchWaitsUntilItIsFullOrTheStreamEnds) {
   EXPECT_TRUE(down.Words().empty());
   queue->Receive(down.Sample(3));
   ASSERT_TRUE(down.WaitForWords(3));
-  EXPECT_EQ(outAtLast, 3) << "not in one batch";
+  EXPECT_EQ(outAtSecond, 3) << "not in one batch";
   queue->Receive(down.Sample(4));
   queue->EOS();
   ASSERT_TRUE(down.WaitForWords(5));
