@@ -12,12 +12,10 @@ void StoreAlgorithm(const libmatroska::KaxContentCompAlgo& algorithm, CHeap& tra
   LogFormat("\t\t\tKaxContentCompAlgo %d", static_cast<int>(algorithm.GetValue()));
 }
 
-void ReadCompression(libmatroska::KaxContentCompression& compression, CHeap& track) {
+void ReadCompression(const libmatroska::KaxContentCompression& compression, CHeap& track) {
   LogText("\t\tKaxContentCompression");
-  if (compression.ListSize() == 0) {
-    // Made with the format's default, which is zlib.
-    compression.FindFirstElt(EBML_INFO(libmatroska::KaxContentCompAlgo), true);
-  }
+  // The format's default, which is zlib.
+  if (compression.ListSize() == 0) StoreAlgorithm(libmatroska::KaxContentCompAlgo(), track);
   for (const libebml::EbmlElement* child : compression) {
     if (const auto* algorithm = ElementAs<libmatroska::KaxContentCompAlgo>(child)) {
       StoreAlgorithm(*algorithm, track);
@@ -32,7 +30,7 @@ void ReadCompression(libmatroska::KaxContentCompression& compression, CHeap& tra
 
 void ReadEncoding(libmatroska::KaxContentEncoding& encoding, CHeap& track) {
   for (libebml::EbmlElement* child : encoding) {
-    if (auto* compression = ElementAs<libmatroska::KaxContentCompression>(child)) {
+    if (const auto* compression = ElementAs<libmatroska::KaxContentCompression>(child)) {
       ReadCompression(*compression, track);
     } else {
       LogText("Unsupported Element in KaxContentEncoding");
