@@ -32,10 +32,11 @@ class GraphTest : public ContractTest {
   }
 
   /// In a new graph, every track with a pin of its own.
-  void OpenMovie(const MovieShape& shape) {
+  void OpenMovie(const MovieShape& shape) { OpenBytes(MakeMovie(shape)); }
+  void OpenBytes(std::vector<std::uint8_t> bytes) {
     m_graph.emplace();
     ASSERT_EQ(m_graph->SeparatePins(true), S_OK);
-    m_source = CSourceFilter::FromBytes(MakeMovie(shape));
+    m_source = CSourceFilter::FromBytes(std::move(bytes));
     ASSERT_EQ(m_graph->Open(m_source.Get()), S_OK);
   }
 

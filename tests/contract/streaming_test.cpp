@@ -2,6 +2,7 @@
 #include "framework/event.h"
 #include "framework/thread.h"
 #include "tests/contract/contract_fixture.h"
+#include "tests/support/ebml_writer.h"
 #include "tests/support/log_capture.h"
 
 namespace tarvex::test {
@@ -11,6 +12,9 @@ using Kind = SinkEvent::Kind;
 
 class Streaming : public OpenedTest {
  protected:
+  static void WaitForThePass(LogCapture& log) {
+    for (int k = 0; k < 500 && !log.Contains("CMatroskaSplitter::ThreadProc Process exit"); ++k) SleepMilliseconds(10);
+  }
   void PlayToEnd() {
     ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
     ASSERT_TRUE(SUCCEEDED(Graph().Run()));
@@ -117,12 +121,31 @@ TEST_F(Streaming, ASinkThatRefusesIsNotAskedAgainAndEndsThePass) {
   LogCapture log(Graph().Splitter());
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kRefusing), S_OK);
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  for (int k = 0; k < 500 && !log.Contains("CMatroskaSplitter::ThreadProc Process exit"); ++k) SleepMilliseconds(10);
+  WaitForThePass(log);
   EXPECT_TRUE(log.Contains("CMatroskaSplitter::OnData failed")) << log.Joined();
   EXPECT_TRUE(log.Contains("CMatroskaVideoPin::OnData 8004022b")) << log.Joined();
   EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
   EXPECT_EQ(Graph().Sink(0).Samples().size(), 1U);
   EXPECT_EQ(Graph().Sink(0).CountOf(Kind::kEndOfStream), 0U);
+}
+
+// More sound than its ring can take is held until the second picture comes, and goes ahead of the pictures.
+TEST_F(Streaming, ASinkThatRefusesHeldFramesEndsTheirRelease) {
+  const ByteString picture = Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 16), Unsigned(id::kPixelHeight, 16)}));
+  const ByteString tracks = Join({TrackEntry(1, 1, "V_VP8", picture), TrackEntry(2, 2, "A_AC3")});
+  ByteString blocks;
+  for (std::int16_t time = 0; time < 1400; time += 20) blocks = Join({blocks, SimpleBlock(2, time, Zeros(200000))});
+  blocks = Join({blocks, SimpleBlock(1, 0, {1}), SimpleBlock(1, 40, {1})});
+  const ByteString info = Element(id::kInfo, Unsigned(id::kTimecodeScale, 1000000));
+  OpenBytes(MatroskaFile(Join({info, Element(id::kTracks, tracks), Cluster(0, blocks)})));
+  ASSERT_EQ(Graph().ConnectSink(Output(0).Get(), SinkKind::kCounting), S_OK);
+  ASSERT_EQ(Graph().ConnectSink(Output(1).Get(), SinkKind::kRefusing), S_OK);
+  LogCapture log(Splitter());
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  WaitForThePass(log);
+  EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+  EXPECT_EQ(Graph().Sink(1).Samples().size(), 1U);
+  EXPECT_TRUE(Graph().Sink(0).Samples().empty()) << log.Joined();
 }
 
 }  // namespace
