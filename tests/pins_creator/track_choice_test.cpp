@@ -93,12 +93,13 @@ class Opened {
 };
 
 TEST(TrackChoice, OneStreamOfEveryKindHasThePin) {
-  const struct {
-    const char* what;
-    const char* tracks;
-    const char* streams;
+  struct Case {
+    const char* what = nullptr;
+    const char* tracks = nullptr;
+    const char* streams = nullptr;
     const char* userLanguage = "German";
-  } cases[] = {
+  };
+  const Case cases[] = {
       {"the user's language", "S1:ger A2 A3:ger V4 V5", "V4+ V5 A2 A3+ S1+ none "},
       {"no subtitles", "V1 A2", "V1+ A2+ "},
       {"subtitles without flags start silent", "V1 S2~:ger S3~", "V1+ S2 S3 none+ "},
@@ -111,7 +112,7 @@ TEST(TrackChoice, OneStreamOfEveryKindHasThePin) {
       {"languages are compared exactly", "A1~ A2:GER~ A3:ger-AT~ A4:deu~", "A1+ A2 A3 A4 "},
       {"a user language that no table knows", "A1:ger~ A2~ A3", "A1 A2 A3+ ", "Klingonese"},
   };
-  for (const auto& each : cases) {
+  for (const Case& each : cases) {
     EXPECT_EQ(Opened(each.userLanguage, each.tracks).Streams(), each.streams) << each.what;
   }
 }
