@@ -52,28 +52,28 @@ double Timed(Action&& action) {
   return ProcessorSeconds() - begin;
 }
 
-void Scan(MemoryReader& reader, Cost& cost) {
+void Scan(MemoryReader& reader, Cost& cost, bool plays) {
   ScanResult& result = cost;
   const double scan = Timed([&] {
     result = ScanStream(reader, [&](CEbmlScanner& scanner) {
       cost.indexSeconds = Timed([&] { scanner.BuildIndex(); });
-      cost.playSeconds = Timed([&] { scanner.Process(); });
+      if (plays) cost.playSeconds = Timed([&] { scanner.Process(); });
     });
   });
-  cost.openSeconds = scan - cost.indexSeconds - cost.playSeconds;
+  cost.openSeconds = scan - cost.indexSeconds - (plays ? cost.playSeconds : 0);
 }
 
 Cost CostOf(ByteString file) {
   MemoryReader reader(std::move(file));
   Cost cost;
   const HeapCount heap;
-  Scan(reader, cost);
+  Scan(reader, cost, true);
   cost.peak = heap.Peak();
   cost.allocations = heap.Allocations();
   cost.reads = static_cast<std::uint64_t>(reader.reads);
   if (LargeSize() != 0) {
     const NoHeapCount timesAlone;
-    Scan(reader, cost);
+    Scan(reader, cost, false);
   }
   return cost;
 }
