@@ -167,7 +167,7 @@ TEST_F(Settings, AreSavedAsVersionAndTwoBytesAndLoadedAgain) {
 
 TEST_F(Settings, AStreamThatEndsEarlyOrIsDamagedOrTooNewChangesNothing) {
   std::vector<std::vector<std::uint8_t>> streams;
-  for (const std::size_t length : {0, 23, 24, 25}) {
+  for (const std::size_t length : {0U, 23U, 24U, 25U}) {
     streams.push_back(SavedBytes(1, 1));
     streams.back().resize(length);
   }
