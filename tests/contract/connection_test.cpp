@@ -69,6 +69,10 @@ TEST_F(ConnectingOutputs, WhatCannotBeIsRefusedAndLeavesBothSidesFree) {
   EXPECT_EQ(Graph().InputPin()->ReceiveConnection(nullptr, nullptr), E_POINTER);
   EXPECT_EQ(Output(0)->Connect(Output(1).Get(), nullptr), VFW_E_INVALID_DIRECTION);
   EXPECT_EQ(Output(0)->Connect(sink->Pin(), &foreign), VFW_E_TYPE_NOT_ACCEPTED);
+  const auto picky = CSinkFilter::Create(SinkKind::kCounting);
+  picky->Pin()->RefuseAllocators();
+  EXPECT_EQ(Output(0)->Connect(picky->Pin(), nullptr), E_ACCESSDENIED);
+  EXPECT_FALSE(IsConnected(picky->Pin()));
   sink->Pin()->RefuseTypes();
   EXPECT_EQ(Output(0)->Connect(sink->Pin(), nullptr), VFW_E_NO_ACCEPTABLE_TYPES);
   for (IPin* pin : {Output(0).Get(), Output(1).Get(), static_cast<IPin*>(sink->Pin())}) EXPECT_FALSE(IsConnected(pin));

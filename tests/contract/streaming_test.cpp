@@ -148,5 +148,28 @@ TEST_F(Streaming, ASinkThatRefusesHeldFramesEndsTheirRelease) {
   EXPECT_TRUE(Graph().Sink(0).Samples().empty()) << log.Joined();
 }
 
+TEST_F(Streaming, PicturesOutOfOrderAreShownUpToTheStopAndNoneAfterIt) {
+  const ByteString picture = Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 16), Unsigned(id::kPixelHeight, 16)}));
+  const ByteString track = TrackEntry(1, 1, "V_VP8", Join({Unsigned(id::kDefaultDuration, 20000000), picture}));
+  const ByteString info = Element(id::kInfo, Unsigned(id::kTimecodeScale, 1000000));
+  ByteString blocks = SimpleBlock(2, 0, {1});  // its end has not come, so that the pass goes on
+  for (const int time : {0, 80, 95, 60, 100, 101, 40}) {
+    blocks = Join({blocks, SimpleBlock(1, static_cast<std::int16_t>(time), {1}, time < 81)});
+  }
+  OpenBytes(
+      MatroskaFile(Join({info, Element(id::kTracks, Join({track, TrackEntry(2, 2, "A_AC3")})), Cluster(0, blocks)})));
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  LONGLONG start = 0;
+  LONGLONG stop = 1000000;
+  ASSERT_EQ(QueryFor<IMediaSeeking>(Output(0).Get())
+                ->SetPositions(&start, AM_SEEKING_AbsolutePositioning, &stop, AM_SEEKING_AbsolutePositioning),
+            S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ASSERT_TRUE(Graph().WaitForEnd());
+  EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+  EXPECT_EQ(Graph().Sink(0).Samples().size(), 5U);
+  EXPECT_EQ(Graph().Sink(0).AfterEnd(), 0);
+}
+
 }  // namespace
 }  // namespace tarvex::test

@@ -103,6 +103,7 @@ TEST(TrackChoice, OneStreamOfEveryKindHasThePin) {
       {"the user's language", "S1:ger A2 A3:ger V4 V5", "V4+ V5 A2 A3+ S1+ none "},
       {"no subtitles", "V1 A2", "V1+ A2+ "},
       {"subtitles without flags start silent", "V1 S2~:ger S3~", "V1+ S2 S3 none+ "},
+      {"silent is not the track of number zero", "V1 S0~", "V1+ S0 none+ "},
       {"silent below a higher number", "V1 S10~", "V1+ none+ S10 "},
       {"forced by any value but zero", "S1~ S2:ger~!! S3", "S1 S2+ S3 none "},
       {"the default flag alone", "A1~ A2~! A3", "A1 A2 A3+ "},

@@ -113,6 +113,9 @@ class CSinkPin : public CBaseInputPin {
 
   HRESULT STDMETHODCALLTYPE Receive(IMediaSample* pSample) override;
   HRESULT STDMETHODCALLTYPE ReceiveCanBlock() override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE NotifyAllocator(IMemAllocator* pAllocator, BOOL bReadOnly) override {
+    return m_refuseAllocators ? E_ACCESSDENIED : CBaseInputPin::NotifyAllocator(pAllocator, bReadOnly);
+  }
   HRESULT STDMETHODCALLTYPE EndOfStream() override;
   HRESULT STDMETHODCALLTYPE BeginFlush() override;
   HRESULT STDMETHODCALLTYPE EndFlush() override;
@@ -120,10 +123,13 @@ class CSinkPin : public CBaseInputPin {
 
   /// From now on no media type is good enough.
   void RefuseTypes() { m_refuseTypes = true; }
+  /// From now on no allocator is.
+  void RefuseAllocators() { m_refuseAllocators = true; }
 
  private:
   CSinkFilter& m_sink;
   std::atomic<bool> m_refuseTypes{false};
+  std::atomic<bool> m_refuseAllocators{false};
 };
 
 }  // namespace tarvex::test
