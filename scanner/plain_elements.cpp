@@ -74,6 +74,7 @@ std::optional<PlainCuePoint> ParsePlainCuePoint(std::span<const std::uint8_t> da
     if (child->id == kCueTime) {
       if (!StoreOnce(*child, time)) return std::nullopt;
     } else if (child->id == kCueTrackPositions) {
+      if (child->data.empty()) continue;
       Positions positions;
       if (!ReadPositions(child->data, positions)) return std::nullopt;
       if (!earliest || *positions.cluster < *earliest->cluster) earliest = positions;
@@ -81,7 +82,8 @@ std::optional<PlainCuePoint> ParsePlainCuePoint(std::span<const std::uint8_t> da
       return std::nullopt;
     }
   }
-  if (!time || !earliest) return std::nullopt;
+  if (!earliest) return PlainCuePoint{};
+  if (!time) return std::nullopt;
   return PlainCuePoint{*time, *earliest->track, *earliest->cluster};
 }
 

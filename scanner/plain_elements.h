@@ -29,8 +29,8 @@ struct PlainCuePoint {
   std::uint64_t position = 0;  ///< of the Cluster, from the Segment's data
 };
 
-/// Of several positions, the first of the earliest Cluster. Nothing when anything is missing, comes twice or
-/// is unknown.
+/// Of several positions, the first of the earliest Cluster; of track 0 when there are none. Nothing when anything else
+/// is missing, comes twice or is unknown.
 std::optional<PlainCuePoint> ParsePlainCuePoint(std::span<const std::uint8_t> data);
 
 /// The head of a block.

@@ -148,8 +148,8 @@ bool AddPlainCues(CElementWalker& walker, const KaxCues& cues, const KaxSegment&
     if (element->id != EBML_ID_VALUE(EBML_ID(KaxCuePoint))) return false;
     const auto point = ParsePlainCuePoint(element->data);
     if (!point) return false;
-    if (points.empty()) Reserve(points, cues.GetSize() / element->length);
     if (point->track == kIndexedTrack) {
+      if (points.empty()) Reserve(points, cues.GetSize() / element->length);
       AddEntry({start + point->position, point->time * scale / kNanosecondsPerUnit}, points);
     }
     bytes = bytes.subspan(element->length);

@@ -89,11 +89,10 @@ void FilledWith::ExpectProportion() {
   constexpr std::size_t kFactor = 4;
   const Cost one = CostOf(MakeFilling(GetParam(), small).file);
   const Cost four = CostOf(MakeFilling(GetParam(), kFactor * small).file);
-  // Twice as much as proportion, and what is done once. Past a limit a Cluster is read in another way, whose
-  // objects take no more allocations than there are bytes.
-  std::uint64_t allocations = 2 * kFactor * one.allocations;
-  if (four.indexEntries > limits::kPlainClusterEntries)
-    allocations = std::max(allocations, std::uint64_t{kFactor * small});
+  // Twice as much as proportion, and what is done once. What is too large to be taken from its bytes may need an
+  // object for each element, though nothing smaller does: of four bytes at least, or in a long index of one.
+  const std::uint64_t smallest = four.indexEntries > limits::kPlainClusterEntries ? 1 : 4;
+  const std::uint64_t allocations = std::max<std::uint64_t>(2 * kFactor * one.allocations, kFactor * small / smallest);
   EXPECT_LE(four.reads, 2 * kFactor * one.reads + 30);
   EXPECT_LE(four.allocations, allocations + 1000);
   EXPECT_LE(four.peak, kMemory + kMemoryPerClusterByte * static_cast<std::int64_t>(kFactor * small));
