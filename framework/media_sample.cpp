@@ -12,6 +12,7 @@ namespace tarvex {
 namespace {
 
 constexpr DWORD kTimeFlags = AM_SAMPLE_TIMEVALID | AM_SAMPLE_STOPVALID;
+constexpr DWORD kMediaTimeSet = 0x80000000;  // a flag that nobody else sees; the platform's are below
 
 /// A field of a partial property record is there when the whole of it fits.
 template <class Field>
@@ -23,9 +24,7 @@ bool Has(DWORD size, const AM_SAMPLE2_PROPERTIES& record, const Field& field) {
 }  // namespace
 
 CMediaSample::CMediaSample(IMemAllocator* allocator, BYTE* buffer, LONG length) noexcept
-    : m_allocator(allocator), m_buffer(buffer), m_length(length), m_actual(length) {
-  static_assert(sizeof(CMediaSample) <= 128);
-}
+    : m_allocator(allocator), m_buffer(buffer), m_length(length), m_actual(length) {}
 
 void CMediaSample::SetBuffer(BYTE* buffer, LONG length) noexcept {
   m_buffer = buffer;
@@ -37,7 +36,6 @@ void CMediaSample::Forget() noexcept {
   m_flags = 0;
   m_typeSpecificFlags = 0;
   m_streamId = 0;
-  m_hasMediaTime = false;
   m_mediaType.reset();
 }
 
@@ -154,19 +152,19 @@ HRESULT STDMETHODCALLTYPE CMediaSample::SetDiscontinuity(BOOL bDiscontinuity) {
 
 HRESULT STDMETHODCALLTYPE CMediaSample::GetMediaTime(LONGLONG* pTimeStart, LONGLONG* pTimeEnd) {
   if (pTimeStart == nullptr || pTimeEnd == nullptr) return E_POINTER;
-  if (!m_hasMediaTime) return VFW_E_MEDIA_TIME_NOT_SET;
+  if ((m_flags & kMediaTimeSet) == 0) return VFW_E_MEDIA_TIME_NOT_SET;
   *pTimeStart = m_mediaStart;
   *pTimeEnd = m_mediaStop;
   return S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE CMediaSample::SetMediaTime(LONGLONG* pTimeStart, LONGLONG* pTimeEnd) {
-  m_hasMediaTime = false;
+  m_flags &= ~kMediaTimeSet;
   if (pTimeStart == nullptr) return S_OK;
   if (pTimeEnd == nullptr) return E_POINTER;
   m_mediaStart = *pTimeStart;
   m_mediaStop = *pTimeEnd;
-  m_hasMediaTime = true;
+  m_flags |= kMediaTimeSet;
   return S_OK;
 }
 
@@ -176,7 +174,7 @@ HRESULT STDMETHODCALLTYPE CMediaSample::GetProperties(DWORD cbProperties, BYTE* 
   const DWORD size = std::min(cbProperties, static_cast<DWORD>(sizeof(record)));
   record.cbData = size;
   record.dwTypeSpecificFlags = m_typeSpecificFlags;
-  record.dwSampleFlags = m_flags;
+  record.dwSampleFlags = m_flags & ~kMediaTimeSet;
   record.lActual = m_actual;
   record.tStart = m_start;
   record.tStop = m_stop;
@@ -219,7 +217,8 @@ HRESULT STDMETHODCALLTYPE CMediaSample::SetProperties(DWORD cbProperties, const 
       }
     }
     if (Has(size, record, record.dwTypeSpecificFlags)) m_typeSpecificFlags = record.dwTypeSpecificFlags;
-    if (Has(size, record, record.dwSampleFlags)) m_flags = record.dwSampleFlags;
+    if (Has(size, record, record.dwSampleFlags))
+      m_flags = (record.dwSampleFlags & ~kMediaTimeSet) | (m_flags & kMediaTimeSet);
     if (Has(size, record, record.lActual)) m_actual = record.lActual;
     if (Has(size, record, record.tStart)) m_start = record.tStart;
     if (Has(size, record, record.tStop)) m_stop = record.tStop;

@@ -77,14 +77,13 @@ class alignas(64) CMediaSample : public IMediaSample2 {
   std::atomic<ULONG> m_references{0};
   LONG m_length;
   LONG m_actual;
-  DWORD m_flags = 0;  // AM_SAMPLE_*
+  DWORD m_flags = 0;  // AM_SAMPLE_*, and one of our own
   DWORD m_typeSpecificFlags = 0;
   DWORD m_streamId = 0;
   REFERENCE_TIME m_start = 0;  // 100 ns units
   REFERENCE_TIME m_stop = 0;
   LONGLONG m_mediaStart = 0;
   LONGLONG m_mediaStop = 0;
-  bool m_hasMediaTime = false;
 };
 
 }  // namespace tarvex

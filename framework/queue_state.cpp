@@ -16,7 +16,7 @@ constexpr std::size_t kMuchSamples = 2048;
 constexpr std::size_t kMuchBytes = 1024 * 1024;
 
 // As many released samples are taken at once, so that the lock is not needed for each.
-constexpr std::size_t kTakenAtOnce = 256;
+constexpr std::size_t kTakenAtOnce = 64;
 
 // The worker has written to samples last: so far ahead they are fetched from its cache.
 constexpr std::size_t kFetchedAhead = 4;

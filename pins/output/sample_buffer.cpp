@@ -31,7 +31,9 @@ class CSampleBuffer::CReferences {
   ULONG m_count = 0;
 };
 
-CSampleBuffer::CSampleBuffer() : CMemAllocator("CSampleBuffer") {}
+CSampleBuffer::CSampleBuffer() : CMemAllocator("CSampleBuffer") {
+  static_assert(sizeof(Sample) <= 2 * kCacheLine, "a thread that takes over a sample waits for each of them");
+}
 
 CSampleBuffer::~CSampleBuffer() = default;
 
