@@ -86,7 +86,8 @@ class SettingsPage : public testing::Test {
     RECT rect{};
     SendMessageW(list, LB_GETITEMRECT, static_cast<WPARAM>(line), reinterpret_cast<LPARAM>(&rect));
     const LPARAM point = MAKELPARAM(rect.left + 5, rect.top + 5);
-    for (const UINT message : {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP}) {
+    constexpr UINT kDoubleClick[] = {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP};
+    for (const UINT message : kDoubleClick) {
       SendMessageW(list, message, 0, point);
     }
   }
@@ -202,7 +203,7 @@ TEST_F(SettingsPage, BoxesAreWrittenAsOnesAndTheJumpAtOnce) {
   EXPECT_EQ(config->writes[0].value.llVal, 9);
   EXPECT_EQ(config->writes[1].parameter, paramAnnexBOutput);
   EXPECT_EQ(config->writes[2].parameter, paramSeparatePins);
-  for (const std::size_t k : {1, 2}) {
+  for (const std::size_t k : {1U, 2U}) {
     EXPECT_EQ(config->writes[k].value.vt, VT_BOOL);
     EXPECT_EQ(config->writes[k].value.boolVal, 1);
   }
