@@ -123,7 +123,7 @@ HRESULT CMatroskaSplitter::FlushFromUpstream(bool begin) {
 // What the pins hold back is the worker's while it delivers; then the end is its to pass on.
 HRESULT CMatroskaSplitter::EndOfStreamFromUpstream() {
   m_endAsked = true;
-  if (IsWorkerThread()) return S_OK;  // in a read: at the end of the pass
+  if (m_isPassing) return S_OK;  // at the end of the pass, without a wait for whoever is ending it
   const CAutoLock lock(m_positionLock);
   const CAutoLock control(m_AccessLock);  // no pass begins meanwhile
   if (m_isPassing || !m_endAsked.exchange(false)) return S_OK;
