@@ -80,7 +80,7 @@ HRESULT CMatroskaSplitter::Pause() {
       // One that was started for pins that could not be activated has delivered nothing, and is done.
       EndWorker();
       // A run that was cut short leaves pins holding, perhaps for a video pin that is no longer connected.
-      SetHoldingOnAllPins(false);
+      m_gate.SetHolding(false);
     }
     static_cast<void>(CBaseFilter::Pause());  // pins that failed to activate refuse frames, which ends the pass
     // A seek that met no worker moves the scanner without one.

@@ -10,7 +10,6 @@
 
 #include "filter/interface_ids.h"
 #include "filter/stream_input_pin.h"
-#include "filter/timeline.h"
 #include "framework/am_thread.h"
 #include "framework/base_filter.h"
 #include "framework/owned_pin.h"
@@ -19,6 +18,8 @@
 #include "pins/creator/pin_owner.h"
 #include "pins/output/matroska_output_pin.h"
 #include "pins/output/pin_host.h"
+#include "pins/output/play_positions.h"
+#include "pins/output/segment_gate.h"
 #include "scanner/ebml_scanner.h"
 #include "scanner/matroska_callback.h"
 
@@ -138,25 +139,22 @@ class CMatroskaSplitter final : public CBaseFilter,
   HRESULT ReadFromStream(IStream* stream) override;
 
   // PinHost
-  PlayRange Range() const override { return m_timeline.Range(); }
-  REFERENCE_TIME StartPosition() const override { return m_timeline.Start(); }
-  REFERENCE_TIME StopPosition() const override { return m_timeline.Stop(); }
-  PlayRange Positions() override { return m_timeline.Positions(); }
-  REFERENCE_TIME Duration() const override { return m_timeline.Duration(); }
+  PlayRange Range() const override { return m_positions.Range(); }
+  PlayRange Segment() const override { return m_positions.Segment(); }
+  REFERENCE_TIME StartPosition() const override { return m_positions.Start(); }
+  REFERENCE_TIME StopPosition() const override { return m_positions.Stop(); }
+  PlayRange Positions() override { return m_positions.Positions(); }
+  REFERENCE_TIME Duration() const override { return m_positions.Duration(); }
   HRESULT SetPlayRange(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
   HRESULT ChangePlayRange(const RangeChange& change) override;
   void SetRate(double rate) override;
-  void SetStartPosition(REFERENCE_TIME start) override { m_timeline.SetStart(start); }
   bool ClaimSeekingOwner(const CMatroskaOutputPin* pin) override;
   void ClearSeekingOwner() override;
   void SetTimeFormatOnAllPins(const GUID& format) override;
   REFERENCE_TIME DefaultFrameDuration(std::uint32_t trackNumber) const override;
-  void SetHoldingOnAllPins(bool on) override;
-  HRESULT ReleaseHeldFrames(REFERENCE_TIME first) override;
+  SegmentGate& Gate() override { return m_gate; }
   bool WakesBeforeWaits() const override { return true; }
   void BeforeWait() override;
-
-  HRESULT ReleaseHeldBy(REFERENCE_TIME first, bool videoPins);
 
   // PinOwner
   CBaseFilter* Filter() override { return this; }
@@ -187,8 +185,6 @@ class CMatroskaSplitter final : public CBaseFilter,
   bool IsWorkerThread() const;
   void EndQueues();
   bool GiveFrame(CMatroskaOutputPin& pin, const FrameInfo& frame);
-  /// Ends holding back when the pins together hold too much.
-  void LimitHolding();
   void RunPass();
   void EndPass();
   void ReportFailedPass(HRESULT result);
@@ -224,7 +220,8 @@ class CMatroskaSplitter final : public CBaseFilter,
   // others may be held: the graph has a lock of its own, under which it calls us.
   CCritSec m_switchLock{"CMatroskaSplitter stream switch", LockRank::kStreamSwitch};
 
-  CTimeline m_timeline;
+  PlayPositions m_positions;
+  SegmentGate m_gate{m_positions};
   CEbmlScanner m_scanner;         // application threads while no worker exists or delivers, else the worker
   ComPtr<IAsyncReader> m_reader;  // what the scanner reads from; null while nothing is open
   COutPinsCreator m_creator;
@@ -233,12 +230,11 @@ class CMatroskaSplitter final : public CBaseFilter,
   std::atomic<const CMatroskaOutputPin*> m_seekingOwner{nullptr};  // compared only
 
   std::atomic<DWORD> m_runState{kPause};  // written under the access lock
-  std::atomic<unsigned> m_commands{0};    // so many were given; the same
   std::atomic<DWORD> m_workerId{0};
   std::atomic<bool> m_isPassing{false};      // set under the access lock, and cleared by the worker
   std::atomic<bool> m_endAsked{false};       // upstream said that the stream has ended
   std::atomic<bool> m_commandComing{false};  // a failing read or a refused frame may be our own doing
-  HRESULT m_refusal = S_OK;                  // why a pin refused the last frame of a pass; the worker's
+  HRESULT m_passFailure = S_OK;              // what ended the pass, if the graph is to know it; the worker's
   bool m_annexBOutput = false;               // under the filter lock
   bool m_separatePins = false;               // under the filter lock
 };

@@ -31,7 +31,7 @@ void CMatroskaSplitter::ReadSource(IAsyncReader* upstream) {
   m_reader = MakeCom<CReadAheadReader>(upstream, [this] { BeforeWait(); });
   m_scanner.SetCallback(this);
   m_scanner.CanProcess(m_reader.Get());
-  m_timeline.Open(static_cast<REFERENCE_TIME>(m_scanner.Duration()), FrameDurations());
+  m_positions.Open(static_cast<REFERENCE_TIME>(m_scanner.Duration()), FrameDurations());
 }
 
 void CMatroskaSplitter::CloseSource() {
@@ -42,7 +42,7 @@ void CMatroskaSplitter::CloseSource() {
   m_scanner.Reset();
   m_scanner.SetStartTime(0);
   m_reader.Reset();
-  m_timeline.Close();
+  m_positions.Close();
 }
 
 std::map<std::uint32_t, REFERENCE_TIME> CMatroskaSplitter::FrameDurations() const {
@@ -91,6 +91,7 @@ void CMatroskaSplitter::TearDownOutputPins() {
     const CAutoLock positionLock(m_positionLock);
     leaving.swap(m_outputPins);
     m_seekingOwner = nullptr;
+    m_gate.Clear();
   }
   IncrementPinVersion();
 }

@@ -9,9 +9,9 @@ HRESULT CMatroskaSplitter::SetPlayRange(REFERENCE_TIME start, REFERENCE_TIME sto
   // A queue's thread may be here, and a seek in progress flush its queue.
   const COutputQueue::CallFromDownstream call;
   const CAutoLock lock(m_positionLock);
-  if (stop == 0 || stop < start) stop = m_timeline.Duration();
+  if (stop == 0 || stop < start) stop = m_positions.Duration();
   const bool interrupted = Interrupt();
-  m_timeline.SetRange({.start = start, .stop = stop, .rate = rate});
+  m_positions.SetRange({.start = start, .stop = stop, .rate = rate});
   m_scanner.SetStartTime(static_cast<std::uint64_t>(std::max<REFERENCE_TIME>(start, 0)));
   if (interrupted) ResumeWorker();
   return S_OK;
@@ -27,7 +27,7 @@ HRESULT CMatroskaSplitter::ChangePlayRange(const RangeChange& change) {
 void CMatroskaSplitter::SetRate(double rate) {
   const COutputQueue::CallFromDownstream call;
   const CAutoLock lock(m_positionLock);
-  m_timeline.SetRate(rate);
+  m_positions.SetRate(rate);
 }
 
 // Without a lock: a queue's thread that seeks for a pin that is not the owner must not wait for a seek in
@@ -46,32 +46,7 @@ void CMatroskaSplitter::SetTimeFormatOnAllPins(const GUID& format) {
 }
 
 REFERENCE_TIME CMatroskaSplitter::DefaultFrameDuration(std::uint32_t trackNumber) const {
-  return m_timeline.FrameDuration(trackNumber);
-}
-
-void CMatroskaSplitter::SetHoldingOnAllPins(bool on) {
-  for (const auto& pin : m_outputPins) pin->SetHolding(on);
-}
-
-// Pictures go last: they may be more than their ring holds, and while a paused renderer keeps its first one
-// the other renderers still wait for theirs.
-HRESULT CMatroskaSplitter::ReleaseHeldFrames(REFERENCE_TIME first) {
-  HRESULT result = ReleaseHeldBy(first, false);
-  if (SUCCEEDED(result)) result = ReleaseHeldBy(first, true);
-  if (SUCCEEDED(result)) return S_OK;
-  // What comes next goes past the frames that are still held, and they must not follow later.
-  for (const auto& pin : m_outputPins) pin->DropHeld();
-  return result;
-}
-
-HRESULT CMatroskaSplitter::ReleaseHeldBy(REFERENCE_TIME first, bool videoPins) {
-  for (const auto& pin : m_outputPins) {
-    if (!pin->IsConnected() || (pin->TrackType() == kTrackTypeVideo) != videoPins) continue;
-    pin->DropHeldBefore(first);
-    const HRESULT result = pin->FlushPending();
-    if (FAILED(result)) return result;
-  }
-  return S_OK;
+  return m_positions.FrameDuration(trackNumber);
 }
 
 }  // namespace tarvex

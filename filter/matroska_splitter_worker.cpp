@@ -4,7 +4,6 @@
 #include "filter/matroska_splitter.h"
 #include "framework/com_boundary.h"
 #include "framework/log.h"
-#include "scanner/limits.h"
 
 namespace tarvex {
 
@@ -18,11 +17,6 @@ void Try(Call&& call) noexcept {
     call();
     return S_OK;
   }));
-}
-
-// A pin that could not be activated, or memory that is not there.
-bool IsOurOwn(HRESULT refusal) {
-  return refusal == VFW_E_NOT_COMMITTED || refusal == VFW_E_NO_ALLOCATOR || refusal == E_OUTOFMEMORY;
 }
 
 }  // namespace
@@ -58,7 +52,6 @@ HRESULT CMatroskaSplitter::StartWorker() {
 HRESULT CMatroskaSplitter::SendStart() {
   if (m_runState == kStart) return S_OK;
   m_runState = kStart;
-  ++m_commands;
   m_isPassing = true;
   return static_cast<HRESULT>(CallWorker(kStart));
 }
@@ -68,7 +61,6 @@ HRESULT CMatroskaSplitter::PauseWorker() {
   if (!ThreadExists()) return E_UNEXPECTED;
   const WorkerWaitsCancelled cancelled(*this);
   m_runState = kPause;
-  ++m_commands;
   return static_cast<HRESULT>(CallWorker(kPause));
 }
 
@@ -79,7 +71,6 @@ HRESULT CMatroskaSplitter::EndWorker() {
   {
     const WorkerWaitsCancelled cancelled(*this);
     m_runState = kExit;
-    ++m_commands;
     CallWorker(kExit);
   }
   TakeThread().Join();
@@ -141,13 +132,13 @@ void CMatroskaSplitter::BeforeWait() {
 void CMatroskaSplitter::RunPass() {
   if (!AnyOutputConnected()) return;
   const HRESULT result = ComBoundary([this] {
-    m_refusal = S_OK;
-    // A pass that was interrupted, or that downstream refused, ends without end of stream. Of a refusal
-    // the graph learns from the filter that refused, but not of one that is our own.
+    m_passFailure = S_OK;
+    m_positions.BeginRun();
+    // A pass that was interrupted, or that downstream refused, ends without end of stream.
     const bool interrupted = m_scanner.Process();
     BeforeWait();
     if (!interrupted) EndOfStream();
-    return IsOurOwn(m_refusal) ? m_refusal : S_OK;
+    return m_passFailure;
   });
   BeforeWait();
   if (FAILED(result)) ReportFailedPass(result);
@@ -161,25 +152,12 @@ void CMatroskaSplitter::EndPass() {
   BeforeWait();
 }
 
+// Nobody else knows that no end of stream will come, and the graph would wait for it. A graph only notes an event
+// and does not call back, so the worker can tell it.
 void CMatroskaSplitter::ReportFailedPass(HRESULT result) {
-  const unsigned commands = m_commands;
   // A controller that wants the worker makes its reads fail before it sends the command.
   if (m_commandComing || CheckRequest(nullptr)) return;
-  // Nobody else knows that no end of stream will come, and the graph would wait for it. It may stop or
-  // drop the filter in answer, and so wait for the worker, which therefore does not ask it. Who has stopped or started
-  // anew meanwhile need not know any more.
-  CThread messenger;
-  const ComPtr<IUnknown> self(Owner());
-  const auto start = [&] {
-    return messenger.Start([this, self, result, commands] {
-      if (m_commands == commands) NotifyEvent(EC_ERRORABORT, result, 0);
-    });
-  };
-  if (SUCCEEDED(ComBoundary(start))) {  // what the thread is to do takes memory as well
-    messenger.Abandon();
-  } else {
-    NotifyEvent(EC_ERRORABORT, result, 0);
-  }
+  NotifyEvent(EC_ERRORABORT, result, 0);
 }
 
 bool CMatroskaSplitter::ProcessEvents() {
@@ -208,22 +186,10 @@ bool CMatroskaSplitter::OnLace(std::span<const FrameInfo> frames) {
 }
 
 bool CMatroskaSplitter::GiveFrame(CMatroskaOutputPin& pin, const FrameInfo& frame) {
-  if (pin.OnData(frame)) {
-    if (pin.IsHolding()) LimitHolding();
-    return true;
-  }
-  m_refusal = pin.Refusal();
+  if (pin.OnData(frame)) return true;
+  m_passFailure = pin.OwnFailure();
   LogText("CMatroskaSplitter::OnData failed");
   return false;
-}
-
-void CMatroskaSplitter::LimitHolding() {
-  std::size_t bytes = 0;
-  for (const auto& pin : m_outputPins) bytes += pin->HeldBytes();
-  if (bytes <= limits::kHeldBytes) return;
-  for (const auto& pin : m_outputPins) {
-    if (pin->IsConnected()) pin->EndHolding();
-  }
 }
 
 }  // namespace tarvex

@@ -6,26 +6,30 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
 #include "framework/base_output_pin.h"
 #include "framework/critical_section.h"
 #include "framework/output_queue.h"
-#include "pins/output/pending_frames.h"
 #include "pins/output/pin_host.h"
 #include "pins/output/sample_buffer.h"
+#include "pins/output/segment_gate.h"
 #include "pins/track_pin_info.h"
 #include "scanner/frame_info.h"
 
 namespace tarvex {
 
-/// Waits here: the worker in OnData and FlushPending, for room in the sample buffer (see there).
+/// The pin was never activated, or has been deactivated.
+inline constexpr HRESULT kNoQueue = E_UNEXPECTED;
+
+/// Waits here: the worker in OnData and where held frames are delivered, for room in the sample buffer (see there).
 ///
 /// The host is asked only while the filter that is the host is sure to live: by the worker and other
 /// calls of the filter, and by applications' calls after HoldFilter. Once the pin has left its filter,
 /// those answer VFW_E_NOT_CONNECTED.
-class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
+class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking, protected SegmentGate::Receiver {
  public:
   ~CMatroskaOutputPin() override;
 
@@ -98,28 +102,17 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   // From the record, without a copy: for every frame. Any thread.
   std::uint32_t TrackNumber() const noexcept { return m_trackNumber; }
   std::uint32_t TrackType() const noexcept { return m_trackType; }
-  /// Why OnData answered false. Worker only.
-  HRESULT Refusal() const noexcept { return m_refusal; }
+  /// Why OnData answered false, if nobody but us can tell the graph: kNoQueue, or what kept us from making a sample.
+  /// S_OK where downstream refused, which tells the graph itself, and where it stops. Worker only.
+  HRESULT OwnFailure() const noexcept { return m_ownFailure; }
   /// Null while inactive or unconnected. Any thread.
   std::shared_ptr<COutputQueue> Queue() const;
   /// The queue passes on all there is, since the worker is about to wait, or done. Worker only.
   void BeforeWait();
-  /// While on, OnData and FlushPending fail where they would wait for room, a wait in progress included.
+  /// While on, the worker fails where it would wait for room, a wait in progress included.
   void CancelWaits(bool on);
-  void SetHolding(bool on);
-  // Without the stream lock the answer may be late, as it may be for the frame before.
-  bool IsHolding() const noexcept { return m_holding; }
-  /// Bytes of the frames that are held back. Any thread.
-  std::size_t HeldBytes() const;
-  /// Ends the holding of all pins with what is there, if it is this pin that asked for it. Worker only.
-  virtual void EndHolding() {}
-  /// Drops held frames from the front as long as they start before `first`, a time of the file.
-  void DropHeldBefore(REFERENCE_TIME first);
   /// Drops all held frames. An end of stream that waited behind them was not sent.
   void DropHeld();
-  /// Delivers the held frames, and the end of stream if it waits behind them; stops at the first failure
-  /// and drops the rest. Worker only. Throws as OnData does.
-  HRESULT FlushPending();
   void StoreTimeFormat(const GUID& format);
 
   // IMediaSeeking. The positions are the filter's. Any thread. E_POINTER for a null argument where the
@@ -173,9 +166,11 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   void LookUpRoute();
   HRESULT DeliverFrameSample(const std::uint8_t* data, std::size_t size, REFERENCE_TIME start, REFERENCE_TIME duration,
                              bool splice);
-  HRESULT DeliverHeld(const PendingFrames& held);
-  HRESULT DeliverRelative(const FrameInfo& frame, REFERENCE_TIME segmentStart);
+  HRESULT DeliverRelative(const FrameInfo& frame);
+  bool IsDroppedAsEarly(REFERENCE_TIME start, REFERENCE_TIME stop) const;
   static HRESULT FillSample(IMediaSample& sample, const std::uint8_t* data, std::size_t size);
+  void ReserveFrom(CSampleBuffer& buffer, std::span<const FrameInfo> frames);
+  bool HasRoomFor(const FrameInfo& frame);
   bool TakeReserved(IMediaSample** sample, std::size_t size);
   void DropReserved();
   bool StartSegment(IMediaSample& sample);
@@ -183,7 +178,6 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   HRESULT SendUnsent();
   ComPtr<CSampleBuffer> Buffer() const;
   void ExchangeQueue(std::shared_ptr<COutputQueue> queue);
-  void EndHeldStream();
 
   // Seeking.
   GUID TimeFormat() const;
@@ -206,10 +200,15 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   PinHost& Host() const noexcept { return *m_host; }
   CCritSec& StreamLock() const noexcept { return m_streamLock; }
   bool IsEndOfStreamSent() const noexcept { return m_endOfStream != EndOfStreamState::kOpen; }
-  PendingFrames m_pending;  // under the stream lock
+
+  // SegmentGate::Receiver
+  HRESULT DeliverHeld(const FrameInfo& frame) override;
+  std::optional<HRESULT> TryDeliverHeld(const FrameInfo& frame) override;
+  void OnHeldDelivered() override;
+  void OnHeldLost() override {}
 
  private:
-  HRESULT m_refusal = S_OK;  // the worker's
+  HRESULT m_ownFailure = S_OK;  // the worker's
   // The worker's, until it has to wait.
   Route m_route;
   std::vector<ComPtr<IMediaSample>> m_unsent;    // on the way to the route's queue
@@ -218,7 +217,6 @@ class CMatroskaOutputPin : public CBaseOutputPin, public IMediaSeeking {
   std::vector<std::size_t> m_sizes;  // of those; kept for its room
   // Written under the stream lock.
   std::atomic<bool> m_routeChanged{true};
-  std::atomic<bool> m_holding{false};
   std::atomic<bool> m_discontinuityPending{true};
   std::atomic<EndOfStreamState> m_endOfStream{EndOfStreamState::kOpen};
 

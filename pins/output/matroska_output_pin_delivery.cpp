@@ -37,18 +37,18 @@ void CMatroskaOutputPin::LookUpRoute() {
 }
 
 bool CMatroskaOutputPin::OnData(const FrameInfo& frame) {
-  m_refusal = VFW_E_NOT_COMMITTED;  // not activated
+  m_ownFailure = kNoQueue;
   if (!CurrentRoute().queue) return false;
+  m_ownFailure = S_OK;
   const HRESULT hr = ProcessFrame(frame);
   if (SUCCEEDED(hr)) return true;
-  m_refusal = hr;
   LogFormat("CMatroskaVideoPin::OnData %x", static_cast<unsigned>(hr));
   return false;
 }
 
 HRESULT CMatroskaOutputPin::ProcessFrame(const FrameInfo& frame) {
   if (IsPastStop(frame) || HoldFrame(frame)) return S_OK;
-  return DeliverRelative(frame, m_host->StartPosition());
+  return DeliverRelative(frame);
 }
 
 bool CMatroskaOutputPin::IsPastStop(const FrameInfo& frame) {
@@ -59,32 +59,11 @@ bool CMatroskaOutputPin::IsPastStop(const FrameInfo& frame) {
   return true;
 }
 
-bool CMatroskaOutputPin::HoldFrame(const FrameInfo& frame) {
-  if (!m_holding) return false;
-  const CAutoLock hold(m_streamLock);
-  if (!m_holding) return false;
-  m_pending.Add(frame);
-  return true;
-}
-
-void CMatroskaOutputPin::SetHolding(bool on) {
-  const CAutoLock hold(m_streamLock);
-  m_holding = on;
-}
-
-std::size_t CMatroskaOutputPin::HeldBytes() const {
-  const CAutoLock hold(m_streamLock);
-  return m_pending.Bytes();
-}
-
-void CMatroskaOutputPin::DropHeldBefore(REFERENCE_TIME first) {
-  const CAutoLock hold(m_streamLock);
-  m_pending.DropBefore(first);
-}
+bool CMatroskaOutputPin::HoldFrame(const FrameInfo& frame) { return m_host->Gate().Hold(*this, frame); }
 
 void CMatroskaOutputPin::DropHeld() {
   const CAutoLock hold(m_streamLock);
-  m_pending.Clear();
+  m_host->Gate().Drop(*this);
   if (m_endOfStream == EndOfStreamState::kBehindHeld) m_endOfStream = EndOfStreamState::kOpen;
 }
 
@@ -98,29 +77,16 @@ void CMatroskaOutputPin::CancelWaits(bool on) {
   if (const auto buffer = Buffer(); buffer) buffer->CancelWaits(on);
 }
 
-HRESULT CMatroskaOutputPin::FlushPending() {
-  PendingFrames held;
-  {
-    const CAutoLock hold(m_streamLock);
-    std::swap(held, m_pending);
-  }
-  const HRESULT hr = DeliverHeld(held);
-  if (FAILED(hr)) return hr;
-  EndHeldStream();
-  return S_OK;
+HRESULT CMatroskaOutputPin::DeliverHeld(const FrameInfo& frame) { return DeliverRelative(frame); }
+
+std::optional<HRESULT> CMatroskaOutputPin::TryDeliverHeld(const FrameInfo& frame) {
+  if (!HasRoomFor(frame)) return std::nullopt;
+  return DeliverRelative(frame);
 }
 
-HRESULT CMatroskaOutputPin::DeliverHeld(const PendingFrames& held) {
-  const REFERENCE_TIME segmentStart = m_host->Range().start;
-  for (std::size_t i = 0; i < held.Count(); ++i) {
-    const HRESULT hr = DeliverRelative(held.At(i), segmentStart);
-    if (FAILED(hr)) return hr;
-  }
+// The end of the stream may have come while frames were held.
+void CMatroskaOutputPin::OnHeldDelivered() {
   BeforeWait();
-  return S_OK;
-}
-
-void CMatroskaOutputPin::EndHeldStream() {
   const auto queue = Queue();
   if (!queue) return;
   {
@@ -131,27 +97,34 @@ void CMatroskaOutputPin::EndHeldStream() {
   queue->EOS();
 }
 
-HRESULT CMatroskaOutputPin::DeliverRelative(const FrameInfo& frame, REFERENCE_TIME segmentStart) {
-  return DeliverFrameSample(frame.data, frame.size, SubtractTimes(StartOf(frame), segmentStart), DurationOf(frame),
-                            frame.keyFrame);
+HRESULT CMatroskaOutputPin::DeliverRelative(const FrameInfo& frame) {
+  return DeliverFrameSample(frame.data, frame.size, SubtractTimes(StartOf(frame), m_host->StartPosition()),
+                            DurationOf(frame), frame.keyFrame);
+}
+
+// A decoder needs early pictures for the later ones; nothing needs early sound.
+bool CMatroskaOutputPin::IsDroppedAsEarly(REFERENCE_TIME start, REFERENCE_TIME stop) const {
+  return start < 0 && stop < 0 && CurrentMediaType().majortype != MEDIATYPE_Video;
 }
 
 HRESULT CMatroskaOutputPin::DeliverFrameSample(const std::uint8_t* data, std::size_t size, REFERENCE_TIME start,
                                                REFERENCE_TIME duration, bool splice) {
   REFERENCE_TIME tStart = start;
   REFERENCE_TIME tStop = AddTimes(start, duration);
-  const bool isEarly = tStart < 0 && tStop < 0;
-  // A decoder needs early pictures for the later ones; nothing needs early sound.
-  if (isEarly && CurrentMediaType().majortype != MEDIATYPE_Video) return S_OK;
+  if (IsDroppedAsEarly(tStart, tStop)) return S_OK;
 
   ComPtr<IMediaSample> sample;
   HRESULT hr = GetDeliveryBuffer(sample.Put(), size);
-  if (FAILED(hr)) return hr;
+  if (FAILED(hr)) {
+    // Downstream decommits the ring as it stops, and whoever cancels a wait knows why.
+    if (hr != VFW_E_NOT_COMMITTED && hr != VFW_E_WRONG_STATE) m_ownFailure = hr;
+    return hr;
+  }
   hr = FillSample(*sample, data, size);
   if (FAILED(hr)) return hr;
   sample->SetSyncPoint(splice ? TRUE : FALSE);
   const bool isFirst = StartSegment(*sample);
-  if (isEarly) sample->SetPreroll(TRUE);
+  if (tStart < 0 && tStop < 0) sample->SetPreroll(TRUE);
   sample->SetTime(&tStart, &tStop);
   if (m_kind == Kind::kVideo) {
     LogFormat("DeliverFrameSample tStart: %" PRId64 " tStop: %" PRId64 " splice: %d", std::int64_t{tStart},
@@ -208,20 +181,33 @@ bool CMatroskaOutputPin::StartSegment(IMediaSample& sample) {
   }
   sample.SetDiscontinuity(TRUE);
   SendUnsent();
-  const PlayRange range = m_host->Range();
+  const PlayRange range = m_host->Segment();
   DeliverNewSegment(range.start, range.stop, range.rate);
   return true;
 }
 
 void CMatroskaOutputPin::Reserve(std::span<const FrameInfo> frames) {
   DropReserved();
-  if (m_holding || IsEndOfStreamSent()) return;
-  const auto buffer = CurrentRoute().buffer;
-  if (!buffer) return;
+  if (m_host->Gate().IsHolding() || IsEndOfStreamSent()) return;
+  if (const auto buffer = CurrentRoute().buffer; buffer) ReserveFrom(*buffer, frames);
+}
+
+void CMatroskaOutputPin::ReserveFrom(CSampleBuffer& buffer, std::span<const FrameInfo> frames) {
   m_sizes.clear();
   for (const FrameInfo& frame : frames) m_sizes.push_back(frame.size);
   m_reserved.reserve(frames.size());
-  buffer->GetSamples(m_sizes, m_reserved);
+  buffer.GetSamples(m_sizes, m_reserved);
+}
+
+// Delivering the frame does not wait. What keeps it from being delivered at all, delivery itself tells.
+bool CMatroskaOutputPin::HasRoomFor(const FrameInfo& frame) {
+  const REFERENCE_TIME start = SubtractTimes(StartOf(frame), m_host->StartPosition());
+  if (IsDroppedAsEarly(start, AddTimes(start, DurationOf(frame)))) return true;
+  DropReserved();
+  const auto buffer = CurrentRoute().buffer;
+  if (!buffer) return true;
+  ReserveFrom(*buffer, std::span(&frame, 1));
+  return !m_reserved.empty();
 }
 
 void CMatroskaOutputPin::DropReserved() {
@@ -266,7 +252,7 @@ HRESULT CMatroskaOutputPin::DeliverEndOfStream() {
     const CAutoLock hold(m_streamLock);
     if (IsEndOfStreamSent()) return S_OK;
     // Nothing may come after the end, so it waits for what is held back.
-    m_endOfStream = m_pending.IsEmpty() ? EndOfStreamState::kSent : EndOfStreamState::kBehindHeld;
+    m_endOfStream = m_host->Gate().Holds(*this) ? EndOfStreamState::kBehindHeld : EndOfStreamState::kSent;
     if (m_endOfStream != EndOfStreamState::kSent) return S_OK;
   }
   queue->EOS();

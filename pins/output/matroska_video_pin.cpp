@@ -1,9 +1,6 @@
 // The video pin.
 #include "pins/output/matroska_video_pin.h"
 
-#include <algorithm>
-#include <limits>
-
 #include "framework/com_boundary.h"
 #include "framework/log.h"
 #include "pins/output/pin_seeking.h"
@@ -38,7 +35,7 @@ HRESULT CMatroskaVideoPin::Active() {
 
 bool CMatroskaVideoPin::OnData(const FrameInfo& frame) {
   const bool taken = CMatroskaOutputPin::OnData(m_annexB ? m_annexB->Convert(frame) : frame);
-  if (!taken && Refusal() == VFW_E_NOT_COMMITTED && !Queue()) LogText("CMatroskaVideoPin::OnData m_pOutputQ == NULL");
+  if (!taken && OwnFailure() == kNoQueue) LogText("CMatroskaVideoPin::OnData m_pOutputQ == NULL");
   return taken;
 }
 
@@ -49,7 +46,12 @@ void CMatroskaVideoPin::ResetForSeek() {
     m_waitForKeyFrame = true;
     m_stopReached = false;
   }
-  if (IsConnected()) Host().SetHoldingOnAllPins(true);
+  if (IsConnected()) Host().Gate().SetHolding(true);
+}
+
+void CMatroskaVideoPin::WaitForKeyFrame() {
+  const CAutoLock hold(StreamLock());
+  m_waitForKeyFrame = true;
 }
 
 bool CMatroskaVideoPin::IsPastStop(const FrameInfo& frame) {
@@ -67,69 +69,16 @@ bool CMatroskaVideoPin::IsPastStop(const FrameInfo& frame) {
 }
 
 bool CMatroskaVideoPin::HoldFrame(const FrameInfo& frame) {
-  if (!m_waitForKeyFrame && !IsHolding()) return false;
-  const REFERENCE_TIME wanted = Host().Range().start;
-  std::optional<SegmentChoice> choice;
-  {
+  if (m_waitForKeyFrame) {
     const CAutoLock hold(StreamLock());
     if (m_waitForKeyFrame && !frame.keyFrame) return true;
     m_waitForKeyFrame = false;
-    if (!IsHolding()) return false;
-    choice = AddHeld(frame, wanted);
   }
-  if (!choice) return true;
-  Host().SetStartPosition(choice->start);
-  // A pin that cannot deliver refuses its next frame as well, and that ends the pass.
-  static_cast<void>(Host().ReleaseHeldFrames(choice->firstFrame));
-  Host().SetHoldingOnAllPins(false);
-  return true;
-}
-
-// Two key frames show that the group of pictures before the wanted time is whole. A later frame might be
-// nearer to that time as long as none is beyond it; a start at zero needs no such care.
-std::optional<CMatroskaVideoPin::SegmentChoice> CMatroskaVideoPin::AddHeld(const FrameInfo& frame,
-                                                                           REFERENCE_TIME wanted) {
-  m_pending.Add(frame);
-  m_pending.TrimToKeyFrameBefore(wanted);
-  if (!m_pending.HasTwoKeyFrames()) return std::nullopt;
-  REFERENCE_TIME start = 0;
-  if (!m_pending.PickStart(wanted, false, start) && wanted != 0) return std::nullopt;
-  return SegmentChoice{start, m_pending.FirstStart()};
-}
-
-// The best start that the held frames allow when no more will come; none without frames.
-std::optional<CMatroskaVideoPin::SegmentChoice> CMatroskaVideoPin::LastChoice(REFERENCE_TIME wanted) const {
-  if (m_pending.IsEmpty()) return std::nullopt;
-  REFERENCE_TIME start = std::min(wanted, m_pending.LatestStart());
-  static_cast<void>(m_pending.PickStart(start, true, start));  // nothing found: it stays
-  return SegmentChoice{start, m_pending.FirstStart()};
-}
-
-HRESULT CMatroskaVideoPin::ReleaseWithLastChoice() {
-  const REFERENCE_TIME wanted = Host().Range().start;
-  std::optional<SegmentChoice> choice;
-  {
-    const CAutoLock hold(StreamLock());
-    choice = LastChoice(wanted);
-  }
-  // Without a picture to start with the other pins still deliver all they have.
-  REFERENCE_TIME firstFrame = std::numeric_limits<REFERENCE_TIME>::min();
-  if (choice) {
-    Host().SetStartPosition(choice->start);
-    firstFrame = choice->firstFrame;
-  }
-  const HRESULT result = Host().ReleaseHeldFrames(firstFrame);
-  if (SUCCEEDED(result)) Host().SetHoldingOnAllPins(false);
-  return result;
-}
-
-// A pin that cannot deliver refuses its next frame as well, and that ends the pass.
-void CMatroskaVideoPin::EndHolding() {
-  if (FAILED(ReleaseWithLastChoice())) Host().SetHoldingOnAllPins(false);
+  return Host().Gate().HoldPicture(*this, frame);
 }
 
 HRESULT CMatroskaVideoPin::DeliverEndOfStream() {
-  const HRESULT result = ReleaseWithLastChoice();
+  const HRESULT result = Host().Gate().EndHolding(*this);
   return FAILED(result) ? result : CMatroskaOutputPin::DeliverEndOfStream();
 }
 

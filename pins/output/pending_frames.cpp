@@ -12,8 +12,8 @@ REFERENCE_TIME StartOf(const FrameInfo& frame) { return static_cast<REFERENCE_TI
 
 }  // namespace
 
-void PendingFrames::Add(const FrameInfo& frame) {
-  Held held{.frame = frame, .bytes = {}};
+void PendingFrames::Add(const FrameInfo& frame, std::uint64_t arrival) {
+  Held held{.frame = frame, .arrival = arrival, .bytes = {}};
   if (frame.size != 0) held.bytes.assign(frame.data, frame.data + frame.size);
   held.frame.data = held.bytes.data();
   const Number number = m_firstNumber + m_frames.size();
@@ -28,6 +28,8 @@ void PendingFrames::Add(const FrameInfo& frame) {
   }
   m_bytes += BytesOf(m_frames.back());
 }
+
+REFERENCE_TIME PendingFrames::EarliestStart() const noexcept { return m_byStart.empty() ? 0 : m_byStart.begin()->first; }
 
 REFERENCE_TIME PendingFrames::LatestStart() const noexcept { return m_byStart.empty() ? 0 : m_byStart.rbegin()->first; }
 

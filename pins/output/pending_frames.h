@@ -1,5 +1,5 @@
-// The frames that a pin holds back until the start of a segment is known. A value of the pin, which guards
-// it.
+// The frames of one pin that are held back until the start of a segment is known. A value of the segment gate,
+// which guards it.
 #pragma once
 
 #include <cstddef>
@@ -16,8 +16,16 @@ namespace tarvex {
 /// Frames in order of arrival, with copies of their bytes. Times in 100 ns units, signed.
 class PendingFrames {
  public:
-  /// Copies the frame with its bytes. Throws std::bad_alloc.
-  void Add(const FrameInfo& frame);
+  PendingFrames() = default;
+  // Frames point to their bytes, which a copy would not have.
+  PendingFrames(PendingFrames&&) = default;
+  PendingFrames& operator=(PendingFrames&&) = default;
+  PendingFrames(const PendingFrames&) = delete;
+  PendingFrames& operator=(const PendingFrames&) = delete;
+  ~PendingFrames() = default;
+
+  /// Copies the frame with its bytes. `arrival` tells it from frames of other pins; it grows. Throws std::bad_alloc.
+  void Add(const FrameInfo& frame, std::uint64_t arrival);
 
   bool IsEmpty() const noexcept { return m_frames.empty(); }
   std::size_t Count() const noexcept { return m_frames.size(); }
@@ -25,9 +33,12 @@ class PendingFrames {
   std::size_t Bytes() const noexcept { return m_bytes; }
   /// In order of arrival; `index` is below Count. Its bytes live until the frame is dropped.
   const FrameInfo& At(std::size_t index) const { return m_frames[index].frame; }
+  std::uint64_t ArrivalOf(std::size_t index) const { return m_frames[index].arrival; }
 
   /// Two or more frames are key frames.
   bool HasTwoKeyFrames() const noexcept { return m_keyFrames.size() >= 2; }
+  /// The smallest start time, 0 when empty.
+  REFERENCE_TIME EarliestStart() const noexcept;
   /// The greatest start time, 0 when empty.
   REFERENCE_TIME LatestStart() const noexcept;
   /// Start time of the first frame, 0 when empty.
@@ -50,6 +61,7 @@ class PendingFrames {
   using Number = std::uint64_t;
   struct Held {
     FrameInfo frame;
+    std::uint64_t arrival;
     std::vector<std::uint8_t> bytes;
   };
 

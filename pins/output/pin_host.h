@@ -6,17 +6,12 @@
 #include <optional>
 
 #include "framework/platform/platform.h"
+#include "pins/output/play_positions.h"
 
 namespace tarvex {
 
 class CMatroskaOutputPin;
-
-/// The part of the file that is played. Times in 100 ns units.
-struct PlayRange {
-  REFERENCE_TIME start = 0;
-  REFERENCE_TIME stop = 0x7FFFFFFFFFFFFFFF;  ///< this value: open, play to the end
-  double rate = 1.0;
-};
+class SegmentGate;
 
 /// A change of the range that may follow from what it is.
 struct RangeChange {
@@ -29,6 +24,9 @@ class PinHost {
  public:
   /// The range as stored; an open stop is given as it is. Any thread; takes a leaf lock only.
   virtual PlayRange Range() const = 0;
+
+  /// The range of the run, for the new segment of a pin. Worker only.
+  virtual PlayRange Segment() const = 0;
 
   // Of the range, for every frame. Any thread.
   virtual REFERENCE_TIME StartPosition() const { return Range().start; }
@@ -51,9 +49,6 @@ class PinHost {
   /// Stores the rate alone.
   virtual void SetRate(double rate) = 0;
 
-  /// Replaces the start of the range without moving playback: the new segment's origin. Worker only.
-  virtual void SetStartPosition(REFERENCE_TIME start) = 0;
-
   /// The first pin that asks owns seeking; answers whether `pin` does.
   virtual bool ClaimSeekingOwner(const CMatroskaOutputPin* pin) = 0;
   virtual void ClearSeekingOwner() = 0;
@@ -64,12 +59,8 @@ class PinHost {
   /// Default frame duration of a track, 100 ns units, 0 when it has none.
   virtual REFERENCE_TIME DefaultFrameDuration(std::uint32_t trackNumber) const = 0;
 
-  /// Turns holding on or off for every output pin. Worker, or application thread while it is idle.
-  virtual void SetHoldingOnAllPins(bool on) = 0;
-
-  /// For every connected output pin, video pins last: drops held frames that start before `first` and
-  /// delivers the rest. The first failure ends it, and what is held then is dropped. Worker only.
-  virtual HRESULT ReleaseHeldFrames(REFERENCE_TIME first) = 0;
+  /// Where the frames of all pins are held back. Lives as long as the host.
+  virtual SegmentGate& Gate() = 0;
 
   /// The worker calls BeforeWait whenever it may have to wait, so that a queue's thread need not be woken
   /// for each sample.

@@ -10,5 +10,7 @@ set(TARVEX_PINS_OUTPUT_SOURCES
   output/pending_frames.cpp
   output/pin_host.cpp
   output/pin_seeking.cpp
+  output/play_positions.cpp
   output/ring_regions.cpp
-  output/sample_buffer.cpp)
+  output/sample_buffer.cpp
+  output/segment_gate.cpp)
