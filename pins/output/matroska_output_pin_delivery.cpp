@@ -265,9 +265,15 @@ HRESULT CMatroskaOutputPin::DeliverBeginFlush() {
   return S_OK;
 }
 
+// A peer that was stopped alone has decommitted the ring, and may have been started again meanwhile. Where that
+// fails the next sample tells.
 HRESULT CMatroskaOutputPin::DeliverEndFlush() {
-  if (const auto queue = Queue(); queue) queue->EndFlush();
-  if (const auto buffer = Buffer(); buffer) buffer->EndFlush();
+  const auto queue = Queue();
+  if (queue) queue->EndFlush();
+  if (const auto buffer = Buffer(); buffer) {
+    if (queue) static_cast<void>(buffer->Commit());
+    buffer->EndFlush();
+  }
   DropHeld();
   ResetForSeek();
   return S_OK;

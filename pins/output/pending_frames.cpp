@@ -29,7 +29,9 @@ void PendingFrames::Add(const FrameInfo& frame, std::uint64_t arrival) {
   m_bytes += BytesOf(m_frames.back());
 }
 
-REFERENCE_TIME PendingFrames::EarliestStart() const noexcept { return m_byStart.empty() ? 0 : m_byStart.begin()->first; }
+REFERENCE_TIME PendingFrames::EarliestStart() const noexcept {
+  return m_byStart.empty() ? 0 : m_byStart.begin()->first;
+}
 
 REFERENCE_TIME PendingFrames::LatestStart() const noexcept { return m_byStart.empty() ? 0 : m_byStart.rbegin()->first; }
 

@@ -27,12 +27,20 @@ std::vector<std::uint8_t> ReadWholeFile(const std::string& path) {
 ComPtr<CSourceFilter> CSourceFilter::FromFile(const std::string& path) { return FromBytes(ReadWholeFile(path)); }
 
 ComPtr<CSourceFilter> CSourceFilter::FromBytes(std::vector<std::uint8_t> bytes) {
-  return ComPtr<CSourceFilter>(new CSourceFilter(std::move(bytes)));
+  const auto size = static_cast<LONGLONG>(bytes.size());
+  Pieces pieces;
+  pieces.emplace(0, std::move(bytes));
+  return FromPieces(std::move(pieces), size);
 }
 
-CSourceFilter::CSourceFilter(std::vector<std::uint8_t> bytes)
+ComPtr<CSourceFilter> CSourceFilter::FromPieces(Pieces pieces, LONGLONG size) {
+  return ComPtr<CSourceFilter>(new CSourceFilter(std::move(pieces), size));
+}
+
+CSourceFilter::CSourceFilter(Pieces pieces, LONGLONG size)
     : CBaseFilter("CSourceFilter", nullptr, &m_filterLock, kSourceClass),
-      m_bytes(std::move(bytes)),
+      m_pieces(std::move(pieces)),
+      m_size(size),
       m_pin(new CSourcePin(this, &m_filterLock)) {}
 
 CSourceFilter::~CSourceFilter() = default;
@@ -74,9 +82,17 @@ HRESULT CSourceFilter::Gate(int number) {
 
 HRESULT CSourceFilter::Copy(LONGLONG position, LONG length, BYTE* buffer) const {
   if (position < 0 || length < 0) return E_INVALIDARG;
-  const auto size = static_cast<LONGLONG>(m_size.load());
-  const LONGLONG count = std::clamp<LONGLONG>(size - position, 0, length);
-  if (count > 0) std::memcpy(buffer, m_bytes.data() + position, static_cast<std::size_t>(count));
+  const LONGLONG count = std::clamp<LONGLONG>(m_size - position, 0, length);
+  std::memset(buffer, 0, static_cast<std::size_t>(count));
+  auto piece = m_pieces.upper_bound(position);
+  if (piece != m_pieces.begin()) --piece;
+  for (; piece != m_pieces.end() && piece->first < position + count; ++piece) {
+    const auto& [start, bytes] = *piece;
+    const LONGLONG first = std::max(start, position);
+    const LONGLONG last = std::min(start + static_cast<LONGLONG>(bytes.size()), position + count);
+    if (first >= last) continue;
+    std::memcpy(buffer + (first - position), bytes.data() + (first - start), static_cast<std::size_t>(last - first));
+  }
   return count == length ? S_OK : S_FALSE;
 }
 
@@ -121,7 +137,7 @@ HRESULT STDMETHODCALLTYPE CSourcePin::SyncRead(LONGLONG llPosition, LONG lLength
 HRESULT STDMETHODCALLTYPE CSourcePin::Length(LONGLONG* pTotal, LONGLONG* pAvailable) {
   const HRESULT fault = m_source.m_fault ? m_source.m_fault() : S_OK;
   if (FAILED(fault)) return fault;
-  const auto length = static_cast<LONGLONG>(m_source.m_size.load());
+  const LONGLONG length = m_source.m_size;
   if (pTotal != nullptr) *pTotal = length;
   if (pAvailable != nullptr) *pAvailable = length;
   return S_OK;

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,9 @@ class CSourceFilter : public CBaseFilter {
  public:
   static ComPtr<CSourceFilter> FromFile(const std::string& path);
   static ComPtr<CSourceFilter> FromBytes(std::vector<std::uint8_t> bytes);
+  /// Pieces of a file by their positions, which do not overlap; between them and up to `size` there are zeros.
+  using Pieces = std::map<LONGLONG, std::vector<std::uint8_t>>;
+  static ComPtr<CSourceFilter> FromPieces(Pieces pieces, LONGLONG size);
   ~CSourceFilter() override;
 
   int GetPinCount() override { return 1; }
@@ -42,8 +46,8 @@ class CSourceFilter : public CBaseFilter {
   /// a read give half of its bytes. To be set before anybody reads.
   void BeforeEachCall(std::function<HRESULT()> fault) { m_fault = std::move(fault); }
   /// From now on there are only so many bytes.
-  void Shrink(std::size_t size) { m_size = size; }
-  std::size_t Size() const noexcept { return m_size; }
+  void Shrink(std::size_t size) { m_size = static_cast<LONGLONG>(size); }
+  std::size_t Size() const noexcept { return static_cast<std::size_t>(m_size.load()); }
   /// For BeforeEachCall.
   bool WaitForFlush(DWORD milliseconds) { return m_flushing.Wait(milliseconds); }
   int Reads() const noexcept { return m_reads; }
@@ -52,7 +56,7 @@ class CSourceFilter : public CBaseFilter {
  private:
   friend class CSourcePin;
   static constexpr int kNever = 0x7FFFFFFF;
-  explicit CSourceFilter(std::vector<std::uint8_t> bytes);
+  CSourceFilter(Pieces pieces, LONGLONG size);
   HRESULT Read(LONGLONG position, LONG length, BYTE* buffer);
   HRESULT Gate(int number);
   HRESULT Copy(LONGLONG position, LONG length, BYTE* buffer) const;
@@ -60,8 +64,8 @@ class CSourceFilter : public CBaseFilter {
   void EndFlush();
 
   CCritSec m_filterLock{"CSourceFilter", LockRank::kUpstreamFilter};
-  const std::vector<std::uint8_t> m_bytes;
-  std::atomic<std::size_t> m_size{m_bytes.size()};  // of m_bytes, what there is to read
+  const Pieces m_pieces;
+  std::atomic<LONGLONG> m_size;
   std::function<HRESULT()> m_fault;
   std::atomic<int> m_reads{0};
   std::atomic<int> m_flushes{0};

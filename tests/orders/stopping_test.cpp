@@ -1,0 +1,115 @@
+// Filters of a playing graph are stopped one after another, in every order and at every distance. A renderer that
+// stops decommits the allocator of its connection, which is the splitter's, while the worker waits for room in it.
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "framework/thread.h"
+#include "tests/orders/orders_fixture.h"
+
+namespace tarvex::test {
+namespace {
+
+// More than the rings hold, so that the worker waits for room.
+constexpr FilmShape kLongFilm = {.seconds = 60, .pictures = 4000000, .sound = 1000000};
+
+class Stopping : public OrdersTest {
+ protected:
+  void Start(SinkKind sinks) {
+    Open(kLongFilm, sinks);
+    ASSERT_TRUE(SUCCEEDED(sinks == SinkKind::kBlocking ? m_graph->Pause() : m_graph->Run()));
+    ASSERT_TRUE(EverySinkHasASample());
+    SleepMilliseconds(20);  // until the rings are full
+  }
+  IBaseFilter* Filter(int number) {
+    if (number == 0) return m_graph->Splitter();
+    return &m_graph->Sink(static_cast<std::size_t>(number) - 1);
+  }
+  void StopOneByOne(const std::array<int, 3>& order, DWORD delay) {
+    for (const int number : order) {
+      EXPECT_TRUE(SUCCEEDED(Filter(number)->Stop()));
+      SleepMilliseconds(delay);
+    }
+  }
+  ComPtr<IMemAllocator> RingOf(std::size_t sink) {
+    ComPtr<IMemAllocator> ring;
+    EXPECT_EQ(m_graph->Sink(sink).Pin()->GetAllocator(ring.Put()), S_OK);
+    return ring;
+  }
+};
+
+TEST_F(Stopping, InNoOrderIsAnError) {
+  for (const SinkKind kind : {SinkKind::kSlow, SinkKind::kBlocking}) {
+    for (const DWORD delay : {0U, 1U, 5U, 50U}) {
+      std::array<int, 3> order{0, 1, 2};
+      do {
+        SCOPED_TRACE(std::string(NameOf(kind)) + ", " + std::to_string(delay) + " ms, " + std::to_string(order[0]) +
+                     std::to_string(order[1]) + std::to_string(order[2]));
+        Start(kind);
+        StopOneByOne(order, delay);
+        ExpectQuickStop();
+        ExpectNoEnd();
+      } while (std::ranges::next_permutation(order).found);
+    }
+  }
+}
+
+TEST_F(Stopping, TheNextRunPlaysAgain) {
+  Start(SinkKind::kSlow);
+  for (int run = 0; run < 5; ++run) {
+    StopOneByOne({1, 2, 0}, 5);
+    ExpectQuickStop();
+    for (const auto& sink : m_graph->Sinks()) sink->Clear();
+    ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+    EXPECT_TRUE(EverySinkHasASample());
+    for (const auto& sink : m_graph->Sinks()) EXPECT_EQ(sink->Samples().front().start, 0);
+  }
+  ExpectQuickStop();
+  ExpectNoEnd();
+}
+
+TEST_F(Stopping, OneBranchAloneAndStartedAgain) {
+  for (const int branch : {1, 2}) {
+    Start(SinkKind::kSlow);
+    EXPECT_TRUE(SUCCEEDED(Filter(branch)->Stop()));
+    SleepMilliseconds(20);
+    EXPECT_TRUE(SUCCEEDED(Filter(branch)->Run(0)));
+    SleepMilliseconds(20);
+    EXPECT_EQ(Seek(10 * kSecond), S_OK);
+    m_graph->Sink(static_cast<std::size_t>(branch) - 1).Clear();
+    EXPECT_TRUE(EverySinkHasASample()) << "a seek starts all branches again";
+    ExpectQuickStop();
+    ExpectNoEnd();
+  }
+}
+
+TEST_F(Stopping, ARingThatAPeerDecommitsIsNoError) {
+  for (const DWORD moment : {0U, 1U, 3U, 10U, 30U}) {
+    for (const std::size_t sink : {0U, 1U}) {
+      Open(kLongFilm, SinkKind::kSlow);
+      const ComPtr<IMemAllocator> ring = RingOf(sink);
+      ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+      SleepMilliseconds(moment);
+      EXPECT_EQ(ring->Decommit(), S_OK);
+      SleepMilliseconds(20);
+      ExpectNoEnd();
+      ExpectQuickStop();
+    }
+  }
+}
+
+// A peer that says no in the middle says so itself where its documents tell it to.
+TEST_F(Stopping, WhatARendererRefusesIsForItToReport) {
+  for (const HRESULT refusal : {VFW_E_NOT_COMMITTED, VFW_E_WRONG_STATE, E_OUTOFMEMORY, E_UNEXPECTED}) {
+    Open(kLongFilm, SinkKind::kCounting);
+    m_graph->Sink(0).AnswerWith([refusal](IMediaSample* /*sample*/) { return refusal; });
+    ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+    ASSERT_TRUE(m_graph->Sink(0).WaitForSample(kPatience));
+    SleepMilliseconds(20);
+    ExpectNoEnd();
+    ExpectQuickStop();
+  }
+}
+
+}  // namespace
+}  // namespace tarvex::test

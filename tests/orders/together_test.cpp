@@ -1,0 +1,138 @@
+// Pictures and sound of one playing graph stay together whatever is done to it: seeks, pauses, a switch of the stream
+// that a connected pin carries, questions in between.
+#include <string>
+#include <vector>
+
+#include "framework/thread.h"
+#include "tests/orders/arrivals.h"
+#include "tests/orders/orders_fixture.h"
+
+namespace tarvex::test {
+namespace {
+
+constexpr std::uint64_t kPictures = 1;
+constexpr std::uint64_t kFirstSound = 2;
+constexpr std::uint64_t kSecondSound = 3;
+
+class Together : public OrdersTest {
+ protected:
+  void Open(const FilmShape& shape, SinkKind sinks) {
+    OrdersTest::Open(shape, sinks);
+    m_pictures.Watch(m_graph->Sink(0));
+    m_sound.Watch(m_graph->Sink(1));
+  }
+
+  /// What is shown first of each kind: the file's times are at most a frame apart, and the clock's are the same.
+  void ExpectTogether(std::uint64_t soundTrack) {
+    ASSERT_TRUE(m_pictures.WaitUntilShown(kPatience));
+    ASSERT_TRUE(m_sound.WaitUntilShown(kPatience));
+    const Arrival picture = FirstShown(m_pictures, kPictures);
+    const Arrival sound = FirstShown(m_sound, soundTrack);
+    EXPECT_EQ(picture.origin.time - picture.start, sound.origin.time - sound.start) << "two segments";
+    EXPECT_LE(std::abs(picture.origin.time - sound.origin.time), kPictureTime);
+  }
+  static Arrival FirstShown(Arrivals& arrivals, std::uint64_t track) {
+    Arrival first;
+    for (const Arrival& each : arrivals.All()) {
+      EXPECT_EQ(each.origin.track, track);
+      if (first.stop <= 0) first = each;
+    }
+    return first;
+  }
+  void Forget() {
+    m_pictures.Forget();
+    m_sound.Forget();
+  }
+  static std::vector<SinkEvent> SegmentsOf(CSinkFilter& sink) {
+    std::vector<SinkEvent> events = sink.Events();
+    std::erase_if(events, [](const SinkEvent& event) { return event.kind != SinkEvent::Kind::kNewSegment; });
+    return events;
+  }
+
+  Arrivals m_pictures;
+  Arrivals m_sound;
+};
+
+TEST_F(Together, AfterSeeksPausesAndRuns) {
+  Open({.seconds = 60, .pictures = 2000000, .sound = 192000, .keyFrameEvery = 2000}, SinkKind::kSlow);
+  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+  ExpectTogether(kFirstSound);
+  REFERENCE_TIME wanted = 0;
+  for (int step = 0; step < 12; ++step) {
+    SCOPED_TRACE(step);
+    wanted = (wanted + 17 * kSecond + 130 * kMillisecond) % (50 * kSecond);
+    if (step % 3 == 1) {
+      EXPECT_TRUE(SUCCEEDED(m_graph->Pause()));
+    }
+    if (step % 3 == 2) ExpectQuickStop();
+    Forget();
+    ASSERT_EQ(Seek(wanted), S_OK);
+    EXPECT_TRUE(SUCCEEDED(m_graph->Run()));
+    ExpectTogether(kFirstSound);
+  }
+  ExpectQuickStop();
+}
+
+// The range that is played is open until somebody asks for it.
+TEST_F(Together, OneRangeForAllPinsWhoeverAsksInBetween) {
+  Open({.seconds = 5}, SinkKind::kCounting);
+  const auto seeking = QueryFor<IMediaSeeking>(m_graph->OutputPins().front().Get());
+  m_graph->Sink(0).OnSample([&](IMediaSample* /*sample*/) {
+    LONGLONG start = 0;
+    LONGLONG stop = 0;
+    EXPECT_EQ(seeking->GetPositions(&start, &stop), S_OK);
+    EXPECT_EQ(seeking->SetRate(2.0), S_OK);
+  });
+  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+  ASSERT_TRUE(m_graph->WaitForEnd());
+  ExpectQuickStop();
+  const auto pictures = SegmentsOf(m_graph->Sink(0));
+  const auto sound = SegmentsOf(m_graph->Sink(1));
+  ASSERT_EQ(pictures.size(), 1U);
+  ASSERT_EQ(sound.size(), 1U);
+  EXPECT_EQ(pictures.front().stop, sound.front().stop);
+  EXPECT_EQ(pictures.front().rate, sound.front().rate);
+  m_graph->Sink(0).OnSample(nullptr);
+}
+
+class Switched : public Together, public testing::WithParamInterface<FILTER_STATE> {};
+
+TEST_P(Switched, TheNewStreamComesFromWhereItWas) {
+  constexpr REFERENCE_TIME kWanted = 12 * kSecond;
+  constexpr LONG kSecondSoundIndex = 2;
+  Open({.seconds = 60, .pictures = 2000000, .sound = 192000, .sounds = 2, .keyFrameEvery = 2000}, SinkKind::kSlow);
+  ASSERT_EQ(Seek(kWanted), S_OK);
+  if (GetParam() != State_Stopped) {
+    ASSERT_TRUE(SUCCEEDED(GetParam() == State_Paused ? m_graph->Pause() : m_graph->Run()));
+    ExpectTogether(kFirstSound);
+  }
+  const auto sink = CSinkFilter::Create(SinkKind::kSlow);
+  ASSERT_EQ(m_graph->Graph()->AddFilter(sink.Get(), OLESTR("Spare sink")), S_OK);
+  m_sound.Watch(*sink);
+  m_graph->Sink(1).OnSample(nullptr);
+  Forget();
+
+  ASSERT_EQ(QueryFor<IAMStreamSelect>(m_graph->Splitter())->Enable(kSecondSoundIndex, AMSTREAMSELECTENABLE_ENABLE),
+            S_OK);
+  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+  ASSERT_TRUE(m_pictures.WaitUntilShown(kPatience));
+  ASSERT_TRUE(m_sound.WaitUntilShown(kPatience));
+  const Arrival first = FirstShown(m_sound, kSecondSound);
+  EXPECT_GE(first.origin.time, kWanted - kPictureTime);
+  EXPECT_LE(first.origin.time, kWanted + 10 * kSecond);
+  const auto segments = SegmentsOf(*sink);
+  ASSERT_FALSE(segments.empty());
+  EXPECT_EQ(segments.back().start, first.origin.time - first.start);
+  EXPECT_EQ(SegmentsOf(m_graph->Sink(0)).back().start, segments.back().start);
+  ExpectQuickStop();
+  sink->Pin()->Disconnect();
+  m_graph->Graph()->RemoveFilter(sink.Get());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    States, Switched, testing::Values(State_Stopped, State_Paused, State_Running), [](const auto& state) {
+      return std::string(state.param == State_Stopped ? "Stopped" : state.param == State_Paused ? "Paused" : "Running");
+    });
+
+}  // namespace
+}  // namespace tarvex::test

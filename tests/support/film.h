@@ -1,0 +1,36 @@
+// A film of any rate and length, as a source whose frames say where they come from. Most of its bytes are zeros that
+// nobody has to keep. Free functions; any thread.
+#pragma once
+
+#include <cstdint>
+
+#include "tests/support/source_filter.h"
+
+namespace tarvex::test {
+
+/// Pictures are track 1 and come every 40 ms; each sound has a frame every 20 ms. Clusters last a second, and there
+/// are no Cues. Rates are bytes a second.
+struct FilmShape {
+  std::uint32_t seconds = 30;
+  std::uint32_t pictures = 1000000;
+  std::uint32_t sound = 50000;  ///< of each
+  unsigned sounds = 1;
+  std::uint32_t keyFrameEvery = 1000;  ///< milliseconds; 0: only the first is one
+  bool still = false;                  ///< the first picture is the only one
+};
+
+inline constexpr REFERENCE_TIME kMillisecond = 10000;  // 100 ns units
+inline constexpr REFERENCE_TIME kSecond = 1000 * kMillisecond;
+inline constexpr REFERENCE_TIME kPictureTime = 40 * kMillisecond;
+inline constexpr REFERENCE_TIME kSoundTime = 20 * kMillisecond;
+
+ComPtr<CSourceFilter> MakeFilm(const FilmShape& shape);
+
+/// What a frame of a film begins with.
+struct FrameOrigin {
+  std::uint64_t track = 0;
+  REFERENCE_TIME time = 0;  ///< in the file
+};
+FrameOrigin OriginOf(IMediaSample* sample);
+
+}  // namespace tarvex::test
