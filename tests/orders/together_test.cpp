@@ -73,26 +73,31 @@ TEST_F(Together, AfterSeeksPausesAndRuns) {
   ExpectQuickStop();
 }
 
-// The range that is played is open until somebody asks for it.
+// The range that is played is open until somebody asks for it. What the first sound has before the second begins is
+// more than its ring holds, so that the second begins only after the question.
 TEST_F(Together, OneRangeForAllPinsWhoeverAsksInBetween) {
-  Open({.seconds = 5}, SinkKind::kCounting);
-  const auto seeking = QueryFor<IMediaSeeking>(m_graph->OutputPins().front().Get());
+  m_graph.emplace();
+  ASSERT_EQ(m_graph->SeparatePins(true), S_OK);
+  m_source = MakeFilm({.seconds = 8, .pictures = 1000, .sound = 4000000, .sounds = 2, .lastSoundFrom = 5000});
+  ASSERT_EQ(m_graph->Open(m_source.Get()), S_OK);
+  const ComPtr<IPin> pin = m_graph->OutputPins().at(1);
+  ASSERT_EQ(m_graph->ConnectSink(pin.Get(), SinkKind::kCounting), S_OK);
+  ASSERT_EQ(m_graph->ConnectSink(m_graph->OutputPins().at(2).Get(), SinkKind::kCounting), S_OK);
   m_graph->Sink(0).OnSample([&](IMediaSample* /*sample*/) {
     LONGLONG start = 0;
     LONGLONG stop = 0;
-    EXPECT_EQ(seeking->GetPositions(&start, &stop), S_OK);
-    EXPECT_EQ(seeking->SetRate(2.0), S_OK);
+    EXPECT_EQ(QueryFor<IMediaSeeking>(pin.Get())->GetPositions(&start, &stop), S_OK);
+    EXPECT_EQ(QueryFor<IMediaSeeking>(pin.Get())->SetRate(2.0), S_OK);
   });
   ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
   ASSERT_TRUE(m_graph->WaitForEnd());
   ExpectQuickStop();
-  const auto pictures = SegmentsOf(m_graph->Sink(0));
-  const auto sound = SegmentsOf(m_graph->Sink(1));
-  ASSERT_EQ(pictures.size(), 1U);
-  ASSERT_EQ(sound.size(), 1U);
-  EXPECT_EQ(pictures.front().stop, sound.front().stop);
-  EXPECT_EQ(pictures.front().rate, sound.front().rate);
-  m_graph->Sink(0).OnSample(nullptr);
+  const auto first = SegmentsOf(m_graph->Sink(0));
+  const auto second = SegmentsOf(m_graph->Sink(1));
+  ASSERT_EQ(first.size(), 1U);
+  ASSERT_EQ(second.size(), 1U);
+  EXPECT_EQ(first.front().stop, second.front().stop);
+  EXPECT_EQ(first.front().rate, second.front().rate);
 }
 
 class Switched : public Together, public testing::WithParamInterface<FILTER_STATE> {};

@@ -68,6 +68,7 @@ void PutCluster(Writer& writer, const FilmShape& shape, std::uint32_t from) {
       writer.PutFrame(1, time, shape.pictures / (kSecondMs / kPictureMs), isKey);
     }
     for (unsigned sound = 0; sound < shape.sounds; ++sound) {
+      if (sound + 1 == shape.sounds && time < shape.lastSoundFrom) continue;
       writer.PutFrame(2 + sound, time, shape.sound / (kSecondMs / kSoundMs), true);
     }
   }

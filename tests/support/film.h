@@ -15,6 +15,7 @@ struct FilmShape {
   std::uint32_t pictures = 1000000;
   std::uint32_t sound = 50000;  ///< of each
   unsigned sounds = 1;
+  std::uint32_t lastSoundFrom = 0;     ///< milliseconds: before it the last sound has no frames
   std::uint32_t keyFrameEvery = 1000;  ///< milliseconds; 0: only the first is one
   bool still = false;                  ///< the first picture is the only one
 };
