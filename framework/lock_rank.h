@@ -24,7 +24,7 @@ enum class LockRank : int {
   // From here on the holder neither waits, but for the lock's own condition, nor calls another filter.
   kPinStream = 20,   ///< a pin's queue, sample buffer and held frames
   kConnection = 21,  ///< a pin's peer, whose references are counted under it
-  kLeaf = 22,        ///< whatever is touched for a moment: queue, allocator, channel, timeline
+  kLeaf = 22,        ///< whatever is touched for a moment: queue, allocator, channel, positions, gate
 
   // Taken wherever an object is made or something is logged.
   kLivingObjects = 30,

@@ -106,13 +106,13 @@ TEST_P(Switched, TheNewStreamComesFromWhereItWas) {
   constexpr REFERENCE_TIME kWanted = 12 * kSecond;
   constexpr LONG kSecondSoundIndex = 2;
   Open({.seconds = 60, .pictures = 2000000, .sound = 192000, .sounds = 2, .keyFrameEvery = 2000}, SinkKind::kSlow);
+  const auto sink = CSinkFilter::Create(SinkKind::kSlow);
+  ASSERT_EQ(m_graph->Graph()->AddFilter(sink.Get(), OLESTR("Spare sink")), S_OK);
   ASSERT_EQ(Seek(kWanted), S_OK);
   if (GetParam() != State_Stopped) {
     ASSERT_TRUE(SUCCEEDED(GetParam() == State_Paused ? m_graph->Pause() : m_graph->Run()));
     ExpectTogether(kFirstSound);
   }
-  const auto sink = CSinkFilter::Create(SinkKind::kSlow);
-  ASSERT_EQ(m_graph->Graph()->AddFilter(sink.Get(), OLESTR("Spare sink")), S_OK);
   m_sound.Watch(*sink);
   m_graph->Sink(1).OnSample(nullptr);
   Forget();
