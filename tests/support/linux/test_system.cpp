@@ -17,6 +17,8 @@ ComPtr<IGraphBuilder> CreateFilterGraph() { return MakeCom<CFilterGraph>(); }
 
 ComPtr<IBaseFilter> CreateFileSource(const std::string& path) { return CSourceFilter::FromFile(path); }
 
+HRESULT MakeComObject() { return IsInApartment() ? S_OK : CO_E_NOTINITIALIZED; }
+
 std::string SystemPath(const std::string& path) { return path; }
 
 namespace {

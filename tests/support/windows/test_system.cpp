@@ -76,6 +76,11 @@ ComPtr<IBaseFilter> CreateFileSource(const std::string& path) {
   return filter;
 }
 
+HRESULT MakeComObject() {
+  ComPtr<IMemAllocator> object;
+  return CoCreateInstance(CLSID_MemoryAllocator, nullptr, CLSCTX_INPROC_SERVER, IID_IMemAllocator, object.PutVoid());
+}
+
 // Wine shows the whole Unix file system as drive Z.
 std::string SystemPath(const std::string& path) {
   std::string result = path.starts_with('/') ? "Z:" + path : path;
