@@ -21,6 +21,7 @@
 #include "pins/output/pin_host.h"
 #include "scanner/ebml_scanner.h"
 #include "scanner/matroska_callback.h"
+#include "scanner/read_ahead_reader.h"
 
 namespace tarvex {
 
@@ -167,7 +168,7 @@ class CMatroskaSplitter final : public CBaseFilter,
   HRESULT EnableStream(std::uint32_t streamIndex) override;
 
   // Opening; filter lock held.
-  void ReadSource(IAsyncReader* upstream);
+  void ReadSource(IAsyncReader* upstream, SourceReads reads);
   void CreateOutputPins(bool separate);
   void TearDownOutputPins();
   std::map<std::uint32_t, REFERENCE_TIME> FrameDurations() const;

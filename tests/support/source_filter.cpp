@@ -2,6 +2,8 @@
 #include "tests/support/source_filter.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <stdexcept>
@@ -51,7 +53,24 @@ void CSourceFilter::BlockFrom(int read, bool ignoreFlush) {
   m_blockFrom = m_reads + read;
 }
 
+/// A read, from construction to destruction.
+class CSourceFilter::ReadInProgress {
+ public:
+  explicit ReadInProgress(CSourceFilter& source) : m_source(source) {
+    if (!m_source.m_isReading.exchange(true)) return;
+    std::fputs("two reads at a time of a source that is not the platform's own\n", stderr);
+    std::abort();
+  }
+  ~ReadInProgress() { m_source.m_isReading = false; }
+  ReadInProgress(const ReadInProgress&) = delete;
+  ReadInProgress& operator=(const ReadInProgress&) = delete;
+
+ private:
+  CSourceFilter& m_source;
+};
+
 HRESULT CSourceFilter::Read(LONGLONG position, LONG length, BYTE* buffer) {
+  const ReadInProgress read(*this);
   const HRESULT result = Gate(m_reads++);
   if (FAILED(result)) return result;
   const HRESULT fault = m_fault ? m_fault() : S_OK;

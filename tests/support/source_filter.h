@@ -1,5 +1,6 @@
 // A file source for test graphs: one output pin that offers IAsyncReader over bytes in memory, and can
-// be told to be slow, to fail, or to block until it is flushed. Owned through
+// be told to be slow, to fail, or to block until it is flushed. Being no source of the platform's, it takes one read
+// at a time: two end the process. Owned through
 // ComPtr; the reader side runs on the reader's threads, the settings may change at any time.
 #pragma once
 
@@ -51,6 +52,7 @@ class CSourceFilter : public CBaseFilter {
 
  private:
   friend class CSourcePin;
+  class ReadInProgress;
   static constexpr int kNever = 0x7FFFFFFF;
   explicit CSourceFilter(std::vector<std::uint8_t> bytes);
   HRESULT Read(LONGLONG position, LONG length, BYTE* buffer);
@@ -63,6 +65,7 @@ class CSourceFilter : public CBaseFilter {
   const std::vector<std::uint8_t> m_bytes;
   std::atomic<std::size_t> m_size{m_bytes.size()};  // of m_bytes, what there is to read
   std::function<HRESULT()> m_fault;
+  std::atomic<bool> m_isReading{false};
   std::atomic<int> m_reads{0};
   std::atomic<int> m_flushes{0};
   std::atomic<int> m_failFrom{kNever};
