@@ -128,6 +128,20 @@ std::uint64_t MemoryInUse() {
   return total;
 }
 
+std::size_t WritableBytes(const void* begin, std::size_t size) {
+  const auto* address = static_cast<const std::uint8_t*>(begin);
+  const std::uint8_t* const end = address + size;
+  std::size_t writable = 0;
+  MEMORY_BASIC_INFORMATION region{};
+  while (address < end && VirtualQuery(address, &region, sizeof region) == sizeof region) {
+    const std::uint8_t* next = static_cast<const std::uint8_t*>(region.BaseAddress) + region.RegionSize;
+    next = std::min(next, end);
+    if (region.State == MEM_COMMIT) writable += static_cast<std::size_t>(next - address);
+    address = next;
+  }
+  return writable;
+}
+
 std::uint64_t HeapInUse() {
   std::array<HANDLE, 64> heaps{};
   const DWORD count = std::min<DWORD>(GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()), heaps.size());
