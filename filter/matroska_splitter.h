@@ -66,7 +66,7 @@ class CMatroskaSplitter final : public CBaseFilter,
   const FilterSetup* GetSetupData() override;
   /// Also prepares the seek index and starts the worker, whose result it gives.
   HRESULT STDMETHODCALLTYPE Pause() override;
-  /// Also ends the worker, whose result it gives: S_FALSE when there was none.
+  /// Also ends the worker. S_OK when there was one, S_FALSE when there was none.
   HRESULT STDMETHODCALLTYPE Stop() override;
 
   // ISpecifyPropertyPages
