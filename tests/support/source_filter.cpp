@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <stdexcept>
 
@@ -29,12 +28,20 @@ std::vector<std::uint8_t> ReadWholeFile(const std::string& path) {
 ComPtr<CSourceFilter> CSourceFilter::FromFile(const std::string& path) { return FromBytes(ReadWholeFile(path)); }
 
 ComPtr<CSourceFilter> CSourceFilter::FromBytes(std::vector<std::uint8_t> bytes) {
-  return ComPtr<CSourceFilter>(new CSourceFilter(std::move(bytes)));
+  const auto size = static_cast<LONGLONG>(bytes.size());
+  std::map<LONGLONG, std::vector<std::uint8_t>> parts;
+  parts.emplace(0, std::move(bytes));
+  return FromParts(std::move(parts), size);
 }
 
-CSourceFilter::CSourceFilter(std::vector<std::uint8_t> bytes)
+ComPtr<CSourceFilter> CSourceFilter::FromParts(std::map<LONGLONG, std::vector<std::uint8_t>> parts, LONGLONG size) {
+  return ComPtr<CSourceFilter>(new CSourceFilter(std::move(parts), size));
+}
+
+CSourceFilter::CSourceFilter(std::map<LONGLONG, std::vector<std::uint8_t>> parts, LONGLONG size)
     : CBaseFilter("CSourceFilter", nullptr, &m_filterLock, kSourceClass),
-      m_bytes(std::move(bytes)),
+      m_parts(std::move(parts)),
+      m_size(size),
       m_pin(new CSourcePin(this, &m_filterLock)) {}
 
 CSourceFilter::~CSourceFilter() = default;
@@ -75,6 +82,7 @@ HRESULT CSourceFilter::Read(LONGLONG position, LONG length, BYTE* buffer) {
   if (FAILED(result)) return result;
   const HRESULT fault = m_fault ? m_fault() : S_OK;
   if (FAILED(fault)) return fault;
+  if (!WaitFor(position + length)) return VFW_E_WRONG_STATE;
   if (fault == S_OK) return Copy(position, length, buffer);
   Copy(position, length / 2, buffer);
   return S_FALSE;
@@ -91,12 +99,28 @@ HRESULT CSourceFilter::Gate(int number) {
   return S_OK;
 }
 
+// False when a flush came first.
+bool CSourceFilter::WaitFor(LONGLONG end) {
+  while (std::min(end, m_size.load()) > m_arrived) {
+    m_isWaiting = true;
+    if (m_flushing.Wait(kPollInterval)) break;
+  }
+  m_isWaiting = false;
+  return std::min(end, m_size.load()) <= m_arrived;
+}
+
 HRESULT CSourceFilter::Copy(LONGLONG position, LONG length, BYTE* buffer) const {
   if (position < 0 || length < 0) return E_INVALIDARG;
-  const auto size = static_cast<LONGLONG>(m_size.load());
-  const LONGLONG count = std::clamp<LONGLONG>(size - position, 0, length);
-  if (count > 0) std::memcpy(buffer, m_bytes.data() + position, static_cast<std::size_t>(count));
-  return count == length ? S_OK : S_FALSE;
+  const LONGLONG end = position + std::clamp<LONGLONG>(m_size - position, 0, length);
+  const bool isWhole = end == position + length;
+  if (!isWhole && FAILED(m_answerAtTheEnd)) return m_answerAtTheEnd;
+  std::fill_n(buffer, end - position, BYTE{0});
+  for (const auto& [start, bytes] : m_parts) {
+    const LONGLONG from = std::max(start, position);
+    const LONGLONG to = std::min(start + static_cast<LONGLONG>(bytes.size()), end);
+    if (from < to) std::copy_n(bytes.begin() + (from - start), to - from, buffer + (from - position));
+  }
+  return isWhole ? S_OK : S_FALSE;
 }
 
 void CSourceFilter::BeginFlush() {
@@ -140,10 +164,12 @@ HRESULT STDMETHODCALLTYPE CSourcePin::SyncRead(LONGLONG llPosition, LONG lLength
 HRESULT STDMETHODCALLTYPE CSourcePin::Length(LONGLONG* pTotal, LONGLONG* pAvailable) {
   const HRESULT fault = m_source.m_fault ? m_source.m_fault() : S_OK;
   if (FAILED(fault)) return fault;
-  const auto length = static_cast<LONGLONG>(m_source.m_size.load());
-  if (pTotal != nullptr) *pTotal = length;
-  if (pAvailable != nullptr) *pAvailable = length;
-  return S_OK;
+  const LONGLONG length = m_source.m_size;
+  const LONGLONG available = std::min(length, m_source.m_arrived.load());
+  const LONGLONG estimate = m_source.m_estimate;
+  if (pTotal != nullptr) *pTotal = available < length && estimate != 0 ? estimate : length;
+  if (pAvailable != nullptr) *pAvailable = available;
+  return available < length ? VFW_S_ESTIMATED : S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE CSourcePin::BeginFlush() {

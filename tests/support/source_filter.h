@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,8 @@ class CSourceFilter : public CBaseFilter {
  public:
   static ComPtr<CSourceFilter> FromFile(const std::string& path);
   static ComPtr<CSourceFilter> FromBytes(std::vector<std::uint8_t> bytes);
+  /// So many bytes, zero but for these, by their positions.
+  static ComPtr<CSourceFilter> FromParts(std::map<LONGLONG, std::vector<std::uint8_t>> parts, LONGLONG size);
   ~CSourceFilter() override;
 
   int GetPinCount() override { return 1; }
@@ -43,8 +47,17 @@ class CSourceFilter : public CBaseFilter {
   /// a read give half of its bytes. To be set before anybody reads.
   void BeforeEachCall(std::function<HRESULT()> fault) { m_fault = std::move(fault); }
   /// From now on there are only so many bytes.
-  void Shrink(std::size_t size) { m_size = size; }
-  std::size_t Size() const noexcept { return m_size; }
+  void Shrink(std::size_t size) { m_size = static_cast<LONGLONG>(size); }
+  std::size_t Size() const noexcept { return static_cast<std::size_t>(m_size.load()); }
+  /// So many bytes have come. A read of others waits for them or for a flush, as that of a file on its way does, and
+  /// the length is called an estimate.
+  void Arrive(LONGLONG size) { m_arrived = size; }
+  /// What is given as the length until all bytes have come.
+  void Estimate(LONGLONG size) { m_estimate = size; }
+  /// A read waits for bytes to come.
+  bool IsWaitingForBytes() const noexcept { return m_isWaiting; }
+  /// What a read is answered that goes beyond the last byte: S_FALSE with what there is, or an error with nothing.
+  void AnswerAtTheEnd(HRESULT answer) { m_answerAtTheEnd = answer; }
   /// For BeforeEachCall.
   bool WaitForFlush(DWORD milliseconds) { return m_flushing.Wait(milliseconds); }
   int Reads() const noexcept { return m_reads; }
@@ -54,16 +67,21 @@ class CSourceFilter : public CBaseFilter {
   friend class CSourcePin;
   class ReadInProgress;
   static constexpr int kNever = 0x7FFFFFFF;
-  explicit CSourceFilter(std::vector<std::uint8_t> bytes);
+  CSourceFilter(std::map<LONGLONG, std::vector<std::uint8_t>> parts, LONGLONG size);
   HRESULT Read(LONGLONG position, LONG length, BYTE* buffer);
   HRESULT Gate(int number);
+  bool WaitFor(LONGLONG end);
   HRESULT Copy(LONGLONG position, LONG length, BYTE* buffer) const;
   void BeginFlush();
   void EndFlush();
 
   CCritSec m_filterLock{"CSourceFilter", LockRank::kUpstreamFilter};
-  const std::vector<std::uint8_t> m_bytes;
-  std::atomic<std::size_t> m_size{m_bytes.size()};  // of m_bytes, what there is to read
+  const std::map<LONGLONG, std::vector<std::uint8_t>> m_parts;
+  std::atomic<LONGLONG> m_size;  // what there is to read
+  std::atomic<LONGLONG> m_arrived{std::numeric_limits<LONGLONG>::max()};
+  std::atomic<LONGLONG> m_estimate{0};
+  std::atomic<bool> m_isWaiting{false};
+  std::atomic<HRESULT> m_answerAtTheEnd{S_FALSE};
   std::function<HRESULT()> m_fault;
   std::atomic<bool> m_isReading{false};
   std::atomic<int> m_reads{0};
