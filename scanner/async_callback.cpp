@@ -49,6 +49,13 @@ std::uint64_t CAsyncCallback::QueryLength() {
   return m_length;
 }
 
+bool CAsyncCallback::HasArrived(std::uint64_t position) const {
+  LONGLONG total = 0;
+  LONGLONG available = 0;
+  if (m_reader == nullptr || FAILED(m_reader->Length(&total, &available))) return true;
+  return available >= total || static_cast<LONGLONG>(position) < available;
+}
+
 std::uint32_t CAsyncCallback::read(void* buffer, std::size_t size) {
   if (m_reader == nullptr) throw MessageError(kNoReader);
   if (m_position > m_length) return 0;

@@ -29,6 +29,8 @@ class CAsyncCallback : public libebml::IOCallback {
   /// Asks the reader for the total length in bytes and keeps it.
   std::uint64_t QueryLength();
   std::uint64_t Length() const noexcept { return m_length; }
+  /// The byte there can be read without a wait, as far as the reader says.
+  bool HasArrived(std::uint64_t position) const;
 
   /// Returns and advances by the size asked for, also when the reader had less: the rest is then zero.
   /// Behind the end it returns 0. A reader may call its end an error: ERROR_HANDLE_EOF, for a read that crosses what it

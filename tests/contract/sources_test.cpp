@@ -180,5 +180,29 @@ TEST_F(Sources, PositionsBeyondFourGibibytesAreReadAndSought) {
   EXPECT_LT(m_source->Reads() - readsToPlay, 20) << "nothing in between is read";
 }
 
+// Its Cues are the last to come, and only a seek needs them.
+TEST_F(Sources, OpeningWaitsForTheHeadersAlone) {
+  const LargeFile file;
+  const auto source = CSourceFilter::FromParts(file.parts, file.size);
+  source->Arrive(4000);
+  CEvent opened;
+  CThread opener;
+  ASSERT_EQ(opener.Start([&] {
+    Open(source);
+    opened.Set();
+  }),
+            S_OK);
+  const bool isEarly = opened.Wait(5000);
+  source->Arrive(file.size);
+  opener.Join();
+  ASSERT_TRUE(isEarly);
+  LONGLONG wanted = 20'000'000;
+  const auto seeking = QueryFor<IMediaSeeking>(Output(0).Get());
+  ASSERT_EQ(seeking->SetPositions(&wanted, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  EXPECT_EQ(DigestsAtTheEnd().at(0).size(), 10U);
+  EXPECT_LT(source->Reads(), 100) << "by the Cues";
+}
+
 }  // namespace
 }  // namespace tarvex::test
