@@ -93,10 +93,12 @@ HRESULT CMatroskaSplitter::Stop() {
   LogText("Stop");
   return ComBoundary([this] {
     const CAutoLock filterLock(m_filterLock);  // no start may come in between
+    const bool hadWorker = ThreadExists();     // which one of several steps ends
     if (m_inputPin->IsConnected()) EndQueues();
     static_cast<void>(CBaseFilter::Stop());  // stopped whatever the pins answer
     ClearSeekingOwner();
-    return EndWorker();
+    EndWorker();
+    return hadWorker ? S_OK : S_FALSE;
   });
 }
 

@@ -22,6 +22,7 @@
 #include "pins/output/segment_gate.h"
 #include "scanner/ebml_scanner.h"
 #include "scanner/matroska_callback.h"
+#include "scanner/read_ahead_reader.h"
 
 namespace tarvex {
 
@@ -66,7 +67,7 @@ class CMatroskaSplitter final : public CBaseFilter,
   const FilterSetup* GetSetupData() override;
   /// Also prepares the seek index and starts the worker, whose result it gives.
   HRESULT STDMETHODCALLTYPE Pause() override;
-  /// Also ends the worker, whose result it gives: S_FALSE when there was none.
+  /// Also ends the worker. S_OK when there was one, S_FALSE when there was none.
   HRESULT STDMETHODCALLTYPE Stop() override;
 
   // ISpecifyPropertyPages
@@ -165,7 +166,7 @@ class CMatroskaSplitter final : public CBaseFilter,
   HRESULT EnableStream(std::uint32_t streamIndex) override;
 
   // Opening; filter lock held.
-  void ReadSource(IAsyncReader* upstream);
+  void ReadSource(IAsyncReader* upstream, SourceReads reads);
   void CreateOutputPins(bool separate);
   void TearDownOutputPins();
   std::map<std::uint32_t, REFERENCE_TIME> FrameDurations() const;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "filter/matroska_splitter.h"
+#include "filter/source_manners.h"
 #include "framework/com_boundary.h"
 #include "framework/log.h"
 #include "framework/message_error.h"
@@ -16,7 +17,7 @@ HRESULT CMatroskaSplitter::OpenSource(IPin* peer) {
   const HRESULT result = ComPtr<IPin>(peer).Query(upstream);
   if (FAILED(result)) return result;
   try {
-    ReadSource(upstream.Get());
+    ReadSource(upstream.Get(), ReadsTakenBy(peer));
     CreateOutputPins(m_separatePins);
     return S_OK;
   } catch (...) {
@@ -26,9 +27,9 @@ HRESULT CMatroskaSplitter::OpenSource(IPin* peer) {
   return VFW_E_TYPE_NOT_ACCEPTED;
 }
 
-void CMatroskaSplitter::ReadSource(IAsyncReader* upstream) {
+void CMatroskaSplitter::ReadSource(IAsyncReader* upstream, SourceReads reads) {
   CloseSource();
-  m_reader = MakeCom<CReadAheadReader>(upstream, [this] { BeforeWait(); });
+  m_reader = MakeCom<CReadAheadReader>(upstream, reads, [this] { BeforeWait(); });
   m_scanner.SetCallback(this);
   m_scanner.CanProcess(m_reader.Get());
   m_positions.Open(static_cast<REFERENCE_TIME>(m_scanner.Duration()), FrameDurations());

@@ -81,11 +81,18 @@ HRESULT STDMETHODCALLTYPE CMemAllocator::Decommit() {
 }
 
 HRESULT CMemAllocator::Alloc() {
+  const HRESULT hr = ReserveBlock();
+  if (FAILED(hr) || CommitBlockTo(BlockSize())) return hr;
+  m_block.Free();
+  return E_OUTOFMEMORY;
+}
+
+HRESULT CMemAllocator::ReserveBlock() {
   // After a decommit the block stays while samples are out, and the properties cannot have changed.
   if (m_block.Data() != nullptr) return S_OK;
   const std::int64_t size = Stride(m_properties) * m_properties.cBuffers;
   if (static_cast<std::uint64_t>(size) > std::numeric_limits<std::size_t>::max() / 2) return E_OUTOFMEMORY;
-  return m_block.Allocate(static_cast<std::size_t>(size)) ? S_OK : E_OUTOFMEMORY;
+  return m_block.Reserve(static_cast<std::size_t>(size)) ? S_OK : E_OUTOFMEMORY;
 }
 
 void CMemAllocator::MakeSamples() {

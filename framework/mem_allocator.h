@@ -17,10 +17,10 @@ namespace tarvex {
 
 /// Waits here: GetBuffer for a free sample, ended by a released sample or by Decommit.
 ///
-/// A derived class that divides the block itself overrides Alloc (after calling the base's, which makes
-/// the block), Free, ReleaseBuffer and OnDecommit. For every sample it lends it calls NoteLent, for
-/// every one that comes back NoteReturned; the block goes when the allocator is decommitted and the
-/// last sample is back. All these calls and hooks happen with Lock() held.
+/// A derived class that divides the block itself overrides Alloc (with ReserveBlock, and CommitBlockTo before it
+/// touches a part for the first time), Free, ReleaseBuffer and OnDecommit. For every sample it lends it calls NoteLent,
+/// for every one that comes back NoteReturned; the block goes when the allocator is decommitted and the last sample is
+/// back. All these calls and hooks happen with Lock() held.
 class CMemAllocator : public CUnknownImpl<IMemAllocator> {
  public:
   explicit CMemAllocator(const char* name = "CMemAllocator", IUnknown* outer = nullptr);
@@ -33,7 +33,7 @@ class CMemAllocator : public CUnknownImpl<IMemAllocator> {
   /// prefix is a multiple of the alignment.
   HRESULT STDMETHODCALLTYPE SetProperties(ALLOCATOR_PROPERTIES* pRequest, ALLOCATOR_PROPERTIES* pActual) override;
   HRESULT STDMETHODCALLTYPE GetProperties(ALLOCATOR_PROPERTIES* pProps) override;
-  /// VFW_E_SIZENOTSET before SetProperties; E_OUTOFMEMORY. The block's memory is not touched.
+  /// VFW_E_SIZENOTSET before SetProperties; E_OUTOFMEMORY.
   HRESULT STDMETHODCALLTYPE Commit() override;
   HRESULT STDMETHODCALLTYPE Decommit() override;
   /// VFW_E_NOT_COMMITTED, at once or when decommitted during the wait; VFW_E_TIMEOUT with AM_GBF_NOWAIT.
@@ -42,8 +42,12 @@ class CMemAllocator : public CUnknownImpl<IMemAllocator> {
   HRESULT STDMETHODCALLTYPE ReleaseBuffer(IMediaSample* pBuffer) override;
 
  protected:
-  /// Makes the block; S_OK when there is one already.
+  /// Makes the block with all its memory; S_OK when there is one already.
   virtual HRESULT Alloc();
+  /// Makes it without any.
+  HRESULT ReserveBlock();
+  /// The first `size` bytes of the block have memory. False when there is none for them.
+  bool CommitBlockTo(std::size_t size) noexcept { return m_block.CommitTo(size); }
   /// Forgets all samples and gives the block back. No sample is out.
   virtual void Free();
   /// The allocator was just decommitted: wake whoever waits. The base wakes GetBuffer's waiters.

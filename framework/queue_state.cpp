@@ -255,11 +255,20 @@ void COutputQueue::State::BeginFlush() {
     m_flushing = true;
     m_refusal = S_FALSE;
     ++m_generation;
-    passOn = m_passedOnSinceFlush || !m_settings.flushingOpt;
-    m_flushPassedOn = passOn;
+    // Of a queue that has ended nobody may be left to end it for downstream.
+    passOn = !m_terminated && (m_passedOnSinceFlush || !m_settings.flushingOpt);
     DropEntries(false);
   }
-  if (passOn) m_pin->BeginFlush();
+  if (!passOn) return;
+  m_pin->BeginFlush();
+  if (!KeepFlushPassedOn()) m_pin->EndFlush();
+}
+
+// False when the queue was ended while downstream was told: then its end did not know of this flush.
+bool COutputQueue::State::KeepFlushPassedOn() {
+  const CAutoLock hold(m_lock);
+  m_flushPassedOn = !m_terminated;
+  return m_flushPassedOn;
 }
 
 void COutputQueue::State::EndFlush() {

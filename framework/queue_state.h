@@ -98,6 +98,7 @@ class COutputQueue::State {
   HRESULT PassOnSamples();
   HRESULT PassOnOneByOne(unsigned generation);
   void PutControl(Entry entry);
+  bool KeepFlushPassedOn();
   void Refuse(HRESULT hr);
   void DropEntries(bool keepEnd);
   void DropOneByOne(bool keepEnd);
@@ -126,7 +127,7 @@ class COutputQueue::State {
   unsigned m_droppers = 0;  // threads in DropEntries
   bool m_threadSleeps = false;
   bool m_flushing = false;
-  bool m_flushPassedOn = false;
+  bool m_flushPassedOn = false;  // downstream knows of the flush, and not yet of its end
   bool m_passedOnSinceFlush = false;
   bool m_terminated = false;
 };

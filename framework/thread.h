@@ -15,9 +15,10 @@ DWORD CurrentThreadId() noexcept;
 void SleepMilliseconds(DWORD milliseconds) noexcept;
 
 /// Owns one running thread, or none. Movable, so that an owner can take a thread out of a member and
-/// wait for it without holding a lock. Every thread keeps its module loaded until it has ended, so an
-/// abandoned one may outlive its owner as long as its function owns all it touches. What the function
-/// throws is logged and ends the thread. Destroying a CThread that still owns a thread joins it.
+/// wait for it without holding a lock. Every thread is in COM's multithreaded apartment as long as its function runs
+/// and what that owns lives. It keeps its module loaded until it has ended, so an abandoned one may outlive its owner
+/// as long as its function owns all it touches. What the function throws is logged and ends the thread. Destroying a
+/// CThread that still owns a thread joins it.
 class CThread {
  public:
   using Function = std::function<void()>;

@@ -49,23 +49,40 @@ std::uint64_t CAsyncCallback::QueryLength() {
   return m_length;
 }
 
+bool CAsyncCallback::HasArrived(std::uint64_t position) const {
+  LONGLONG total = 0;
+  LONGLONG available = 0;
+  if (m_reader == nullptr || FAILED(m_reader->Length(&total, &available))) return true;
+  return available >= total || static_cast<LONGLONG>(position) < available;
+}
+
 std::uint32_t CAsyncCallback::read(void* buffer, std::size_t size) {
   if (m_reader == nullptr) throw MessageError(kNoReader);
   if (m_position > m_length) return 0;
   if (size > static_cast<std::size_t>(std::numeric_limits<LONG>::max())) throw MessageError(kReadFailed);
-  const bool crossesEnd = size > m_length - m_position;
-  if (crossesEnd) std::memset(buffer, 0, size);
-  if (!ReadWhole(buffer, static_cast<LONG>(size)) && !crossesEnd) {
-    // The stream became shorter. How many bytes came is not said, so they are read again over zeros.
+  if (size > m_length - m_position) std::memset(buffer, 0, size);
+  if (!ReadWhole(buffer, static_cast<LONG>(size))) {
+    // How many bytes came is not said, so those that there are come again, over zeros.
     std::memset(buffer, 0, size);
-    ReadWhole(buffer, static_cast<LONG>(size));
+    const LONG there = BytesThere(static_cast<LONG>(size));
+    if (there != 0) ReadWhole(buffer, there);
   }
   m_position += size;
   return static_cast<std::uint32_t>(size);
 }
 
+// Of so many from the position on: as the reader says now, since what it said before may have been an estimate.
+LONG CAsyncCallback::BytesThere(LONG size) const {
+  LONGLONG total = 0;
+  LONGLONG available = 0;
+  if (FAILED(m_reader->Length(&total, &available))) return size;
+  return static_cast<LONG>(std::clamp<LONGLONG>(total - static_cast<LONGLONG>(m_position), 0, size));
+}
+
+// False for a short read, which is one at the end; some readers call that an error.
 bool CAsyncCallback::ReadWhole(void* buffer, LONG size) {
   const HRESULT result = m_reader->SyncRead(static_cast<LONGLONG>(m_position), size, static_cast<BYTE*>(buffer));
+  if (result == HRESULT_FROM_WIN32(ERROR_HANDLE_EOF) && BytesThere(size) < size) return false;
   if (FAILED(result)) throw MessageError(kReadFailed);
   return result == S_OK;
 }

@@ -29,9 +29,12 @@ class CAsyncCallback : public libebml::IOCallback {
   /// Asks the reader for the total length in bytes and keeps it.
   std::uint64_t QueryLength();
   std::uint64_t Length() const noexcept { return m_length; }
+  /// The byte there can be read without a wait, as far as the reader says.
+  bool HasArrived(std::uint64_t position) const;
 
   /// Returns and advances by the size asked for, also when the reader had less: the rest is then zero.
-  /// Behind the end it returns 0.
+  /// Behind the end it returns 0. A reader may call its end an error: ERROR_HANDLE_EOF, for a read that crosses what it
+  /// gives as its length at that time.
   std::uint32_t read(void* buffer, std::size_t size) override;
   /// A target outside the stream is refused silently. seek_end subtracts the offset.
   void setFilePointer(std::int64_t offset, libebml::seek_mode mode = libebml::seek_beginning) override;
@@ -50,6 +53,7 @@ class CAsyncCallback : public libebml::IOCallback {
 
  private:
   bool ReadWhole(void* buffer, LONG size);
+  LONG BytesThere(LONG size) const;
 
   IAsyncReader* m_reader = nullptr;
   CReadAheadReader* m_readAhead = nullptr;  // the same reader, if it is one

@@ -50,7 +50,8 @@ void CEbmlScanner::CanProcess(IAsyncReader* reader) {
   ReadSeekHead();
   ReadChapterList();
   ReadDocType();
-  ReadCues();  // now, when nobody waits for a picture, as after a seek
+  // Now, when nobody waits for a picture, as after a seek; but not if opening would wait for a stream on its way.
+  if (m_byteSource.HasArrived(m_cuesPosition)) ReadCues();
 }
 
 void CEbmlScanner::ReadHeaders() {

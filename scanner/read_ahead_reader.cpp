@@ -8,6 +8,7 @@
 
 #include "framework/com_boundary.h"
 #include "framework/condition_variable.h"
+#include "scanner/serial_reader.h"
 
 namespace tarvex {
 
@@ -16,13 +17,19 @@ namespace {
 constexpr LONG kPieceCapacity = 2 * CReadAheadReader::kLargestWindow;  // of the prefetcher's memory
 constexpr LONGLONG kLastPosition = std::numeric_limits<LONGLONG>::max();
 
+ComPtr<IAsyncReader> Below(IAsyncReader* upstream, SourceReads reads) {
+  if (reads == SourceReads::kSeveralAtATime) return ComPtr<IAsyncReader>(upstream);
+  return MakeCom<CSerialReader>(upstream);
+}
+
 }  // namespace
 
-CReadAheadReader::CReadAheadReader(IAsyncReader* upstream, std::function<void()> beforeRead)
+CReadAheadReader::CReadAheadReader(IAsyncReader* upstream, SourceReads reads, std::function<void()> beforeRead)
     : CUnknownImpl("CReadAheadReader", nullptr),
-      m_upstream(upstream),
+      m_sourceReads(reads),
+      m_upstream(Below(upstream, reads)),
       m_beforeRead(std::move(beforeRead)),
-      m_prefetcher(upstream, kLargestWindow) {}
+      m_prefetcher(m_upstream.Get(), kLargestWindow) {}
 
 HRESULT CReadAheadReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAsyncReader && out != nullptr) return GiveInterface(static_cast<IAsyncReader*>(this), out);
@@ -140,11 +147,12 @@ bool CReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
   return true;
 }
 
-// Instead of waiting for the piece at `position`.
+// Instead of waiting for the piece at `position`, where that can be done meanwhile.
 void CReadAheadReader::ReadAnother(LONGLONG position) {
   constexpr ULONGLONG kSlow = 100;  // ms: longer than that nobody is to wait for what he does not want yet
   CPrefetcher::Piece piece;
-  if (m_sourceIsSlow || !m_prefetcher.Claim(position, piece)) {
+  const bool mayRead = m_sourceReads == SourceReads::kSeveralAtATime && !m_sourceIsSlow;
+  if (!mayRead || !m_prefetcher.Claim(position, piece)) {
     if (m_beforeRead) m_beforeRead();
     return;
   }

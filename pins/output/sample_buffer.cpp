@@ -1,6 +1,7 @@
 // Samples from a ring: taking, waiting for room, giving back.
 #include "pins/output/sample_buffer.h"
 
+#include <new>
 #include <utility>
 
 #include "framework/com_boundary.h"
@@ -39,7 +40,7 @@ CSampleBuffer::~CSampleBuffer() = default;
 
 HRESULT CSampleBuffer::Alloc() {
   const bool hadBlock = Block() != nullptr;
-  const HRESULT hr = CMemAllocator::Alloc();
+  const HRESULT hr = ReserveBlock();
   // Samples of an earlier commit may still lie in the block; then the ring goes on with them.
   if (SUCCEEDED(hr) && !hadBlock) m_ring.Reset(BlockSize());
   if (SUCCEEDED(hr)) m_isExpected = false;
@@ -103,11 +104,16 @@ CSampleBuffer::Sample* CSampleBuffer::Take(std::size_t size) {
   return sample;
 }
 
-// Null when there is none.
+// Null when there is none. The ring's front is used first, and again whenever all samples are back, so what lies
+// behind the farthest that the ring has been used needs no memory.
 CSampleBuffer::Sample* CSampleBuffer::TakeIfThereIsRoom(std::size_t size) {
   if (LentCount() >= limits::kSamplesOut) return nullptr;
   Sample* sample = FreeSample();
   if (!m_ring.Take(sample->region, size)) return nullptr;
+  if (!CommitBlockTo(sample->region.end)) {
+    m_ring.Give(sample->region);
+    throw std::bad_alloc();
+  }
   m_free = sample->Next();
   sample->SetBuffer(Block() + sample->region.start, static_cast<LONG>(size));
   NoteLent();

@@ -16,8 +16,8 @@
 namespace tarvex {
 
 /// Waits here: GetSample for room, ended by a released sample, by Decommit, by BeginFlush or by
-/// CancelWaits. The block's memory is not touched before a sample lies in it, and stays until the
-/// allocator is decommitted and the last sample is back. In steady use nothing is allocated.
+/// CancelWaits. The block gets memory as samples first reach so far into it, none before the first, and keeps it until
+/// the allocator is decommitted and the last sample is back. In steady use nothing is allocated.
 class CSampleBuffer final : public CMemAllocator {
  public:
   CSampleBuffer();

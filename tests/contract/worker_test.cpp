@@ -42,7 +42,20 @@ class Worker : public GraphTest {
   std::optional<LogCapture> m_log;
 };
 
-TEST_F(Worker, StopWithoutOneSaysSo) { EXPECT_EQ(Splitter()->Stop(), S_FALSE); }
+// The graph passes on what it is answered, and S_FALSE tells an application that the stop goes on.
+TEST_F(Worker, StopIsDoneWhenThereWasOneAndSaysWhenThereWasNone) {
+  EXPECT_EQ(Splitter()->Stop(), S_FALSE);
+  OpenMovie(kLongMovie);
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kSlow), S_OK);
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    EXPECT_EQ(Graph().Stop(), S_OK);
+    EXPECT_EQ(Splitter()->Stop(), S_FALSE);
+    ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
+    EXPECT_EQ(Splitter()->Stop(), S_OK);
+    EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+  }
+}
 
 TEST_F(Worker, SeekWhileRunningPausesAndStartsIt) {
   OpenMovie(kLongMovie);

@@ -48,8 +48,8 @@ void Uncount(const void* block) noexcept {
 }  // namespace
 
 const char* NameOf(FaultKind kind) {
-  static constexpr const char* kNames[kKinds] = {"OperatorNew", "Malloc", "CoTaskMemAlloc", "SysAllocString",
-                                                 "SampleBlock", "Thread", "Inflate"};
+  static constexpr const char* kNames[kKinds] = {"OperatorNew", "Malloc",       "CoTaskMemAlloc", "SysAllocString",
+                                                 "SampleBlock", "SampleMemory", "Thread",         "Inflate"};
   return kNames[static_cast<std::size_t>(kind)];
 }
 
@@ -92,7 +92,8 @@ void __real_free(void* block);
 int __real_inflateInit_(z_streamp stream, const char* version, int size);
 void* __real__Z14CoTaskMemAllocm(std::size_t size);
 char16_t* __real__Z17SysAllocStringLenPKDsj(const char16_t* text, unsigned length);
-bool __real__ZN6tarvex11MemoryBlock8AllocateEm(void* self, std::size_t size);
+bool __real__ZN6tarvex11MemoryBlock7ReserveEm(void* self, std::size_t size);
+bool __real__ZN6tarvex11MemoryBlock10CommitMoreEm(void* self, std::size_t size);
 void __real__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(void* self,
                                                                                                   void* state,
                                                                                                   void (*depend)());
@@ -131,8 +132,12 @@ char16_t* __wrap__Z17SysAllocStringLenPKDsj(const char16_t* text, unsigned lengt
   return __real__Z17SysAllocStringLenPKDsj(text, length);
 }
 
-bool __wrap__ZN6tarvex11MemoryBlock8AllocateEm(void* self, std::size_t size) {
-  return !Fails(FaultKind::kRing) && __real__ZN6tarvex11MemoryBlock8AllocateEm(self, size);
+bool __wrap__ZN6tarvex11MemoryBlock7ReserveEm(void* self, std::size_t size) {
+  return !Fails(FaultKind::kRing) && __real__ZN6tarvex11MemoryBlock7ReserveEm(self, size);
+}
+
+bool __wrap__ZN6tarvex11MemoryBlock10CommitMoreEm(void* self, std::size_t size) {
+  return !Fails(FaultKind::kRingMemory) && __real__ZN6tarvex11MemoryBlock10CommitMoreEm(self, size);
 }
 
 void __wrap__ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE(void* self,

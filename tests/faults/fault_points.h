@@ -13,13 +13,14 @@ enum class FaultKind {
   kMalloc,      ///< malloc and calloc of the container libraries answer null
   kTaskMemory,  ///< CoTaskMemAlloc
   kText,        ///< SysAllocStringLen
-  kRing,        ///< the block behind a pin's samples
+  kRing,        ///< the addresses of the block behind a pin's samples
+  kRingMemory,  ///< more of the memory behind them
   kThread,      ///< no thread can be created
   kInflate      ///< zlib has no memory
 };
 inline constexpr FaultKind kAllFaultKinds[] = {FaultKind::kNew,    FaultKind::kMalloc, FaultKind::kTaskMemory,
-                                               FaultKind::kText,   FaultKind::kRing,   FaultKind::kThread,
-                                               FaultKind::kInflate};
+                                               FaultKind::kText,   FaultKind::kRing,   FaultKind::kRingMemory,
+                                               FaultKind::kThread, FaultKind::kInflate};
 const char* NameOf(FaultKind kind);
 
 /// Calls of one kind are counted from 0.

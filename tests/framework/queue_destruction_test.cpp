@@ -102,6 +102,21 @@ TEST(QueueDestruction, AFlushMeanwhileIsEndedForDownstream) {
   }
 }
 
+// The same, where the end has come and gone while downstream is being told of the flush.
+TEST(QueueDestruction, AFlushThatDownstreamLearnsOfBehindTheEndIsEndedToo) {
+  Downstream down;
+  const std::shared_ptr<COutputQueue> queue = MakeQueue(down);
+  down.sink->BeforeFlush([&] { COutputQueue::End(std::span(&queue, 1)); });
+  Send(*queue, down, 1);
+  queue->BeginFlush();
+  queue->EndFlush();
+  EXPECT_FALSE(down.Pin()->IsFlushing());
+  down.sink->BeforeFlush([] {});
+  queue->BeginFlush();
+  EXPECT_FALSE(down.Pin()->IsFlushing()) << "nobody would end it, whose queue has ended";
+  queue->EndFlush();
+}
+
 TEST(QueueDestruction, WhileIdleIsQuickAndFlushesNothing) {
   Downstream down;
   for (int i = 0; i < 50; ++i) {

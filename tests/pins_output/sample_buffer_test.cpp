@@ -17,6 +17,7 @@
 #include "framework/message_error.h"
 #include "framework/thread.h"
 #include "scanner/limits.h"
+#include "tests/support/test_system.h"
 
 namespace tarvex::test {
 namespace {
@@ -222,6 +223,21 @@ TEST(SampleBuffer, CancellationIsForLaterWaitsTooAndOutlastsAFlush) {
   ComPtr<IMediaSample> sample;
   EXPECT_EQ(buffer->GetSample(sample.Put(), kWholeBlock, true), VFW_E_WRONG_STATE);
   EXPECT_EQ(buffer->GetSample(sample.Put(), 1, true), S_OK) << "this one need not wait";
+}
+
+TEST(SampleBuffer, MemoryComesAsFarAsTheRingIsUsedAndNoneBefore) {
+  constexpr std::size_t kCoarse = 512 * 1024;
+  const auto buffer = MakeBuffer();
+  const auto empty = TakeNow(*buffer, 0);
+  const BYTE* block = BytesOf(*empty);
+  EXPECT_EQ(WritableBytes(block, kWholeBlock), 0U) << "nothing was delivered";
+  std::size_t largest = 0;
+  for (const std::size_t used : {std::size_t{1}, std::size_t{3} << 20, std::size_t{2} << 20, kWholeBlock}) {
+    std::memset(BytesOf(*TakeNow(*buffer, used)), 1, used);
+    largest = std::max(largest, used);
+    EXPECT_GE(WritableBytes(block, kWholeBlock), largest);
+    EXPECT_LT(WritableBytes(block, kWholeBlock), largest + kCoarse);
+  }
 }
 
 TEST(SampleBuffer, MemoryStaysUntilTheLastSampleIsBack) {

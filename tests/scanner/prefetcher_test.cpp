@@ -19,7 +19,8 @@ constexpr LONGLONG kMebibyte = 1 << 20;
 constexpr LONGLONG kSize = 9 * kMebibyte + 17;
 
 struct LongStream {
-  LongStream() : below(Noise(kSize, 6)) {
+  explicit LongStream(SourceReads sourceReads = SourceReads::kSeveralAtATime)
+      : below(Noise(kSize, 6)), reader(MakeCom<CReadAheadReader>(&below, sourceReads)) {
     below.onRead = [this] { ++(std::this_thread::get_id() == here ? readsHere : readsElsewhere); };
   }
 
@@ -51,16 +52,19 @@ struct LongStream {
   std::atomic<int> readsElsewhere{0};
   std::atomic<int> overtaken{0};
   MemoryReader below;
-  ComPtr<CReadAheadReader> reader = MakeCom<CReadAheadReader>(&below);
+  ComPtr<CReadAheadReader> reader;
 };
 
 TEST(Prefetcher, StreamReadOnIsTheSameAndReadOnceByBoth) {
-  for (const LONG length : {1000, 300000}) {
-    LongStream stream;
-    const LONGLONG half = stream.ReadOn(0, length) / 2;
-    EXPECT_GT(half, (kSize - length) / 2);
-    EXPECT_LE(stream.below.reads, kSize / kMebibyte + 6);
-    stream.ReadOn(half, length);
+  for (const SourceReads reads : {SourceReads::kOneAtATime, SourceReads::kSeveralAtATime}) {
+    for (const LONG length : {1000, 300000}) {
+      LongStream stream(reads);
+      const LONGLONG half = stream.ReadOn(0, length) / 2;
+      EXPECT_GT(half, (kSize - length) / 2);
+      EXPECT_LE(stream.below.reads, kSize / kMebibyte + 6);
+      stream.ReadOn(half, length);
+      EXPECT_TRUE(reads == SourceReads::kSeveralAtATime || !stream.below.hadTwoAtOnce);
+    }
   }
 }
 
@@ -130,7 +134,7 @@ TEST(Prefetcher, BrokenPlaceFailsOnlyReadsThatTouchIt) {
 
 /// Reading on another thread blocks until a flush.
 struct BlockedStream : LongStream {
-  BlockedStream() {
+  explicit BlockedStream(SourceReads sourceReads = SourceReads::kSeveralAtATime) : LongStream(sourceReads) {
     below.onRead = [this] {
       if (std::this_thread::get_id() == here) return;
       ++readsElsewhere;
@@ -161,6 +165,21 @@ TEST(Prefetcher, BlockedReadOfAnotherPlaceHoldsNobodyUpAndDestructionFreesIt) {
   EXPECT_GT(stream.ReadOn(3 * kMebibyte, 1000), kSize - 1000) << "read here, as before";
   stream.reader.Reset();
   EXPECT_EQ(stream.below.endFlushes, 1);
+}
+
+TEST(Prefetcher, WhereOneReadIsAllowedAFlushFreesWhoWaitsForAnother) {
+  BlockedStream stream(SourceReads::kOneAtATime);
+  for (LONGLONG position = 0; position < kMebibyte; position += 1000) ASSERT_EQ(stream.Read(position, 1000), S_OK);
+  while (stream.readsElsewhere == 0) std::this_thread::yield();
+  std::thread flusher([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    stream.reader->BeginFlush();
+  });
+  EXPECT_EQ(stream.Read(3 * kMebibyte, 1000), VFW_E_WRONG_STATE);
+  flusher.join();
+  stream.reader->EndFlush();
+  EXPECT_GT(stream.ReadOn(3 * kMebibyte, 1000), kSize - 1000);
+  EXPECT_FALSE(stream.below.hadTwoAtOnce);
 }
 
 }  // namespace

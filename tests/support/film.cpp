@@ -23,12 +23,12 @@ ByteString Track(std::uint64_t number) {
                     Join({Unsigned(id::kDefaultDuration, duration), details}));
 }
 
-/// Pieces one after another.
+/// Parts one after another.
 class Writer {
  public:
   void Put(ByteString bytes) {
     const auto size = static_cast<LONGLONG>(bytes.size());
-    m_pieces.emplace(m_position, std::move(bytes));
+    m_parts.emplace(m_position, std::move(bytes));
     m_position += size;
   }
   void Skip(std::uint32_t bytes) { m_position += bytes; }
@@ -39,7 +39,7 @@ class Writer {
     return head;
   }
   void End(std::uint32_t id, LONGLONG head) {
-    ByteString& bytes = m_pieces.at(head);
+    ByteString& bytes = m_parts.at(head);
     bytes = Join({Id(id), Vint(static_cast<std::uint64_t>(m_position - head) - bytes.size(), 8)});
   }
   void PutFrame(std::uint64_t track, std::uint32_t time, std::uint32_t size, bool key) {
@@ -52,10 +52,10 @@ class Writer {
     Put(Join({Id(id::kSimpleBlock), Vint(block.size() + rest, 8), block}));
     Skip(rest);
   }
-  ComPtr<CSourceFilter> Finish() { return CSourceFilter::FromPieces(std::move(m_pieces), m_position); }
+  ComPtr<CSourceFilter> Finish() { return CSourceFilter::FromParts(std::move(m_parts), m_position); }
 
  private:
-  CSourceFilter::Pieces m_pieces;
+  CSourceFilter::Parts m_parts;
   LONGLONG m_position = 0;
 };
 

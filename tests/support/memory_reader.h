@@ -24,28 +24,22 @@ class MemoryReader final : public IAsyncReader {
   MemoryReader& operator=(const MemoryReader&) = delete;
 
   std::vector<std::uint8_t> bytes;
-  LONGLONG reportedLength = 0;           ///< what Length says, which does not follow `bytes`
-  std::int64_t failingRead = -1;         ///< this read (counted from 0) and all after it fail
-  std::atomic<LONGLONG> brokenFrom{-1};  ///< reads that touch this position or one behind it fail
-  std::function<void()> onRead;          ///< called inside every SyncRead
-  std::atomic<std::int64_t> reads{0};    ///< calls of SyncRead
-  std::atomic<LONG> largestRead{0};      ///< bytes asked for in one call
+  LONGLONG reportedLength = 0;            ///< what Length says, which does not follow `bytes`
+  std::int64_t failingRead = -1;          ///< this read (counted from 0) and all after it fail
+  std::atomic<LONGLONG> brokenFrom{-1};   ///< reads that touch this position or one behind it fail
+  std::function<void()> onRead;           ///< called inside every SyncRead
+  std::atomic<std::int64_t> reads{0};     ///< calls of SyncRead
+  std::atomic<LONG> largestRead{0};       ///< bytes asked for in one call
+  std::atomic<bool> hadTwoAtOnce{false};  ///< a read began during another
   std::atomic<int> beginFlushes{0};
   std::atomic<int> endFlushes{0};
 
   HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override {
     const std::int64_t number = reads++;
-    LONG largest = largestRead;
-    while (lLength > largest && !largestRead.compare_exchange_weak(largest, lLength)) {
-    }
-    if (onRead) onRead();
-    if (llPosition < 0 || lLength < 0) return E_INVALIDARG;
-    if (failingRead >= 0 && number >= failingRead) return E_FAIL;
-    if (brokenFrom >= 0 && llPosition + lLength > brokenFrom) return E_FAIL;
-    const auto size = static_cast<LONGLONG>(bytes.size());
-    const LONGLONG there = std::clamp<LONGLONG>(size - llPosition, 0, lLength);
-    if (there > 0) std::memcpy(pBuffer, bytes.data() + llPosition, static_cast<std::size_t>(there));
-    return there == lLength ? S_OK : S_FALSE;
+    if (m_inside++ != 0) hadTwoAtOnce = true;
+    const HRESULT result = Read(number, llPosition, lLength, pBuffer);
+    --m_inside;
+    return result;
   }
   HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override {
     *pTotal = reportedLength;
@@ -75,6 +69,23 @@ class MemoryReader final : public IAsyncReader {
   HRESULT STDMETHODCALLTYPE Request(IMediaSample*, DWORD_PTR) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE WaitForNext(DWORD, IMediaSample**, DWORD_PTR*) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE SyncReadAligned(IMediaSample*) override { return E_NOTIMPL; }
+
+ private:
+  HRESULT Read(std::int64_t number, LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
+    LONG largest = largestRead;
+    while (lLength > largest && !largestRead.compare_exchange_weak(largest, lLength)) {
+    }
+    if (onRead) onRead();
+    if (llPosition < 0 || lLength < 0) return E_INVALIDARG;
+    if (failingRead >= 0 && number >= failingRead) return E_FAIL;
+    if (brokenFrom >= 0 && llPosition + lLength > brokenFrom) return E_FAIL;
+    const auto size = static_cast<LONGLONG>(bytes.size());
+    const LONGLONG there = std::clamp<LONGLONG>(size - llPosition, 0, lLength);
+    if (there > 0) std::memcpy(pBuffer, bytes.data() + llPosition, static_cast<std::size_t>(there));
+    return there == lLength ? S_OK : S_FALSE;
+  }
+
+  std::atomic<int> m_inside{0};
 };
 
 }  // namespace tarvex::test

@@ -165,6 +165,7 @@ HRESULT STDMETHODCALLTYPE CSinkPin::EndOfStream() {
 }
 
 HRESULT STDMETHODCALLTYPE CSinkPin::BeginFlush() {
+  if (m_sink.m_beforeFlush) m_sink.m_beforeFlush();
   m_sink.Record({.kind = SinkEvent::Kind::kBeginFlush});
   const HRESULT result = CBaseInputPin::BeginFlush();
   m_sink.Unblock();

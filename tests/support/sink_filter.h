@@ -72,7 +72,9 @@ class CSinkFilter : public CBaseFilter {
   void LetGo();
   /// Called in Receive, on the thread that delivers, after the sample was written down.
   void OnSample(std::function<void(IMediaSample*)> call) { m_onSample = std::move(call); }
-  /// The same; the answer is Receive's.
+  /// Called in BeginFlush, before the pin begins to flush.
+  void BeforeFlush(std::function<void()> call) { m_beforeFlush = std::move(call); }
+  /// The same as OnSample; the answer is Receive's.
   void AnswerWith(std::function<HRESULT(IMediaSample*)> call) { m_answer = std::move(call); }
 
  private:
@@ -95,6 +97,7 @@ class CSinkFilter : public CBaseFilter {
   std::vector<ComPtr<IMediaSample>> m_held;  // under m_recordLock
   std::function<void(IMediaSample*)> m_onSample;
   std::function<HRESULT(IMediaSample*)> m_answer;
+  std::function<void()> m_beforeFlush;
   std::atomic<bool> m_isOver{false};  // since an end of stream
   std::atomic<int> m_afterEnd{0};
   CEvent m_ended{CEvent::Mode::kManual};

@@ -2,7 +2,8 @@
 #include "tests/support/source_filter.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 
@@ -28,18 +29,18 @@ ComPtr<CSourceFilter> CSourceFilter::FromFile(const std::string& path) { return 
 
 ComPtr<CSourceFilter> CSourceFilter::FromBytes(std::vector<std::uint8_t> bytes) {
   const auto size = static_cast<LONGLONG>(bytes.size());
-  Pieces pieces;
-  pieces.emplace(0, std::move(bytes));
-  return FromPieces(std::move(pieces), size);
+  Parts parts;
+  parts.emplace(0, std::move(bytes));
+  return FromParts(std::move(parts), size);
 }
 
-ComPtr<CSourceFilter> CSourceFilter::FromPieces(Pieces pieces, LONGLONG size) {
-  return ComPtr<CSourceFilter>(new CSourceFilter(std::move(pieces), size));
+ComPtr<CSourceFilter> CSourceFilter::FromParts(Parts parts, LONGLONG size) {
+  return ComPtr<CSourceFilter>(new CSourceFilter(std::move(parts), size));
 }
 
-CSourceFilter::CSourceFilter(Pieces pieces, LONGLONG size)
+CSourceFilter::CSourceFilter(Parts parts, LONGLONG size)
     : CBaseFilter("CSourceFilter", nullptr, &m_filterLock, kSourceClass),
-      m_pieces(std::move(pieces)),
+      m_parts(std::move(parts)),
       m_size(size),
       m_pin(new CSourcePin(this, &m_filterLock)) {}
 
@@ -59,11 +60,29 @@ void CSourceFilter::BlockFrom(int read, bool ignoreFlush) {
   m_blockFrom = m_reads + read;
 }
 
+/// A read, from construction to destruction.
+class CSourceFilter::ReadInProgress {
+ public:
+  explicit ReadInProgress(CSourceFilter& source) : m_source(source) {
+    if (!m_source.m_isReading.exchange(true)) return;
+    std::fputs("two reads at a time of a source that is not the platform's own\n", stderr);
+    std::abort();
+  }
+  ~ReadInProgress() { m_source.m_isReading = false; }
+  ReadInProgress(const ReadInProgress&) = delete;
+  ReadInProgress& operator=(const ReadInProgress&) = delete;
+
+ private:
+  CSourceFilter& m_source;
+};
+
 HRESULT CSourceFilter::Read(LONGLONG position, LONG length, BYTE* buffer) {
+  const ReadInProgress read(*this);
   const HRESULT result = Gate(m_reads++);
   if (FAILED(result)) return result;
   const HRESULT fault = m_fault ? m_fault() : S_OK;
   if (FAILED(fault)) return fault;
+  if (!WaitFor(position + length)) return VFW_E_WRONG_STATE;
   if (fault == S_OK) return Copy(position, length, buffer);
   Copy(position, length / 2, buffer);
   return S_FALSE;
@@ -80,20 +99,31 @@ HRESULT CSourceFilter::Gate(int number) {
   return S_OK;
 }
 
+// False when a flush came first.
+bool CSourceFilter::WaitFor(LONGLONG end) {
+  while (std::min(end, m_size.load()) > m_arrived) {
+    m_isWaiting = true;
+    if (m_flushing.Wait(kPollInterval)) break;
+  }
+  m_isWaiting = false;
+  return std::min(end, m_size.load()) <= m_arrived;
+}
+
 HRESULT CSourceFilter::Copy(LONGLONG position, LONG length, BYTE* buffer) const {
   if (position < 0 || length < 0) return E_INVALIDARG;
-  const LONGLONG count = std::clamp<LONGLONG>(m_size - position, 0, length);
-  std::memset(buffer, 0, static_cast<std::size_t>(count));
-  auto piece = m_pieces.upper_bound(position);
-  if (piece != m_pieces.begin()) --piece;
-  for (; piece != m_pieces.end() && piece->first < position + count; ++piece) {
-    const auto& [start, bytes] = *piece;
-    const LONGLONG first = std::max(start, position);
-    const LONGLONG last = std::min(start + static_cast<LONGLONG>(bytes.size()), position + count);
-    if (first >= last) continue;
-    std::memcpy(buffer + (first - position), bytes.data() + (first - start), static_cast<std::size_t>(last - first));
+  const LONGLONG end = position + std::clamp<LONGLONG>(m_size - position, 0, length);
+  const bool isWhole = end == position + length;
+  if (!isWhole && FAILED(m_answerAtTheEnd)) return m_answerAtTheEnd;
+  std::fill_n(buffer, end - position, BYTE{0});
+  auto part = m_parts.upper_bound(position);
+  if (part != m_parts.begin()) --part;
+  for (; part != m_parts.end() && part->first < end; ++part) {
+    const auto& [start, bytes] = *part;
+    const LONGLONG from = std::max(start, position);
+    const LONGLONG to = std::min(start + static_cast<LONGLONG>(bytes.size()), end);
+    if (from < to) std::copy_n(bytes.begin() + (from - start), to - from, buffer + (from - position));
   }
-  return count == length ? S_OK : S_FALSE;
+  return isWhole ? S_OK : S_FALSE;
 }
 
 void CSourceFilter::BeginFlush() {
@@ -138,9 +168,11 @@ HRESULT STDMETHODCALLTYPE CSourcePin::Length(LONGLONG* pTotal, LONGLONG* pAvaila
   const HRESULT fault = m_source.m_fault ? m_source.m_fault() : S_OK;
   if (FAILED(fault)) return fault;
   const LONGLONG length = m_source.m_size;
-  if (pTotal != nullptr) *pTotal = length;
-  if (pAvailable != nullptr) *pAvailable = length;
-  return S_OK;
+  const LONGLONG available = std::min(length, m_source.m_arrived.load());
+  const LONGLONG estimate = m_source.m_estimate;
+  if (pTotal != nullptr) *pTotal = available < length && estimate != 0 ? estimate : length;
+  if (pAvailable != nullptr) *pAvailable = available;
+  return available < length ? VFW_S_ESTIMATED : S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE CSourcePin::BeginFlush() {

@@ -1,10 +1,12 @@
 // A file source for test graphs: one output pin that offers IAsyncReader over bytes in memory, and can
-// be told to be slow, to fail, or to block until it is flushed. Owned through
+// be told to be slow, to fail, or to block until it is flushed. Being no source of the platform's, it takes one read
+// at a time: two end the process. Owned through
 // ComPtr; the reader side runs on the reader's threads, the settings may change at any time.
 #pragma once
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <map>
 #include <string>
 #include <vector>
@@ -25,9 +27,9 @@ class CSourceFilter : public CBaseFilter {
  public:
   static ComPtr<CSourceFilter> FromFile(const std::string& path);
   static ComPtr<CSourceFilter> FromBytes(std::vector<std::uint8_t> bytes);
-  /// Pieces of a file by their positions, which do not overlap; between them and up to `size` there are zeros.
-  using Pieces = std::map<LONGLONG, std::vector<std::uint8_t>>;
-  static ComPtr<CSourceFilter> FromPieces(Pieces pieces, LONGLONG size);
+  /// So many bytes, zero but for these, which do not overlap, by their positions.
+  using Parts = std::map<LONGLONG, std::vector<std::uint8_t>>;
+  static ComPtr<CSourceFilter> FromParts(Parts parts, LONGLONG size);
   ~CSourceFilter() override;
 
   int GetPinCount() override { return 1; }
@@ -48,6 +50,15 @@ class CSourceFilter : public CBaseFilter {
   /// From now on there are only so many bytes.
   void Shrink(std::size_t size) { m_size = static_cast<LONGLONG>(size); }
   std::size_t Size() const noexcept { return static_cast<std::size_t>(m_size.load()); }
+  /// So many bytes have come. A read of others waits for them or for a flush, as that of a file on its way does, and
+  /// the length is called an estimate.
+  void Arrive(LONGLONG size) { m_arrived = size; }
+  /// What is given as the length until all bytes have come.
+  void Estimate(LONGLONG size) { m_estimate = size; }
+  /// A read waits for bytes to come.
+  bool IsWaitingForBytes() const noexcept { return m_isWaiting; }
+  /// What a read is answered that goes beyond the last byte: S_FALSE with what there is, or an error with nothing.
+  void AnswerAtTheEnd(HRESULT answer) { m_answerAtTheEnd = answer; }
   /// For BeforeEachCall.
   bool WaitForFlush(DWORD milliseconds) { return m_flushing.Wait(milliseconds); }
   int Reads() const noexcept { return m_reads; }
@@ -55,18 +66,25 @@ class CSourceFilter : public CBaseFilter {
 
  private:
   friend class CSourcePin;
+  class ReadInProgress;
   static constexpr int kNever = 0x7FFFFFFF;
-  CSourceFilter(Pieces pieces, LONGLONG size);
+  CSourceFilter(Parts parts, LONGLONG size);
   HRESULT Read(LONGLONG position, LONG length, BYTE* buffer);
   HRESULT Gate(int number);
+  bool WaitFor(LONGLONG end);
   HRESULT Copy(LONGLONG position, LONG length, BYTE* buffer) const;
   void BeginFlush();
   void EndFlush();
 
   CCritSec m_filterLock{"CSourceFilter", LockRank::kUpstreamFilter};
-  const Pieces m_pieces;
-  std::atomic<LONGLONG> m_size;
+  const Parts m_parts;
+  std::atomic<LONGLONG> m_size;  // what there is to read
+  std::atomic<LONGLONG> m_arrived{std::numeric_limits<LONGLONG>::max()};
+  std::atomic<LONGLONG> m_estimate{0};
+  std::atomic<bool> m_isWaiting{false};
+  std::atomic<HRESULT> m_answerAtTheEnd{S_FALSE};
   std::function<HRESULT()> m_fault;
+  std::atomic<bool> m_isReading{false};
   std::atomic<int> m_reads{0};
   std::atomic<int> m_flushes{0};
   std::atomic<int> m_failFrom{kNever};

@@ -21,6 +21,11 @@ bool GraphTakesThreads();
 /// std::runtime_error.
 ComPtr<IBaseFilter> CreateFileSource(const std::string& path);
 
+/// Makes a COM object of the platform's on the calling thread, and answers what COM answers: CO_E_NOTINITIALIZED on a
+/// thread that is in no apartment, while no other one of the process is in the multithreaded one. Where there is no
+/// COM, the answer is about the calling thread alone.
+HRESULT MakeComObject();
+
 /// As the program's own system names the file: Wine gets Unix paths from outside.
 std::string SystemPath(const std::string& path);
 
@@ -30,6 +35,8 @@ std::uint32_t OpenHandles();
 std::uint32_t LivingThreads();
 /// Private memory of this process that the system has committed or made resident, in bytes.
 std::uint64_t MemoryInUse();
+/// Bytes of the `size` at `begin` that the system lets the process write to: those it has promised memory for.
+std::size_t WritableBytes(const void* begin, std::size_t size);
 /// Bytes that are allocated on the process's heaps.
 std::uint64_t HeapInUse();
 

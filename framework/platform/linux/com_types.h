@@ -106,6 +106,18 @@ constexpr HRESULT HRESULT_FROM_WIN32(DWORD code) {
 void* CoTaskMemAlloc(std::size_t size);
 void CoTaskMemFree(void* memory);
 
+/// Apartments. This stand-in keeps none and only counts; both kinds are one.
+inline constexpr DWORD COINIT_MULTITHREADED = 0x0;
+inline constexpr DWORD COINIT_APARTMENTTHREADED = 0x2;
+inline constexpr DWORD COINIT_DISABLE_OLE1DDE = 0x4;
+inline constexpr HRESULT CO_E_NOTINITIALIZED = static_cast<HRESULT>(0x800401F0);
+HRESULT CoInitializeEx(void* reserved, DWORD kind);
+void CoUninitialize();
+/// Entered and not left again, by all threads. For tests.
+LONG ApartmentsEntered();
+/// The calling thread is in one. For tests.
+bool IsInApartment();
+
 /// Counted strings: length in bytes before the text, a zero after it. Null when there is no memory.
 BSTR SysAllocString(const OLECHAR* text);
 BSTR SysAllocStringLen(const OLECHAR* text, UINT length);

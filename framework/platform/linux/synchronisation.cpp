@@ -14,6 +14,7 @@
 #include "framework/event.h"
 #include "framework/platform/lock_order.h"
 #include "framework/thread.h"
+#include "framework/thread_apartment.h"
 
 namespace tarvex {
 
@@ -85,6 +86,20 @@ struct CThread::Native {
   std::shared_ptr<CEvent> ended = std::make_shared<CEvent>(CEvent::Mode::kManual);
 };
 
+namespace {
+
+// What the function owns goes before the apartment does, and both before anybody learns of the end.
+void RunInApartment(CThread::Function& function) noexcept {
+  const ThreadApartment apartment;
+  static_cast<void>(ComBoundary([&] {
+    function();
+    return S_OK;
+  }));
+  function = nullptr;
+}
+
+}  // namespace
+
 CThread::CThread() noexcept = default;
 CThread::~CThread() { Join(); }
 CThread::CThread(CThread&& other) noexcept = default;
@@ -101,11 +116,7 @@ HRESULT CThread::Start(Function function, int /*priority*/) noexcept {
     auto native = std::make_unique<Native>();
     try {
       native->thread = std::thread([body = std::move(function), ended = native->ended]() mutable {
-        static_cast<void>(ComBoundary([&] {
-          body();
-          return S_OK;
-        }));
-        body = nullptr;  // what it owns goes before anybody learns of the end
+        RunInApartment(body);
         ended->Set();
       });
     } catch (const std::system_error&) {

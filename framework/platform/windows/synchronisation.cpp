@@ -7,6 +7,7 @@
 #include "framework/critical_section.h"
 #include "framework/platform/lock_order.h"
 #include "framework/thread.h"
+#include "framework/thread_apartment.h"
 
 namespace tarvex {
 
@@ -75,8 +76,10 @@ struct ThreadStart {
   HMODULE module = nullptr;
 };
 
-// All objects of the thread are gone when this returns.
+// All objects of the thread are gone when this returns, and last of all its apartment: not with the thread itself,
+// which ends with the loader's lock held, and leaving the last apartment may unload modules.
 HMODULE RunFunction(void* argument) noexcept {
+  const ThreadApartment apartment;
   const std::unique_ptr<ThreadStart> start(static_cast<ThreadStart*>(argument));
   static_cast<void>(ComBoundary([&] {
     start->function();

@@ -4,9 +4,11 @@
 #include <malloc.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 #include "tests/support/linux/filter_graph.h"
 #include "tests/support/source_filter.h"
@@ -16,6 +18,8 @@ namespace tarvex::test {
 ComPtr<IGraphBuilder> CreateFilterGraph() { return MakeCom<CFilterGraph>(); }
 
 ComPtr<IBaseFilter> CreateFileSource(const std::string& path) { return CSourceFilter::FromFile(path); }
+
+HRESULT MakeComObject() { return IsInApartment() ? S_OK : CO_E_NOTINITIALIZED; }
 
 std::string SystemPath(const std::string& path) { return path; }
 
@@ -43,6 +47,23 @@ std::uint64_t MemoryInUse() {
   std::uint64_t resident = 0;
   statm >> total >> resident;
   return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+std::size_t WritableBytes(const void* begin, std::size_t size) {
+  const auto first = reinterpret_cast<std::uintptr_t>(begin);
+  std::ifstream maps("/proc/self/maps");
+  std::size_t writable = 0;
+  for (std::string line; std::getline(maps, line);) {
+    std::uintptr_t from = 0;
+    std::uintptr_t to = 0;
+    char dash = 0;
+    std::string rights;
+    std::istringstream(line) >> std::hex >> from >> dash >> to >> rights;
+    from = std::max(from, first);
+    to = std::min(to, first + size);
+    if (rights.starts_with("rw") && from < to) writable += to - from;
+  }
+  return writable;
 }
 
 std::uint64_t HeapInUse() {

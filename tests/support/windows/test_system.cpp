@@ -76,6 +76,11 @@ ComPtr<IBaseFilter> CreateFileSource(const std::string& path) {
   return filter;
 }
 
+HRESULT MakeComObject() {
+  ComPtr<IMemAllocator> object;
+  return CoCreateInstance(CLSID_MemoryAllocator, nullptr, CLSCTX_INPROC_SERVER, IID_IMemAllocator, object.PutVoid());
+}
+
 // Wine shows the whole Unix file system as drive Z.
 std::string SystemPath(const std::string& path) {
   std::string result = path.starts_with('/') ? "Z:" + path : path;
@@ -121,6 +126,20 @@ std::uint64_t MemoryInUse() {
     address = static_cast<const std::uint8_t*>(region.BaseAddress) + region.RegionSize;
   }
   return total;
+}
+
+std::size_t WritableBytes(const void* begin, std::size_t size) {
+  const auto* address = static_cast<const std::uint8_t*>(begin);
+  const std::uint8_t* const end = address + size;
+  std::size_t writable = 0;
+  MEMORY_BASIC_INFORMATION region{};
+  while (address < end && VirtualQuery(address, &region, sizeof region) == sizeof region) {
+    const std::uint8_t* next = static_cast<const std::uint8_t*>(region.BaseAddress) + region.RegionSize;
+    next = std::min(next, end);
+    if (region.State == MEM_COMMIT) writable += static_cast<std::size_t>(next - address);
+    address = next;
+  }
+  return writable;
 }
 
 std::uint64_t HeapInUse() {

@@ -1,0 +1,208 @@
+// Sources other than a file on a disk: one whose bytes are still on their way, one that says its end in another way,
+// one of more than 4 GiB.
+#include "framework/thread.h"
+#include "tests/contract/contract_fixture.h"
+#include "tests/support/ebml_writer.h"
+
+namespace tarvex::test {
+namespace {
+
+constexpr LONG kEcErrorAbort = 3;
+constexpr MovieShape kMovie = {.frames = 300, .framesPerCluster = 25, .frameSize = 5000};
+
+class Sources : public GraphTest {
+ protected:
+  /// Connects the source and a sink for every pin.
+  void Open(ComPtr<CSourceFilter> source) {
+    m_graph.emplace();
+    m_source = std::move(source);
+    ASSERT_EQ(Graph().SeparatePins(true), S_OK);
+    ASSERT_EQ(Graph().Open(m_source.Get()), S_OK);
+    ASSERT_EQ(Graph().ConnectSinks(SinkKind::kRecording), S_OK);
+  }
+  std::vector<std::vector<std::string>> DigestsAtTheEnd() {
+    std::vector<std::vector<std::string>> all;
+    EXPECT_TRUE(Graph().WaitForEnd());
+    for (const auto& sink : Graph().Sinks()) {
+      std::vector<std::string>& digests = all.emplace_back();
+      for (const SinkEvent& sample : sink->Samples()) digests.push_back(sample.sha1);
+    }
+    EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 50));
+    EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+    return all;
+  }
+  std::size_t SamplesSoFar() {
+    std::size_t samples = 0;
+    for (const auto& sink : Graph().Sinks()) samples += sink->CountOf(SinkEvent::Kind::kSample);
+    return samples;
+  }
+  void AwaitUntil(const std::function<bool()>& isDone) {
+    for (DWORD waited = 0; waited < kPatience && !isDone(); ++waited) SleepMilliseconds(1);
+    EXPECT_TRUE(isDone());
+  }
+};
+
+TEST_F(Sources, BytesOnTheirWayAreWaitedForAndNeverMadeUp) {
+  const ByteString movie = MakeMovie(kMovie);
+  const auto size = static_cast<LONGLONG>(movie.size());
+  Open(CSourceFilter::FromBytes(movie));
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  const auto expected = DigestsAtTheEnd();
+  ASSERT_EQ(expected.at(0).size(), kMovie.frames);
+
+  const auto source = CSourceFilter::FromBytes(movie);
+  source->Arrive(2000);  // the headers; opening waits for no more
+  Open(source);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  AwaitUntil([&] { return source->IsWaitingForBytes(); });
+  EXPECT_EQ(SamplesSoFar(), 0U);
+  const std::size_t aCluster = 2 * kMovie.framesPerCluster;
+  for (LONGLONG arrived = 2000; arrived < size; arrived += 123457) {
+    source->Arrive(arrived);
+    // What is there is played, but for the Cluster that is not whole yet.
+    const auto whole = static_cast<std::size_t>(arrived * 2 * kMovie.frames / size);
+    AwaitUntil([&] { return SamplesSoFar() + 2 * aCluster >= whole; });
+    EXPECT_LE(SamplesSoFar(), whole);
+  }
+  source->Arrive(size);
+  EXPECT_EQ(DigestsAtTheEnd(), expected);
+}
+
+TEST_F(Sources, StopEndsTheWaitForBytesThatDoNotCome) {
+  const auto source = CSourceFilter::FromBytes(MakeMovie(kMovie));
+  source->Arrive(1000000);
+  Open(source);
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    AwaitUntil([&] { return source->IsWaitingForBytes(); });
+    EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+    EXPECT_FALSE(source->IsWaitingForBytes());
+  }
+  EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 50));
+}
+
+// The end is nearer than it was thought to be when the stream was opened, or the file is cut: reads cross it.
+TEST_F(Sources, AnEndIsTheSameHoweverTheSourceSaysIt) {
+  constexpr LONGLONG kTooMuch = 100000;
+  for (const int cut : {0, 1, 3, 4990, 5010}) {
+    ByteString movie = MakeMovie(kMovie);
+    movie.erase(movie.end() - cut, movie.end());
+    Open(CSourceFilter::FromBytes(movie));
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    const auto expected = DigestsAtTheEnd();
+    EXPECT_GE(expected.at(0).size(), kMovie.frames - kMovie.framesPerCluster);
+    for (const HRESULT answer : {S_FALSE, HRESULT_FROM_WIN32(ERROR_HANDLE_EOF)}) {
+      SCOPED_TRACE(testing::Message() << cut << " bytes missing, answer " << std::hex << answer);
+      const auto source = CSourceFilter::FromBytes(movie);
+      const auto size = static_cast<LONGLONG>(movie.size());
+      source->AnswerAtTheEnd(answer);
+      source->Estimate(cut == 0 ? size + kTooMuch : size);
+      source->Arrive(size - kTooMuch);
+      Open(source);
+      ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+      AwaitUntil([&] { return source->IsWaitingForBytes(); });
+      source->Arrive(size);
+      EXPECT_EQ(DigestsAtTheEnd(), expected);
+    }
+  }
+}
+
+/// One Cluster in front and two behind 5 GiB of tags, with the Cues behind them.
+struct LargeFile {
+  static constexpr std::uint64_t kFilling = std::uint64_t{1} << 30;
+  static constexpr int kFillings = 5;
+
+  LargeFile() {
+    const ByteString video =
+        Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 320), Unsigned(id::kPixelHeight, 240)}));
+    const ByteString tracks = Element(id::kTracks, TrackEntry(1, 1, "V_VP8", video));
+    const ByteString info =
+        Element(id::kInfo, Join({Unsigned(id::kTimecodeScale, 1000000), Float(id::kDuration, 3000)}));
+    const ByteString front = Join({info, tracks, Pictures(0)});
+    const ByteString tags = Join({Id(id::kTags), Vint(kFilling, 8)});
+    constexpr std::uint64_t kSeekHead = 24;
+    const std::uint64_t behind = kSeekHead + front.size() + kFillings * (tags.size() + kFilling);
+    const ByteString back = Join({Pictures(1000), Pictures(2000)});
+    const std::uint64_t cuesAt = behind + back.size();
+    const ByteString cues = Element(id::kCues, Join({Cue(0, kSeekHead + info.size() + tracks.size()), Cue(1000, behind),
+                                                     Cue(2000, behind + back.size() / 2)}));
+    const ByteString head = Join({EbmlHead(), Id(id::kSegment), Vint(cuesAt + cues.size(), 8)});
+    auto position = static_cast<LONGLONG>(head.size());
+    const auto put = [&](const ByteString& bytes) {
+      parts[position] = bytes;
+      position += static_cast<LONGLONG>(bytes.size());
+    };
+    put(Join({SeekHeadFor(id::kCues, cuesAt), front}));
+    for (int k = 0; k < kFillings; ++k) {
+      put(tags);
+      position += kFilling;
+    }
+    put(Join({back, cues}));
+    parts[0] = head;
+    size = position;
+  }
+
+  static ByteString Pictures(std::uint64_t time) {
+    ByteString blocks;
+    for (std::int16_t k = 0; k < 10; ++k) {
+      const ByteString frame(100, static_cast<std::uint8_t>(time / 100 + k));
+      blocks = Join({blocks, SimpleBlock(1, static_cast<std::int16_t>(k * 100), frame)});
+    }
+    return Cluster(time, blocks);
+  }
+  static ByteString Cue(std::uint64_t time, std::uint64_t position) {
+    const ByteString place = Join({Unsigned(id::kCueTrack, 1), Unsigned(id::kCueClusterPosition, position)});
+    return Element(id::kCuePoint, Join({Unsigned(id::kCueTime, time), Element(id::kCueTrackPositions, place)}));
+  }
+
+  std::map<LONGLONG, ByteString> parts;
+  LONGLONG size = 0;
+};
+
+TEST_F(Sources, PositionsBeyondFourGibibytesAreReadAndSought) {
+  LargeFile file;
+  ASSERT_GT(file.size, LONGLONG{1} << 32);
+  Open(CSourceFilter::FromParts(file.parts, file.size));
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  const std::vector<std::string> all = DigestsAtTheEnd().at(0);
+  ASSERT_EQ(all.size(), 30U) << "from the front to the back";
+  const int readsToPlay = m_source->Reads();
+  EXPECT_LT(readsToPlay, 100) << "the tags are not read";
+
+  LONGLONG wanted = 20'000'000;  // the last Cluster
+  const auto seeking = QueryFor<IMediaSeeking>(Output(0).Get());
+  ASSERT_EQ(seeking->SetPositions(&wanted, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning), S_OK);
+  Graph().Sink(0).Clear();
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  EXPECT_EQ(DigestsAtTheEnd().at(0), std::vector<std::string>(all.begin() + 20, all.end()));
+  EXPECT_EQ(Graph().Sink(0).Events().front().start, wanted) << "the segment's";
+  EXPECT_EQ(Graph().Sink(0).Samples().front().start, 0);
+  EXPECT_LT(m_source->Reads() - readsToPlay, 20) << "nothing in between is read";
+}
+
+// Its Cues are the last to come, and only a seek needs them.
+TEST_F(Sources, OpeningWaitsForTheHeadersAlone) {
+  const LargeFile file;
+  const auto source = CSourceFilter::FromParts(file.parts, file.size);
+  source->Arrive(4000);
+  CEvent opened;
+  CThread opener;
+  ASSERT_EQ(opener.Start([&] {
+    Open(source);
+    opened.Set();
+  }),
+            S_OK);
+  const bool isEarly = opened.Wait(5000);
+  source->Arrive(file.size);
+  opener.Join();
+  ASSERT_TRUE(isEarly);
+  LONGLONG wanted = 20'000'000;
+  const auto seeking = QueryFor<IMediaSeeking>(Output(0).Get());
+  ASSERT_EQ(seeking->SetPositions(&wanted, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning), S_OK);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  EXPECT_EQ(DigestsAtTheEnd().at(0).size(), 10U);
+  EXPECT_LT(source->Reads(), 100) << "by the Cues";
+}
+
+}  // namespace
+}  // namespace tarvex::test
