@@ -41,6 +41,15 @@ HRESULT CSerialReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer
   return turn ? m_upstream->SyncRead(llPosition, lLength, pBuffer) : VFW_E_WRONG_STATE;
 }
 
+HRESULT CSerialReader::EndFlush() {
+  constexpr DWORD kPatience = 100;  // milliseconds; not every reader's flush ends reads
+  {
+    const CAutoLock hold(m_lock);
+    m_changed.WaitUntil(m_lock, kPatience, [this] { return !m_isReading; });
+  }
+  return m_upstream->EndFlush();
+}
+
 HRESULT CSerialReader::BeginFlush() {
   {
     const CAutoLock hold(m_lock);

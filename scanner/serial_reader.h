@@ -21,7 +21,9 @@ class CSerialReader : public CUnknownImpl<IAsyncReader> {
 
   HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override;
   HRESULT STDMETHODCALLTYPE BeginFlush() override;
-  HRESULT STDMETHODCALLTYPE EndFlush() override { return m_upstream->EndFlush(); }
+  /// Waits a moment for the read that the flush ends: who looks for a flush now and then would miss a short one, and
+  /// the next read would wait behind that one.
+  HRESULT STDMETHODCALLTYPE EndFlush() override;
   HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override {
     return m_upstream->Length(pTotal, pAvailable);
   }

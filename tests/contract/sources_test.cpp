@@ -145,7 +145,7 @@ struct LargeFile {
   static ByteString Pictures(std::uint64_t time) {
     ByteString blocks;
     for (std::int16_t k = 0; k < 10; ++k) {
-      const ByteString frame(100, static_cast<std::uint8_t>(time / 100 + k));
+      const ByteString frame(100, static_cast<std::uint8_t>(time / 100 + static_cast<std::uint64_t>(k)));
       blocks = Join({blocks, SimpleBlock(1, static_cast<std::int16_t>(k * 100), frame)});
     }
     return Cluster(time, blocks);
