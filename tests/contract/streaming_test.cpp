@@ -129,13 +129,16 @@ TEST_F(Streaming, ASinkThatRefusesIsNotAskedAgainAndEndsThePass) {
   EXPECT_EQ(Graph().Sink(0).CountOf(Kind::kEndOfStream), 0U);
 }
 
-// More sound than its ring can take is held until the second picture comes, and goes ahead of the pictures.
+// More sound than its ring can take is held until the second key frame comes. Where the sound is refused before the
+// pictures went, they are lost, and what comes behind them cannot be decoded.
 TEST_F(Streaming, ASinkThatRefusesHeldFramesEndsTheirRelease) {
   const ByteString picture = Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 16), Unsigned(id::kPixelHeight, 16)}));
   const ByteString tracks = Join({TrackEntry(1, 1, "V_VP8", picture), TrackEntry(2, 2, "A_AC3")});
   ByteString blocks;
   for (std::int16_t time = 0; time < 1400; time += 20) blocks = Join({blocks, SimpleBlock(2, time, Zeros(200000))});
-  blocks = Join({blocks, SimpleBlock(1, 0, {1}), SimpleBlock(1, 40, {1})});
+  for (const int time : {0, 40, 80, 120, 160}) {
+    blocks = Join({blocks, SimpleBlock(1, static_cast<std::int16_t>(time), {1}, time % 80 == 0 && time < 160)});
+  }
   const ByteString info = Element(id::kInfo, Unsigned(id::kTimecodeScale, 1000000));
   OpenBytes(MatroskaFile(Join({info, Element(id::kTracks, tracks), Cluster(0, blocks)})));
   ASSERT_EQ(Graph().ConnectSink(Output(0).Get(), SinkKind::kCounting), S_OK);
@@ -145,7 +148,8 @@ TEST_F(Streaming, ASinkThatRefusesHeldFramesEndsTheirRelease) {
   WaitForThePass(log);
   EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
   EXPECT_EQ(Graph().Sink(1).Samples().size(), 1U);
-  EXPECT_TRUE(Graph().Sink(0).Samples().empty()) << log.Joined();
+  const auto pictures = Graph().Sink(0).Samples();
+  EXPECT_TRUE(pictures.empty() || pictures.front().key) << log.Joined();
 }
 
 TEST_F(Streaming, PicturesOutOfOrderAreShownUpToTheStopAndNoneAfterIt) {
