@@ -16,8 +16,9 @@
 #include "framework/message_error.h"
 #include "scanner/chapter_reader.h"
 #include "scanner/cluster_delivery.h"
+#include "scanner/cluster_index.h"
+#include "scanner/cue_index.h"
 #include "scanner/index_search.h"
-#include "scanner/seek_index_builder.h"
 #include "scanner/track_reader.h"
 
 namespace tarvex {

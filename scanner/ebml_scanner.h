@@ -1,7 +1,7 @@
 // The Matroska reader: opens a file over an IAsyncReader, keeps what its headers say, and delivers the
-// frames of its clusters. Owned by the filter, which also is its callback. It has no lock: opening runs
-// on the connecting thread, the index on the thread that pauses, delivery on the worker, never two at
-// once. Only the flush operations may come at any time.
+// frames of its clusters. Owned by the filter, which also is its callback. It has no lock: opening, which
+// reads the Cues, runs on the connecting thread, delivery and whatever else is read for a start time on the
+// worker, never two at once. Only the flush operations may come at any time.
 #pragma once
 
 #include <ebml/EbmlStream.h>

@@ -1,10 +1,8 @@
 #include "scanner/element_search.h"
 
-#include <ebml/EbmlCrc32.h>
-#include <ebml/EbmlVoid.h>
-
 #include <algorithm>
 
+#include "scanner/element_ids.h"
 #include "scanner/limits.h"
 
 namespace tarvex {
@@ -21,7 +19,7 @@ std::size_t HeadBytesBefore(std::uint64_t end, std::uint64_t position) {
   return static_cast<std::size_t>(std::min<std::uint64_t>(ElementHeader::kMaxBytes, end - position));
 }
 
-bool IsChecksum(const ElementHeader& header) { return header.id == EBML_ID_VALUE(EBML_ID(libebml::EbmlCrc32)); }
+bool IsChecksum(const ElementHeader& header) { return header.id == element_ids::kCrc32; }
 
 }  // namespace
 
@@ -59,7 +57,7 @@ std::optional<FoundElement> CElementSearch::At(std::uint64_t position) {
 bool CElementSearch::MayGoOnAt(std::uint64_t position) {
   if (position >= m_streamLength) return true;
   const auto header = ParseElementHeader(m_window.From(position, ElementHeader::kMaxBytes, kFirstChunk));
-  return header && (m_ids.Contains(header->id) || header->id == EBML_ID_VALUE(EBML_ID(libebml::EbmlVoid)));
+  return header && (m_ids.Contains(header->id) || header->id == element_ids::kVoid);
 }
 
 std::optional<FoundElement> CElementSearch::UpperBetween(std::uint64_t begin, std::uint64_t end) {

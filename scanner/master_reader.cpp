@@ -6,11 +6,12 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 #include <utility>
 
+#include "scanner/block_head.h"
 #include "scanner/byte_input.h"
+#include "scanner/element_ids.h"
 #include "scanner/limits.h"
 
 namespace tarvex {
@@ -28,8 +29,8 @@ class CDepth {
   int& m_depth;
 };
 
-constexpr std::size_t kLongestHead = 8 + 2 + 1 + 1;  // track number, time, flags, number of frames
-using BlockHead = std::array<std::uint8_t, kLongestHead>;
+constexpr std::size_t kLongestHead = BlockHead::kMaxBytes + 1;  // and the number of frames
+using BlockHeadBytes = std::array<std::uint8_t, kLongestHead>;
 
 /// Gives a block its head and leaves the rest of its buffer as it is.
 class CBlockHead : public CByteInput {
@@ -52,22 +53,19 @@ bool IsBlock(const libebml::EbmlElement& element) {
 
 /// A block's first bytes, as one without lacing where what follows them decides nothing. Nothing for a lace
 /// whose frame sizes decide whether it is a block at all.
-std::optional<BlockHead> HeadAlone(std::span<const std::uint8_t> bytes, std::uint64_t size) {
-  constexpr std::uint8_t kLacing = 0x06;
-  constexpr std::uint8_t kFixedSizes = 0x04;
-  BlockHead head{};
+std::optional<BlockHeadBytes> HeadAlone(std::span<const std::uint8_t> bytes, std::uint64_t size) {
+  BlockHeadBytes head{};
   const std::size_t count =
       std::min(bytes.size(), static_cast<std::size_t>(std::min<std::uint64_t>(head.size(), size)));
   std::copy_n(bytes.begin(), count, head.begin());
-  // The flags follow the track number, whose first byte tells its length, and a 16-bit time.
-  const std::size_t flags = static_cast<std::size_t>(std::countl_zero(head[0])) + 1 + 2;
-  if (flags >= count) return std::nullopt;
-  const int lacing = head[flags] & kLacing;
-  if (lacing == 0) return head;
-  if (lacing != kFixedSizes || flags + 1 >= count || (size - flags - 2) % (head[flags + 1] + 1U) != 0) {
+  const auto parsed = ParseBlockHead(std::span(head).first(count));
+  if (!parsed) return std::nullopt;
+  if (parsed->lacing == BlockLacing::kNone) return head;
+  const std::size_t frames = parsed->Length();  // their number, less one
+  if (parsed->lacing != BlockLacing::kFixed || frames >= count || (size - frames - 1) % (head[frames] + 1U) != 0) {
     return std::nullopt;
   }
-  head[flags] = static_cast<std::uint8_t>(head[flags] & ~kLacing);
+  head[parsed->flags] = static_cast<std::uint8_t>(head[parsed->flags] & ~BlockHead::kLacingFlags);
   return head;
 }
 
@@ -174,7 +172,7 @@ std::optional<CMasterReader::LevelEnd> CMasterReader::ReadLoadedBlock(Level& lev
   const auto rest = m_window.Loaded(position, level.end - position);
   if (!rest) return std::nullopt;
   const auto header = ParseElementHeader(*rest);
-  if (!header || header->id != EBML_ID_VALUE(EBML_ID(libmatroska::KaxSimpleBlock))) return std::nullopt;
+  if (!header || header->id != element_ids::kSimpleBlock) return std::nullopt;
   const std::size_t room = rest->size() - header->Length();
   if (!header->sizeKnown || header->size < kSmallest || header->size > room || header->size >= limits::kElement) {
     return std::nullopt;
