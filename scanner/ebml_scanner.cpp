@@ -32,6 +32,7 @@ void CEbmlScanner::Reset() noexcept {
   m_seekIndex.clear();
   m_cuesRead = false;
   m_clustersScanned = false;
+  m_known.Clear();
 }
 
 void CEbmlScanner::InitializeStream(IAsyncReader* reader) {
@@ -39,6 +40,7 @@ void CEbmlScanner::InitializeStream(IAsyncReader* reader) {
   m_seekIndex.clear();
   m_cuesRead = false;
   m_clustersScanned = false;
+  m_known.Clear();
   m_byteSource.Attach(reader);
   m_byteSource.setFilePointer(0);
   m_stream.reset(new (std::nothrow) libebml::EbmlStream(m_byteSource));
@@ -169,17 +171,13 @@ void CEbmlScanner::ScanClusters() {
   if (!index) return;
   m_seekIndex = std::move(*index);
   m_clustersScanned = true;
+  m_known.Clear();
 }
 
 bool CEbmlScanner::Process() {
   if (!m_stream || !m_segment) return false;
-  if (m_startTime != 0) {
-    BuildIndex();
-    if (EventsPending()) return true;  // perhaps in the midst of it
-  }
   CElementWalker walker(*m_stream, m_byteSource);
-  walker.MoveTo(m_segmentDataStart);
-  GoToStart(walker);
+  if (!FindStart(walker)) return true;
   const CClusterDelivery::OnFrames onFrames = [this](std::span<const FrameInfo> frames) { return OnFrames(frames); };
   const std::function<bool()> eventsPending = [this] { return EventsPending(); };
   CClusterDelivery delivery(m_info, onFrames, eventsPending);
@@ -205,6 +203,37 @@ bool CEbmlScanner::DeliverCluster(CElementWalker& walker, libmatroska::KaxCluste
     return goesOn;
   });
   return goesOn;
+}
+
+// False: interrupted. A failing read leads to the front.
+bool CEbmlScanner::FindStart(CElementWalker& walker) {
+  using Outcome = CClusterSearch::Outcome;
+  CClusterSearch::Result result;
+  if (m_startTime != 0) {
+    ReadCues();
+    const bool hasNone = m_cuesRead && m_seekIndex.empty() && !m_clustersScanned;
+    if (hasNone) result = SearchClusters(walker);
+    if (result.outcome == Outcome::kReadAll) BuildIndex();
+    if (result.outcome == Outcome::kInterrupted || EventsPending()) return false;  // perhaps in the midst of it
+  }
+  walker.MoveTo(m_segmentDataStart);
+  if (result.outcome == Outcome::kFound) {
+    walker.MoveTo(result.position);
+  } else {
+    GoToStart(walker);
+  }
+  return true;
+}
+
+CClusterSearch::Result CEbmlScanner::SearchClusters(CElementWalker& walker) {
+  const std::function<bool()> eventsPending = [this] { return EventsPending(); };
+  try {
+    CClusterSearch search(walker, *m_segment, m_info, m_byteSource.Length(), m_known, m_reach, eventsPending);
+    return search.Find(m_startTime);
+  } catch (const MessageError& error) {
+    LogText(error.what());
+    return {CClusterSearch::Outcome::kFound, m_segmentDataStart};
+  }
 }
 
 // One entry earlier than the one that covers the start, so that decoders have a picture before it.

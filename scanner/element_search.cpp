@@ -39,7 +39,7 @@ std::optional<FoundElement> CElementSearch::From(std::uint64_t position) {
       }
       const std::size_t step = PassUnknown(position + offset, rest);
       offset += step == 1 ? 1 : WithoutHidden(position + offset, step);
-      if (step != 1 && m_end == kNoEnd) break;  // the window may have moved
+      if (step != 1 && !HasEnd()) break;  // the window may have moved
     }
     chunk = offset > bytes.size() ? kFirstChunk : std::min(chunk * 8, kLargestChunk);
     position += offset;
@@ -108,11 +108,11 @@ std::size_t CElementSearch::PassUnknown(std::uint64_t position, std::span<const 
   return header->Length() + static_cast<std::size_t>(header->size);
 }
 
-// In a parent without an end nothing stops a search that goes from one head to the next, as noise holds them,
-// except that no such step goes past what belongs further up.
+// In a parent without an end to be believed nothing stops a search that goes from one head to the next, as noise holds
+// them, except that no such step goes past what belongs further up.
 std::size_t CElementSearch::WithoutHidden(std::uint64_t position, std::size_t step) {
-  if (m_end != kNoEnd || m_unknown == Unknown::kPassByteWise) return step;
-  const auto upper = UpperBetween(position + 1, position + step);
+  if (HasEnd() || m_unknown == Unknown::kPassByteWise) return step;
+  const auto upper = UpperBetween(position + 1, std::min(position + step, m_streamLength));
   return upper ? static_cast<std::size_t>(upper->position - position) : step;
 }
 

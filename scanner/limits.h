@@ -38,6 +38,8 @@ inline constexpr std::size_t kTracks = 1024;
 inline constexpr std::size_t kChapters = 1 << 16;
 /// Entries of the seek index, 16 bytes each. A longer one is thinned out evenly.
 inline constexpr std::size_t kIndexEntries = 1 << 20;
+/// Clusters that are remembered of a file without Cues, each about 100 bytes. With more, some are looked at again.
+inline constexpr std::size_t kKnownClusters = 1 << 14;
 /// Entries that are kept aside until the Cluster that they are from proves to be plain. With more it is read as
 /// any other.
 inline constexpr std::size_t kPlainClusterEntries = 1 << 16;

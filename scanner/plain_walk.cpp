@@ -3,14 +3,14 @@
 namespace tarvex {
 
 std::optional<ElementHeader> CPlainWalk::Head() {
-  const auto header = ParseElementHeader(Bytes(m_position, ElementHeader::kMaxBytes));
+  const auto header = ParseElementHeader(Bytes(ElementHeader::kMaxBytes));
   if (!header || !header->sizeKnown || header->size > m_end - m_position - header->Length()) return std::nullopt;
   return header;
 }
 
 std::span<const std::uint8_t> CPlainWalk::Data(const ElementHeader& header, std::uint64_t count) {
   const std::uint64_t wanted = std::min(count, header.size);
-  return Bytes(m_position + header.Length(), wanted).first(static_cast<std::size_t>(wanted));
+  return BytesAt(m_position + header.Length(), wanted).first(static_cast<std::size_t>(wanted));
 }
 
 CPlainWalk CPlainWalk::Inside(const ElementHeader& header) const {
@@ -24,7 +24,7 @@ void CPlainWalk::Pass(const ElementHeader& header) {
   m_position += length;
 }
 
-std::span<const std::uint8_t> CPlainWalk::Bytes(std::uint64_t position, std::uint64_t atLeast) {
+std::span<const std::uint8_t> CPlainWalk::BytesAt(std::uint64_t position, std::uint64_t atLeast) {
   const std::uint64_t left = m_end - position;
   const std::uint64_t chunk = std::min<std::uint64_t>(m_step.Bytes(), m_readTo - position);
   const auto bytes =

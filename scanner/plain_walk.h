@@ -37,6 +37,8 @@ class CPlainWalk {
 
   bool IsAtEnd() const { return m_position >= m_end; }
   std::uint64_t Position() const { return m_position; }
+  /// The bytes there, at least `atLeast` if there are so many before the end.
+  std::span<const std::uint8_t> Bytes(std::uint64_t atLeast) { return BytesAt(m_position, atLeast); }
   /// The head of the next child; nothing when it is none of known size that ends before the end.
   std::optional<ElementHeader> Head();
   /// Bytes of the child with this head, from its data on: at least `count` if it has so many.
@@ -48,7 +50,7 @@ class CPlainWalk {
  private:
   CPlainWalk(CElementWalker& walker, std::uint64_t begin, std::uint64_t end, std::uint64_t readTo, CReadStep& step)
       : m_walker(walker), m_position(begin), m_end(end), m_readTo(readTo), m_step(step) {}
-  std::span<const std::uint8_t> Bytes(std::uint64_t position, std::uint64_t atLeast);
+  std::span<const std::uint8_t> BytesAt(std::uint64_t position, std::uint64_t atLeast);
 
   CElementWalker& m_walker;
   std::uint64_t m_position;
