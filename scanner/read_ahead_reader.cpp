@@ -14,6 +14,7 @@ namespace tarvex {
 namespace {
 
 constexpr LONG kPieceCapacity = 2 * CReadAheadReader::kLargestWindow;  // of the prefetcher's memory
+constexpr LONG kLargestSkip = 64 * 1024;
 constexpr LONGLONG kLastPosition = std::numeric_limits<LONGLONG>::max();
 
 }  // namespace
@@ -86,16 +87,24 @@ HRESULT CReadAheadReader::ReadMissing(LONGLONG position, LONG length, BYTE* buff
 void CReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
   constexpr LONG kGrowth = 4;
   const LONG wanted = std::min(std::max(m_windowSize, m_lastLength), kLargestWindow / kGrowth) * kGrowth;
-  m_windowSize = position == m_next ? wanted : kSmallestWindow;
-  if (position != m_next) m_sourceIsSlow = false;
+  const bool goesOn = position == m_next || SkipsLittle(position);
+  m_windowSize = goesOn ? wanted : kSmallestWindow;
+  if (!goesOn) m_sourceIsSlow = false;
 }
 
-// Keeps the end of what `position` follows on: whoever looks a few bytes ahead comes back to them. False: nothing is
-// known of these bytes, so the reader below has to answer for them.
+// Whoever looks at one small thing after the other passes over what is between them.
+bool CReadAheadReader::SkipsLittle(LONGLONG position) const noexcept {
+  const LONGLONG skipped = position - (m_windowStart + m_windowBytes);
+  return m_windowBytes != 0 && skipped >= 0 && skipped <= std::min(m_windowSize, kLargestSkip);
+}
+
+// Keeps the end of what `position` follows on, and reads what lies between: whoever looks a few bytes ahead comes back
+// to them. False: nothing is known of these bytes, so the reader below has to answer for them.
 bool CReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
-  const bool follows = position == m_windowStart + m_windowBytes;
-  const LONG tail = follows ? std::min(m_windowBytes, kSmallestWindow) : 0;
-  return Advance(position - tail, tail, atLeast);
+  if (!SkipsLittle(position)) return Advance(position, 0, atLeast);
+  const LONG tail = std::min(m_windowBytes, kSmallestWindow);
+  const LONGLONG end = m_windowStart + m_windowBytes;
+  return Advance(end - tail, tail, static_cast<LONG>(position - end) + atLeast);
 }
 
 // The window then begins with the `tail` bytes at `from`, which it has, and more follow. False when those cannot be

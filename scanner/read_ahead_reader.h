@@ -65,6 +65,7 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   bool HasInWindow(LONGLONG position, LONG length) const noexcept;
   LONG BytesToAsk(LONGLONG position, LONG wanted);
   void AdaptWindow(LONGLONG position) noexcept;
+  bool SkipsLittle(LONGLONG position) const noexcept;
 
   const ComPtr<IAsyncReader> m_upstream;
   const std::function<void()> m_beforeRead;

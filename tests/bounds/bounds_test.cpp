@@ -161,7 +161,7 @@ TEST(Bounds, LongIndexIsThinnedOutEvenly) {
     }
     const Cost cost = CostOf(FileOf(TrackEntry(1, 2, "A"), clusters));
     EXPECT_EQ(cost.frames, kBlocks);
-    EXPECT_EQ(cost.indexEntries, limits::kIndexEntries / 2 + limits::kIndexEntries / 4);
+    EXPECT_EQ(cost.indexEntries, kBlocks / 2);
     EXPECT_LE(cost.peak, 2 * limits::kClusterMemory);
   }
 }

@@ -199,41 +199,46 @@ TEST(ClusterIndex, IsTheSameWhetherClustersArePlainOrNot) {
   }
 }
 
-/// 20 MB in blocks of 100 bytes, a key frame in each Cluster of 5 s.
-ByteString SmallBlocks() {
+/// 20 MB in blocks of 100 bytes and 5 ms, the first of each Cluster a key frame.
+ByteString SmallBlocks(std::uint64_t blocksPerCluster) {
+  constexpr std::uint64_t kBlocks = 200000;
   ByteString blocks;
-  for (std::int16_t time = 0; time < 5000; time += 5) {
-    const ByteString block = SimpleBlock(1, time, Noise(100, static_cast<unsigned>(time)), time == 0);
+  for (std::uint64_t k = 0; k < blocksPerCluster; ++k) {
+    const ByteString block =
+        SimpleBlock(1, static_cast<std::int16_t>(k * 5), Noise(100, static_cast<unsigned>(k)), k == 0);
     blocks.insert(blocks.end(), block.begin(), block.end());
   }
   ByteString clusters;
-  for (std::uint64_t time = 0; time < 200 * 5000; time += 5000) {
-    const ByteString cluster = Cluster(time, blocks);
+  for (std::uint64_t k = 0; k < kBlocks; k += blocksPerCluster) {
+    const ByteString cluster = Cluster(k * 5, blocks);
     clusters.insert(clusters.end(), cluster.begin(), cluster.end());
   }
   return FileOf(clusters);
 }
 
 TEST(ClusterSearch, TakesFewReadsAndTheIndexOfSmallBlocksTakesLargeOnes) {
-  const ByteString bytes = SmallBlocks();
-  Opened searched(bytes, {});
-  const std::int64_t opening = searched.Reads();
-  EXPECT_EQ(searched.FramesFrom(5000000000).front().start, 4950000000);
-  EXPECT_LE(searched.Reads() - opening, 60);
-  EXPECT_FALSE(searched.IsIndexed());
-  // The same place is known now.
-  const std::int64_t first = searched.Reads();
-  EXPECT_EQ(searched.FramesFrom(5010000000).front().start, 4950000000);
-  EXPECT_LE(searched.Reads() - first, 6);
+  for (const std::uint64_t blocksPerCluster : {1000U, 5U}) {
+    const ByteString bytes = SmallBlocks(blocksPerCluster);
+    const auto before = static_cast<std::int64_t>(5000000000 - blocksPerCluster * 50000);  // one entry
+    Opened searched(bytes, {});
+    const std::int64_t opening = searched.Reads();
+    EXPECT_EQ(searched.FramesFrom(5000000000).front().start, before);
+    EXPECT_LE(searched.Reads() - opening, 60);
+    EXPECT_FALSE(searched.IsIndexed());
+    // The same place is known now.
+    const std::int64_t first = searched.Reads();
+    EXPECT_EQ(searched.FramesFrom(5000010000).front().start, before);
+    EXPECT_LE(searched.Reads() - first, 6);
 
-  Opened whole(bytes, {});
-  whole.Scanner().BuildIndex();
-  EXPECT_EQ(whole.Scanner().Index().size(), 200U);
-  EXPECT_LE(whole.Reads() - opening, static_cast<std::int64_t>(bytes.size() / (512 * 1024)) + 40);
+    Opened whole(bytes, {});
+    whole.Scanner().BuildIndex();
+    EXPECT_EQ(whole.Scanner().Index().size(), 200000 / blocksPerCluster);
+    EXPECT_LE(whole.Reads() - opening, static_cast<std::int64_t>(bytes.size() / (512 * 1024)) + 40);
+  }
 }
 
 TEST(ClusterSearch, PendingEventEndsItAtOnceAndItIsTriedAgain) {
-  const ByteString bytes = SmallBlocks();
+  const ByteString bytes = SmallBlocks(1000);
   constexpr std::uint64_t kPlace = 5000000000;
   const auto frames = Opened(bytes, {}).FramesFrom(kPlace);
   for (std::int64_t polls = 0;; ++polls) {
