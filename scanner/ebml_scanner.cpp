@@ -182,27 +182,9 @@ bool CEbmlScanner::Process() {
   const std::function<bool()> eventsPending = [this] { return EventsPending(); };
   CClusterDelivery delivery(m_info, onFrames, eventsPending);
   while (const auto cluster = walker.FindNextCluster(*m_segment)) {
-    if (!DeliverCluster(walker, *cluster, delivery)) return true;
+    if (!delivery.DeliverCluster(walker, cluster.get())) return true;
   }
   return false;
-}
-
-// Whole before any of it is delivered, but where it can be as bytes, not as a tree of elements.
-bool CEbmlScanner::DeliverCluster(CElementWalker& walker, libmatroska::KaxCluster& cluster,
-                                  CClusterDelivery& delivery) {
-  bool goesOn = true;
-  if (walker.Load(cluster)) {
-    delivery.BeginCluster();
-    walker.ReadEachChild(cluster, CMasterReader::Frames::kRead,
-                         [&](libebml::EbmlElement& child) { return goesOn = delivery.DeliverNext(child); });
-    return goesOn;
-  }
-  bool isFirst = true;
-  walker.ReadCluster(cluster, [&] {
-    goesOn = std::exchange(isFirst, false) ? delivery.DeliverCluster(&cluster) : delivery.DeliverMore(cluster);
-    return goesOn;
-  });
-  return goesOn;
 }
 
 // False: interrupted. A failing read leads to the front.

@@ -29,8 +29,6 @@
 
 namespace tarvex {
 
-class CClusterDelivery;
-
 /// Times are 100 ns units. What the byte source throws (MessageError) passes through every operation
 /// that reads, and so does std::bad_alloc.
 class CEbmlScanner {
@@ -112,7 +110,6 @@ class CEbmlScanner {
   bool FindStart(CElementWalker& walker);
   CClusterSearch::Result SearchClusters(CElementWalker& walker);
   void GoToStart(CElementWalker& walker) const;
-  static bool DeliverCluster(CElementWalker& walker, libmatroska::KaxCluster& cluster, CClusterDelivery& delivery);
   template <class Fill>
   void FillIndex(Fill&& fill);
   void ScanClusters();

@@ -41,10 +41,6 @@ void CElementWalker::ReadMaster(libebml::EbmlMaster& element) {
   if (const auto end = m_masterReader.Read(element)) MoveTo(*end);
 }
 
-void CElementWalker::ReadCluster(libmatroska::KaxCluster& cluster, const CMasterReader::Portion& portion) {
-  if (const auto end = m_masterReader.ReadCluster(cluster, portion)) MoveTo(*end);
-}
-
 void CElementWalker::ReadEachChild(libebml::EbmlMaster& element, CMasterReader::Frames frames,
                                    const CMasterReader::Visitor& visit) {
   if (const auto end = m_masterReader.ReadEach(element, frames, visit)) MoveTo(*end);

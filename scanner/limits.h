@@ -1,6 +1,6 @@
 // What a file may make the splitter hold or do, whatever it declares: every bound by its name, with its
 // unit and its reason. Constants; any thread. Together they keep what a file costs below 64 MiB, three
-// times its largest Cluster, and the rings of the connected pins.
+// times the largest child of a Cluster, and the rings of the connected pins.
 #pragma once
 
 #include <cstddef>
@@ -17,10 +17,10 @@ inline constexpr int kNesting = 203;
 /// Bytes that one header element (Tracks, Chapters) may take as objects, by the estimates below. Of codec
 /// data there are up to five copies at a time, in tables and media types. What follows is passed over.
 inline constexpr std::int64_t kHeaderMemory = 4 * kMebibyte;
-/// Bytes that a Cluster's objects may take at a time, beside its data; it is read in portions when they
-/// would take more. Also of one entry of a list that is read entry by entry.
+/// Bytes that one entry of a list that is read entry by entry, as a child of a Cluster, may take as objects, beside its
+/// data.
 inline constexpr std::int64_t kClusterMemory = 24 * kMebibyte;
-/// Bytes of a Cluster that is read in one piece.
+/// Bytes of a block that is read into memory kept from block to block.
 inline constexpr std::uint64_t kPiece = 8 * kMebibyte;
 
 /// Bytes that an element takes as an object, rounded up from the largest that was measured.

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <utility>
 
 #include "scanner/block_head.h"
 #include "scanner/byte_input.h"
@@ -78,10 +77,9 @@ void RemoveChildren(libebml::EbmlMaster& master) {
 
 struct CMasterReader::Level {
   libebml::EbmlMaster& master;
-  const Visitor* visit = nullptr;    // null: children are kept
-  const Portion* portion = nullptr;  // null: all of them together
-  bool hasBlocks = false;            // to be shown as they lie in the window
-  std::uint64_t end = 0;             // where the master ends, kNoEnd when that is not known
+  const Visitor* visit = nullptr;  // null: children are kept
+  bool hasBlocks = false;          // to be shown as they lie in the window
+  std::uint64_t end = 0;           // where the master ends, kNoEnd when that is not known
   CElementSearch search;
 };
 
@@ -89,59 +87,36 @@ std::optional<std::uint64_t> CMasterReader::Read(libebml::EbmlMaster& master) {
   m_frames = Frames::kRead;
   m_memory = limits::kHeaderMemory;
   m_countsData = true;
-  return ReadOutermost(master, nullptr, nullptr);
+  return ReadOutermost(master, nullptr);
 }
 
 std::optional<std::uint64_t> CMasterReader::ReadEach(libebml::EbmlMaster& master, Frames frames, const Visitor& visit) {
   m_frames = frames;
   m_memory = limits::kClusterMemory;
   m_countsData = false;
-  return ReadOutermost(master, &visit, nullptr);
+  return ReadOutermost(master, &visit);
 }
 
-std::optional<std::uint64_t> CMasterReader::ReadCluster(libebml::EbmlMaster& cluster, const Portion& portion) {
-  m_frames = Frames::kRead;
-  m_memory = limits::kClusterMemory;
-  m_countsData = false;
-  return ReadOutermost(cluster, nullptr, &portion);
-}
-
-bool CMasterReader::Load(const libebml::EbmlMaster& master) {
-  const std::uint64_t start = master.GetDataStart();
-  const std::uint64_t left = m_source.Length() - std::min(start, m_source.Length());
-  if (!master.IsFiniteSize() || master.GetSize() > std::min(left, limits::kPiece)) return false;
-  m_window.Load(start, static_cast<std::size_t>(master.GetSize()));
-  m_isLoaded = true;
-  return true;
-}
-
-std::optional<std::uint64_t> CMasterReader::ReadOutermost(libebml::EbmlMaster& master, const Visitor* visit,
-                                                          const Portion* portion) {
-  if (!std::exchange(m_isLoaded, false)) m_window.Clear();
+std::optional<std::uint64_t> CMasterReader::ReadOutermost(libebml::EbmlMaster& master, const Visitor* visit) {
+  m_window.Clear();
   m_stopped = false;
-  const LevelEnd end = ReadLevel(master, visit, portion);
+  const LevelEnd end = ReadLevel(master, visit);
   m_source.setFilePointer(static_cast<std::int64_t>(std::min(end.position, m_source.Length())));
-  if (portion != nullptr && !m_stopped) (*portion)();
   return end.upperLevel > 0 ? std::optional(end.position) : std::nullopt;
 }
 
-CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, const Visitor* visit,
-                                                 const Portion* portion) {
+CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, const Visitor* visit) {
   const CDepth depth(m_depth);
   RemoveChildren(master);
   const std::uint64_t end = master.IsFiniteSize() ? master.GetEndPosition() : CElementSearch::kNoEnd;
   const bool hasBlocks =
       visit != nullptr && m_frames == Frames::kRead && libebml::EbmlId(master) == EBML_ID(libmatroska::KaxCluster);
   Level level{
-      master,
-      visit,
-      portion,
-      hasBlocks && master.IsFiniteSize(),
-      end,
+      master, visit, hasBlocks, end,
       CElementSearch(m_window, m_source.Length(), m_ids, EBML_CONTEXT(&master), CElementSearch::Unknown::kSkip, end)};
   LevelEnd at{0, master.GetDataStart()};
-  while (at.upperLevel == 0 && MayGoOn(level)) {
-    if (const auto next = level.hasBlocks ? ReadLoadedBlock(level, at.position) : std::nullopt) {
+  while (at.upperLevel == 0 && !m_stopped && m_memory >= limits::kElementMemory) {
+    if (const auto next = level.hasBlocks ? ReadBlockInPlace(level, at.position) : std::nullopt) {
       at = *next;
       continue;
     }
@@ -152,34 +127,40 @@ CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, co
   return at.upperLevel > 0 ? at : LevelEnd{0, std::min(end, m_source.Length())};
 }
 
-// A portion ends early enough for the next child to be kept whole.
-bool CMasterReader::MayGoOn(const Level& level) {
-  if (level.visit != nullptr && m_stopped) return false;
-  if (level.portion == nullptr) return m_memory >= limits::kElementMemory;
-  if (m_memory < limits::kClusterMemory / 2) {
-    m_stopped = !(*level.portion)();
-    RemoveChildren(level.master);
-    m_memory = limits::kClusterMemory;
-  }
-  return !m_stopped;
+// As much of a Cluster as the window holds is read at a time; of one without an end, what reading on brings.
+std::span<const std::uint8_t> CMasterReader::ClusterBytes(const Level& level, std::uint64_t position,
+                                                          std::uint64_t atLeast) {
+  constexpr std::uint64_t kLeast = 32 * 1024;
+  constexpr std::uint64_t kMost = 1024 * 1024;
+  const bool hasEnd = level.end != CElementSearch::kNoEnd;
+  const std::uint64_t wanted = hasEnd ? std::clamp(level.end - position, kLeast, kMost) : kLeast;
+  return m_window.From(position, static_cast<std::size_t>(atLeast), static_cast<std::size_t>(wanted));
 }
 
-// A SimpleBlock that is to be shown and whose bytes are there is found here as the search would find it, but
-// without an element of its own. Nothing when it is for the search.
-std::optional<CMasterReader::LevelEnd> CMasterReader::ReadLoadedBlock(Level& level, std::uint64_t position) {
+// A SimpleBlock that is to be shown is found here as the search would find it, but without an element of its own.
+// Nothing when it is for the search, as is one that in a parent without an end is followed by nothing known.
+std::optional<CMasterReader::LevelEnd> CMasterReader::ReadBlockInPlace(Level& level, std::uint64_t position) {
   constexpr std::uint64_t kSmallest = 4;
-  if (position >= level.end) return std::nullopt;
-  const auto rest = m_window.Loaded(position, level.end - position);
-  if (!rest) return std::nullopt;
-  const auto header = ParseElementHeader(*rest);
-  if (!header || header->id != element_ids::kSimpleBlock) return std::nullopt;
-  const std::size_t room = rest->size() - header->Length();
-  if (!header->sizeKnown || header->size < kSmallest || header->size > room || header->size >= limits::kElement) {
+  constexpr std::uint64_t kGroup = 128 * 1024;
+  const std::uint64_t end = std::min(level.end, m_source.Length());
+  if (position >= end) return std::nullopt;
+  const bool hasEnd = level.end != CElementSearch::kNoEnd;
+  const std::uint64_t left = end - position;
+  auto bytes = ClusterBytes(level, position, std::min<std::uint64_t>(ElementHeader::kMaxBytes, left));
+  const auto header = ParseElementHeader(bytes);
+  if (!header || !header->sizeKnown || header->size < kSmallest || header->size > limits::kPiece) return std::nullopt;
+  const std::uint64_t whole = header->Length() + header->size;
+  const std::uint64_t needed = hasEnd ? whole : whole + ElementHeader::kMaxBytes;
+  if (needed > left) return std::nullopt;
+  if (header->id != element_ids::kSimpleBlock) {
+    if (whole <= kGroup) ClusterBytes(level, position, needed);  // for the search
     return std::nullopt;
   }
-  const auto size = static_cast<std::size_t>(header->size);
-  if (m_block.Become(position, *header, rest->subspan(header->Length(), size))) Show(level, m_block);
-  return LevelEnd{0, position + header->Length() + size};
+  if (bytes.size() < needed) bytes = ClusterBytes(level, position, needed);
+  if (bytes.size() < needed || (!hasEnd && !level.search.MayGoOnAt(position + whole))) return std::nullopt;
+  const auto data = bytes.subspan(header->Length(), static_cast<std::size_t>(header->size));
+  if (m_block.Become(position, *header, data)) Show(level, m_block);
+  return LevelEnd{0, position + whole};
 }
 
 // Where to go on, or that the level has ended.
@@ -243,7 +224,7 @@ CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElemen
   const std::uint64_t childEnd = finite ? child.GetEndPosition() : found.dataPosition;
   if (m_depth >= limits::kNesting) return {0, childEnd};
   const bool isEmpty = finite && childEnd == found.dataPosition;
-  const LevelEnd inner = isEmpty ? LevelEnd{0, childEnd} : ReadLevel(child, nullptr, nullptr);
+  const LevelEnd inner = isEmpty ? LevelEnd{0, childEnd} : ReadLevel(child, nullptr);
   Take(level, std::move(found.element));
   if (inner.upperLevel > 1) return {inner.upperLevel - 1, inner.position};
   if (!finite) return {0, inner.position};

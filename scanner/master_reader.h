@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 
 #include "scanner/async_callback.h"
 #include "scanner/borrowed_block.h"
@@ -28,7 +29,6 @@ class CMasterReader {
 
   /// False: shown enough.
   using Visitor = std::function<bool(libebml::EbmlElement&)>;
-  using Portion = std::function<bool()>;
 
   CMasterReader(CAsyncCallback& source, CByteWindow& window, CKnownIdTables& ids)
       : m_source(source), m_window(window), m_ids(ids) {}
@@ -37,15 +37,9 @@ class CMasterReader {
   /// memory than a header may is passed over. Where the element stands that ended it, when that was one
   /// that belongs further up.
   std::optional<std::uint64_t> Read(libebml::EbmlMaster& master);
-  /// Shows each child in turn instead of keeping it, so that a long list costs no memory.
+  /// Shows each child in turn instead of keeping it, so that a long list costs no memory. The SimpleBlocks of a Cluster
+  /// are shown as they lie in the window: a frame's bytes are not copied.
   std::optional<std::uint64_t> ReadEach(libebml::EbmlMaster& master, Frames frames, const Visitor& visit);
-  /// Gives a Cluster its children and calls `portion`. When they would take too much memory at a time it is
-  /// called several times, each time with the next of them, until it answers false.
-  std::optional<std::uint64_t> ReadCluster(libebml::EbmlMaster& cluster, const Portion& portion);
-
-  /// Reads the bytes of `master` in one piece, so that nothing is read from the stream when ReadEach follows
-  /// at once. False when they are too many, are not all there, or have no known number.
-  bool Load(const libebml::EbmlMaster& master);
 
  private:
   /// How the reading of one level ended.
@@ -55,10 +49,10 @@ class CMasterReader {
   };
   struct Level;
 
-  std::optional<std::uint64_t> ReadOutermost(libebml::EbmlMaster& master, const Visitor* visit, const Portion* portion);
-  LevelEnd ReadLevel(libebml::EbmlMaster& master, const Visitor* visit, const Portion* portion);
-  bool MayGoOn(const Level& level);
-  std::optional<LevelEnd> ReadLoadedBlock(Level& level, std::uint64_t position);
+  std::optional<std::uint64_t> ReadOutermost(libebml::EbmlMaster& master, const Visitor* visit);
+  LevelEnd ReadLevel(libebml::EbmlMaster& master, const Visitor* visit);
+  std::span<const std::uint8_t> ClusterBytes(const Level& level, std::uint64_t position, std::uint64_t atLeast);
+  std::optional<LevelEnd> ReadBlockInPlace(Level& level, std::uint64_t position);
   LevelEnd ReadChild(Level& level, FoundElement found);
   LevelEnd ReadValue(Level& level, FoundElement found);
   LevelEnd ReadMasterChild(Level& level, FoundElement found);
@@ -74,8 +68,7 @@ class CMasterReader {
   CByteWindow& m_window;
   CKnownIdTables& m_ids;
   Frames m_frames = Frames::kRead;
-  CBorrowedBlock m_block;   // the one that is shown
-  bool m_isLoaded = false;  // the next master's bytes are
+  CBorrowedBlock m_block;  // the one that is shown
   int m_depth = 0;
   std::int64_t m_memory = 0;  // bytes that elements may still take
   bool m_stopped = false;

@@ -111,16 +111,26 @@ bool CReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
 // had.
 bool CReadAheadReader::Advance(LONGLONG from, LONG tail, LONG atLeast) {
   if (TakePrefetched(from, tail)) return m_windowBytes - tail >= atLeast;
-  const LONG bytes = BytesToAsk(from + tail, std::max(m_windowSize, atLeast));
+  const LONG bytes = BytesToAsk(from + tail, BytesAhead(from + tail, atLeast));
   if (bytes < atLeast || !MoveToFront(from, tail, bytes) || !ReadIntoWindow(bytes)) return false;
   PrefetchOn();
   return true;
 }
 
+// Where reading ahead failed, no more is asked for than is needed: a failing read may take its time.
+LONG CReadAheadReader::BytesAhead(LONGLONG position, LONG atLeast) const noexcept {
+  return IsBroken(position) ? atLeast : std::max(m_windowSize, atLeast);
+}
+
 // Behind what is there. A short read does not tell how much came, and the stream may have more of it next time.
 bool CReadAheadReader::ReadIntoWindow(LONG bytes) {
   const LONGLONG position = m_windowStart + m_windowBytes;
-  if (ReadBelow(position, bytes, Window() + m_windowBytes) != S_OK) return false;
+  if (ReadBelow(position, bytes, Window() + m_windowBytes) != S_OK) {
+    if (m_flushing.load(std::memory_order_acquire)) return false;
+    m_brokenBegin = position;
+    m_brokenEnd = position + bytes;
+    return false;
+  }
   m_windowBytes += bytes;
   m_next = position + bytes;
   m_lastLength = bytes;
@@ -167,7 +177,8 @@ void CReadAheadReader::ReadAnother(LONGLONG position) {
 
 // Only for whoever has read on for a while.
 void CReadAheadReader::PrefetchOn() {
-  if (m_windowSize == kLargestWindow && BytesToAsk(m_next, kLargestWindow) > 0) m_prefetcher.Follow(m_next, m_knownEnd);
+  if (m_windowSize != kLargestWindow || IsBroken(m_next)) return;
+  if (BytesToAsk(m_next, kLargestWindow) > 0) m_prefetcher.Follow(m_next, m_knownEnd);
 }
 
 // The window then begins with the `tail` bytes at `from`, which it has, and has `room` for more.
@@ -195,14 +206,16 @@ bool CReadAheadReader::HasInWindow(LONGLONG position, LONG length) const noexcep
   return offset >= 0 && offset <= m_windowBytes && length <= m_windowBytes - offset;
 }
 
-const BYTE* CReadAheadReader::Borrow(LONGLONG position, LONG length) {
-  if (length > kLargestWindow || m_flushing.load(std::memory_order_acquire)) return nullptr;
-  if (!HasInWindow(position, length)) {
+std::span<const BYTE> CReadAheadReader::Borrow(LONGLONG position, LONG atLeast, LONG wanted) {
+  if (atLeast > kLargestWindow || m_flushing.load(std::memory_order_acquire)) return {};
+  if (!HasInWindow(position, atLeast)) {
     const LONG tail = HasInWindow(position, 0) ? static_cast<LONG>(m_windowStart + m_windowBytes - position) : 0;
     AdaptWindow(position + tail);
-    if (!Advance(position, tail, length - tail)) return nullptr;
+    m_windowSize = std::clamp(wanted - tail, m_windowSize, kLargestWindow);
+    if (!Advance(position, tail, atLeast - tail)) return {};
   }
-  return Window() + (position - m_windowStart);
+  return std::span(Window(), static_cast<std::size_t>(m_windowBytes))
+      .subspan(static_cast<std::size_t>(position - m_windowStart));
 }
 
 // Reading ahead stops where the reader has no more yet: behind it lies the end of the stream, or a wait.
