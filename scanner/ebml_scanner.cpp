@@ -72,8 +72,7 @@ void CEbmlScanner::ReadHeaders() {
       ReadInfo(*info);
       ++headers;
     } else if (auto* tracks = ElementAs<libmatroska::KaxTracks>(child.get())) {
-      walker.ReadMaster(*tracks);
-      ReadTracks(*tracks, m_info, [this] { OnTrack(); });
+      ReadTracks(walker, *tracks, m_info, [this] { OnTrack(); });
       ++headers;
     }
     walker.Skip(*child);
@@ -103,8 +102,7 @@ void CEbmlScanner::ReadChapterList() {
   CElementWalker walker(*m_stream, m_byteSource);
   const auto chapters = walker.FindAt<libmatroska::KaxChapters>(*m_segment, m_chaptersPosition);
   if (!chapters) return;
-  walker.ReadMaster(*chapters);
-  m_info.chapters = ReadChapters(*chapters);
+  m_info.chapters = ReadChapters(walker, *chapters);
 }
 
 void CEbmlScanner::ReadDocType() {

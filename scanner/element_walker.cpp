@@ -46,6 +46,11 @@ void CElementWalker::ReadEachChild(libebml::EbmlMaster& element, CMasterReader::
   if (const auto end = m_masterReader.ReadEach(element, frames, visit)) MoveTo(*end);
 }
 
+void CElementWalker::ReadEntries(libebml::EbmlMaster& list, const CMasterReader::DataLimits& limits,
+                                 CElementVisitor& visitor) {
+  if (const auto end = m_masterReader.ReadEntries(list, limits, visitor)) MoveTo(*end);
+}
+
 void CElementWalker::Skip(libebml::EbmlElement& element) {
   if (element.IsFiniteSize()) {
     MoveTo(element.GetEndPosition());

@@ -46,6 +46,9 @@ class CElementWalker {
   /// position is somewhere.
   void ReadEachChild(libebml::EbmlMaster& element, CMasterReader::Frames frames, const CMasterReader::Visitor& visit);
 
+  /// As ReadEachChild, for a list in a header: what it may have is limited.
+  void ReadEntries(libebml::EbmlMaster& list, const CMasterReader::DataLimits& limits, CElementVisitor& visitor);
+
   /// Moves behind an element's data. One that ends behind the stream is not moved behind; one of unknown
   /// size ends at the first element that belongs further up.
   void Skip(libebml::EbmlElement& element);

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstring>
 
+#include "framework/log.h"
 #include "scanner/block_head.h"
 #include "scanner/byte_input.h"
 #include "scanner/element_ids.h"
@@ -68,6 +69,30 @@ std::optional<BlockHeadBytes> HeadAlone(std::span<const std::uint8_t> bytes, std
   return head;
 }
 
+/// As an object, without its data. The frames of a block lie in its data; each is an object as well.
+std::int64_t MemoryOf(const libebml::EbmlElement& element) {
+  const unsigned frames =
+      IsBlock(element) ? static_cast<const libmatroska::KaxInternalBlock&>(element).NumberFrames() : 0;
+  return limits::kElementMemory + limits::kLaceFrameMemory * frames;
+}
+
+/// What becomes of it in memory.
+std::int64_t DataOf(const libebml::EbmlElement& element) {
+  if (element.IsMaster()) return 0;
+  const auto size = static_cast<std::int64_t>(element.GetSize());
+  const bool isText = dynamic_cast<const libebml::EbmlUnicodeString*>(&element) != nullptr;
+  return isText ? size * limits::kMemoryPerTextByte : size;
+}
+
+class CFunctionVisitor final : public CElementVisitor {
+ public:
+  explicit CFunctionVisitor(const CMasterReader::Visitor& visit) : m_visit(visit) {}
+  bool Show(libebml::EbmlElement& element) override { return m_visit(element); }
+
+ private:
+  const CMasterReader::Visitor& m_visit;
+};
+
 void RemoveChildren(libebml::EbmlMaster& master) {
   for (libebml::EbmlElement* child : master) const ElementPtr owner(child);
   master.RemoveAll();
@@ -77,45 +102,58 @@ void RemoveChildren(libebml::EbmlMaster& master) {
 
 struct CMasterReader::Level {
   libebml::EbmlMaster& master;
-  const Visitor* visit = nullptr;  // null: children are kept
-  bool hasBlocks = false;          // to be shown as they lie in the window
-  std::uint64_t end = 0;           // where the master ends, kNoEnd when that is not known
+  CElementVisitor* visitor = nullptr;  // null: children are kept
+  bool hasBlocks = false;              // to be shown as they lie in the window
+  std::uint64_t end = 0;               // where the master ends, kNoEnd when that is not known
   CElementSearch search;
 };
 
 std::optional<std::uint64_t> CMasterReader::Read(libebml::EbmlMaster& master) {
   m_frames = Frames::kRead;
-  m_memory = limits::kHeaderMemory;
-  m_countsData = true;
+  m_isHeader = true;
+  m_memory = m_entryData = m_data = limits::kHeaderMemory;
   return ReadOutermost(master, nullptr);
 }
 
 std::optional<std::uint64_t> CMasterReader::ReadEach(libebml::EbmlMaster& master, Frames frames, const Visitor& visit) {
   m_frames = frames;
-  m_memory = limits::kClusterMemory;
-  m_countsData = false;
-  return ReadOutermost(master, &visit);
+  m_isHeader = false;
+  BeginEntry();
+  CFunctionVisitor visitor(visit);
+  return ReadOutermost(master, &visitor);
 }
 
-std::optional<std::uint64_t> CMasterReader::ReadOutermost(libebml::EbmlMaster& master, const Visitor* visit) {
+std::optional<std::uint64_t> CMasterReader::ReadEntries(libebml::EbmlMaster& master, const DataLimits& limits,
+                                                        CElementVisitor& visitor) {
+  m_frames = Frames::kRead;
+  m_isHeader = true;
+  m_dataLimits = limits;
+  m_data = limits.ofAll;
+  BeginEntry();
+  return ReadOutermost(master, &visitor);
+}
+
+std::optional<std::uint64_t> CMasterReader::ReadOutermost(libebml::EbmlMaster& master, CElementVisitor* visitor) {
   m_window.Clear();
-  m_stopped = false;
-  const LevelEnd end = ReadLevel(master, visit);
+  m_stopped = m_isTooMuch = m_hasLeftOut = false;
+  const LevelEnd end = ReadLevel(master, visitor);
   m_source.setFilePointer(static_cast<std::int64_t>(std::min(end.position, m_source.Length())));
+  if (m_isHeader && (m_hasLeftOut || m_isTooMuch))
+    LogFormat("<%s> what takes too much memory is left out", EBML_NAME(&master));
   return end.upperLevel > 0 ? std::optional(end.position) : std::nullopt;
 }
 
-CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, const Visitor* visit) {
+CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, CElementVisitor* visitor) {
   const CDepth depth(m_depth);
   RemoveChildren(master);
   const std::uint64_t end = master.IsFiniteSize() ? master.GetEndPosition() : CElementSearch::kNoEnd;
   const bool hasBlocks =
-      visit != nullptr && m_frames == Frames::kRead && libebml::EbmlId(master) == EBML_ID(libmatroska::KaxCluster);
+      visitor != nullptr && m_frames == Frames::kRead && libebml::EbmlId(master) == EBML_ID(libmatroska::KaxCluster);
   Level level{
-      master, visit, hasBlocks, end,
+      master, visitor, hasBlocks, end,
       CElementSearch(m_window, m_source.Length(), m_ids, EBML_CONTEXT(&master), CElementSearch::Unknown::kSkip, end)};
   LevelEnd at{0, master.GetDataStart()};
-  while (at.upperLevel == 0 && !m_stopped && m_memory >= limits::kElementMemory) {
+  while (at.upperLevel == 0 && !m_stopped && HasMemory(level)) {
     if (const auto next = level.hasBlocks ? ReadBlockInPlace(level, at.position) : std::nullopt) {
       at = *next;
       continue;
@@ -125,6 +163,13 @@ CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, co
     at = ReadChild(level, std::move(*found));
   }
   return at.upperLevel > 0 ? at : LevelEnd{0, std::min(end, m_source.Length())};
+}
+
+// What remains of a master that takes too much is passed over, unless only looking tells where that is.
+bool CMasterReader::HasMemory(const Level& level) {
+  if (m_memory >= limits::kElementMemory) return true;
+  m_isTooMuch = true;
+  return m_isHeader && level.end == CElementSearch::kNoEnd;
 }
 
 // As much of a Cluster as the window holds is read at a time; of one without an end, what reading on brings.
@@ -191,7 +236,10 @@ CMasterReader::LevelEnd CMasterReader::ReadValue(Level& level, FoundElement foun
   // Reading allocates what the element declares, so that has to be there.
   const std::uint64_t size = found.element->GetSize();
   if (size > m_source.Length() - std::min(found.dataPosition, m_source.Length())) return {0, m_source.Length() + 1};
-  if (!Fits(*found.element)) return {0, found.dataPosition + size};
+  if (!Fits(*found.element)) {
+    LeaveOut(level);
+    return {0, found.dataPosition + size};
+  }
   ReadData(found);
   if (found.element->ValueIsSet()) Take(level, std::move(found.element));
   return {0, found.dataPosition + size};
@@ -224,8 +272,13 @@ CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElemen
   const std::uint64_t childEnd = finite ? child.GetEndPosition() : found.dataPosition;
   if (m_depth >= limits::kNesting) return {0, childEnd};
   const bool isEmpty = finite && childEnd == found.dataPosition;
-  const LevelEnd inner = isEmpty ? LevelEnd{0, childEnd} : ReadLevel(child, nullptr);
-  Take(level, std::move(found.element));
+  const bool isEntered = level.visitor != nullptr && level.visitor->Enter(child);
+  const LevelEnd inner = isEmpty ? LevelEnd{0, childEnd} : ReadLevel(child, isEntered ? level.visitor : nullptr);
+  if (isEntered) {
+    m_stopped = !level.visitor->Leave() || m_stopped;
+  } else {
+    Take(level, std::move(found.element));
+  }
   if (inner.upperLevel > 1) return {inner.upperLevel - 1, inner.position};
   if (!finite) return {0, inner.position};
   // A child of ours in the midst of that one, which therefore is damaged.
@@ -234,30 +287,38 @@ CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElemen
 }
 
 void CMasterReader::Take(Level& level, ElementPtr element) {
-  if (level.visit != nullptr) return Show(level, *element);
+  if (level.visitor != nullptr) return Show(level, *element);
+  if (!Fits(*element)) return LeaveOut(level);
   m_memory -= MemoryOf(*element);
+  m_entryData -= DataOf(*element);
   level.master.PushElement(*element);
   static_cast<void>(element.release());
 }
 
 void CMasterReader::Show(const Level& level, libebml::EbmlElement& element) {
-  m_stopped = !(*level.visit)(element);
-  m_memory = limits::kClusterMemory;
+  if (m_isHeader && m_isTooMuch) return LeaveOut(level);
+  m_data -= m_isHeader ? std::min(m_dataLimits.ofEntry, m_data) - m_entryData : 0;
+  m_stopped = !level.visitor->Show(element);
+  BeginEntry();
 }
 
-bool CMasterReader::Fits(const libebml::EbmlElement& element) const { return MemoryOf(element) <= m_memory; }
+// In an entry that makes the whole entry too much.
+void CMasterReader::LeaveOut(const Level& level) {
+  m_isTooMuch = true;
+  if (level.visitor == nullptr) return;
+  m_hasLeftOut = true;
+  level.visitor->LeaveOut();
+  BeginEntry();
+}
 
-// The frames of a block lie in its data; each is an object as well.
-std::int64_t CMasterReader::MemoryOf(const libebml::EbmlElement& element) const {
-  if (element.IsMaster()) return limits::kElementMemory;
-  if (!m_countsData) {
-    const unsigned frames =
-        IsBlock(element) ? static_cast<const libmatroska::KaxInternalBlock&>(element).NumberFrames() : 0;
-    return limits::kElementMemory + limits::kLaceFrameMemory * frames;
-  }
-  const auto size = static_cast<std::int64_t>(element.GetSize());
-  const bool isText = dynamic_cast<const libebml::EbmlUnicodeString*>(&element) != nullptr;
-  return limits::kElementMemory + (isText ? size * limits::kMemoryPerTextByte : size);
+void CMasterReader::BeginEntry() {
+  m_isTooMuch = false;
+  m_memory = limits::kEntryMemory;
+  m_entryData = std::min(m_dataLimits.ofEntry, m_data);
+}
+
+bool CMasterReader::Fits(const libebml::EbmlElement& element) const {
+  return MemoryOf(element) <= m_memory && (!m_isHeader || DataOf(element) <= m_entryData);
 }
 
 }  // namespace tarvex
