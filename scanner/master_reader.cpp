@@ -290,7 +290,7 @@ void CMasterReader::Take(Level& level, ElementPtr element) {
   if (level.visitor != nullptr) return Show(level, *element);
   if (!Fits(*element)) return LeaveOut(level);
   m_memory -= MemoryOf(*element);
-  m_entryData -= DataOf(*element);
+  if (m_isHeader) m_entryData -= DataOf(*element);
   level.master.PushElement(*element);
   static_cast<void>(element.release());
 }
@@ -318,7 +318,9 @@ void CMasterReader::BeginEntry() {
 }
 
 bool CMasterReader::Fits(const libebml::EbmlElement& element) const {
-  return MemoryOf(element) <= m_memory && (!m_isHeader || DataOf(element) <= m_entryData);
+  if (MemoryOf(element) > m_memory) return false;
+  const bool isSmall = m_entryData / limits::kMemoryPerTextByte >= static_cast<std::int64_t>(element.GetSize());
+  return !m_isHeader || isSmall || DataOf(element) <= m_entryData;
 }
 
 }  // namespace tarvex
