@@ -209,10 +209,13 @@ bool CReadAheadReader::HasInWindow(LONGLONG position, LONG length) const noexcep
 std::span<const BYTE> CReadAheadReader::Borrow(LONGLONG position, LONG atLeast, LONG wanted) {
   if (atLeast > kLargestWindow || m_flushing.load(std::memory_order_acquire)) return {};
   if (!HasInWindow(position, atLeast)) {
-    const LONG tail = HasInWindow(position, 0) ? static_cast<LONG>(m_windowStart + m_windowBytes - position) : 0;
+    const LONGLONG end = m_windowStart + m_windowBytes;
+    const LONGLONG from = SkipsLittle(position) ? end : position;
+    const LONG tail = HasInWindow(position, 0) ? static_cast<LONG>(end - position) : 0;
+    const LONG needed = static_cast<LONG>(position - from) + atLeast - tail;
     AdaptWindow(position + tail);
     m_windowSize = std::clamp(wanted - tail, m_windowSize, kLargestWindow);
-    if (!Advance(position, tail, atLeast - tail)) return {};
+    if (needed > kLargestWindow || !Advance(from, tail, needed)) return {};
   }
   return std::span(Window(), static_cast<std::size_t>(m_windowBytes))
       .subspan(static_cast<std::size_t>(position - m_windowStart));
