@@ -31,9 +31,12 @@ void CAsyncCallback::Detach() noexcept {
   m_readAhead = nullptr;
 }
 
-const std::uint8_t* CAsyncCallback::Borrow(std::uint64_t position, std::size_t size) {
-  if (m_readAhead == nullptr || size > static_cast<std::size_t>(std::numeric_limits<LONG>::max())) return nullptr;
-  return m_readAhead->Borrow(static_cast<LONGLONG>(position), static_cast<LONG>(size));
+std::span<const std::uint8_t> CAsyncCallback::Borrow(std::uint64_t position, std::size_t atLeast, std::size_t wanted) {
+  constexpr std::size_t kMost = static_cast<std::size_t>(CReadAheadReader::kLargestWindow);
+  if (m_readAhead == nullptr || atLeast > kMost) return {};
+  const auto bytes = m_readAhead->Borrow(static_cast<LONGLONG>(position), static_cast<LONG>(atLeast),
+                                         static_cast<LONG>(std::min(wanted, kMost)));
+  return bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), m_length - position)));
 }
 
 std::uint64_t CAsyncCallback::BorrowNumber() const noexcept {

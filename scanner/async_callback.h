@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "framework/platform/platform.h"
 
@@ -43,9 +44,12 @@ class CAsyncCallback : public libebml::IOCallback {
   std::uint64_t getFilePointer() override { return m_position; }
   void close() override {}
 
-  /// `size` bytes at `position`, all before the end of the stream, where the reader has them in memory. Valid while
-  /// BorrowNumber stays the same. Null when it cannot: then they have to be read.
-  const std::uint8_t* Borrow(std::uint64_t position, std::size_t size);
+  /// Whether Borrow may give anything.
+  bool CanBorrow() const noexcept { return m_readAhead != nullptr; }
+  /// The stream's bytes from `position` on where the reader has them in memory: `atLeast`, all before the end of the
+  /// stream, and when they have to be read, `wanted`, if it can. Valid while BorrowNumber stays the same. Nothing when
+  /// it cannot: then they have to be read.
+  std::span<const std::uint8_t> Borrow(std::uint64_t position, std::size_t atLeast, std::size_t wanted);
   std::uint64_t BorrowNumber() const noexcept;
 
   HRESULT BeginFlush();

@@ -8,7 +8,7 @@ std::span<const std::uint8_t> CByteWindow::From(std::uint64_t position, std::siz
   const std::uint64_t end = m_source.Length() + 1;
   if (position >= end) return {};
   const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(atLeast, end - position));
-  if (!Loaded(position, wanted)) Load(position, std::max(wanted, chunk));
+  if (!Loaded(position, wanted)) Load(position, wanted, std::max(wanted, chunk));
   return std::span(m_bytes, m_size).subspan(static_cast<std::size_t>(position - m_start));
 }
 
@@ -18,11 +18,15 @@ std::optional<std::span<const std::uint8_t>> CByteWindow::Loaded(std::uint64_t p
   return std::span(m_bytes + (position - m_start), static_cast<std::size_t>(size));
 }
 
-void CByteWindow::Load(std::uint64_t position, std::size_t size) {
+// Few bytes are copied, so that they stay when the source reads others. Of many that cannot be borrowed only those are
+// read that are needed: there may be some among the others that cannot be read at all.
+void CByteWindow::Load(std::uint64_t position, std::size_t atLeast, std::size_t chunk) {
+  constexpr std::size_t kMany = 32 * 1024;
   const std::uint64_t left = m_source.Length() - position;
-  const auto bytes = static_cast<std::size_t>(std::min<std::uint64_t>(size, left));
+  const bool isMany = chunk >= kMany && m_source.CanBorrow();
   m_size = 0;
-  if (bytes < left && Borrow(position, bytes)) return;
+  if (isMany && Borrow(position, atLeast, chunk)) return;
+  const auto bytes = static_cast<std::size_t>(std::min<std::uint64_t>(isMany ? atLeast : chunk, left));
   MakeRoom(bytes + 1);
   if (bytes != 0) {
     m_source.setFilePointer(static_cast<std::int64_t>(position));
@@ -34,16 +38,15 @@ void CByteWindow::Load(std::uint64_t position, std::size_t size) {
   if (bytes == left) m_own[m_size++] = 0;
 }
 
-// Few bytes are copied, so that they stay when the source reads others.
-bool CByteWindow::Borrow(std::uint64_t position, std::size_t size) {
-  constexpr std::size_t kMany = 32 * 1024;
+bool CByteWindow::Borrow(std::uint64_t position, std::size_t atLeast, std::size_t wanted) {
   m_borrowed.reset();
-  if (size < kMany) return false;
-  m_bytes = m_source.Borrow(position, size);
-  if (m_bytes == nullptr) return false;
-  m_borrowed = m_source.BorrowNumber();
+  if (atLeast > m_source.Length() - position) return false;  // with the zero that follows
+  const auto bytes = m_source.Borrow(position, atLeast, wanted);
+  if (bytes.empty()) return false;
+  m_bytes = bytes.data();
+  m_size = bytes.size();
   m_start = position;
-  m_size = size;
+  m_borrowed = m_source.BorrowNumber();
   return true;
 }
 

@@ -17,12 +17,9 @@ class CByteWindow {
   explicit CByteWindow(CAsyncCallback& source) : m_source(source) {}
 
   /// The bytes from `position` on: at least `atLeast` of them, unless the stream ends before. When they
-  /// have to be read, `chunk` are. One zero byte counts as following the stream, as the byte source gives
-  /// it. Valid until bytes are read again.
+  /// have to be read, `chunk` are, if that many can be. One zero byte counts as following the stream, as the
+  /// byte source gives it. Valid until bytes are read again.
   std::span<const std::uint8_t> From(std::uint64_t position, std::size_t atLeast, std::size_t chunk);
-
-  /// Reads `size` bytes, or as many as there are before the end of the stream. `position` is not behind it.
-  void Load(std::uint64_t position, std::size_t size);
 
   /// These bytes of the stream when all of them have been read; nothing else is done. Valid as From's.
   std::optional<std::span<const std::uint8_t>> Loaded(std::uint64_t position, std::uint64_t size) const;
@@ -31,8 +28,9 @@ class CByteWindow {
   void Clear() { m_size = 0; }
 
  private:
+  void Load(std::uint64_t position, std::size_t atLeast, std::size_t chunk);
   void MakeRoom(std::size_t size);
-  bool Borrow(std::uint64_t position, std::size_t size);
+  bool Borrow(std::uint64_t position, std::size_t atLeast, std::size_t wanted);
 
   CAsyncCallback& m_source;
   std::unique_ptr<std::uint8_t[]> m_own;

@@ -2,6 +2,9 @@
 
 #include <matroska/KaxSemantic.h>
 
+#include <utility>
+
+#include "framework/log.h"
 #include "framework/text_conversion.h"
 #include "scanner/block_time.h"
 #include "scanner/element_walker.h"
@@ -26,37 +29,64 @@ void ReadDisplay(const KaxChapterDisplay& display, BStr& name) {
   }
 }
 
-// The depth is bounded by the master reader, which reads no deeper.
-void ReadAtom(const KaxChapterAtom& atom, std::vector<ScannedChapter>& chapters) {
-  ScannedChapter chapter;
-  chapter.name = BStr(WideView());
-  for (const libebml::EbmlElement* child : atom) {
-    if (const auto* nested = ElementAs<KaxChapterAtom>(child)) {
-      ReadAtom(*nested, chapters);
-    } else if (const auto* start = ElementAs<KaxChapterTimeStart>(child)) {
+// Keeps the atoms around the place that is read, no more than the master reader goes down.
+class CChapterVisitor final : public CElementVisitor {
+ public:
+  bool Enter(const libebml::EbmlMaster& master) override {
+    if (ElementAs<KaxEditionEntry>(&master) != nullptr) return true;
+    if (ElementAs<KaxChapterAtom>(&master) == nullptr) return false;
+    m_open.emplace_back().chapter.name = BStr(WideView());
+    return true;
+  }
+
+  bool Leave() override {
+    if (m_open.empty()) return false;  // later editions are other ways through the file
+    Atom atom = std::move(m_open.back());
+    m_open.pop_back();
+    if (!atom.isWhole) return true;
+    if (m_chapters.size() < limits::kChapters) {
+      m_chapters.push_back(std::move(atom.chapter));
+      return true;
+    }
+    LogText("<KaxChapters> more chapters than are read");
+    return false;
+  }
+
+  bool Show(libebml::EbmlElement& element) override {
+    if (m_open.empty()) return true;
+    ScannedChapter& chapter = m_open.back().chapter;
+    if (const auto* start = ElementAs<KaxChapterTimeStart>(&element)) {
       chapter.start = start->GetValue() / kNanosecondsPerUnit;
-    } else if (const auto* end = ElementAs<KaxChapterTimeEnd>(child)) {
+    } else if (const auto* end = ElementAs<KaxChapterTimeEnd>(&element)) {
       chapter.end = end->GetValue() / kNanosecondsPerUnit;
-    } else if (const auto* display = ElementAs<KaxChapterDisplay>(child)) {
+    } else if (const auto* display = ElementAs<KaxChapterDisplay>(&element)) {
       ReadDisplay(*display, chapter.name);
     }
+    return true;
   }
-  if (chapters.size() < limits::kChapters) chapters.push_back(std::move(chapter));
-}
+
+  void LeaveOut() override {
+    if (!m_open.empty()) m_open.back().isWhole = false;
+  }
+
+  std::vector<ScannedChapter> TakeChapters() { return std::move(m_chapters); }
+
+ private:
+  struct Atom {
+    ScannedChapter chapter;
+    bool isWhole = true;
+  };
+
+  std::vector<Atom> m_open;  // from the outermost inwards
+  std::vector<ScannedChapter> m_chapters;
+};
 
 }  // namespace
 
-std::vector<ScannedChapter> ReadChapters(const libmatroska::KaxChapters& chapters) {
-  std::vector<ScannedChapter> list;
-  for (const libebml::EbmlElement* child : chapters) {
-    const auto* edition = ElementAs<KaxEditionEntry>(child);
-    if (edition == nullptr) continue;
-    for (const libebml::EbmlElement* atom : *edition) {
-      if (ElementAs<KaxChapterAtom>(atom) != nullptr) ReadAtom(*ElementAs<KaxChapterAtom>(atom), list);
-    }
-    break;  // later editions are other ways through the file
-  }
-  return list;
+std::vector<ScannedChapter> ReadChapters(CElementWalker& walker, libmatroska::KaxChapters& chapters) {
+  CChapterVisitor visitor;
+  walker.ReadEntries(chapters, {limits::kChapterNames, limits::kChapterNames}, visitor);
+  return visitor.TakeChapters();
 }
 
 }  // namespace tarvex

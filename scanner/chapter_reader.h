@@ -6,11 +6,12 @@
 #include <vector>
 
 #include "scanner/chapter_entry.h"
+#include "scanner/element_walker.h"
 
 namespace tarvex {
 
-/// The atoms of the first edition of `chapters`, which has been read whole; nested atoms stand before
-/// the one they belong to.
-std::vector<ScannedChapter> ReadChapters(const libmatroska::KaxChapters& chapters);
+/// The atoms of the first edition of `chapters`, at whose data `walker` stands; nested atoms stand before the one they
+/// belong to. As many as are allowed.
+std::vector<ScannedChapter> ReadChapters(CElementWalker& walker, libmatroska::KaxChapters& chapters);
 
 }  // namespace tarvex

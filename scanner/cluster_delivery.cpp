@@ -30,20 +30,16 @@ const std::uint8_t* FirstFrame(KaxInternalBlock& block) {
 
 }  // namespace
 
-bool CClusterDelivery::DeliverCluster(KaxCluster* cluster) {
+bool CClusterDelivery::DeliverCluster(CElementWalker& walker, KaxCluster* cluster) {
   if (cluster == nullptr) {
     LogText("CEbmlScanner::DeliverCluster !cluster exiting");
     return false;
   }
-  BeginCluster();
-  return DeliverMore(*cluster);
-}
-
-bool CClusterDelivery::DeliverMore(const KaxCluster& cluster) {
-  for (libebml::EbmlElement* child : cluster) {
-    if (!DeliverNext(*child)) return false;
-  }
-  return true;
+  m_clock.BeginCluster();
+  bool goesOn = true;
+  walker.ReadEachChild(*cluster, CMasterReader::Frames::kRead,
+                       [&](libebml::EbmlElement& child) { return goesOn = DeliverNext(child); });
+  return goesOn;
 }
 
 bool CClusterDelivery::DeliverNext(libebml::EbmlElement& child) {

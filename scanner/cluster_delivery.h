@@ -40,6 +40,8 @@ class CClusterClock {
   std::uint64_t m_clusterTime = 0;  // nanoseconds
 };
 
+class CElementWalker;
+
 class CClusterDelivery {
  public:
   using OnFrames = std::function<bool(std::span<const FrameInfo>)>;
@@ -53,14 +55,9 @@ class CClusterDelivery {
         m_timecodeScale(info.TimecodeScale()),
         m_clock(m_timecodeScale) {}
 
-  /// `cluster` has been read whole; null is refused. False: stop.
-  bool DeliverCluster(libmatroska::KaxCluster* cluster);
-  /// The next children of the same Cluster. False: stop.
-  bool DeliverMore(const libmatroska::KaxCluster& cluster);
-  // The same one child after the other.
-  void BeginCluster() { m_clock.BeginCluster(); }
+  /// Reads `cluster`, at whose data `walker` stands, and delivers each child before it reads the next. Null is refused.
   /// False: stop.
-  bool DeliverNext(libebml::EbmlElement& child);
+  bool DeliverCluster(CElementWalker& walker, libmatroska::KaxCluster* cluster);
   /// False: stop.
   bool DeliverSimpleBlock(libmatroska::KaxSimpleBlock& block);
   /// Blocks, durations and references of one group; the last block counts.
@@ -68,6 +65,7 @@ class CClusterDelivery {
   bool DeliverBlockGroupBlocks(std::span<libebml::EbmlElement* const> children);
 
  private:
+  bool DeliverNext(libebml::EbmlElement& child);
   bool DeliverChild(libebml::EbmlElement& child);
   bool DeliverBlockGroup(const libmatroska::KaxBlockGroup& group);
   bool DeliverFrames(libmatroska::KaxInternalBlock& block, bool keyFrame, std::uint64_t duration);

@@ -16,8 +16,9 @@
 #include "framework/message_error.h"
 #include "scanner/chapter_reader.h"
 #include "scanner/cluster_delivery.h"
+#include "scanner/cluster_index.h"
+#include "scanner/cue_index.h"
 #include "scanner/index_search.h"
-#include "scanner/seek_index_builder.h"
 #include "scanner/track_reader.h"
 
 namespace tarvex {
@@ -31,6 +32,7 @@ void CEbmlScanner::Reset() noexcept {
   m_seekIndex.clear();
   m_cuesRead = false;
   m_clustersScanned = false;
+  m_known.Clear();
 }
 
 void CEbmlScanner::InitializeStream(IAsyncReader* reader) {
@@ -38,6 +40,7 @@ void CEbmlScanner::InitializeStream(IAsyncReader* reader) {
   m_seekIndex.clear();
   m_cuesRead = false;
   m_clustersScanned = false;
+  m_known.Clear();
   m_byteSource.Attach(reader);
   m_byteSource.setFilePointer(0);
   m_stream.reset(new (std::nothrow) libebml::EbmlStream(m_byteSource));
@@ -70,8 +73,7 @@ void CEbmlScanner::ReadHeaders() {
       ReadInfo(*info);
       ++headers;
     } else if (auto* tracks = ElementAs<libmatroska::KaxTracks>(child.get())) {
-      walker.ReadMaster(*tracks);
-      ReadTracks(*tracks, m_info, [this] { OnTrack(); });
+      ReadTracks(walker, *tracks, m_info, [this] { OnTrack(); });
       ++headers;
     }
     walker.Skip(*child);
@@ -101,8 +103,7 @@ void CEbmlScanner::ReadChapterList() {
   CElementWalker walker(*m_stream, m_byteSource);
   const auto chapters = walker.FindAt<libmatroska::KaxChapters>(*m_segment, m_chaptersPosition);
   if (!chapters) return;
-  walker.ReadMaster(*chapters);
-  m_info.chapters = ReadChapters(*chapters);
+  m_info.chapters = ReadChapters(walker, *chapters);
 }
 
 void CEbmlScanner::ReadDocType() {
@@ -169,42 +170,51 @@ void CEbmlScanner::ScanClusters() {
   if (!index) return;
   m_seekIndex = std::move(*index);
   m_clustersScanned = true;
+  m_known.Clear();
 }
 
 bool CEbmlScanner::Process() {
   if (!m_stream || !m_segment) return false;
-  if (m_startTime != 0) {
-    BuildIndex();
-    if (EventsPending()) return true;  // perhaps in the midst of it
-  }
   CElementWalker walker(*m_stream, m_byteSource);
-  walker.MoveTo(m_segmentDataStart);
-  GoToStart(walker);
+  if (!FindStart(walker)) return true;
   const CClusterDelivery::OnFrames onFrames = [this](std::span<const FrameInfo> frames) { return OnFrames(frames); };
   const std::function<bool()> eventsPending = [this] { return EventsPending(); };
   CClusterDelivery delivery(m_info, onFrames, eventsPending);
   while (const auto cluster = walker.FindNextCluster(*m_segment)) {
-    if (!DeliverCluster(walker, *cluster, delivery)) return true;
+    if (!delivery.DeliverCluster(walker, cluster.get())) return true;
   }
   return false;
 }
 
-// Whole before any of it is delivered, but where it can be as bytes, not as a tree of elements.
-bool CEbmlScanner::DeliverCluster(CElementWalker& walker, libmatroska::KaxCluster& cluster,
-                                  CClusterDelivery& delivery) {
-  bool goesOn = true;
-  if (walker.Load(cluster)) {
-    delivery.BeginCluster();
-    walker.ReadEachChild(cluster, CMasterReader::Frames::kRead,
-                         [&](libebml::EbmlElement& child) { return goesOn = delivery.DeliverNext(child); });
-    return goesOn;
+// False: interrupted. A failing read leads to the front.
+bool CEbmlScanner::FindStart(CElementWalker& walker) {
+  using Outcome = CClusterSearch::Outcome;
+  CClusterSearch::Result result;
+  if (m_startTime != 0) {
+    ReadCues();
+    const bool hasNone = m_cuesRead && m_seekIndex.empty() && !m_clustersScanned;
+    if (hasNone) result = SearchClusters(walker);
+    if (result.outcome == Outcome::kReadAll) BuildIndex();
+    if (result.outcome == Outcome::kInterrupted || EventsPending()) return false;  // perhaps in the midst of it
   }
-  bool isFirst = true;
-  walker.ReadCluster(cluster, [&] {
-    goesOn = std::exchange(isFirst, false) ? delivery.DeliverCluster(&cluster) : delivery.DeliverMore(cluster);
-    return goesOn;
-  });
-  return goesOn;
+  walker.MoveTo(m_segmentDataStart);
+  if (result.outcome == Outcome::kFound) {
+    walker.MoveTo(result.position);
+  } else {
+    GoToStart(walker);
+  }
+  return true;
+}
+
+CClusterSearch::Result CEbmlScanner::SearchClusters(CElementWalker& walker) {
+  const std::function<bool()> eventsPending = [this] { return EventsPending(); };
+  try {
+    CClusterSearch search(walker, *m_segment, m_info, m_byteSource.Length(), m_known, m_reach, eventsPending);
+    return search.Find(m_startTime);
+  } catch (const MessageError& error) {
+    LogText(error.what());
+    return {CClusterSearch::Outcome::kFound, m_segmentDataStart};
+  }
 }
 
 // One entry earlier than the one that covers the start, so that decoders have a picture before it.

@@ -1,7 +1,7 @@
 // The Matroska reader: opens a file over an IAsyncReader, keeps what its headers say, and delivers the
-// frames of its clusters. Owned by the filter, which also is its callback. It has no lock: opening runs
-// on the connecting thread, the index on the thread that pauses, delivery on the worker, never two at
-// once. Only the flush operations may come at any time.
+// frames of its clusters. Owned by the filter, which also is its callback. It has no lock: opening, which
+// reads the Cues, runs on the connecting thread, delivery and whatever else is read for a start time on the
+// worker, never two at once. Only the flush operations may come at any time.
 #pragma once
 
 #include <ebml/EbmlStream.h>
@@ -16,17 +16,18 @@
 #include "framework/platform/platform.h"
 #include "scanner/async_callback.h"
 #include "scanner/chapter_entry.h"
+#include "scanner/cluster_search.h"
 #include "scanner/element_walker.h"
 #include "scanner/frame_decoder.h"
 #include "scanner/frame_info.h"
 #include "scanner/heap.h"
+#include "scanner/known_clusters.h"
 #include "scanner/matroska_callback.h"
 #include "scanner/matroska_info.h"
+#include "scanner/search_reach.h"
 #include "scanner/seek_point.h"
 
 namespace tarvex {
-
-class CClusterDelivery;
 
 /// Times are 100 ns units. What the byte source throws (MessageError) passes through every operation
 /// that reads, and so does std::bad_alloc.
@@ -68,11 +69,13 @@ class CEbmlScanner {
 
   /// Makes sure of the seek index: that of the Cues, which opening reads, and without any that of the Clusters, all
   /// of which it reads then. Does each once for an open file; after a failing read the index is empty and the next
-  /// call tries again. A pending event ends it too.
+  /// call tries again. A pending event ends it too. Delivery needs it only where a search does not tell enough.
   void BuildIndex();
+  /// For the files that are opened from now on.
+  void SetSearchReach(const SearchReach& reach) noexcept { m_reach = reach; }
   const std::vector<SeekPoint>& Index() const noexcept { return m_seekIndex; }
 
-  /// Delivers frames, from the start time if that is not 0, for which it builds the index first. True:
+  /// Delivers frames, from the start time if that is not 0. Where there are no Cues it looks for that time first. True:
   /// interrupted, by an event or a refused frame. False: the Clusters ran out.
   bool Process();
 
@@ -104,8 +107,9 @@ class CEbmlScanner {
   void ReadCues();
   void ReadChapterList();
   void ReadDocType();
+  bool FindStart(CElementWalker& walker);
+  CClusterSearch::Result SearchClusters(CElementWalker& walker);
   void GoToStart(CElementWalker& walker) const;
-  static bool DeliverCluster(CElementWalker& walker, libmatroska::KaxCluster& cluster, CClusterDelivery& delivery);
   template <class Fill>
   void FillIndex(Fill&& fill);
   void ScanClusters();
@@ -122,6 +126,8 @@ class CEbmlScanner {
   bool m_isIndexSorted = false;
   bool m_cuesRead = false;
   bool m_clustersScanned = false;
+  CKnownClusters m_known;  // without Cues, as long as not all were read
+  SearchReach m_reach;
   std::uint64_t m_startTime = 0;
   std::unique_ptr<libebml::EbmlStream> m_stream;  // over m_byteSource; null while nothing is open
   CAsyncCallback m_byteSource;

@@ -1,10 +1,8 @@
 #include "scanner/element_search.h"
 
-#include <ebml/EbmlCrc32.h>
-#include <ebml/EbmlVoid.h>
-
 #include <algorithm>
 
+#include "scanner/element_ids.h"
 #include "scanner/limits.h"
 
 namespace tarvex {
@@ -21,7 +19,7 @@ std::size_t HeadBytesBefore(std::uint64_t end, std::uint64_t position) {
   return static_cast<std::size_t>(std::min<std::uint64_t>(ElementHeader::kMaxBytes, end - position));
 }
 
-bool IsChecksum(const ElementHeader& header) { return header.id == EBML_ID_VALUE(EBML_ID(libebml::EbmlCrc32)); }
+bool IsChecksum(const ElementHeader& header) { return header.id == element_ids::kCrc32; }
 
 }  // namespace
 
@@ -41,7 +39,7 @@ std::optional<FoundElement> CElementSearch::From(std::uint64_t position) {
       }
       const std::size_t step = PassUnknown(position + offset, rest);
       offset += step == 1 ? 1 : WithoutHidden(position + offset, step);
-      if (step != 1 && m_end == kNoEnd) break;  // the window may have moved
+      if (step != 1 && !HasEnd()) break;  // the window may have moved
     }
     chunk = offset > bytes.size() ? kFirstChunk : std::min(chunk * 8, kLargestChunk);
     position += offset;
@@ -59,7 +57,7 @@ std::optional<FoundElement> CElementSearch::At(std::uint64_t position) {
 bool CElementSearch::MayGoOnAt(std::uint64_t position) {
   if (position >= m_streamLength) return true;
   const auto header = ParseElementHeader(m_window.From(position, ElementHeader::kMaxBytes, kFirstChunk));
-  return header && (m_ids.Contains(header->id) || header->id == EBML_ID_VALUE(EBML_ID(libebml::EbmlVoid)));
+  return header && (m_ids.Contains(header->id) || header->id == element_ids::kVoid);
 }
 
 std::optional<FoundElement> CElementSearch::UpperBetween(std::uint64_t begin, std::uint64_t end) {
@@ -110,11 +108,11 @@ std::size_t CElementSearch::PassUnknown(std::uint64_t position, std::span<const 
   return header->Length() + static_cast<std::size_t>(header->size);
 }
 
-// In a parent without an end nothing stops a search that goes from one head to the next, as noise holds them,
-// except that no such step goes past what belongs further up.
+// In a parent without an end to be believed nothing stops a search that goes from one head to the next, as noise holds
+// them, except that no such step goes past what belongs further up.
 std::size_t CElementSearch::WithoutHidden(std::uint64_t position, std::size_t step) {
-  if (m_end != kNoEnd || m_unknown == Unknown::kPassByteWise) return step;
-  const auto upper = UpperBetween(position + 1, position + step);
+  if (HasEnd() || m_unknown == Unknown::kPassByteWise) return step;
+  const auto upper = UpperBetween(position + 1, std::min(position + step, m_streamLength));
   return upper ? static_cast<std::size_t>(upper->position - position) : step;
 }
 

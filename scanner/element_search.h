@@ -61,6 +61,8 @@ class CElementSearch {
   std::optional<FoundElement> UpperBetween(std::uint64_t begin, std::uint64_t end);
 
  private:
+  /// One behind the stream's is none: the parent is cut, or its size is damaged.
+  bool HasEnd() const { return m_end <= m_streamLength; }
   std::optional<FoundElement> LookAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
   std::size_t PassUnknown(std::uint64_t position, std::span<const std::uint8_t> bytes) const;
   std::size_t WithoutHidden(std::uint64_t position, std::size_t step);

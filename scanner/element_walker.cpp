@@ -6,8 +6,10 @@
 #include <array>
 #include <limits>
 
+#include "framework/big_endian.h"
 #include "scanner/byte_window.h"
 #include "scanner/element_header.h"
+#include "scanner/element_ids.h"
 #include "scanner/limits.h"
 
 namespace tarvex {
@@ -39,13 +41,14 @@ void CElementWalker::ReadMaster(libebml::EbmlMaster& element) {
   if (const auto end = m_masterReader.Read(element)) MoveTo(*end);
 }
 
-void CElementWalker::ReadCluster(libmatroska::KaxCluster& cluster, const CMasterReader::Portion& portion) {
-  if (const auto end = m_masterReader.ReadCluster(cluster, portion)) MoveTo(*end);
-}
-
 void CElementWalker::ReadEachChild(libebml::EbmlMaster& element, CMasterReader::Frames frames,
                                    const CMasterReader::Visitor& visit) {
   if (const auto end = m_masterReader.ReadEach(element, frames, visit)) MoveTo(*end);
+}
+
+void CElementWalker::ReadEntries(libebml::EbmlMaster& list, const CMasterReader::DataLimits& limits,
+                                 CElementVisitor& visitor) {
+  if (const auto end = m_masterReader.ReadEntries(list, limits, visitor)) MoveTo(*end);
 }
 
 void CElementWalker::Skip(libebml::EbmlElement& element) {
@@ -74,19 +77,17 @@ void CElementWalker::SkipUnknownSize(libebml::EbmlElement& element) {
 }
 
 std::unique_ptr<libmatroska::KaxSegment> CElementWalker::FindSegment() {
-  constexpr std::array<std::uint8_t, 4> kMagic = {0x1A, 0x45, 0xDF, 0xA3};
-  std::array<std::uint8_t, kMagic.size()> first{};
+  std::array<std::uint8_t, sizeof(element_ids::kEbmlHead)> first{};
   MoveTo(0);
   m_source.read(first.data(), first.size());
-  if (first != kMagic) return nullptr;
+  if (BigEndian(first) != element_ids::kEbmlHead) return nullptr;
 
-  const std::uint32_t segmentId = EBML_ID_VALUE(EBML_ID(libmatroska::KaxSegment));
   constexpr std::size_t kChunk = 1024;  // there may be many small elements
   m_window.Clear();
   for (std::uint64_t position = 0;;) {
     const auto header = ParseElementHeader(m_window.From(position, ElementHeader::kMaxBytes, kChunk));
     if (!header) return nullptr;
-    if (header->id == segmentId) {
+    if (header->id == element_ids::kSegment) {
       MoveTo(position);
       break;
     }

@@ -42,15 +42,12 @@ class CElementWalker {
   /// Reads a master with all below it, as far as the limits. Positions at the element that ended it, if
   /// one did.
   void ReadMaster(libebml::EbmlMaster& element);
-  /// Reads a Cluster and calls `portion`, more than once when it is too much to be kept, until that answers
-  /// false.
-  void ReadCluster(libmatroska::KaxCluster& cluster, const CMasterReader::Portion& portion);
   /// As ReadMaster, but shows each child in turn instead of keeping it. When the visitor has seen enough, the
   /// position is somewhere.
   void ReadEachChild(libebml::EbmlMaster& element, CMasterReader::Frames frames, const CMasterReader::Visitor& visit);
-  /// Reads the bytes of `element` in one piece for ReadEachChild, which is to follow at once. False when that
-  /// cannot be.
-  bool Load(const libebml::EbmlMaster& element) { return m_masterReader.Load(element); }
+
+  /// As ReadEachChild, for a list in a header: what it may have is limited.
+  void ReadEntries(libebml::EbmlMaster& list, const CMasterReader::DataLimits& limits, CElementVisitor& visitor);
 
   /// Moves behind an element's data. One that ends behind the stream is not moved behind; one of unknown
   /// size ends at the first element that belongs further up.

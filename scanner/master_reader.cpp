@@ -6,11 +6,12 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
-#include <utility>
 
+#include "framework/log.h"
+#include "scanner/block_head.h"
 #include "scanner/byte_input.h"
+#include "scanner/element_ids.h"
 #include "scanner/limits.h"
 
 namespace tarvex {
@@ -28,8 +29,8 @@ class CDepth {
   int& m_depth;
 };
 
-constexpr std::size_t kLongestHead = 8 + 2 + 1 + 1;  // track number, time, flags, number of frames
-using BlockHead = std::array<std::uint8_t, kLongestHead>;
+constexpr std::size_t kLongestHead = BlockHead::kMaxBytes + 1;  // and the number of frames
+using BlockHeadBytes = std::array<std::uint8_t, kLongestHead>;
 
 /// Gives a block its head and leaves the rest of its buffer as it is.
 class CBlockHead : public CByteInput {
@@ -52,24 +53,45 @@ bool IsBlock(const libebml::EbmlElement& element) {
 
 /// A block's first bytes, as one without lacing where what follows them decides nothing. Nothing for a lace
 /// whose frame sizes decide whether it is a block at all.
-std::optional<BlockHead> HeadAlone(std::span<const std::uint8_t> bytes, std::uint64_t size) {
-  constexpr std::uint8_t kLacing = 0x06;
-  constexpr std::uint8_t kFixedSizes = 0x04;
-  BlockHead head{};
+std::optional<BlockHeadBytes> HeadAlone(std::span<const std::uint8_t> bytes, std::uint64_t size) {
+  BlockHeadBytes head{};
   const std::size_t count =
       std::min(bytes.size(), static_cast<std::size_t>(std::min<std::uint64_t>(head.size(), size)));
   std::copy_n(bytes.begin(), count, head.begin());
-  // The flags follow the track number, whose first byte tells its length, and a 16-bit time.
-  const std::size_t flags = static_cast<std::size_t>(std::countl_zero(head[0])) + 1 + 2;
-  if (flags >= count) return std::nullopt;
-  const int lacing = head[flags] & kLacing;
-  if (lacing == 0) return head;
-  if (lacing != kFixedSizes || flags + 1 >= count || (size - flags - 2) % (head[flags + 1] + 1U) != 0) {
+  const auto parsed = ParseBlockHead(std::span(head).first(count));
+  if (!parsed) return std::nullopt;
+  if (parsed->lacing == BlockLacing::kNone) return head;
+  const std::size_t frames = parsed->Length();  // their number, less one
+  if (parsed->lacing != BlockLacing::kFixed || frames >= count || (size - frames - 1) % (head[frames] + 1U) != 0) {
     return std::nullopt;
   }
-  head[flags] = static_cast<std::uint8_t>(head[flags] & ~kLacing);
+  head[parsed->flags] = static_cast<std::uint8_t>(head[parsed->flags] & ~BlockHead::kLacingFlags);
   return head;
 }
+
+/// As an object, without its data. The frames of a block lie in its data; each is an object as well.
+std::int64_t MemoryOf(const libebml::EbmlElement& element) {
+  const unsigned frames =
+      IsBlock(element) ? static_cast<const libmatroska::KaxInternalBlock&>(element).NumberFrames() : 0;
+  return limits::kElementMemory + limits::kLaceFrameMemory * frames;
+}
+
+/// What becomes of it in memory.
+std::int64_t DataOf(const libebml::EbmlElement& element) {
+  if (element.IsMaster()) return 0;
+  const auto size = static_cast<std::int64_t>(element.GetSize());
+  const bool isText = dynamic_cast<const libebml::EbmlUnicodeString*>(&element) != nullptr;
+  return isText ? size * limits::kMemoryPerTextByte : size;
+}
+
+class CFunctionVisitor final : public CElementVisitor {
+ public:
+  explicit CFunctionVisitor(const CMasterReader::Visitor& visit) : m_visit(visit) {}
+  bool Show(libebml::EbmlElement& element) override { return m_visit(element); }
+
+ private:
+  const CMasterReader::Visitor& m_visit;
+};
 
 void RemoveChildren(libebml::EbmlMaster& master) {
   for (libebml::EbmlElement* child : master) const ElementPtr owner(child);
@@ -80,70 +102,59 @@ void RemoveChildren(libebml::EbmlMaster& master) {
 
 struct CMasterReader::Level {
   libebml::EbmlMaster& master;
-  const Visitor* visit = nullptr;    // null: children are kept
-  const Portion* portion = nullptr;  // null: all of them together
-  bool hasBlocks = false;            // to be shown as they lie in the window
-  std::uint64_t end = 0;             // where the master ends, kNoEnd when that is not known
+  CElementVisitor* visitor = nullptr;  // null: children are kept
+  bool hasBlocks = false;              // to be shown as they lie in the window
+  std::uint64_t end = 0;               // where the master ends, kNoEnd when that is not known
   CElementSearch search;
 };
 
 std::optional<std::uint64_t> CMasterReader::Read(libebml::EbmlMaster& master) {
   m_frames = Frames::kRead;
-  m_memory = limits::kHeaderMemory;
-  m_countsData = true;
-  return ReadOutermost(master, nullptr, nullptr);
+  m_isHeader = true;
+  m_memory = m_entryData = m_data = limits::kHeaderMemory;
+  return ReadOutermost(master, nullptr);
 }
 
 std::optional<std::uint64_t> CMasterReader::ReadEach(libebml::EbmlMaster& master, Frames frames, const Visitor& visit) {
   m_frames = frames;
-  m_memory = limits::kClusterMemory;
-  m_countsData = false;
-  return ReadOutermost(master, &visit, nullptr);
+  m_isHeader = false;
+  BeginEntry();
+  CFunctionVisitor visitor(visit);
+  return ReadOutermost(master, &visitor);
 }
 
-std::optional<std::uint64_t> CMasterReader::ReadCluster(libebml::EbmlMaster& cluster, const Portion& portion) {
+std::optional<std::uint64_t> CMasterReader::ReadEntries(libebml::EbmlMaster& master, const DataLimits& limits,
+                                                        CElementVisitor& visitor) {
   m_frames = Frames::kRead;
-  m_memory = limits::kClusterMemory;
-  m_countsData = false;
-  return ReadOutermost(cluster, nullptr, &portion);
+  m_isHeader = true;
+  m_dataLimits = limits;
+  m_data = limits.ofAll;
+  BeginEntry();
+  return ReadOutermost(master, &visitor);
 }
 
-bool CMasterReader::Load(const libebml::EbmlMaster& master) {
-  const std::uint64_t start = master.GetDataStart();
-  const std::uint64_t left = m_source.Length() - std::min(start, m_source.Length());
-  if (!master.IsFiniteSize() || master.GetSize() > std::min(left, limits::kPiece)) return false;
-  m_window.Load(start, static_cast<std::size_t>(master.GetSize()));
-  m_isLoaded = true;
-  return true;
-}
-
-std::optional<std::uint64_t> CMasterReader::ReadOutermost(libebml::EbmlMaster& master, const Visitor* visit,
-                                                          const Portion* portion) {
-  if (!std::exchange(m_isLoaded, false)) m_window.Clear();
-  m_stopped = false;
-  const LevelEnd end = ReadLevel(master, visit, portion);
+std::optional<std::uint64_t> CMasterReader::ReadOutermost(libebml::EbmlMaster& master, CElementVisitor* visitor) {
+  m_window.Clear();
+  m_stopped = m_isTooMuch = m_hasLeftOut = false;
+  const LevelEnd end = ReadLevel(master, visitor);
   m_source.setFilePointer(static_cast<std::int64_t>(std::min(end.position, m_source.Length())));
-  if (portion != nullptr && !m_stopped) (*portion)();
+  if (m_isHeader && (m_hasLeftOut || m_isTooMuch))
+    LogFormat("<%s> what takes too much memory is left out", EBML_NAME(&master));
   return end.upperLevel > 0 ? std::optional(end.position) : std::nullopt;
 }
 
-CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, const Visitor* visit,
-                                                 const Portion* portion) {
+CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, CElementVisitor* visitor) {
   const CDepth depth(m_depth);
   RemoveChildren(master);
   const std::uint64_t end = master.IsFiniteSize() ? master.GetEndPosition() : CElementSearch::kNoEnd;
   const bool hasBlocks =
-      visit != nullptr && m_frames == Frames::kRead && libebml::EbmlId(master) == EBML_ID(libmatroska::KaxCluster);
+      visitor != nullptr && m_frames == Frames::kRead && libebml::EbmlId(master) == EBML_ID(libmatroska::KaxCluster);
   Level level{
-      master,
-      visit,
-      portion,
-      hasBlocks && master.IsFiniteSize(),
-      end,
+      master, visitor, hasBlocks, end,
       CElementSearch(m_window, m_source.Length(), m_ids, EBML_CONTEXT(&master), CElementSearch::Unknown::kSkip, end)};
   LevelEnd at{0, master.GetDataStart()};
-  while (at.upperLevel == 0 && MayGoOn(level)) {
-    if (const auto next = level.hasBlocks ? ReadLoadedBlock(level, at.position) : std::nullopt) {
+  while (at.upperLevel == 0 && !m_stopped && HasMemory(level)) {
+    if (const auto next = level.hasBlocks ? ReadBlockInPlace(level, at.position) : std::nullopt) {
       at = *next;
       continue;
     }
@@ -154,34 +165,47 @@ CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, co
   return at.upperLevel > 0 ? at : LevelEnd{0, std::min(end, m_source.Length())};
 }
 
-// A portion ends early enough for the next child to be kept whole.
-bool CMasterReader::MayGoOn(const Level& level) {
-  if (level.visit != nullptr && m_stopped) return false;
-  if (level.portion == nullptr) return m_memory >= limits::kElementMemory;
-  if (m_memory < limits::kClusterMemory / 2) {
-    m_stopped = !(*level.portion)();
-    RemoveChildren(level.master);
-    m_memory = limits::kClusterMemory;
-  }
-  return !m_stopped;
+// What remains of a master that takes too much is passed over, unless only looking tells where that is.
+bool CMasterReader::HasMemory(const Level& level) {
+  if (m_memory >= limits::kElementMemory) return true;
+  m_isTooMuch = true;
+  return m_isHeader && level.end == CElementSearch::kNoEnd;
 }
 
-// A SimpleBlock that is to be shown and whose bytes are there is found here as the search would find it, but
-// without an element of its own. Nothing when it is for the search.
-std::optional<CMasterReader::LevelEnd> CMasterReader::ReadLoadedBlock(Level& level, std::uint64_t position) {
+// As much of a Cluster as the window holds is read at a time; of one without an end, what reading on brings.
+std::span<const std::uint8_t> CMasterReader::ClusterBytes(const Level& level, std::uint64_t position,
+                                                          std::uint64_t atLeast) {
+  constexpr std::uint64_t kLeast = 32 * 1024;
+  constexpr std::uint64_t kMost = 1024 * 1024;
+  const bool hasEnd = level.end != CElementSearch::kNoEnd;
+  const std::uint64_t wanted = hasEnd ? std::clamp(level.end - position, kLeast, kMost) : kLeast;
+  return m_window.From(position, static_cast<std::size_t>(atLeast), static_cast<std::size_t>(wanted));
+}
+
+// A SimpleBlock that is to be shown is found here as the search would find it, but without an element of its own.
+// Nothing when it is for the search, as is one that in a parent without an end is followed by nothing known.
+std::optional<CMasterReader::LevelEnd> CMasterReader::ReadBlockInPlace(Level& level, std::uint64_t position) {
   constexpr std::uint64_t kSmallest = 4;
-  if (position >= level.end) return std::nullopt;
-  const auto rest = m_window.Loaded(position, level.end - position);
-  if (!rest) return std::nullopt;
-  const auto header = ParseElementHeader(*rest);
-  if (!header || header->id != EBML_ID_VALUE(EBML_ID(libmatroska::KaxSimpleBlock))) return std::nullopt;
-  const std::size_t room = rest->size() - header->Length();
-  if (!header->sizeKnown || header->size < kSmallest || header->size > room || header->size >= limits::kElement) {
+  constexpr std::uint64_t kGroup = 128 * 1024;
+  const std::uint64_t end = std::min(level.end, m_source.Length());
+  if (position >= end) return std::nullopt;
+  const bool hasEnd = level.end != CElementSearch::kNoEnd;
+  const std::uint64_t left = end - position;
+  auto bytes = ClusterBytes(level, position, std::min<std::uint64_t>(ElementHeader::kMaxBytes, left));
+  const auto header = ParseElementHeader(bytes);
+  if (!header || !header->sizeKnown || header->size < kSmallest || header->size > limits::kPiece) return std::nullopt;
+  const std::uint64_t whole = header->Length() + header->size;
+  const std::uint64_t needed = hasEnd ? whole : whole + ElementHeader::kMaxBytes;
+  if (needed > left) return std::nullopt;
+  if (header->id != element_ids::kSimpleBlock) {
+    if (whole <= kGroup) ClusterBytes(level, position, needed);  // for the search
     return std::nullopt;
   }
-  const auto size = static_cast<std::size_t>(header->size);
-  if (m_block.Become(position, *header, rest->subspan(header->Length(), size))) Show(level, m_block);
-  return LevelEnd{0, position + header->Length() + size};
+  if (bytes.size() < needed) bytes = ClusterBytes(level, position, needed);
+  if (bytes.size() < needed || (!hasEnd && !level.search.MayGoOnAt(position + whole))) return std::nullopt;
+  const auto data = bytes.subspan(header->Length(), static_cast<std::size_t>(header->size));
+  if (m_block.Become(position, *header, data)) Show(level, m_block);
+  return LevelEnd{0, position + whole};
 }
 
 // Where to go on, or that the level has ended.
@@ -212,7 +236,10 @@ CMasterReader::LevelEnd CMasterReader::ReadValue(Level& level, FoundElement foun
   // Reading allocates what the element declares, so that has to be there.
   const std::uint64_t size = found.element->GetSize();
   if (size > m_source.Length() - std::min(found.dataPosition, m_source.Length())) return {0, m_source.Length() + 1};
-  if (!Fits(*found.element)) return {0, found.dataPosition + size};
+  if (!Fits(*found.element)) {
+    LeaveOut(level);
+    return {0, found.dataPosition + size};
+  }
   ReadData(found);
   if (found.element->ValueIsSet()) Take(level, std::move(found.element));
   return {0, found.dataPosition + size};
@@ -245,8 +272,13 @@ CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElemen
   const std::uint64_t childEnd = finite ? child.GetEndPosition() : found.dataPosition;
   if (m_depth >= limits::kNesting) return {0, childEnd};
   const bool isEmpty = finite && childEnd == found.dataPosition;
-  const LevelEnd inner = isEmpty ? LevelEnd{0, childEnd} : ReadLevel(child, nullptr, nullptr);
-  Take(level, std::move(found.element));
+  const bool isEntered = level.visitor != nullptr && level.visitor->Enter(child);
+  const LevelEnd inner = isEmpty ? LevelEnd{0, childEnd} : ReadLevel(child, isEntered ? level.visitor : nullptr);
+  if (isEntered) {
+    m_stopped = !level.visitor->Leave() || m_stopped;
+  } else {
+    Take(level, std::move(found.element));
+  }
   if (inner.upperLevel > 1) return {inner.upperLevel - 1, inner.position};
   if (!finite) return {0, inner.position};
   // A child of ours in the midst of that one, which therefore is damaged.
@@ -255,30 +287,40 @@ CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElemen
 }
 
 void CMasterReader::Take(Level& level, ElementPtr element) {
-  if (level.visit != nullptr) return Show(level, *element);
+  if (level.visitor != nullptr) return Show(level, *element);
+  if (!Fits(*element)) return LeaveOut(level);
   m_memory -= MemoryOf(*element);
+  if (m_isHeader) m_entryData -= DataOf(*element);
   level.master.PushElement(*element);
   static_cast<void>(element.release());
 }
 
 void CMasterReader::Show(const Level& level, libebml::EbmlElement& element) {
-  m_stopped = !(*level.visit)(element);
-  m_memory = limits::kClusterMemory;
+  if (m_isHeader && m_isTooMuch) return LeaveOut(level);
+  m_data -= m_isHeader ? std::min(m_dataLimits.ofEntry, m_data) - m_entryData : 0;
+  m_stopped = !level.visitor->Show(element);
+  BeginEntry();
 }
 
-bool CMasterReader::Fits(const libebml::EbmlElement& element) const { return MemoryOf(element) <= m_memory; }
+// In an entry that makes the whole entry too much.
+void CMasterReader::LeaveOut(const Level& level) {
+  m_isTooMuch = true;
+  if (level.visitor == nullptr) return;
+  m_hasLeftOut = true;
+  level.visitor->LeaveOut();
+  BeginEntry();
+}
 
-// The frames of a block lie in its data; each is an object as well.
-std::int64_t CMasterReader::MemoryOf(const libebml::EbmlElement& element) const {
-  if (element.IsMaster()) return limits::kElementMemory;
-  if (!m_countsData) {
-    const unsigned frames =
-        IsBlock(element) ? static_cast<const libmatroska::KaxInternalBlock&>(element).NumberFrames() : 0;
-    return limits::kElementMemory + limits::kLaceFrameMemory * frames;
-  }
-  const auto size = static_cast<std::int64_t>(element.GetSize());
-  const bool isText = dynamic_cast<const libebml::EbmlUnicodeString*>(&element) != nullptr;
-  return limits::kElementMemory + (isText ? size * limits::kMemoryPerTextByte : size);
+void CMasterReader::BeginEntry() {
+  m_isTooMuch = false;
+  m_memory = limits::kEntryMemory;
+  m_entryData = std::min(m_dataLimits.ofEntry, m_data);
+}
+
+bool CMasterReader::Fits(const libebml::EbmlElement& element) const {
+  if (MemoryOf(element) > m_memory) return false;
+  const bool isSmall = m_entryData / limits::kMemoryPerTextByte >= static_cast<std::int64_t>(element.GetSize());
+  return !m_isHeader || isSmall || DataOf(element) <= m_entryData;
 }
 
 }  // namespace tarvex

@@ -7,11 +7,13 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 
 #include "scanner/async_callback.h"
 #include "scanner/borrowed_block.h"
 #include "scanner/byte_window.h"
 #include "scanner/element_search.h"
+#include "scanner/element_visitor.h"
 #include "scanner/known_ids.h"
 
 namespace tarvex {
@@ -28,24 +30,27 @@ class CMasterReader {
 
   /// False: shown enough.
   using Visitor = std::function<bool(libebml::EbmlElement&)>;
-  using Portion = std::function<bool()>;
 
   CMasterReader(CAsyncCallback& source, CByteWindow& window, CKnownIdTables& ids)
       : m_source(source), m_window(window), m_ids(ids) {}
+
+  /// What the entries of a list in a header may have: bytes of data, one and all together.
+  struct DataLimits {
+    std::int64_t ofEntry = 0;
+    std::int64_t ofAll = 0;
+  };
 
   /// Gives `master`, which is no Cluster, its children, in place of those it has; what would take more
   /// memory than a header may is passed over. Where the element stands that ended it, when that was one
   /// that belongs further up.
   std::optional<std::uint64_t> Read(libebml::EbmlMaster& master);
-  /// Shows each child in turn instead of keeping it, so that a long list costs no memory.
+  /// Shows each child in turn instead of keeping it, so that a long list costs no memory. The SimpleBlocks of a Cluster
+  /// are shown as they lie in the window: a frame's bytes are not copied.
   std::optional<std::uint64_t> ReadEach(libebml::EbmlMaster& master, Frames frames, const Visitor& visit);
-  /// Gives a Cluster its children and calls `portion`. When they would take too much memory at a time it is
-  /// called several times, each time with the next of them, until it answers false.
-  std::optional<std::uint64_t> ReadCluster(libebml::EbmlMaster& cluster, const Portion& portion);
-
-  /// Reads the bytes of `master` in one piece, so that nothing is read from the stream when ReadEach follows
-  /// at once. False when they are too many, are not all there, or have no known number.
-  bool Load(const libebml::EbmlMaster& master);
+  /// The same for a list in a header. Entries that would take more memory than they may are left out, which the log
+  /// says once.
+  std::optional<std::uint64_t> ReadEntries(libebml::EbmlMaster& master, const DataLimits& limits,
+                                           CElementVisitor& visitor);
 
  private:
   /// How the reading of one level ended.
@@ -55,10 +60,11 @@ class CMasterReader {
   };
   struct Level;
 
-  std::optional<std::uint64_t> ReadOutermost(libebml::EbmlMaster& master, const Visitor* visit, const Portion* portion);
-  LevelEnd ReadLevel(libebml::EbmlMaster& master, const Visitor* visit, const Portion* portion);
-  bool MayGoOn(const Level& level);
-  std::optional<LevelEnd> ReadLoadedBlock(Level& level, std::uint64_t position);
+  std::optional<std::uint64_t> ReadOutermost(libebml::EbmlMaster& master, CElementVisitor* visitor);
+  LevelEnd ReadLevel(libebml::EbmlMaster& master, CElementVisitor* visitor);
+  bool HasMemory(const Level& level);
+  std::span<const std::uint8_t> ClusterBytes(const Level& level, std::uint64_t position, std::uint64_t atLeast);
+  std::optional<LevelEnd> ReadBlockInPlace(Level& level, std::uint64_t position);
   LevelEnd ReadChild(Level& level, FoundElement found);
   LevelEnd ReadValue(Level& level, FoundElement found);
   LevelEnd ReadMasterChild(Level& level, FoundElement found);
@@ -67,19 +73,24 @@ class CMasterReader {
   bool ReadBlockHead(FoundElement& found);
   void Take(Level& level, ElementPtr element);
   void Show(const Level& level, libebml::EbmlElement& element);
+  void LeaveOut(const Level& level);
+  void BeginEntry();
   bool Fits(const libebml::EbmlElement& element) const;
-  std::int64_t MemoryOf(const libebml::EbmlElement& element) const;
 
   CAsyncCallback& m_source;
   CByteWindow& m_window;
   CKnownIdTables& m_ids;
   Frames m_frames = Frames::kRead;
-  CBorrowedBlock m_block;   // the one that is shown
-  bool m_isLoaded = false;  // the next master's bytes are
+  CBorrowedBlock m_block;  // the one that is shown
   int m_depth = 0;
-  std::int64_t m_memory = 0;  // bytes that elements may still take
   bool m_stopped = false;
-  bool m_countsData = false;          // data counts, not only the objects
+  std::int64_t m_memory = 0;          // bytes that the objects of this entry may still take
+  std::int64_t m_entryData = 0;       // bytes of data that it may still have
+  std::int64_t m_data = 0;            // bytes of data that this entry and all behind it may still have
+  DataLimits m_dataLimits;            // of the list that is read
+  bool m_isHeader = false;            // data counts, not only the objects
+  bool m_isTooMuch = false;           // this entry
+  bool m_hasLeftOut = false;          // any
   std::uint64_t m_searchedAgain = 0;  // bytes
 };
 

@@ -1,22 +1,15 @@
 #include "scanner/plain_elements.h"
 
-#include <bit>
-
 #include "framework/big_endian.h"
 #include "scanner/element_header.h"
+#include "scanner/element_ids.h"
+#include "scanner/limits.h"
 
 namespace tarvex {
 
 namespace {
 
-// Identifiers; see the format's definition.
-constexpr std::uint32_t kCueTime = 0xB3;
-constexpr std::uint32_t kCueTrackPositions = 0xB7;
-constexpr std::uint32_t kCueTrack = 0xF7;
-constexpr std::uint32_t kCueClusterPosition = 0xF1;
-constexpr std::uint32_t kCueRelativePosition = 0xF0;
-constexpr std::uint32_t kCueDuration = 0xB2;
-constexpr std::uint32_t kCueBlockNumber = 0x5378;
+namespace id = element_ids;
 
 /// Stores the number of an element that comes once. False when it is none, or was there before.
 bool StoreOnce(const PlainElement& element, std::optional<std::uint64_t>& value) {
@@ -35,13 +28,14 @@ bool ReadPositions(std::span<const std::uint8_t> data, Positions& positions) {
     const auto child = ParsePlainElement(data);
     if (!child) return false;
     data = data.subspan(child->length);
-    if (child->id == kCueTrack) {
+    if (IsFilling(*child)) continue;
+    if (child->id == id::kCueTrack) {
       if (!StoreOnce(*child, positions.track)) return false;
-    } else if (child->id == kCueClusterPosition) {
+    } else if (child->id == id::kCueClusterPosition) {
       if (!StoreOnce(*child, positions.cluster)) return false;
     } else {
-      const bool isKnown =
-          child->id == kCueRelativePosition || child->id == kCueDuration || child->id == kCueBlockNumber;
+      const bool isKnown = child->id == id::kCueRelativePosition || child->id == id::kCueDuration ||
+                           child->id == id::kCueBlockNumber || child->id == id::kCueCodecState;
       if (!isKnown || !PlainNumber(child->data)) return false;
     }
   }
@@ -59,6 +53,13 @@ std::optional<PlainElement> ParsePlainElement(std::span<const std::uint8_t> byte
   return PlainElement{header->id, bytes.subspan(header->Length(), size), header->Length() + size};
 }
 
+// libebml takes a checksum of another size for none.
+bool IsFilling(const PlainElement& element) {
+  constexpr std::size_t kChecksumBytes = 4;
+  if (element.id == id::kCrc32) return element.data.size() == kChecksumBytes;
+  return element.id == id::kVoid && element.data.size() < limits::kElement;
+}
+
 std::optional<std::uint64_t> PlainNumber(std::span<const std::uint8_t> data) {
   if (data.empty() || data.size() > sizeof(std::uint64_t)) return std::nullopt;
   return BigEndian(data);
@@ -71,9 +72,10 @@ std::optional<PlainCuePoint> ParsePlainCuePoint(std::span<const std::uint8_t> da
     const auto child = ParsePlainElement(data);
     if (!child) return std::nullopt;
     data = data.subspan(child->length);
-    if (child->id == kCueTime) {
+    if (IsFilling(*child)) continue;
+    if (child->id == id::kCueTime) {
       if (!StoreOnce(*child, time)) return std::nullopt;
-    } else if (child->id == kCueTrackPositions) {
+    } else if (child->id == id::kCueTrackPositions) {
       if (child->data.empty()) continue;
       Positions positions;
       if (!ReadPositions(child->data, positions)) return std::nullopt;
@@ -85,21 +87,6 @@ std::optional<PlainCuePoint> ParsePlainCuePoint(std::span<const std::uint8_t> da
   if (!earliest) return PlainCuePoint{};
   if (!time) return std::nullopt;
   return PlainCuePoint{*time, *earliest->track, *earliest->cluster};
-}
-
-std::optional<PlainBlock> ParsePlainBlock(std::span<const std::uint8_t> head) {
-  constexpr std::size_t kTimeAndFlags = 3;
-  if (head.empty() || head[0] == 0) return std::nullopt;
-  const auto length = static_cast<std::size_t>(std::countl_zero(head[0])) + 1;
-  if (head.size() < length + kTimeAndFlags) return std::nullopt;
-  const std::uint64_t marker = std::uint64_t{1} << (7 * length);
-  const auto rest = head.subspan(length);
-  PlainBlock block;
-  block.track = BigEndian(head.first(length)) & (marker - 1);
-  block.relativeTime = static_cast<std::int16_t>(BigEndian(rest.first(2)));
-  block.isKeyFrame = (rest[2] & 0x80) != 0;
-  block.isLaced = (rest[2] & 0x06) != 0;
-  return block;
 }
 
 }  // namespace tarvex

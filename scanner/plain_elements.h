@@ -19,6 +19,9 @@ struct PlainElement {
 /// Nothing when `bytes` do not begin with such an element.
 std::optional<PlainElement> ParsePlainElement(std::span<const std::uint8_t> bytes);
 
+/// A checksum or a void, which may stand anywhere and mean nothing here.
+bool IsFilling(const PlainElement& element);
+
 /// The number that an element of 1 to 8 bytes holds.
 std::optional<std::uint64_t> PlainNumber(std::span<const std::uint8_t> data);
 
@@ -32,18 +35,5 @@ struct PlainCuePoint {
 /// Of several positions, the first of the earliest Cluster; of track 0 when there are none. Nothing when anything else
 /// is missing, comes twice or is unknown.
 std::optional<PlainCuePoint> ParsePlainCuePoint(std::span<const std::uint8_t> data);
-
-/// The head of a block.
-struct PlainBlock {
-  std::uint64_t track = 0;
-  std::int16_t relativeTime = 0;  ///< ticks
-  bool isKeyFrame = false;        ///< of a SimpleBlock
-  bool isLaced = false;
-};
-
-/// From the first bytes of a block's data, of which there are at most kLongestBlockHead to look at. Nothing
-/// when they are none.
-inline constexpr std::size_t kLongestBlockHead = 8 + 2 + 1;
-std::optional<PlainBlock> ParsePlainBlock(std::span<const std::uint8_t> head);
 
 }  // namespace tarvex

@@ -15,6 +15,7 @@ namespace tarvex {
 namespace {
 
 constexpr LONG kPieceCapacity = 2 * CReadAheadReader::kLargestWindow;  // of the prefetcher's memory
+constexpr LONG kLargestSkip = 64 * 1024;
 constexpr LONGLONG kLastPosition = std::numeric_limits<LONGLONG>::max();
 
 ComPtr<IAsyncReader> Below(IAsyncReader* upstream, SourceReads reads) {
@@ -93,32 +94,50 @@ HRESULT CReadAheadReader::ReadMissing(LONGLONG position, LONG length, BYTE* buff
 void CReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
   constexpr LONG kGrowth = 4;
   const LONG wanted = std::min(std::max(m_windowSize, m_lastLength), kLargestWindow / kGrowth) * kGrowth;
-  m_windowSize = position == m_next ? wanted : kSmallestWindow;
-  if (position != m_next) m_sourceIsSlow = false;
+  const bool goesOn = position == m_next || SkipsLittle(position);
+  m_windowSize = goesOn ? wanted : kSmallestWindow;
+  if (!goesOn) m_sourceIsSlow = false;
 }
 
-// Keeps the end of what `position` follows on: whoever looks a few bytes ahead comes back to them. False: nothing is
-// known of these bytes, so the reader below has to answer for them.
+// Whoever looks at one small thing after the other passes over what is between them.
+bool CReadAheadReader::SkipsLittle(LONGLONG position) const noexcept {
+  const LONGLONG skipped = position - (m_windowStart + m_windowBytes);
+  return m_windowBytes != 0 && skipped >= 0 && skipped <= std::min(m_windowSize, kLargestSkip);
+}
+
+// Keeps the end of what `position` follows on, and reads what lies between: whoever looks a few bytes ahead comes back
+// to them. False: nothing is known of these bytes, so the reader below has to answer for them.
 bool CReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
-  const bool follows = position == m_windowStart + m_windowBytes;
-  const LONG tail = follows ? std::min(m_windowBytes, kSmallestWindow) : 0;
-  return Advance(position - tail, tail, atLeast);
+  if (!SkipsLittle(position)) return Advance(position, 0, atLeast);
+  const LONG tail = std::min(m_windowBytes, kSmallestWindow);
+  const LONGLONG end = m_windowStart + m_windowBytes;
+  return Advance(end - tail, tail, static_cast<LONG>(position - end) + atLeast);
 }
 
 // The window then begins with the `tail` bytes at `from`, which it has, and more follow. False when those cannot be
 // had.
 bool CReadAheadReader::Advance(LONGLONG from, LONG tail, LONG atLeast) {
   if (TakePrefetched(from, tail)) return m_windowBytes - tail >= atLeast;
-  const LONG bytes = BytesToAsk(from + tail, std::max(m_windowSize, atLeast));
+  const LONG bytes = BytesToAsk(from + tail, BytesAhead(from + tail, atLeast));
   if (bytes < atLeast || !MoveToFront(from, tail, bytes) || !ReadIntoWindow(bytes)) return false;
   PrefetchOn();
   return true;
 }
 
+// Where reading ahead failed, no more is asked for than is needed: a failing read may take its time.
+LONG CReadAheadReader::BytesAhead(LONGLONG position, LONG atLeast) const noexcept {
+  return IsBroken(position) ? atLeast : std::max(m_windowSize, atLeast);
+}
+
 // Behind what is there. A short read does not tell how much came, and the stream may have more of it next time.
 bool CReadAheadReader::ReadIntoWindow(LONG bytes) {
   const LONGLONG position = m_windowStart + m_windowBytes;
-  if (ReadBelow(position, bytes, Window() + m_windowBytes) != S_OK) return false;
+  if (ReadBelow(position, bytes, Window() + m_windowBytes) != S_OK) {
+    if (m_flushing.load(std::memory_order_acquire)) return false;
+    m_brokenBegin = position;
+    m_brokenEnd = position + bytes;
+    return false;
+  }
   m_windowBytes += bytes;
   m_next = position + bytes;
   m_lastLength = bytes;
@@ -166,7 +185,8 @@ void CReadAheadReader::ReadAnother(LONGLONG position) {
 
 // Only for whoever has read on for a while.
 void CReadAheadReader::PrefetchOn() {
-  if (m_windowSize == kLargestWindow && BytesToAsk(m_next, kLargestWindow) > 0) m_prefetcher.Follow(m_next, m_knownEnd);
+  if (m_windowSize != kLargestWindow || IsBroken(m_next)) return;
+  if (BytesToAsk(m_next, kLargestWindow) > 0) m_prefetcher.Follow(m_next, m_knownEnd);
 }
 
 // The window then begins with the `tail` bytes at `from`, which it has, and has `room` for more.
@@ -194,14 +214,19 @@ bool CReadAheadReader::HasInWindow(LONGLONG position, LONG length) const noexcep
   return offset >= 0 && offset <= m_windowBytes && length <= m_windowBytes - offset;
 }
 
-const BYTE* CReadAheadReader::Borrow(LONGLONG position, LONG length) {
-  if (length > kLargestWindow || m_flushing.load(std::memory_order_acquire)) return nullptr;
-  if (!HasInWindow(position, length)) {
-    const LONG tail = HasInWindow(position, 0) ? static_cast<LONG>(m_windowStart + m_windowBytes - position) : 0;
+std::span<const BYTE> CReadAheadReader::Borrow(LONGLONG position, LONG atLeast, LONG wanted) {
+  if (atLeast > kLargestWindow || m_flushing.load(std::memory_order_acquire)) return {};
+  if (!HasInWindow(position, atLeast)) {
+    const LONGLONG end = m_windowStart + m_windowBytes;
+    const LONGLONG from = SkipsLittle(position) ? end : position;
+    const LONG tail = HasInWindow(position, 0) ? static_cast<LONG>(end - position) : 0;
+    const LONG needed = static_cast<LONG>(position - from) + atLeast - tail;
     AdaptWindow(position + tail);
-    if (!Advance(position, tail, length - tail)) return nullptr;
+    m_windowSize = std::clamp(wanted - tail, m_windowSize, kLargestWindow);
+    if (needed > kLargestWindow || !Advance(from, tail, needed)) return {};
   }
-  return Window() + (position - m_windowStart);
+  return std::span(Window(), static_cast<std::size_t>(m_windowBytes))
+      .subspan(static_cast<std::size_t>(position - m_windowStart));
 }
 
 // Reading ahead stops where the reader has no more yet: behind it lies the end of the stream, or a wait.

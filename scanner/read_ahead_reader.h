@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 
 #include "framework/com_ptr.h"
 #include "framework/unknown.h"
@@ -34,9 +35,10 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 
   HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override;
-  /// These bytes where they lie in the window, into which they are read if need be; valid while WindowNumber stays
-  /// the same. Null when they do not fit, or cannot be had like this. For the reading thread.
-  const BYTE* Borrow(LONGLONG position, LONG length);
+  /// What lies in the window from `position` on: at least so many bytes, which are read into it if need be, and then
+  /// as many as `wanted`, if it can hold them. Valid while WindowNumber stays the same. Nothing when they do not fit,
+  /// or cannot be had like this. For the reading thread.
+  std::span<const BYTE> Borrow(LONGLONG position, LONG atLeast, LONG wanted);
   /// Changes whenever what lies in the window does.
   std::uint64_t WindowNumber() const noexcept { return m_windowNumber; }
   HRESULT STDMETHODCALLTYPE BeginFlush() override;
@@ -68,7 +70,10 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   bool MoveToFront(LONGLONG from, LONG tail, LONG room);
   bool HasInWindow(LONGLONG position, LONG length) const noexcept;
   LONG BytesToAsk(LONGLONG position, LONG wanted);
+  LONG BytesAhead(LONGLONG position, LONG atLeast) const noexcept;
+  bool IsBroken(LONGLONG position) const noexcept { return position >= m_brokenBegin && position < m_brokenEnd; }
   void AdaptWindow(LONGLONG position) noexcept;
+  bool SkipsLittle(LONGLONG position) const noexcept;
 
   const SourceReads m_sourceReads;
   const ComPtr<IAsyncReader> m_upstream;
@@ -88,7 +93,9 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   LONG m_lastLength = 0;  // of the last read past the window, if that was the last of all
   LONGLONG m_next = -1;   // where a sequential read would begin
   bool m_sourceIsSlow = false;
-  LONGLONG m_knownEnd = 0;  // reads up to here are whole, as far as the reader said
+  LONGLONG m_knownEnd = 0;     // reads up to here are whole, as far as the reader said
+  LONGLONG m_brokenBegin = 0;  // of the last read ahead that failed
+  LONGLONG m_brokenEnd = 0;
   std::uint64_t m_reads = 0;
   std::uint64_t m_upstreamReads = 0;
 };

@@ -79,20 +79,36 @@ void ReadTrackEntry(const KaxTrackEntry& entry, CHeap& track) {
   }
 }
 
+class CTrackVisitor final : public CElementVisitor {
+ public:
+  CTrackVisitor(CMatroskaInfo& info, const std::function<void()>& onTrack) : m_info(info), m_onTrack(onTrack) {}
+
+  bool Show(libebml::EbmlElement& element) override {
+    const auto* entry = ElementAs<KaxTrackEntry>(&element);
+    if (entry == nullptr) return true;
+    if (m_info.TrackCount() >= limits::kTracks) {
+      LogText("<KaxTracks> more tracks than are read");
+      return false;
+    }
+    CHeap& track = m_info.AddTrack();
+    LogFormat("Current Heap Num: %d", static_cast<int>(m_info.CurrentHeap()));
+    ReadTrackEntry(*entry, track);
+    m_info.FinishTrack();
+    m_onTrack();
+    return true;
+  }
+
+ private:
+  CMatroskaInfo& m_info;
+  const std::function<void()>& m_onTrack;
+};
+
 }  // namespace
 
-void ReadTracks(const KaxTracks& tracks, CMatroskaInfo& info, const std::function<void()>& onTrack) {
+void ReadTracks(CElementWalker& walker, KaxTracks& tracks, CMatroskaInfo& info, const std::function<void()>& onTrack) {
   LogText("* Process Tracks Begin");
-  for (const libebml::EbmlElement* child : tracks) {
-    const auto* entry = ElementAs<KaxTrackEntry>(child);
-    if (entry == nullptr) continue;
-    if (info.TrackCount() >= limits::kTracks) break;
-    CHeap& track = info.AddTrack();
-    LogFormat("Current Heap Num: %d", static_cast<int>(info.CurrentHeap()));
-    ReadTrackEntry(*entry, track);
-    info.FinishTrack();
-    onTrack();
-  }
+  CTrackVisitor visitor(info, onTrack);
+  walker.ReadEntries(tracks, {limits::kTrackData, limits::kTracksData}, visitor);
   LogText("* Process Tracks End");
 }
 

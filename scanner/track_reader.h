@@ -5,12 +5,14 @@
 
 #include <functional>
 
+#include "scanner/element_walker.h"
 #include "scanner/matroska_info.h"
 
 namespace tarvex {
 
-/// Appends one table for each track entry of `tracks`, which has been read whole, and calls `onTrack`
-/// after each, up to as many tracks as are allowed. What that throws ends the reading.
-void ReadTracks(const libmatroska::KaxTracks& tracks, CMatroskaInfo& info, const std::function<void()>& onTrack);
+/// Appends one table for each track entry of `tracks`, at whose data `walker` stands, and calls `onTrack` after
+/// each, up to as many tracks as are allowed. What that throws ends the reading.
+void ReadTracks(CElementWalker& walker, libmatroska::KaxTracks& tracks, CMatroskaInfo& info,
+                const std::function<void()>& onTrack);
 
 }  // namespace tarvex

@@ -11,6 +11,15 @@ constexpr LanguageRow kRows[] = {
 #include "pins/creator/language_rows.inc"
 };
 
+struct OtherName {
+  std::string_view name;
+  std::string_view code;
+};
+
+constexpr OtherName kOtherNames[] = {
+#include "pins/creator/language_other_names.inc"
+};
+
 }  // namespace
 
 std::span<const LanguageRow> LanguageTable() noexcept { return kRows; }
@@ -22,7 +31,9 @@ std::string_view LanguageName(std::string_view code) noexcept {
 
 std::string_view LanguageCode(std::string_view englishName) noexcept {
   const auto* row = std::ranges::find(kRows, englishName, &LanguageRow::englishName);
-  return row == std::end(kRows) ? std::string_view() : row->code;
+  if (row != std::end(kRows)) return row->code;
+  const auto* other = std::ranges::find(kOtherNames, englishName, &OtherName::name);
+  return other == std::end(kOtherNames) ? std::string_view() : other->code;
 }
 
 }  // namespace tarvex

@@ -23,7 +23,8 @@ std::span<const LanguageRow> LanguageTable() noexcept;
 /// English name of a three-letter code, compared exactly; empty when it is in no row.
 std::string_view LanguageName(std::string_view code) noexcept;
 
-/// Three-letter code of the first row with this English name, compared exactly; empty when there is none.
+/// Three-letter code of the first row with this English name, or of the language that has it among its other published
+/// names ("Punjabi", "Modern Greek") or is called so by locales ("Greek"); compared exactly. Empty when there is none.
 std::string_view LanguageCode(std::string_view englishName) noexcept;
 
 }  // namespace tarvex

@@ -5,9 +5,12 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <iostream>
 
+#include "framework/log.h"
+#include "framework/text_conversion.h"
 #include "scanner/limits.h"
 #include "tests/bounds/fillings.h"
 #include "tests/damage/heap_count.h"
@@ -141,14 +144,124 @@ TEST(Bounds, ChaptersNestAsDeepAsTheLimitAndNoDeeper) {
   EXPECT_EQ(chaptersOf(kAtoms + 1), static_cast<std::uint64_t>(kAtoms));
 }
 
-TEST(Bounds, ChaptersEndWhereTheMemoryForThemDoes) {
-  const ByteString atom = Element(id::kChapterAtom, Element(id::kChapterDisplay, Text(id::kChapterString, "name")));
-  const ByteString chapters = Element(id::kChapters, Element(id::kEditionEntry, Repeat(atom, 100000)));
-  const Cost cost =
-      CostOf(MatroskaFile(Join({SeekHeadFor(id::kChapters, SeekHeadFor(id::kChapters, 0).size()), chapters})));
-  EXPECT_GT(cost.chapters, 4000U);
-  EXPECT_LE(cost.chapters, limits::kChapters);
-  EXPECT_LE(cost.peak, 4 * limits::kHeaderMemory);
+ByteString FileOfChapters(const ByteString& atoms) {
+  const ByteString chapters = Element(id::kChapters, Element(id::kEditionEntry, atoms));
+  return MatroskaFile(Join({SeekHeadFor(id::kChapters, SeekHeadFor(id::kChapters, 0).size()), chapters}));
+}
+
+/// As muxers write one.
+ByteString Atom(std::uint64_t number, std::string_view name) {
+  constexpr std::uint32_t kUid = 0x73C4, kHidden = 0x98, kEnabled = 0x4598, kLanguage = 0x437C, kIetfLanguage = 0x437D;
+  const ByteString display = Element(
+      id::kChapterDisplay, Join({Text(id::kChapterString, name), Text(kLanguage, "eng"), Text(kIetfLanguage, "en")}));
+  return Element(id::kChapterAtom, Join({Unsigned(kUid, ~number), Unsigned(id::kChapterTimeStart, number * 1000),
+                                         Unsigned(id::kChapterTimeEnd, number * 1000 + 999), Unsigned(kHidden, 0),
+                                         Unsigned(kEnabled, 1), display}));
+}
+
+/// How often what is said of too much memory is logged, from construction to destruction.
+class LeftOutCount {
+ public:
+  LeftOutCount() {
+    SetLogSink(
+        [](void* self, const char* text) {
+          if (std::strstr(text, "left out") != nullptr) ++static_cast<LeftOutCount*>(self)->count;
+        },
+        this);
+  }
+  ~LeftOutCount() { SetLogSink(nullptr, nullptr); }
+  LeftOutCount(const LeftOutCount&) = delete;
+  LeftOutCount& operator=(const LeftOutCount&) = delete;
+
+  unsigned count = 0;
+};
+
+/// Opens the file and looks at what was read. The bytes that opening took at most.
+std::int64_t Opened(const ByteString& file, const std::function<void(const CEbmlScanner&)>& look) {
+  MemoryReader reader(file);
+  const HeapCount heap;
+  EXPECT_TRUE(ScanStream(reader, [&](CEbmlScanner& scanner) { look(scanner); }).opened);
+  return heap.Peak();
+}
+
+TEST(Bounds, TenThousandChaptersAreReadWhole) {
+  constexpr std::uint64_t kCount = 10000;
+  ByteString flat;
+  for (std::uint64_t k = 0; k < kCount; ++k) {
+    const ByteString atom = Atom(k, "Chapter number " + std::to_string(k));
+    flat.insert(flat.end(), atom.begin(), atom.end());
+  }
+  for (const ByteString& atoms : {flat, Element(id::kChapterAtom, flat)}) {
+    const LeftOutCount leftOut;
+    const std::int64_t peak = Opened(FileOfChapters(atoms), [&](const CEbmlScanner& scanner) {
+      ASSERT_GE(scanner.Chapters().size(), kCount);
+      for (std::uint64_t k = 0; k < kCount; ++k) {
+        const ScannedChapter& chapter = scanner.Chapters()[static_cast<std::size_t>(k)];
+        ASSERT_EQ(Utf8FromWide(chapter.name.View()), "Chapter number " + std::to_string(k));
+        ASSERT_EQ(chapter.start, k * 10);
+        ASSERT_EQ(chapter.end, k * 10 + 9);
+      }
+    });
+    EXPECT_LE(peak, 8 * kMebibyte);
+    EXPECT_EQ(leftOut.count, 0U);
+  }
+}
+
+TEST(Bounds, ChaptersForWhichThereIsNoMemoryAreLeftOutWhole) {
+  const std::string name(1 << 20, 'x');
+  ByteString atoms = Repeat(Atom(1, name), 30);
+  const LeftOutCount leftOut;
+  Opened(FileOfChapters(atoms), [&](const CEbmlScanner& scanner) {
+    EXPECT_GT(scanner.Chapters().size(), 1U);
+    EXPECT_LT(scanner.Chapters().size(), 30U);
+    for (const ScannedChapter& chapter : scanner.Chapters()) EXPECT_EQ(chapter.name.View().size(), name.size());
+  });
+  EXPECT_EQ(leftOut.count, 1U);
+  EXPECT_EQ(CostOf(FileOfChapters(Repeat(Atom(1, "x"), limits::kChapters + 1))).chapters, limits::kChapters);
+}
+
+TEST(Bounds, RichTrackEntriesAreReadWhole) {
+  const auto encodings =
+      Element(id::kContentEncodings,
+              Element(id::kContentEncoding, Element(id::kContentCompression, Unsigned(id::kContentCompAlgo, 3))));
+  const auto entry = [&](std::size_t number, std::size_t codecData) {
+    return TrackEntry(number, 17, "S_TEXT/ASS",
+                      Join({Text(id::kTrackName, "Track " + std::to_string(number)), Text(id::kLanguage, "ger"),
+                            Unsigned(id::kFlagForced, 1), Element(id::kCodecPrivate, Noise(codecData, 1)), encodings}));
+  };
+  const std::pair<std::size_t, std::size_t> cases[] = {{1000, 20000}, {60, 80000}, {3, std::size_t{16} << 20}};
+  for (const auto& [count, codecData] : cases) {
+    ByteString entries;
+    for (std::size_t k = 1; k <= count; ++k) {
+      const ByteString one = entry(k, codecData);
+      entries.insert(entries.end(), one.begin(), one.end());
+    }
+    const LeftOutCount leftOut;
+    const std::int64_t peak = Opened(FileOf(entries, {}), [&](const CEbmlScanner& scanner) {
+      ASSERT_EQ(scanner.Tracks(), count);
+      for (std::uint32_t k = 0; k < count; ++k) {
+        ASSERT_EQ(scanner.TrackAt(k)->Binary("KaxCodecPrivate")->size(), codecData);
+        ASSERT_NE(scanner.TrackAt(k)->Find("KaxContentCompAlgo"), nullptr);
+      }
+    });
+    EXPECT_LE(peak, 5 * static_cast<std::int64_t>(entries.size()) + 4 * kMebibyte);
+    EXPECT_EQ(leftOut.count, 0U);
+  }
+}
+
+TEST(Bounds, TrackEntryThatIsTooLargeIsLeftOutWhole) {
+  const auto data = static_cast<std::size_t>(limits::kTrackData);
+  const ByteString entries =
+      Join({TrackEntry(1, 2, "A_AC3"), TrackEntry(2, 17, "S", Element(id::kCodecPrivate, Zeros(data))),
+            TrackEntry(3, 17, "S", Repeat(Unsigned(id::kFlagForced, 1), 200000)), TrackEntry(4, 17, "S")});
+  const LeftOutCount leftOut;
+  const std::int64_t peak = Opened(FileOf(entries, {}), [](const CEbmlScanner& scanner) {
+    ASSERT_EQ(scanner.Tracks(), 2U);
+    EXPECT_NE(scanner.TrackByNumber(1), nullptr);
+    EXPECT_NE(scanner.TrackByNumber(4), nullptr);
+  });
+  EXPECT_LE(peak, kMemory);
+  EXPECT_EQ(leftOut.count, 1U);
 }
 
 TEST(Bounds, LongIndexIsThinnedOutEvenly) {
@@ -161,19 +274,23 @@ TEST(Bounds, LongIndexIsThinnedOutEvenly) {
     }
     const Cost cost = CostOf(FileOf(TrackEntry(1, 2, "A"), clusters));
     EXPECT_EQ(cost.frames, kBlocks);
-    EXPECT_EQ(cost.indexEntries, limits::kIndexEntries / 2 + limits::kIndexEntries / 4);
-    EXPECT_LE(cost.peak, 2 * limits::kClusterMemory);
+    EXPECT_EQ(cost.indexEntries, kBlocks / 2);
+    EXPECT_LE(cost.peak, 2 * limits::kEntryMemory);
   }
 }
 
 TEST(Bounds, ClusterOfCountlessBlocksIsDeliveredWhole) {
-  constexpr std::size_t kBlocks = 300000;  // more than are kept at a time
+  constexpr std::size_t kBlocks = 120000;
   const ByteString timecode = Unsigned(id::kTimecode, 7);
+  const ByteString frame = Noise(150, 1);
   for (const ByteString& block :
-       {SimpleBlock(1, 0, {}), Element(id::kBlockGroup, Element(id::kBlock, BlockData(1, 0, 0, {})))}) {
+       {SimpleBlock(1, 0, frame), Element(id::kBlockGroup, Element(id::kBlock, BlockData(1, 0, 0, frame)))}) {
     const ByteString blocks = Join({timecode, Repeat(block, kBlocks)});
-    EXPECT_EQ(CostOf(FileOf(TrackEntry(1, 2, "A"), Element(id::kCluster, blocks))).frames, kBlocks);
-    EXPECT_EQ(CostOf(FileOf(TrackEntry(1, 2, "A"), ElementOfUnknownSize(id::kCluster, blocks))).frames, kBlocks);
+    for (const ByteString& cluster : {Element(id::kCluster, blocks), ElementOfUnknownSize(id::kCluster, blocks)}) {
+      const Cost cost = CostOf(FileOf(TrackEntry(1, 2, "A"), cluster));
+      EXPECT_EQ(cost.frames, kBlocks);
+      EXPECT_LE(cost.peak, 16 * kMebibyte) << "what is read ahead, and less than the Cluster has";
+    }
   }
 }
 
@@ -184,7 +301,7 @@ TEST(Bounds, LacesOfEmptyFramesTakeNoMemoryEach) {
   const Cost cost = CostOf(FileOf(TrackEntry(1, 2, "A"), Element(id::kCluster, Repeat(lace, kLaces))));
   EXPECT_EQ(cost.frames, kLaces * limits::kLaceFrames);
   EXPECT_EQ(cost.indexEntries, kLaces);
-  EXPECT_LE(cost.peak, 2 * limits::kClusterMemory);
+  EXPECT_LE(cost.peak, 2 * limits::kEntryMemory);
 }
 
 TEST(Bounds, InflatingEndsBehindWhatAPinCanDeliver) {

@@ -50,8 +50,24 @@ TEST(LanguageTable, LookupsAreExact) {
   for (const auto& [name, code] : {std::pair{"German", "ger"}, {"French", "fre"}, {"Spanish", "spa"}}) {
     EXPECT_EQ(LanguageCode(name), code);
   }
-  for (const char* name : {"german", "Deutsch", "", "Spanish; Castilian", "German "}) {
+  for (const char* name : {"german", "Deutsch", "", "Spanish; Castilian", "German ", "Central", "Ancient"}) {
     EXPECT_EQ(LanguageCode(name), "") << name;
+  }
+}
+
+TEST(LanguageTable, LanguagesAreFoundByTheirOtherNamesToo) {
+  for (const auto& [name, code] : {std::pair{"Greek", "gre"},
+                                   {"Modern Greek", "gre"},
+                                   {"Modern Greek (1453-)", "gre"},
+                                   {"Khmer", "khm"},
+                                   {"Kyrgyz", "kir"},
+                                   {"Kirghiz", "kir"},
+                                   {"Punjabi", "pan"},
+                                   {"Pashto", "pus"},
+                                   {"Uyghur", "uig"},
+                                   {"Castilian", "spa"},
+                                   {"Flemish", "dut"}}) {
+    EXPECT_EQ(LanguageCode(name), code) << name;
   }
 }
 

@@ -105,6 +105,23 @@ TEST(Delivery, UnknownSizesEndAtTheNextClusterFromTwoLevelsDownToo) {
   EXPECT_EQ(file.StartTimes(), (Times{10000, 20000, 30000}));
 }
 
+// What lies in front of a place that cannot be read is delivered, and few reads are made to find that out.
+TEST(Delivery, FramesInFrontOfAFailedReadArrive) {
+  const ByteString block = SimpleBlock(1, 0, Noise(997, 1));
+  constexpr std::size_t kBlocks = 1500;
+  const ByteString blocks = Repeat(block, kBlocks);
+  for (const ByteString& cluster : {Cluster(0, blocks), ElementOfUnknownSize(id::kCluster, blocks)}) {
+    for (const std::size_t whole : {std::size_t{10}, std::size_t{60}, std::size_t{1300}}) {
+      OpenFile file(FileOf(cluster), OpenFile::Reading::kAhead);
+      const std::size_t end = file.reader.bytes.size() - (kBlocks - whole) * block.size();
+      file.reader.brokenFrom = static_cast<LONGLONG>(end + block.size() / 2);
+      EXPECT_NE(MessageOf([&] { file.Process(); }), "");
+      EXPECT_EQ(file.callback.frames.size(), whole);
+      EXPECT_LE(file.reader.brokenReads, 8);
+    }
+  }
+}
+
 constexpr std::uint8_t kXiph = 0x02;
 constexpr std::uint8_t kFixed = 0x04;
 constexpr std::uint8_t kEbml = 0x06;

@@ -106,7 +106,7 @@ TEST(Prefetcher, BorrowedBytesAreThoseOfTheStream) {
   std::mt19937 random(7);
   for (LONGLONG position = 0; position < kSize - kMebibyte;) {
     const auto length = static_cast<LONG>(random() % kMebibyte);
-    const BYTE* bytes = stream.reader->Borrow(position, length);
+    const BYTE* bytes = stream.reader->Borrow(position, length, length).data();
     ASSERT_NE(bytes, nullptr);
     EXPECT_TRUE(std::equal(bytes, bytes + length, stream.below.bytes.begin() + position)) << position;
     position += length;

@@ -13,9 +13,10 @@ bool RecordingCallback::OnData(const FrameInfo& frame) {
   return true;
 }
 
-OpenFile::OpenFile(ByteString bytes) : reader(std::move(bytes)) {
+OpenFile::OpenFile(ByteString bytes, Reading reading) : reader(std::move(bytes)) {
+  if (reading == Reading::kAhead) readAhead = MakeCom<CReadAheadReader>(&reader);
   scanner.SetCallback(&callback);
-  scanner.CanProcess(&reader);
+  scanner.CanProcess(readAhead ? static_cast<IAsyncReader*>(readAhead.Get()) : &reader);
 }
 
 std::vector<std::int64_t> OpenFile::StartTimes() const {

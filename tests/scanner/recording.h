@@ -7,6 +7,7 @@
 
 #include "framework/message_error.h"
 #include "scanner/ebml_scanner.h"
+#include "scanner/read_ahead_reader.h"
 #include "tests/support/ebml_writer.h"
 #include "tests/support/memory_reader.h"
 
@@ -34,13 +35,16 @@ class RecordingCallback : public CMatroskaCallback {
 
 /// A file in memory, opened.
 struct OpenFile {
-  explicit OpenFile(ByteString bytes);
+  enum class Reading : std::uint8_t { kPlain, kAhead };  ///< kAhead: as the filter reads
+
+  explicit OpenFile(ByteString bytes, Reading reading = Reading::kPlain);
 
   /// Delivers everything; whether that was interrupted.
   bool Process() { return scanner.Process(); }
   std::vector<std::int64_t> StartTimes() const;
 
   MemoryReader reader;
+  ComPtr<CReadAheadReader> readAhead;  // null when it reads plainly
   RecordingCallback callback;
   CEbmlScanner scanner;
 };

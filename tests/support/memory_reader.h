@@ -28,6 +28,7 @@ class MemoryReader final : public IAsyncReader {
   std::int64_t failingRead = -1;          ///< this read (counted from 0) and all after it fail
   std::atomic<LONGLONG> brokenFrom{-1};   ///< reads that touch this position or one behind it fail
   std::function<void()> onRead;           ///< called inside every SyncRead
+  std::atomic<int> brokenReads{0};        ///< reads that failed since they touch `brokenFrom`
   std::atomic<std::int64_t> reads{0};     ///< calls of SyncRead
   std::atomic<LONG> largestRead{0};       ///< bytes asked for in one call
   std::atomic<bool> hadTwoAtOnce{false};  ///< a read began during another
@@ -78,7 +79,10 @@ class MemoryReader final : public IAsyncReader {
     if (onRead) onRead();
     if (llPosition < 0 || lLength < 0) return E_INVALIDARG;
     if (failingRead >= 0 && number >= failingRead) return E_FAIL;
-    if (brokenFrom >= 0 && llPosition + lLength > brokenFrom) return E_FAIL;
+    if (brokenFrom >= 0 && llPosition + lLength > brokenFrom) {
+      ++brokenReads;
+      return E_FAIL;
+    }
     const auto size = static_cast<LONGLONG>(bytes.size());
     const LONGLONG there = std::clamp<LONGLONG>(size - llPosition, 0, lLength);
     if (there > 0) std::memcpy(pBuffer, bytes.data() + llPosition, static_cast<std::size_t>(there));
