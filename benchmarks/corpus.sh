@@ -131,6 +131,12 @@ make_chapters() {
   finish chapters1000.mkv
 }
 
+# i: the same, written by FFmpeg, which begins the Cues and every cluster with a checksum. b is FFmpeg's already.
+make_many_cues_by_ffmpeg() {
+  run_ffmpeg -i cues100k.mkv -c copy "$parts/cues100k_ffmpeg.mkv"
+  finish cues100k_ffmpeg.mkv
+}
+
 mkdir -p "$parts"
 if absent big_mpeg2_header.mkv; then make_high_rate; fi
 if absent audio2h.mka; then make_small_frames; fi
@@ -140,3 +146,4 @@ if absent movie_nocues.mkv; then make_movie_without_cues; fi
 if absent cues100k.mkv; then make_many_cues; fi
 if absent pcm_zlib.mka; then make_compressed; fi
 if absent chapters1000.mkv; then make_chapters; fi
+if absent cues100k_ffmpeg.mkv; then make_many_cues_by_ffmpeg; fi

@@ -68,7 +68,7 @@ class Run:
         return Budget(seconds if self.quick else None)
 
     def demux(self):
-        letters = self.options.files or ("abcdfg" if self.quick else "abcdefg")
+        letters = self.options.files or ("abcdfg" if self.quick else "abcdefgi")
         self.figures["starts"] = demux.process_starts(os.path.join(ROOT, "tests", "data", "sample.mkv"))
         self.figures["demux"] = demux.measure(
             self.corpus, letters, self.rounds, lambda letter: demux.native_contestants(self.programs, letter),
@@ -82,9 +82,11 @@ class Run:
         self.figures["wine"] = demux.measure(
             self.corpus, "ab" if self.quick else "abd", self.rounds, lambda _: demux.wine_contestants(self.programs),
             self.budget(QUICK_WINE))
+        self.figures["wine_search"] = opening.measure_wine_search(self.programs, self.corpus.path("e"), self.rounds,
+                                                                  self.budget(QUICK_OPENING))
 
     def opening(self):
-        letters, seeks = ("defh", 10) if self.quick else ("bdefh", 50)
+        letters, seeks = ("defhi", 10) if self.quick else ("bdefhi", 50)
         self.figures["opening"] = opening.measure(self.programs, self.corpus, letters, OPENING_ROUNDS * self.rounds,
                                                   seeks, self.budget(QUICK_OPENING))
 

@@ -1,9 +1,10 @@
 #include "scanner/cluster_probe.h"
 
 #include <algorithm>
-#include <array>
+#include <cstring>
 #include <iterator>
 
+#include "framework/big_endian.h"
 #include "scanner/block_time.h"
 #include "scanner/element_ids.h"
 #include "scanner/plain_elements.h"
@@ -30,10 +31,15 @@ bool Contains(const Ids& ids, std::uint32_t wanted) {
 
 /// Where the identifier of a Cluster is in `bytes`; their number when it is not.
 std::size_t FindId(std::span<const std::uint8_t> bytes) {
-  constexpr std::array<std::uint8_t, 4> kId = {0x1F, 0x43, 0xB6, 0x75};
-  static_assert(id::kCluster == 0x1F43B675);
-  const auto found = std::ranges::search(bytes, kId);
-  return static_cast<std::size_t>(found.begin() - bytes.begin());
+  constexpr std::size_t kIdBytes = 4;
+  constexpr int kFirst = id::kCluster >> 24;
+  for (std::size_t offset = 0; bytes.size() - offset >= kIdBytes; ++offset) {
+    const void* found = std::memchr(bytes.data() + offset, kFirst, bytes.size() - offset - kIdBytes + 1);
+    if (found == nullptr) break;
+    offset = static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - bytes.data());
+    if (BigEndian(bytes.subspan(offset, kIdBytes)) == id::kCluster) return offset;
+  }
+  return bytes.size();
 }
 
 /// Ticks of the Timecode in front of any block. `bytes` are the first of a Cluster's data.

@@ -10,6 +10,7 @@ NAMES = {
     "f": "cues100k.mkv",
     "g": "pcm_zlib.mka",
     "h": "chapters1000.mkv",
+    "i": "cues100k_ffmpeg.mkv",
 }
 ABOUT = {
     "a": "453 MB high rate",
@@ -20,8 +21,9 @@ ABOUT = {
     "f": "100k clusters",
     "g": "zlib",
     "h": "1,000 chapters",
+    "i": "f from FFmpeg",
 }
-TRACKS = {"a": 2, "b": 1, "c": 1, "d": 5, "e": 5, "f": 1, "g": 1, "h": 2}
+TRACKS = {"a": 2, "b": 1, "c": 1, "d": 5, "e": 5, "f": 1, "g": 1, "h": 2, "i": 1}
 
 
 class Corpus:

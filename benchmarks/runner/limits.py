@@ -18,9 +18,15 @@ OPEN_READS_D = 12
 SEEK_READS = 6
 
 # Milliseconds.
-OPEN_MS = {"d": 10, "f": 40, "h": 5}
-SEEK_MS = {"d": 3, "f": 3}
-CLUSTER_SCAN_MS = 400  # on e
+OPEN_MS = {"d": 10, "f": 40, "h": 5, "i": 15}
+SEEK_MS = {"d": 3, "f": 3, "i": 3}
+
+# Without Cues (e), where every new place is looked for.
+SEARCH_MS = 10
+SEARCH_MS_WINE = 50
+SEARCH_READS = 60
+
+FROM_FFMPEG = 1.15  # a whole pass over i, at most this share of one over f
 
 PEAK_ABOVE_RINGS = 24 * 1024 * 1024  # on d
 INDEX_BYTES_AN_ENTRY = 32

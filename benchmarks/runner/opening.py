@@ -19,6 +19,14 @@ def measure(programs, corpus, letters, rounds, seeks, budget):
     return results
 
 
+def measure_wine_search(programs, path, rounds, budget):
+    """The first seek without Cues, to the middle of the film, in the platform's graph."""
+    say("the first seek in e under Wine")
+    wine = programs.under_wine("ours", "--platform-source", "--seek", "3600")
+    records = measure_rounds([wine], rounds, lambda one: one.measure(path), budget)[wine.name]
+    return {"first_seek_ms": statistics.median(one["seeks"][0]["first_ms"] for one in records)}
+
+
 def summary(records):
     found = {key: median(records, key) for key in ("open_ms", "open_reads", "first_ms", "first_reads")}
     # For every place the median of the rounds, so that one busy moment of the machine is not taken for a slow place.
