@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "host/file_handle.h"
+#include "tests/support/source_dir.h"
 
 namespace tarvex::host::test {
 namespace {
@@ -43,7 +44,7 @@ PROCESS_INFORMATION Start(WideString command, STARTUPINFOW& start) {
     const DWORD error = GetLastError();
     const std::string text = "mkvhost does not start: " + std::to_string(error);
     if (error != ERROR_INTERNAL_ERROR || attempt == kMostStarts) throw std::runtime_error(text);
-    std::cerr << text << ", attempt " << attempt << "\n";
+    std::cerr << "started again: " << text << "\n";  // ./test counts these lines
   }
 }
 
@@ -89,7 +90,7 @@ HostResult RunHostWithModule(std::vector<WideString> arguments) {
   return RunHost(arguments);
 }
 
-WideString SourcePath(const std::string& name) { return WideFromUtf8(TARVEX_SOURCE_DIR "/" + name); }
+WideString SourcePath(const std::string& name) { return WideFromUtf8(tarvex::test::SourceDir() + "/" + name); }
 
 TemporaryFolder::TemporaryFolder() {
   static int count = 0;
