@@ -1,7 +1,7 @@
 # The libraries this project links, as imported targets:
 #   tarvex::ebml tarvex::matroska tarvex::gtest        built by deps.sh into build/deps/<preset>
 #   tarvex::zlib tarvex::gcrypt                        Debian packages, static for Windows
-#   CLI11::CLI11 nlohmann_json::nlohmann_json fmt::fmt-header-only
+#   CLI11::CLI11 nlohmann_json::nlohmann_json          headers of Debian packages; {fmt} is in third_party/
 # The cache is found from the checkout, not from the build folder, so private build folders share it.
 set(TARVEX_DEPS ${CMAKE_SOURCE_DIR}/build/deps/${TARVEX_PRESET})
 
@@ -18,9 +18,7 @@ function(tarvex_cached_library name archive)
 endfunction()
 
 tarvex_cached_library(ebml ebml)
-target_compile_definitions(tarvex::ebml INTERFACE EBML_STATIC_DEFINE)
 tarvex_cached_library(matroska matroska)
-target_compile_definitions(tarvex::matroska INTERFACE MATROSKA_STATIC_DEFINE)
 target_link_libraries(tarvex::matroska INTERFACE tarvex::ebml)
 
 tarvex_cached_library(gtest_core gtest)
@@ -54,8 +52,7 @@ else()
   target_link_libraries(tarvex::gcrypt INTERFACE gcrypt gpg-error)
 endif()
 
-foreach(name CLI11::CLI11 nlohmann_json::nlohmann_json fmt::fmt-header-only)
+foreach(name CLI11::CLI11 nlohmann_json::nlohmann_json)
   add_library(${name} INTERFACE IMPORTED GLOBAL)
   target_include_directories(${name} INTERFACE ${TARVEX_DEPS}/include)
 endforeach()
-target_compile_definitions(fmt::fmt-header-only INTERFACE FMT_HEADER_ONLY=1)

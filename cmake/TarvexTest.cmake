@@ -1,13 +1,14 @@
 # Registration of test programs: one GoogleTest executable per folder below tests/.
 enable_testing()
+# What ./test builds of a preset where it runs nothing but tests.
+add_custom_target(tarvex_tests)
 
 # tarvex_add_test(name SOURCES a.cpp ... [LIBS lib ...] [WINDOWS] [TSAN] [TIMEOUT seconds])
 #   WINDOWS   also built for Windows and run under Wine; without it the name does not exist there
 #   TSAN      part of the ThreadSanitizer run of ./test (framework, pins_output and filter always are)
 #   TIMEOUT   for the whole executable, default 300 seconds
-# The executable is <build>/tests/<name>[.exe]. GoogleTest with its main function is linked in, and
-# TARVEX_SOURCE_DIR names the checkout, in a form that the program's own system understands. Each
-# executable is one CTest test; ./test runs the executables itself and counts their cases.
+# The executable is <build>/tests/<name>[.exe]. GoogleTest with its main function and tests/support are linked
+# in. Each executable is one CTest test; ./test runs the executables itself and counts their cases.
 function(tarvex_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "WINDOWS;TSAN" "TIMEOUT" "SOURCES;LIBS")
   if(arg_UNPARSED_ARGUMENTS)
@@ -27,11 +28,12 @@ function(tarvex_add_test name)
   add_executable(${name} ${arg_SOURCES})
   if(TARVEX_PRESET STREQUAL "native-tsan" AND keyword STREQUAL "-")
     set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL TRUE)  # nobody runs it there
+  else()
+    add_dependencies(tarvex_tests ${name})
   endif()
-  # Compiled in half the time; the tests' own speed matters less.
-  target_compile_options(${name} PRIVATE -O1 -g1)
-  target_link_libraries(${name} PRIVATE ${arg_LIBS} tarvex::gtest)
-  target_compile_definitions(${name} PRIVATE TARVEX_SOURCE_DIR="${TARVEX_SOURCE_DIR_FOR_TESTS}")
+  target_compile_options(${name} PRIVATE ${TARVEX_TEST_OPTIONS})
+  target_link_libraries(${name} PRIVATE ${arg_LIBS} tarvex_test_support tarvex::gtest)
+  tarvex_precompile(tests ${name})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})
@@ -39,13 +41,6 @@ function(tarvex_add_test name)
   file(WRITE ${CMAKE_BINARY_DIR}/tests/${name}.test
        "${name}${CMAKE_EXECUTABLE_SUFFIX} ${arg_TIMEOUT} ${keyword}\n")
 endfunction()
-
-# Wine shows the whole file system as drive Z.
-if(WIN32)
-  set(TARVEX_SOURCE_DIR_FOR_TESTS "Z:${CMAKE_SOURCE_DIR}")
-else()
-  set(TARVEX_SOURCE_DIR_FOR_TESTS "${CMAKE_SOURCE_DIR}")
-endif()
 
 # A test that was taken out must not stay on the list.
 file(GLOB stale ${CMAKE_BINARY_DIR}/tests/*.test)

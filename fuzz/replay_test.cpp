@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "fuzz/targets.h"
+#include "tests/support/source_dir.h"
 #include "tests/support/source_filter.h"
 
 namespace tarvex::fuzz {
@@ -15,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::vector<fs::path> FoldersOf(const char* target) {
-  const fs::path kept = TARVEX_SOURCE_DIR "/fuzz";
+  const fs::path kept = test::SourceDir() + "/fuzz";
   std::vector<fs::path> folders = {kept / "seeds" / target, kept / "findings" / target};
   const char* more = std::getenv("TARVEX_FUZZ_INPUTS");  // NOLINT(concurrency-mt-unsafe): nobody sets it
   if (more != nullptr) folders.push_back(fs::path(more) / target);

@@ -1,5 +1,6 @@
 // Connecting and disconnecting, in every order that must be refused and in those that must not.
 #include "tests/contract/contract_fixture.h"
+#include "tests/support/source_dir.h"
 #include "tests/support/test_system.h"
 
 namespace tarvex::test {
@@ -17,7 +18,7 @@ HRESULT Receive(TestGraph& graph, CSourceFilter& source) {
 TEST_F(Connecting, UnusableSourceIsRefusedAndTheNextOneOpens) {
   const std::vector<std::uint8_t> noise(4000, 0x42);
   const std::vector<std::uint8_t> lateRefusal =  // after its first track
-      ReadWholeFile(SystemPath(TARVEX_SOURCE_DIR "/tests/data/corpus/gen/codec_unknown_video.mkv"));
+      ReadWholeFile(SystemPath(SourceDir() + "/tests/data/corpus/gen/codec_unknown_video.mkv"));
   const struct {
     const char* what;
     const std::vector<std::uint8_t>& bytes;

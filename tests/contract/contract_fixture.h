@@ -10,6 +10,7 @@
 
 #include "filter/interface_ids.h"
 #include "tests/support/movie.h"
+#include "tests/support/source_dir.h"
 #include "tests/support/splitter_module.h"
 #include "tests/support/test_graph.h"
 #include "tests/support/test_system.h"
@@ -59,7 +60,7 @@ class OpenedTest : public GraphTest {
 };
 
 inline std::string CorpusFile(const std::string& name) {
-  return SystemPath(std::string(TARVEX_SOURCE_DIR "/tests/data/corpus/gen/") + name);
+  return SystemPath(SourceDir() + "/tests/data/corpus/gen/" + name);
 }
 
 /// The media type that the pin offers first.

@@ -11,6 +11,7 @@
 #include "tests/control/random_controller.h"
 #include "tests/robustness/temporary_movie.h"
 #include "tests/robustness/usage.h"
+#include "tests/support/source_dir.h"
 #include "tests/support/splitter_module.h"
 
 namespace tarvex::test {
@@ -51,7 +52,7 @@ class RandomControl : public testing::TestWithParam<Scene> {
   }
 
   std::string Path() const {
-    return m_movie ? m_movie->Path() : SystemPath(std::string(TARVEX_SOURCE_DIR) + GetParam().file);
+    return m_movie ? m_movie->Path() : SystemPath(SourceDir() + GetParam().file);
   }
 
   void PlayRound(unsigned seed) {

@@ -10,6 +10,7 @@
 #include "filter/interface_ids.h"
 #include "framework/thread.h"
 #include "include/tarvex/module_config.h"
+#include "tests/support/source_dir.h"
 #include "tests/support/splitter_module.h"
 #include "tests/support/test_system.h"
 
@@ -208,7 +209,7 @@ void RandomController::Reopen(Dice& dice) {
     const CAutoLock lock(m_sourceLock);
     m_graph.Stop();
     DropSources();
-    OpenSource(dice(2) == 0 ? m_path : SystemPath(TARVEX_SOURCE_DIR "/tests/data/sample.mkv"));
+    OpenSource(dice(2) == 0 ? m_path : SystemPath(SourceDir() + "/tests/data/sample.mkv"));
   }
   ConnectPins(dice);
 }

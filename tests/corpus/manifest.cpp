@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "tests/support/source_dir.h"
 #include "tests/support/test_system.h"
 
 namespace tarvex::test {
@@ -144,7 +145,7 @@ std::string LineOf(const ManifestFrame& frame) {
 
 std::string CorpusFolder() {
   const char* folder = std::getenv("TARVEX_CORPUS");
-  return folder != nullptr && *folder != '\0' ? folder : TARVEX_SOURCE_DIR "/tests/data/corpus";
+  return folder != nullptr && *folder != '\0' ? folder : SourceDir() + "/tests/data/corpus";
 }
 
 std::string CaseName(const ManifestFile& file) {

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "tests/support/source_dir.h"
+
 namespace tarvex::test {
 namespace {
 
@@ -34,7 +36,7 @@ std::vector<CorpusPath> ListFiles(const fs::path& folder) {
 const std::vector<CorpusPath>& CorpusPaths() {
   static const std::vector<CorpusPath> files = [] {
     const char* other = Environment("TARVEX_CORPUS");
-    return ListFiles(other != nullptr ? other : TARVEX_SOURCE_DIR "/tests/data/corpus");
+    return ListFiles(other != nullptr ? other : SourceDir() + "/tests/data/corpus");
   }();
   return files;
 }

@@ -21,6 +21,7 @@
 #include "include/tarvex/chapter_entry.h"
 #include "include/tarvex/module_config.h"
 #include "tests/faults/fault_points.h"
+#include "tests/support/source_dir.h"
 #include "tests/support/splitter_module.h"
 #include "tests/support/test_graph.h"
 
@@ -35,7 +36,7 @@ constexpr LONG kMarker = 1;
 const std::vector<std::uint8_t>& BytesOf(const FaultMovie& movie) {
   static std::map<std::string, std::vector<std::uint8_t>> files;
   auto& bytes = files[movie.path];
-  if (bytes.empty()) bytes = ReadWholeFile(std::string(TARVEX_SOURCE_DIR "/tests/data/corpus/") + movie.path);
+  if (bytes.empty()) bytes = ReadWholeFile(SourceDir() + "/tests/data/corpus/" + movie.path);
   return bytes;
 }
 

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "host/file_handle.h"
+#include "tests/support/source_dir.h"
 
 namespace tarvex::host::test {
 namespace {
@@ -89,7 +90,7 @@ HostResult RunHostWithModule(std::vector<WideString> arguments) {
   return RunHost(arguments);
 }
 
-WideString SourcePath(const std::string& name) { return WideFromUtf8(TARVEX_SOURCE_DIR "/" + name); }
+WideString SourcePath(const std::string& name) { return WideFromUtf8(tarvex::test::SourceDir() + "/" + name); }
 
 TemporaryFolder::TemporaryFolder() {
   static int count = 0;

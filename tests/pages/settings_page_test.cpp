@@ -12,6 +12,7 @@
 #include "pages/resource_ids.h"
 #include "tests/pages/page_frame.h"
 #include "tests/pages/page_picture.h"
+#include "tests/support/source_dir.h"
 #include "tests/support/splitter_module.h"
 #include "tests/support/test_graph.h"
 #include "tests/support/test_system.h"
@@ -97,7 +98,7 @@ class SettingsPage : public testing::Test {
 class OpenedSettingsPage : public SettingsPage {
  protected:
   void SetUp() override {
-    ASSERT_EQ(m_graph->Open(TARVEX_SOURCE_DIR "/tests/data/sample.mkv"), S_OK);
+    ASSERT_EQ(m_graph->Open(SourceDir() + "/tests/data/sample.mkv"), S_OK);
     m_frame.emplace(CLSID_MatroskaSettingsPage);
     ASSERT_EQ(m_frame->Open(m_graph->Splitter()), S_OK);
   }

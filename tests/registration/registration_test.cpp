@@ -14,6 +14,7 @@
 #include "framework/com_ptr.h"
 #include "include/tarvex/class_ids.h"
 #include "tests/registration/registry_view.h"
+#include "tests/support/source_dir.h"
 #include "tests/support/test_system.h"
 
 namespace tarvex::test {
@@ -152,7 +153,7 @@ TEST_F(Registration, RenderFileChoosesTheReaderAndTheSplitterWhateverTheExtensio
   ASSERT_EQ(Register(), S_OK);
   for (const wchar_t* extension : kExtensions) {
     const std::filesystem::path file = std::wstring(L"tarvex-render-test") + extension;
-    std::filesystem::copy_file(std::filesystem::path(TARVEX_SOURCE_DIR "/tests/data/sample.mkv"), file,
+    std::filesystem::copy_file(std::filesystem::path(SourceDir() + "/tests/data/sample.mkv"), file,
                                std::filesystem::copy_options::overwrite_existing);
     {
       const ComPtr<IGraphBuilder> graph = CreateFilterGraph();

@@ -12,6 +12,7 @@
 #include "scanner/index_search.h"
 #include "tests/scanner/recording.h"
 #include "tests/support/digest.h"
+#include "tests/support/source_dir.h"
 
 namespace tarvex::test {
 namespace {
@@ -46,7 +47,7 @@ const std::set<std::string> kReadDifferently = {"gen/cluster_huge.mkv", "gen/gro
 
 TEST(SeekIndex, OfEveryFileIsWhatTheManifestSays) {
   const char* other = std::getenv("TARVEX_CORPUS");  // NOLINT(concurrency-mt-unsafe): nobody sets it
-  const std::string folder = other != nullptr ? other : TARVEX_SOURCE_DIR "/tests/data/corpus";
+  const std::string folder = other != nullptr ? other : SourceDir() + "/tests/data/corpus";
   std::ifstream text(folder + "/manifest.json");
   const json manifest = json::parse(text);
   int compared = 0;
