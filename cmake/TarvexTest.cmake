@@ -3,14 +3,16 @@ enable_testing()
 # What ./test builds of a preset where it runs nothing but tests.
 add_custom_target(tarvex_tests)
 
-# tarvex_add_test(name SOURCES a.cpp ... [LIBS lib ...] [WINDOWS] [TSAN] [TIMEOUT seconds])
+# tarvex_add_test(name SOURCES a.cpp ... [LIBS lib ...] [WINDOWS] [TSAN] [ALONE] [TIMEOUT seconds])
 #   WINDOWS   also built for Windows and run under Wine; without it the name does not exist there
 #   TSAN      part of the ThreadSanitizer run of ./test (framework, pins_output and filter always are)
+#   ALONE     ./test runs no other program beside it: it measures the whole process or the machine, changes
+#             the registry, or shows windows
 #   TIMEOUT   for the whole executable, default 300 seconds
 # The executable is <build>/tests/<name>[.exe]. GoogleTest with its main function and tests/support are linked
 # in. Each executable is one CTest test; ./test runs the executables itself and counts their cases.
 function(tarvex_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "WINDOWS;TSAN" "TIMEOUT" "SOURCES;LIBS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "WINDOWS;TSAN;ALONE" "TIMEOUT" "SOURCES;LIBS")
   if(arg_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "tarvex_add_test(${name}): what is ${arg_UNPARSED_ARGUMENTS}?")
   endif()
@@ -20,13 +22,15 @@ function(tarvex_add_test name)
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 300)
   endif()
+  set(keywords "")
   if(arg_TSAN OR name MATCHES "^(framework|pins_output|filter)(_test|_tests)?$")
-    set(keyword tsan)
-  else()
-    set(keyword -)
+    string(APPEND keywords " tsan")
+  endif()
+  if(arg_ALONE)
+    string(APPEND keywords " alone")
   endif()
   add_executable(${name} ${arg_SOURCES})
-  if(TARVEX_PRESET STREQUAL "native-tsan" AND keyword STREQUAL "-")
+  if(TARVEX_PRESET STREQUAL "native-tsan" AND NOT keywords MATCHES tsan)
     set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL TRUE)  # nobody runs it there
   else()
     add_dependencies(tarvex_tests ${name})
@@ -37,9 +41,9 @@ function(tarvex_add_test name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})
-  # How ./test learns of it: name, time limit, keyword.
+  # How ./test learns of it: name, time limit, keywords.
   file(WRITE ${CMAKE_BINARY_DIR}/tests/${name}.test
-       "${name}${CMAKE_EXECUTABLE_SUFFIX} ${arg_TIMEOUT} ${keyword}\n")
+       "${name}${CMAKE_EXECUTABLE_SUFFIX} ${arg_TIMEOUT}${keywords}\n")
 endfunction()
 
 # A test that was taken out must not stay on the list.

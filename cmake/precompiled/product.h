@@ -28,10 +28,10 @@
 #include <ebml/EbmlUnicodeString.h>
 #include <ebml/EbmlVoid.h>
 #include <ebml/IOCallback.h>
-#include <matroska/KaxSemantic.h>
 #include <matroska/KaxBlock.h>
 #include <matroska/KaxCluster.h>
 #include <matroska/KaxSegment.h>
+#include <matroska/KaxSemantic.h>
 #include <matroska/KaxTracks.h>
 
 #include "framework/platform/platform.h"

@@ -7,22 +7,22 @@ namespace tarvex {
 
 namespace {
 
-constexpr LanguageRow kRows[] = {
+constexpr LanguageRow kLanguageRows[] = {
 #include "pins/creator/language_rows.inc"
 };
 
 }  // namespace
 
-std::span<const LanguageRow> LanguageTable() noexcept { return kRows; }
+std::span<const LanguageRow> LanguageTable() noexcept { return kLanguageRows; }
 
 std::string_view LanguageName(std::string_view code) noexcept {
-  const auto* row = std::ranges::find(kRows, code, &LanguageRow::code);
-  return row == std::end(kRows) ? std::string_view() : row->englishName;
+  const auto* row = std::ranges::find(kLanguageRows, code, &LanguageRow::code);
+  return row == std::end(kLanguageRows) ? std::string_view() : row->englishName;
 }
 
 std::string_view LanguageCode(std::string_view englishName) noexcept {
-  const auto* row = std::ranges::find(kRows, englishName, &LanguageRow::englishName);
-  return row == std::end(kRows) ? std::string_view() : row->code;
+  const auto* row = std::ranges::find(kLanguageRows, englishName, &LanguageRow::englishName);
+  return row == std::end(kLanguageRows) ? std::string_view() : row->code;
 }
 
 }  // namespace tarvex

@@ -20,7 +20,7 @@ struct SubtitleRow {
   const GUID* subtype;
 };
 
-constexpr SubtitleRow kRows[] = {
+constexpr SubtitleRow kSubtitleRows[] = {
     {"S_TEXT/UTF8", &kSubtypeUtf8},
     {"S_TEXT/SSA", &kSubtypeSsa},
     {"S_TEXT/ASS", &kSubtypeAss},
@@ -41,8 +41,8 @@ static_assert(sizeof(SubtitleInfo) == 520 && offsetof(SubtitleInfo, isoLang) == 
 constexpr std::size_t kLanguageLetters = 3;
 
 GUID SubtypeFor(std::string_view codecId) {
-  const auto* row = std::ranges::find(kRows, codecId, &SubtitleRow::codecId);
-  if (row != std::end(kRows)) return *row->subtype;
+  const auto* row = std::ranges::find(kSubtitleRows, codecId, &SubtitleRow::codecId);
+  if (row != std::end(kSubtitleRows)) return *row->subtype;
   LogText("Unknown Subtitle codecIdStr");
   return kSubtypeNone;
 }

@@ -11,10 +11,10 @@ namespace {
 
 constexpr char kAvcCodec[] = "V_MPEG4/ISO/AVC";
 
-REFERENCE_TIME StartOf(const FrameInfo& frame) { return static_cast<REFERENCE_TIME>(frame.start); }
+REFERENCE_TIME FrameStart(const FrameInfo& frame) { return static_cast<REFERENCE_TIME>(frame.start); }
 
 REFERENCE_TIME EndOf(const FrameInfo& frame) {
-  return AddTimes(StartOf(frame), static_cast<REFERENCE_TIME>(frame.duration));
+  return AddTimes(FrameStart(frame), static_cast<REFERENCE_TIME>(frame.duration));
 }
 
 }  // namespace
@@ -61,7 +61,7 @@ bool CMatroskaVideoPin::IsPastStop(const FrameInfo& frame) {
     const CAutoLock hold(StreamLock());
     if (IsEndOfStreamSent()) return true;
     if (EndOf(frame) > stop) m_stopReached = true;
-    if (!m_stopReached || StartOf(frame) <= stop) return false;
+    if (!m_stopReached || FrameStart(frame) <= stop) return false;
   }
   BeforeWait();
   DeliverEndOfStream();

@@ -7,6 +7,7 @@
 passed=0
 failed=0
 skipped=0
+restarts=0
 logs=$root/build/test-logs
 
 # A check is one test: its output is shown only when it fails. check NAME COMMAND...
@@ -72,18 +73,13 @@ show_failures() {
   tail -n 8 "$1" | sed 's/^/        /'
 }
 
-# Runs one GoogleTest program and adds its counts. REPORT is where the command was told to write its
-# report. run_counted NAME REPORT COMMAND...
-run_counted() {
+# Adds the counts of a program that run_program.sh has run. count_program NAME LABEL
+count_program() {
   run_name=$1
-  run_report=$2
-  run_log=$logs/$(echo "$run_name" | tr ' /' '--').log
-  shift 2
-  rm -f "$run_report"
-  code=0
-  "$@" >"$run_log" 2>&1 </dev/null || code=$?
-  if [ -s "$run_report" ]; then
-    count_report "$run_report"
+  run_log=$logs/$2.log
+  code=$(cat "$logs/$2.code" 2>/dev/null || echo 125)
+  if [ -s "$logs/$2.json" ]; then
+    count_report "$logs/$2.json"
   else
     count_unfinished "$run_log"
   fi
@@ -91,21 +87,30 @@ run_counted() {
   passed=$((passed + run_passed))
   failed=$((failed + run_failed))
   skipped=$((skipped + run_skipped))
+  run_restarts=$(grep -c '^started again: ' "$run_log" || true)
+  restarts=$((restarts + run_restarts))
   if [ "$run_failed" -eq 0 ]; then
-    echo "ok      $run_name: $run_passed cases$(skipped_note)"
+    echo "ok      $run_name: $run_passed cases$(notes)"
   else
-    echo "FAILED  $run_name: $run_failed of $((run_passed + run_failed)) cases, exit code $code (${run_log#"$root"/})"
+    echo "FAILED  $run_name: $run_failed of $((run_passed + run_failed)) cases, exit code $code$(notes) (${run_log#"$root"/})"
     show_failures "$run_log"
   fi
 }
 
-skipped_note() {
+# What a test says with a line "started again: WHAT": a program that it needs did not start at once.
+notes() {
   if [ "$run_skipped" -ne 0 ]; then
-    echo ", $run_skipped skipped"
+    printf ', %s skipped' "$run_skipped"
+  fi
+  if [ "$run_restarts" -ne 0 ]; then
+    printf ', %s starts that failed and were tried again' "$run_restarts"
   fi
 }
 
 closing_line() {
+  if [ "$restarts" -ne 0 ]; then
+    echo "$restarts starts failed and were tried again"
+  fi
   if [ "$skipped" -ne 0 ]; then
     echo "$passed passed, $failed failed, $skipped skipped"
   else

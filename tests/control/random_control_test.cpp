@@ -51,9 +51,7 @@ class RandomControl : public testing::TestWithParam<Scene> {
     EXPECT_TRUE(ModuleBecomesIdle());
   }
 
-  std::string Path() const {
-    return m_movie ? m_movie->Path() : SystemPath(SourceDir() + GetParam().file);
-  }
+  std::string Path() const { return m_movie ? m_movie->Path() : SystemPath(SourceDir() + GetParam().file); }
 
   void PlayRound(unsigned seed) {
     const Scene& scene = GetParam();
