@@ -183,7 +183,7 @@ build_all() {
   patched_copy libmatroska $matroska_version
   build_one "$work/libebml" -DDISABLE_PKGCONFIG=ON
   build_one "$work/libmatroska" -DDISABLE_PKGCONFIG=ON "-DEBML_DIR=$prefix.new/lib/cmake/EBML"
-  build_one $googletest
+  build_one $googletest -DBUILD_GMOCK=OFF
   link_header_libraries
 }
 
