@@ -5,7 +5,9 @@
 #   KIND is product, host or tests; the headers are in cmake/precompiled/KIND.h.
 # A source that lacks an #include compiles nevertheless. So ./bench and the fuzzers build without
 # (CMAKE_DISABLE_PRECOMPILE_HEADERS).
-set(TARVEX_TEST_OPTIONS -O1 -g1)  # compiled in half the time; the tests' own speed matters less
+if(NOT MSVC)
+  set(TARVEX_TEST_OPTIONS -O1 -g1)  # compiled in half the time; the tests' own speed matters less
+endif()
 
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/precompiled.cpp CONTENT "")
 

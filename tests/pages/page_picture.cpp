@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "tests/support/source_dir.h"
 #include "tests/support/test_system.h"
 
 namespace tarvex::test {
@@ -75,8 +76,7 @@ Picture Copy(HWND window, POINT corner, int width, int height) {
 
 std::string PathOf(const std::string& name) {
   const char* folder = std::getenv("TARVEX_PICTURES");
-  return SystemPath((folder != nullptr ? std::string(folder) : TARVEX_SOURCE_DIR "/build/test-logs") + "/" + name +
-                    ".png");
+  return SystemPath((folder != nullptr ? std::string(folder) : SourceDir() + "/build/test-logs") + "/" + name + ".png");
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "include/tarvex/class_ids.h"
 #include "tests/pages/page_picture.h"
 #include "tests/playback/plain_format_filter.h"
+#include "tests/support/source_dir.h"
 #include "tests/support/test_graph.h"
 #include "tests/support/test_system.h"
 
@@ -33,7 +34,7 @@ struct Movie {
 
 std::string MoviePath(const std::string& file) {
   const char* folder = std::getenv("TARVEX_MOVIES");
-  return SystemPath((folder == nullptr ? std::string(TARVEX_SOURCE_DIR "/build/test-movies") : folder) + "/" + file);
+  return SystemPath((folder == nullptr ? SourceDir() + "/build/test-movies" : folder) + "/" + file);
 }
 
 // As ffmpeg decodes it.
