@@ -78,7 +78,7 @@ void ExpectStreamType() {
 void ExpectFilter() {
   EXPECT_EQ(TextValue(ClassKey(), L""), L"Tarvex Matroska Splitter");
   EXPECT_EQ(TextValue(ClassKey() + L"\\InprocServer32", L"ThreadingModel"), L"Both");
-  EXPECT_TRUE(TextValue(ClassKey() + L"\\InprocServer32", L"").value_or(L"").ends_with(L"tarvex.dll"));
+  EXPECT_TRUE(TextValue(ClassKey() + L"\\InprocServer32", L"").value_or(std::wstring()).ends_with(L"tarvex.dll"));
   EXPECT_EQ(TextValue(InstanceKey(), L"FriendlyName"), L"Tarvex Matroska Splitter");
   EXPECT_EQ(TextValue(InstanceKey(), L"CLSID"), Text(CLSID_MatroskaSplitter));
   EXPECT_EQ(TextValue(ClassKey(CLSID_MatroskaSettingsPage), L""), L"MKV Splitter property page");
