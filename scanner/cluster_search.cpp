@@ -117,12 +117,12 @@ std::optional<ProbedCluster> CClusterSearch::Nearest(std::int64_t time) {
   } else if (const auto duration = static_cast<std::int64_t>(m_info.Duration()); duration > time) {
     endTime = duration;
   }
-  for (unsigned step = 1; end > low.end && end - low.end > m_reach.near; ++step) {
+  for (unsigned step = 1; end > low.end && end - low.end > m_reach.closest; ++step) {
     const std::uint64_t gap = end - low.end;
     auto ahead = AheadOf(low, gap, time, endTime);
-    if (ahead && *ahead <= m_reach.near) break;
+    if (ahead && *ahead <= m_reach.closest) break;
     if (step % 4 == 0) ahead.reset();  // it may be wrong for ever
-    const std::uint64_t aim = low.end + (ahead ? *ahead - m_reach.near / 2 : gap / 2);
+    const std::uint64_t aim = low.end + (ahead ? *ahead - m_reach.closest / 2 : gap / 2);
     const auto found = Probe(aim, end);
     if (m_isContradictory || m_probe.HasEnded()) return std::nullopt;
     if (found && found->time <= time) {
