@@ -30,6 +30,11 @@ void FuzzOpen(Input file) {
 
 void FuzzIndex(Input file) {
   WithOpenFile(file, [](CEbmlScanner& scanner) {
+    scanner.SetSearchReach({.smallestFile = 6, .firstChunk = 256, .chunk = 1024, .closest = 256});
+    for (const std::uint64_t time : {scanner.Duration() / 2 + 1, std::uint64_t{10000000}}) {
+      scanner.SetStartTime(time);
+      scanner.Process();
+    }
     scanner.BuildIndex();
     for (const std::uint64_t time : {std::uint64_t{0}, std::uint64_t{1}, scanner.Duration(), ~std::uint64_t{0}}) {
       const std::int32_t entry = FindIndexEntry(scanner.Index(), time, scanner.Duration());

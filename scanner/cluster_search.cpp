@@ -117,12 +117,12 @@ std::optional<ProbedCluster> CClusterSearch::Nearest(std::int64_t time) {
   } else if (const auto duration = static_cast<std::int64_t>(m_info.Duration()); duration > time) {
     endTime = duration;
   }
-  for (unsigned step = 1; end > low.end && end - low.end > m_reach.near; ++step) {
+  for (unsigned step = 1; end > low.end && end - low.end > m_reach.closest; ++step) {
     const std::uint64_t gap = end - low.end;
     auto ahead = AheadOf(low, gap, time, endTime);
-    if (ahead && *ahead <= m_reach.near) break;
+    if (ahead && *ahead <= m_reach.closest) break;
     if (step % 4 == 0) ahead.reset();  // it may be wrong for ever
-    const std::uint64_t aim = low.end + (ahead ? *ahead - m_reach.near / 2 : gap / 2);
+    const std::uint64_t aim = low.end + (ahead ? *ahead - m_reach.closest / 2 : gap / 2);
     const auto found = Probe(aim, end);
     if (m_isContradictory || m_probe.HasEnded()) return std::nullopt;
     if (found && found->time <= time) {
@@ -139,8 +139,11 @@ std::optional<ProbedCluster> CClusterSearch::Nearest(std::int64_t time) {
 std::optional<std::uint64_t> CClusterSearch::AheadOf(const ProbedCluster& low, std::uint64_t gap, std::int64_t time,
                                                      std::optional<std::int64_t> highTime) const {
   if (!highTime || *highTime <= time) return std::nullopt;
-  const double share = static_cast<double>(time - low.time) / static_cast<double>(*highTime - low.time);
-  return static_cast<std::uint64_t>(static_cast<double>(gap) * share);
+  // Damaged ones lie so far apart that integers overflow.
+  const double whole = static_cast<double>(*highTime) - static_cast<double>(low.time);
+  const double part = static_cast<double>(time) - static_cast<double>(low.time);
+  if (!(whole > 0)) return std::nullopt;
+  return static_cast<std::uint64_t>(static_cast<double>(gap) * std::clamp(part / whole, 0.0, 1.0));
 }
 
 // A Cluster behind which two entries are known that are not after the time, or the first one of the file.

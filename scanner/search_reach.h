@@ -14,7 +14,7 @@ struct SearchReach {
   std::size_t firstChunk = std::size_t{128} << 10;
   std::size_t chunk = std::size_t{1} << 20;
   /// No nearer to the wanted time is looked for: so much is read in passing.
-  std::uint64_t near = std::uint64_t{2} << 20;
+  std::uint64_t closest = std::uint64_t{2} << 20;
   /// So much is looked at in one search, and as much of Clusters is walked over, before everything is read instead.
   std::uint64_t budget = std::uint64_t{192} << 20;
 };

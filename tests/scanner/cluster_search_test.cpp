@@ -26,7 +26,7 @@ std::uint64_t Files(std::uint64_t usually, std::uint64_t part = 1) {
 
 /// As in the product, but that small files are searched too.
 SearchReach SmallReach() {
-  return {.smallestFile = 0, .firstChunk = 256, .chunk = 1024, .near = 1024, .budget = std::uint64_t{64} << 20};
+  return {.smallestFile = 0, .firstChunk = 256, .chunk = 1024, .closest = 1024, .budget = std::uint64_t{64} << 20};
 }
 
 /// An opened file that is asked for one start after the other.
