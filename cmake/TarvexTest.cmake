@@ -29,7 +29,9 @@ function(tarvex_add_test name)
     set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL TRUE)  # nobody runs it there
   endif()
   # Compiled in half the time; the tests' own speed matters less.
-  target_compile_options(${name} PRIVATE -O1 -g1)
+  if(NOT MSVC)
+    target_compile_options(${name} PRIVATE -O1 -g1)
+  endif()
   target_link_libraries(${name} PRIVATE ${arg_LIBS} tarvex::gtest)
   target_compile_definitions(${name} PRIVATE TARVEX_SOURCE_DIR="${TARVEX_SOURCE_DIR_FOR_TESTS}")
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
@@ -40,12 +42,11 @@ function(tarvex_add_test name)
        "${name}${CMAKE_EXECUTABLE_SUFFIX} ${arg_TIMEOUT} ${keyword}\n")
 endfunction()
 
-# Wine shows the whole file system as drive Z.
-if(WIN32)
-  set(TARVEX_SOURCE_DIR_FOR_TESTS "Z:${CMAKE_SOURCE_DIR}")
-else()
-  set(TARVEX_SOURCE_DIR_FOR_TESTS "${CMAKE_SOURCE_DIR}")
+# Wine shows the whole file system as drive Z. On Windows itself a path has its drive already.
+if(WIN32 AND CMAKE_CROSSCOMPILING)
+  set(TARVEX_TEST_DRIVE "Z:")
 endif()
+set(TARVEX_SOURCE_DIR_FOR_TESTS "${TARVEX_TEST_DRIVE}${CMAKE_SOURCE_DIR}")
 
 # A test that was taken out must not stay on the list.
 file(GLOB stale ${CMAKE_BINARY_DIR}/tests/*.test)
