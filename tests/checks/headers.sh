@@ -24,6 +24,7 @@ compile() {
 }
 
 # Those headers keep clang's vector types from working unless it says that it knows GNU C.
+# shellcheck disable=SC2317  # compile calls it
 as_microsoft() {
   clang --target=x86_64-pc-windows-msvc -fgnuc-version=4.2.1 -isystem /usr/x86_64-w64-mingw32/include "$@"
 }
