@@ -1,8 +1,16 @@
 # The libraries this project links, as imported targets:
 #   tarvex::ebml tarvex::matroska tarvex::gtest        built by deps.sh into build/deps/<preset>
-#   tarvex::zlib tarvex::gcrypt                        Debian packages, static for Windows
+#   tarvex::zlib                                       Debian package, static for Windows
+#   tarvex::gcrypt                                     Debian package; not for Windows, which has its own
 #   CLI11::CLI11 nlohmann_json::nlohmann_json          headers of Debian packages; {fmt} is in third_party/
 # The cache is found from the checkout, not from the build folder, so private build folders share it.
+set(TARVEX_DEPENDENCIES script CACHE STRING "script: cmake/deps.sh, on Debian. packages: what find_package finds")
+set_property(CACHE TARVEX_DEPENDENCIES PROPERTY STRINGS script packages)
+if(TARVEX_DEPENDENCIES STREQUAL "packages")
+  include(TarvexPackages)
+  return()
+endif()
+set(TARVEX_TESTS ON)
 set(TARVEX_DEPS ${CMAKE_SOURCE_DIR}/build/deps/${TARVEX_PRESET})
 
 # Changed patches, and folders whose entries changed. Not by CONFIGURE_DEPENDS, which makes every
@@ -29,20 +37,15 @@ if(NOT WIN32)
   target_link_libraries(tarvex::gtest_core INTERFACE Threads::Threads)
 endif()
 
-# The cross packages keep import libraries beside the static ones, and the linker takes those by name,
-# so the archives are given as files.
+# The cross package keeps an import library beside the static one, and the linker takes that by name, so the
+# archive is given as a file.
 if(WIN32)
-  set(system_libraries /usr/${TARVEX_TRIPLET}/lib)
-  foreach(name z gcrypt gpg-error)
-    if(NOT EXISTS ${system_libraries}/lib${name}.a)
-      message(FATAL_ERROR "${system_libraries}/lib${name}.a is missing; packaging/setup.sh installs it")
-    endif()
-  endforeach()
+  set(zlib_archive /usr/${TARVEX_TRIPLET}/lib/libz.a)
+  if(NOT EXISTS ${zlib_archive})
+    message(FATAL_ERROR "${zlib_archive} is missing; packaging/setup.sh installs it")
+  endif()
   add_library(tarvex::zlib STATIC IMPORTED GLOBAL)
-  set_target_properties(tarvex::zlib PROPERTIES IMPORTED_LOCATION ${system_libraries}/libz.a)
-  add_library(tarvex::gcrypt STATIC IMPORTED GLOBAL)
-  set_target_properties(tarvex::gcrypt PROPERTIES IMPORTED_LOCATION ${system_libraries}/libgcrypt.a)
-  target_link_libraries(tarvex::gcrypt INTERFACE ${system_libraries}/libgpg-error.a ws2_32 advapi32)
+  set_target_properties(tarvex::zlib PROPERTIES IMPORTED_LOCATION ${zlib_archive})
 else()
   add_library(tarvex::zlib INTERFACE IMPORTED GLOBAL)
   target_link_libraries(tarvex::zlib INTERFACE z)

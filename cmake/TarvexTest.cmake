@@ -46,6 +46,11 @@ function(tarvex_add_test name)
        "${name}${CMAKE_EXECUTABLE_SUFFIX} ${arg_TIMEOUT}${keywords}\n")
 endfunction()
 
+# Wine shows the whole file system as drive Z. On Windows itself a path has its drive already.
+if(WIN32 AND CMAKE_CROSSCOMPILING)
+  set(TARVEX_TEST_DRIVE "Z:")
+endif()
+
 # A test that was taken out must not stay on the list.
 file(GLOB stale ${CMAKE_BINARY_DIR}/tests/*.test)
 if(stale)

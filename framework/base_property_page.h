@@ -20,7 +20,8 @@ class CBasePropertyPage : public CUnknownImpl<IPropertyPage> {
   /// Makes and shows the dialog. A failure of OnActivate is returned, and there is no dialog then.
   HRESULT STDMETHODCALLTYPE Activate(HWND hWndParent, LPCRECT pRect, BOOL bModal) override;
   HRESULT STDMETHODCALLTYPE Deactivate() override;
-  /// The size is that of the dialog on the thread's own monitor, in pixels. The caller frees the title.
+  /// The size is that of the dialog in pixels, on the monitor of the thread's active window, or on the first one
+  /// without such a window. The caller frees the title.
   HRESULT STDMETHODCALLTYPE GetPageInfo(PROPPAGEINFO* pPageInfo) override;
   /// One object, or none; E_UNEXPECTED for several.
   HRESULT STDMETHODCALLTYPE SetObjects(ULONG cObjects, IUnknown** ppUnk) override;
@@ -49,6 +50,9 @@ class CBasePropertyPage : public CUnknownImpl<IPropertyPage> {
   virtual HRESULT OnDeactivate();
   /// Write what the user changed to the object.
   virtual HRESULT OnApplyChanges();
+  /// The dialog is on a monitor of another density now, and its controls and fonts have their new sizes: make
+  /// anew what else is measured in pixels.
+  virtual void OnDensityChange();
   /// A message to the dialog, after its creation. The answer is a dialog procedure's: FALSE when the
   /// message was not handled, which is all that the base itself says.
   virtual INT_PTR OnReceiveMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
@@ -68,6 +72,7 @@ class CBasePropertyPage : public CUnknownImpl<IPropertyPage> {
   HRESULT CreatePageWindow(HWND parent);
   void DestroyPageWindow() noexcept;
   void FitIntoParent() noexcept;
+  void TakeNewDensity();
   bool IsKeyForPage(const MSG& message) const noexcept;
   bool TabLeavesPage() const noexcept;
 

@@ -2,6 +2,8 @@
 // nothing is kept. Callable from any thread; a sink may be set and taken away at any time.
 #pragma once
 
+#include "framework/compiler.h"
+
 namespace tarvex {
 
 /// Receives one finished text, without a newline. Called on the thread that logs, one call at a time.
@@ -15,6 +17,6 @@ void SetLogSink(LogSink sink, void* context) noexcept;
 void LogText(const char* text) noexcept;
 
 /// Logs a printf-style text, cut to 199 characters.
-[[gnu::format(printf, 1, 2)]] void LogFormat(const char* format, ...) noexcept;
+TARVEX_PRINTF_LIKE(1, 2) void LogFormat(const char* format, ...) noexcept;
 
 }  // namespace tarvex

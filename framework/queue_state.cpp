@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "framework/compiler.h"
+
 namespace tarvex {
 
 namespace {
@@ -87,7 +89,7 @@ HRESULT COutputQueue::State::PassOnOneByOne(unsigned generation) {
   while (m_work.done < m_work.samples.size() && hr == S_OK && generation == m_generation) {
     IMediaSample* const sample = m_work.samples[m_work.done];
     if (m_work.done + kFetchedAhead < m_work.samples.size()) {
-      __builtin_prefetch(m_work.samples[m_work.done + kFetchedAhead], 1);
+      FetchAhead(m_work.samples[m_work.done + kFetchedAhead]);
     }
     hr = m_input->Receive(sample);
     ++m_work.done;

@@ -1,4 +1,4 @@
-// Checksums of sample bytes, by libgcrypt. Free functions; any thread.
+// The checksum of a sample's bytes. A free function; any thread.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,7 @@
 
 namespace tarvex::host {
 
-// In lower-case hexadecimal digits.
+/// SHA-1 in lower-case hexadecimal digits. Throws std::runtime_error when the system makes none.
 std::string Sha1Text(std::span<const std::uint8_t> bytes);
-std::string Sha256Text(std::span<const std::uint8_t> bytes);
 
 }  // namespace tarvex::host

@@ -94,7 +94,7 @@ void CGraphSession::ConnectSource() {
 // The module says why in its log: its result code is the same for every reason.
 void CGraphSession::Refuse(HRESULT result) {
   if (!BeginsLikeMatroska(m_path)) throw HostError(ExitCode::kNotMatroska, m_options.file + ": not a Matroska file");
-  const std::string text = m_listener.LastText();
+  const std::string text = m_listener.Refusal();
   throw HostError(ExitCode::kRefused, m_options.file + ": refused: " + (text.empty() ? ResultText(result) : text));
 }
 

@@ -15,8 +15,6 @@ namespace {
 
 constexpr std::array<unsigned char, 4> kMagic = {0x1A, 0x45, 0xDF, 0xA3};
 
-bool RunsUnderWine() { return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr; }
-
 bool Exists(const WideString& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
 bool IsFolder(const WideString& path) {
@@ -49,6 +47,8 @@ std::string ReasonOf(DWORD error) {
 }
 
 }  // namespace
+
+bool RunsUnderWine() { return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr; }
 
 WideString FullPath(const std::string& name) {
   const WideString path = WideFileName(name);

@@ -8,6 +8,8 @@
 
 namespace tarvex::host {
 
+bool RunsUnderWine();
+
 /// Absolute path of `name` (as NarrowFileName gives it). Under Wine a Unix path is understood too,
 /// wherever the current folder is.
 WideString FullPath(const std::string& name);

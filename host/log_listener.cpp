@@ -2,10 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <string_view>
+#include <utility>
+
 #include "framework/thread.h"
 #include "host/host_error.h"
 #include "host/input_file.h"
 #include "host/text_escape.h"
+#include "pins/creator/refused_track.h"
 
 namespace tarvex::host {
 
@@ -41,14 +45,17 @@ void CLogListener::Detach() noexcept {
   m_log.Reset();
 }
 
-std::string CLogListener::LastText() {
+std::string CLogListener::Refusal() {
+  constexpr std::string_view kTrack = kRefusedTrack;
   const CAutoLock hold(m_lock);
-  return m_last;
+  if (!m_before.starts_with(kTrack)) return m_last;
+  return m_before.substr(kTrack.size()) + ": " + m_last;
 }
 
 void CLogListener::Forget() {
   const CAutoLock hold(m_lock);
   m_last.clear();
+  m_before.clear();
 }
 
 void STDMETHODCALLTYPE CLogListener::Receive(void* context, const char* text) {
@@ -66,7 +73,7 @@ void CLogListener::Take(const char* text) {
     const std::string entry = fmt::format("{} {:04x} {}\n", ClockText(), CurrentThreadId(), EscapeForTerminal(line));
     m_file.Write(entry.data(), entry.size());
   }
-  m_last = std::move(line);
+  m_before = std::exchange(m_last, std::move(line));
 }
 
 }  // namespace tarvex::host

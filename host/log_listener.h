@@ -1,4 +1,4 @@
-// Listens to what the module logs: keeps the last text, which names the reason of a refusal, and writes
+// Listens to what the module logs: keeps the last texts, which name the reason of a refusal, and writes
 // all of them to a file on request. Owned by the graph session; texts arrive on the module's threads.
 #pragma once
 
@@ -24,8 +24,9 @@ class CLogListener {
   /// No text arrives any more when this returns. Also gives up the reference on the splitter.
   void Detach() noexcept;
 
-  /// The last text since Attach or Forget, without the newline some of them carry; empty for none.
-  std::string LastText();
+  /// Why the module refused the file, without a newline: the last text since Attach or Forget, behind the track
+  /// that the text before it names, if it does. Empty for none.
+  std::string Refusal();
   void Forget();
 
  private:
@@ -34,8 +35,9 @@ class CLogListener {
 
   ComPtr<IModuleLog> m_log;
   CCritSec m_lock{"CLogListener", LockRank::kLogSink};
-  std::string m_last;  // under m_lock
-  FileHandle m_file;   // written under m_lock
+  std::string m_last;    // under m_lock
+  std::string m_before;  // the one before it, under m_lock
+  FileHandle m_file;     // written under m_lock
 };
 
 }  // namespace tarvex::host

@@ -13,7 +13,16 @@ namespace tarvex::host {
 namespace {
 
 // A media type's details matter to `info`; here its name is enough.
-std::string WithoutDetails(const std::string& mediaType) { return mediaType.substr(0, mediaType.find(':')); }
+std::string NameOf(const std::string& mediaType) {
+  return mediaType.substr(0, std::min(mediaType.find(':'), mediaType.find(" (")));
+}
+
+// Where the stream went. Names of filters are long, so they are no column.
+std::string WayOf(const PlayedStream& stream) {
+  const std::string pin = EscapeAndShorten(stream.pin);
+  if (stream.renderer.empty()) return fmt::format("  {}: counted, {}\n", pin, EscapeAndShorten(stream.reason));
+  return fmt::format("  {}: {}\n", pin, EscapeAndShorten(stream.renderer));
+}
 
 std::string BitRate(const PlayedStream& stream) {
   if (stream.span <= 0) return "-";
@@ -50,17 +59,20 @@ std::string ChoiceText(const std::string& kind, std::size_t number, const std::s
 }
 
 std::string SummaryText(const std::vector<PlayedStream>& streams, double seconds) {
-  CTextTable table({"pin", "stream", "media type", "rendered by", ">samples", ">bytes", ">rate"});
-  for (const PlayedStream& stream : streams) {
-    table.AddRow({stream.pin, stream.stream, WithoutDetails(stream.mediaType), stream.renderer,
-                  std::to_string(stream.samples), std::to_string(stream.bytes), BitRate(stream)});
-  }
+  constexpr std::size_t kWidth = 100;
+  CTextTable table({"pin", "stream", "media type", ">samples", ">bytes", ">rate"});
+  std::string ways;
   std::uint64_t samples = 0;
-  for (const PlayedStream& stream : streams) samples += stream.samples;
+  for (const PlayedStream& stream : streams) {
+    table.AddRow({stream.pin, stream.stream, NameOf(stream.mediaType), std::to_string(stream.samples),
+                  std::to_string(stream.bytes), BitRate(stream)});
+    ways += WayOf(stream);
+    samples += stream.samples;
+  }
   const std::uint64_t bytes = BytesOf(streams);
-  table.AddRow({"total", "", "", "", std::to_string(samples), std::to_string(bytes),
-                seconds > 0 ? ReadRate(bytes, seconds) : "-"});
-  return table.Text();
+  table.AddRow(
+      {"total", "", "", std::to_string(samples), std::to_string(bytes), seconds > 0 ? ReadRate(bytes, seconds) : "-"});
+  return table.Text(kWidth) + ways;
 }
 
 }  // namespace tarvex::host

@@ -25,7 +25,8 @@ PlayedStream Played(const RenderedStream& stream) {
           GroupName(GroupOf(stream.majorType)),
           stream.name,
           stream.mediaType,
-          stream.renderer.empty() ? "counted" : stream.renderer,
+          stream.renderer,
+          stream.reason,
           stream.counter->Samples(),
           stream.counter->Bytes(),
           stream.counter->Span()};

@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "framework/text_conversion.h"
+#include "host/input_file.h"
 #include "host/media_type_text.h"
 #include "host/pin_queries.h"
+#include "host/result_text.h"
 #include "host/stream_list.h"
 #include "host/tap_filter.h"
 #include "host/tap_input_pin.h"
@@ -35,16 +37,26 @@ bool OffersVideo(IPin* pin) {
   return !types.empty() && types.front().majortype == MEDIATYPE_Video;
 }
 
-// The plain renderer, present before rendering begins, is preferred to the mixing one, which does not get
-// on with every decoder.
+// The enhanced video renderer, by its published number.
+// {FA10746C-9B63-4B6C-BC49-FC300EA5F256}
+constexpr CLSID kEnhancedRenderer = {0xFA10746C, 0x9B63, 0x4B6C, {0xBC, 0x49, 0xFC, 0x30, 0x0E, 0xA5, 0xF2, 0x56}};
+
+bool AddRenderer(CGraphSession& session, REFCLSID clsid, const OLECHAR* name, ComPtr<IBaseFilter>& renderer) {
+  if (FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, renderer.PutVoid()))) return false;
+  session.Add(renderer.Get(), name);
+  return true;
+}
+
+// One that is present before rendering begins is preferred to all others. The enhanced one is the best that
+// Windows has. Wine's does not get on with every decoder, nor does the mixing one that a graph takes by itself,
+// so there it is the plain one.
 ComPtr<IBaseFilter> AddVideoRenderer(CGraphSession& session) {
   ComPtr<IBaseFilter> renderer;
-  if (FAILED(
-          CoCreateInstance(CLSID_VideoRenderer, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, renderer.PutVoid()))) {
-    return nullptr;
+  if (!RunsUnderWine() && AddRenderer(session, kEnhancedRenderer, L"Enhanced Video Renderer", renderer)) {
+    return renderer;
   }
-  session.Add(renderer.Get(), L"Video Renderer");
-  return renderer;
+  if (AddRenderer(session, CLSID_VideoRenderer, L"Video Renderer", renderer)) return renderer;
+  return nullptr;
 }
 
 bool HasConnectedInput(IBaseFilter* filter) {
@@ -53,18 +65,35 @@ bool HasConnectedInput(IBaseFilter* filter) {
 }
 
 // A type that does not say what it is has no decoder, and the platform's filters may read the format block
-// that it lacks.
-bool IsWorthTrying(const CMediaType& type) { return type.subtype != GUID_NULL && type.pbFormat != nullptr; }
+// that it lacks. Empty when there is no such reason not to try.
+std::string ReasonNotToTry(const std::vector<CMediaType>& types) {
+  if (types.empty()) return "the pin offers no media type";
+  if (types.front().subtype == GUID_NULL) return "its codec has no media subtype";
+  return types.front().pbFormat == nullptr ? "its media type has no format block" : "";
+}
 
-// False when the platform cannot render the pin; the graph is then as it was.
-bool TryPlatform(CGraphSession& session, const RenderedStream& stream) {
+// What the platform says, and what is known to be behind it.
+std::string ReasonOf(HRESULT result, const CMediaType& type) {
+  std::string reason =
+      SUCCEEDED(result) ? "a part of what it leads to is not rendered" : "no decoder or renderer takes it";
+  reason += ", " + ResultText(result);
+  const auto* format = type.formattype == FORMAT_WaveFormatEx ? type.FormatAs<WAVEFORMATEX>() : nullptr;
+  if (format != nullptr && (format->wFormatTag == WAVE_FORMAT_PCM || format->wFormatTag == WAVE_FORMAT_IEEE_FLOAT) &&
+      format->nAvgBytesPerSec == 0) {
+    reason += "; its average rate is 0, which sound renderers may refuse";
+  }
+  return reason;
+}
+
+// Why the platform cannot render the pin, the graph being as it was then; empty when it can.
+std::string TryPlatform(CGraphSession& session, const RenderedStream& stream, const CMediaType& type) {
   const auto before = FiltersOf(session.Graph());
   const auto tap = MakeCom<CTapFilter>(stream.counter);
   session.AddAndConnect(tap.Get(), kTapName, stream.output.Get(), tap->InputPin());
   const HRESULT result = session.Graph()->Render(tap->OutputPin());
-  if (SUCCEEDED(result) && result != VFW_S_PARTIAL_RENDER && IsConnected(tap->OutputPin())) return true;
+  if (SUCCEEDED(result) && result != VFW_S_PARTIAL_RENDER && IsConnected(tap->OutputPin())) return {};
   RemoveAllBut(session, before);
-  return false;
+  return ReasonOf(result, type);
 }
 
 // The filters behind the tap; empty without one.
@@ -99,8 +128,9 @@ void DescribeStream(const CGraphSession& session, RenderedStream& stream) {
 
 void RenderStream(CGraphSession& session, RenderedStream& stream, SinkSeeking seeking) {
   const auto types = OfferedTypes(stream.output.Get());
-  const bool isRendered = !types.empty() && IsWorthTrying(types.front()) && TryPlatform(session, stream);
-  if (!isRendered) {
+  stream.reason = ReasonNotToTry(types);
+  if (stream.reason.empty()) stream.reason = TryPlatform(session, stream, types.front());
+  if (!stream.reason.empty()) {
     const auto sink = MakeCom<CSinkFilter>(stream.counter, seeking);
     session.AddAndConnect(sink.Get(), L"Counting sink", stream.output.Get(), sink->Input().Get());
   }
@@ -115,7 +145,7 @@ std::vector<RenderedStream> RenderStreams(CGraphSession& session, SinkSeeking se
     videoRenderer = AddVideoRenderer(session);
   }
   for (const auto& pin : pins) {
-    streams.push_back({pin, {}, {}, {}, {}, {}, std::make_shared<CStreamCounter>()});
+    streams.push_back({pin, {}, {}, {}, {}, {}, {}, std::make_shared<CStreamCounter>()});
     RenderStream(session, streams.back(), seeking);
   }
   // A renderer without input would keep the graph from ever being complete.

@@ -19,6 +19,7 @@ struct RenderedStream {
   GUID majorType{};
   std::string mediaType;  ///< on one line
   std::string renderer;   ///< the filters it goes through; empty for a counting sink
+  std::string reason;     ///< why nothing rendered it the last time that this was tried; empty otherwise
   std::shared_ptr<CStreamCounter> counter;
 };
 

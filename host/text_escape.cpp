@@ -1,6 +1,7 @@
 #include "host/text_escape.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "host/utf8_reader.h"
 
@@ -55,6 +56,22 @@ void AppendEscaped(std::string& out, char32_t character) {
   }
 }
 
+constexpr std::string_view kDots = "...";
+
+// In bytes, so that with the dots the text has `most` characters, or as many as there are dots; nothing when
+// it has no more than that by itself.
+std::optional<std::size_t> PlaceOfDots(std::string_view text, std::size_t most) {
+  const std::size_t kept = most - std::min(most, kDots.size());
+  std::string_view rest = text;
+  std::size_t cut = 0;
+  for (std::size_t count = 0; !rest.empty(); ++count) {
+    if (count == kept) cut = text.size() - rest.size();
+    if (count == most) return cut;
+    rest.remove_prefix(ReadUtf8(rest).length);
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 std::string EscapeForTerminal(std::string_view text) {
@@ -78,15 +95,13 @@ std::string EscapeForTerminal(std::string_view text) {
 // Cut before it is escaped, so that a long text costs no more than a short one.
 std::string EscapeAndShorten(std::string_view text) {
   constexpr std::size_t kMost = 500;
-  constexpr std::string_view kDots = "...";
-  std::string_view rest = text;
-  std::size_t cut = 0;  // bytes in front of the dots
-  for (std::size_t count = 0; !rest.empty(); ++count) {
-    if (count == kMost) return EscapeForTerminal(text.substr(0, cut)).append(kDots);
-    if (count == kMost - kDots.size()) cut = text.size() - rest.size();
-    rest.remove_prefix(ReadUtf8(rest).length);
-  }
-  return EscapeForTerminal(text);
+  const auto cut = PlaceOfDots(text, kMost);
+  return cut ? EscapeForTerminal(text.substr(0, *cut)).append(kDots) : EscapeForTerminal(text);
+}
+
+std::string Shorten(const std::string& text, std::size_t most) {
+  const auto cut = PlaceOfDots(text, most);
+  return cut ? text.substr(0, *cut).append(kDots) : text;
 }
 
 std::size_t CharacterCount(std::string_view text) {

@@ -15,6 +15,9 @@ std::string EscapeForTerminal(std::string_view text);
 /// dots when there are more.
 std::string EscapeAndShorten(std::string_view text);
 
+/// Text that is safe to show already, cut to `most` characters, the last three of which are dots then.
+std::string Shorten(const std::string& text, std::size_t most);
+
 /// Number of characters, for column widths. Counts what is no UTF-8 byte by byte.
 std::size_t CharacterCount(std::string_view text);
 

@@ -22,20 +22,39 @@ void CTextTable::AddRow(const std::vector<std::string>& cells) {
   }
 }
 
-std::string CTextTable::Line(const std::vector<std::string>& cells) const {
+CTextTable::Widths CTextTable::FittingWidths(std::size_t width) const {
+  constexpr std::size_t kLeast = 10;
+  Widths widths = m_widths;
+  std::size_t total = 2 * widths.size();
+  for (const std::size_t each : widths) total += each;
+  for (; total > width; --total) {
+    std::size_t widest = widths.size();
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+      const bool mayBeCut = !m_rightAligned[i] && widths[i] > kLeast;
+      if (mayBeCut && (widest == widths.size() || widths[i] > widths[widest])) widest = i;
+    }
+    if (widest == widths.size()) break;
+    --widths[widest];
+  }
+  return widths;
+}
+
+std::string CTextTable::Line(const std::vector<std::string>& cells, const Widths& widths) const {
   std::string line;
   for (std::size_t i = 0; i < cells.size(); ++i) {
-    const std::string padding(m_widths[i] - CharacterCount(cells[i]), ' ');
+    const std::string cell = Shorten(cells[i], widths[i]);
+    const std::string padding(widths[i] - CharacterCount(cell), ' ');
     line += "  ";
-    line += m_rightAligned[i] ? padding + cells[i] : cells[i] + padding;
+    line += m_rightAligned[i] ? padding + cell : cell + padding;
   }
   line.erase(line.find_last_not_of(' ') + 1);
   return line + '\n';
 }
 
-std::string CTextTable::Text() const {
+std::string CTextTable::Text(std::optional<std::size_t> width) const {
+  const Widths widths = width ? FittingWidths(*width) : m_widths;
   std::string text;
-  for (const auto& row : m_rows) text += Line(row);
+  for (const auto& row : m_rows) text += Line(row, widths);
   return text;
 }
 

@@ -1,6 +1,7 @@
 // A table in plain text with aligned columns. Filled and printed by one thread.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,14 +18,18 @@ class CTextTable {
 
   bool IsEmpty() const noexcept { return m_rows.size() == 1; }
 
-  /// Headings and rows, each line indented by two blanks and ended by a line feed.
-  std::string Text() const;
+  /// Headings and rows, each line indented by two blanks and ended by a line feed. With a width, in characters,
+  /// the widest left-aligned columns are cut until the lines fit, but none to fewer than ten.
+  std::string Text(std::optional<std::size_t> width = std::nullopt) const;
 
  private:
-  std::string Line(const std::vector<std::string>& cells) const;
+  using Widths = std::vector<std::size_t>;
+
+  Widths FittingWidths(std::size_t width) const;
+  std::string Line(const std::vector<std::string>& cells, const Widths& widths) const;
 
   std::vector<bool> m_rightAligned;
-  std::vector<std::size_t> m_widths;
+  Widths m_widths;
   std::vector<std::vector<std::string>> m_rows;  // the headings first
 };
 

@@ -9,7 +9,7 @@ codes_namespace=57076f48-6d98-4968-a353-2019beaf924b
 # Packages whose licences want their text beside the binaries that contain them.
 noticed_packages='
   libcli11-dev nlohmann-json3-dev libfmt-dev libz-mingw-w64-dev
-  libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev mingw-w64-common
+  mingw-w64-common
 '
 export LC_ALL=C TZ=UTC
 umask 022
@@ -86,6 +86,20 @@ stage_files() {
   install_text "$2/notices" "$2/THIRD_PARTY_NOTICES.txt"
   rm "$2/notices"
   find "$2" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
+}
+
+# For host authors: the headers, and an example that builds against them. stage_sdk FOLDER
+stage_sdk() {
+  mkdir -p "$1/include/tarvex" "$1/examples"
+  for file in "$root"/include/tarvex/*.h; do
+    install_text "$file" "$1/include/tarvex/${file##*/}"
+  done
+  for name in CMakeLists.txt play_with_chapters.cpp; do
+    install_text "$root/examples/$name" "$1/examples/$name"
+  done
+  install_text "$root/packaging/windows/SDK.txt" "$1/README.txt"
+  install_text "$root/LICENSE" "$1/LICENSE.txt"
+  find "$1" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
 }
 
 # make_zip FOLDER NAME ZIP: packs FOLDER/NAME, by name and without what only this machine knows.

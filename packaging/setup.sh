@@ -10,7 +10,7 @@ build_packages='
   cmake ninja-build patch dpkg-dev xz-utils python3
   g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64
   googletest libcli11-dev nlohmann-json3-dev libfmt-dev
-  libz-mingw-w64-dev libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev
+  libz-mingw-w64-dev
 '
 # Wine, and what it loads while it runs and only recommends: windows, fonts, and drawing through OpenGL.
 play_packages="$build_packages

@@ -38,6 +38,11 @@ HRESULT CAboutPropPage::OnDeactivate() {
   return S_OK;
 }
 
+void CAboutPropPage::OnDensityChange() {
+  CentreHorizontally(Window(), Control(TARVEX_ABOUT_LOGO));
+  ShowImages(Window());
+}
+
 // On another monitor the controls may have other sizes.
 void CAboutPropPage::ShowImages(HWND window) noexcept {
   m_logo.ShowIn(GetDlgItem(window, TARVEX_ABOUT_LOGO));

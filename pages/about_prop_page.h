@@ -17,6 +17,7 @@ class CAboutPropPage final : public CBasePropertyPage {
 
   HRESULT OnActivate() override;
   HRESULT OnDeactivate() override;
+  void OnDensityChange() override;
   INT_PTR OnReceiveMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) override;
 
   void ShowImages(HWND window) noexcept;

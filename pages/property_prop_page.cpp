@@ -52,6 +52,14 @@ class FontContext {
   HGDIOBJ m_former = nullptr;
 };
 
+// "0x8004022B"
+WideString HexText(HRESULT result) {
+  constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
+  WideString text = L"0x";
+  for (int shift = 28; shift >= 0; shift -= 4) text += kDigits[static_cast<ULONG>(result) >> shift & 15U];
+  return text;
+}
+
 }  // namespace
 
 CUnknown* CPropertyPropPage::CreateInstance(IUnknown* outer, HRESULT* /*result*/) {
@@ -75,6 +83,7 @@ HRESULT CPropertyPropPage::OnDisconnect() {
 HRESULT CPropertyPropPage::OnActivate() {
   m_list = Control(TARVEX_SETTINGS_CHAPTERS);
   ReadSetting(paramAnnexBOutput, TARVEX_SETTINGS_ANNEX_B, m_annexB);
+  m_filterAnnexB = m_annexB;
   ReadSetting(paramSeparatePins, TARVEX_SETTINGS_SEPARATE_PINS, m_separatePins);
   const ULONG count = ChapterCount();
   if (count == 0) return S_OK;
@@ -113,17 +122,27 @@ HRESULT CPropertyPropPage::ReadChapters(ULONG count) {
 }
 
 HRESULT CPropertyPropPage::FillList() {
-  const FontContext context(m_list);
-  LONG widest = 0;
   SendMessageW(m_list, LB_RESETCONTENT, 0, 0);
   for (const Chapter& chapter : m_chapters) {
     const WideString line = ChapterLine(chapter.name, chapter.start, chapter.end);
     if (SendMessageW(m_list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str())) < 0) return E_OUTOFMEMORY;
-    widest = std::max(widest, context.WidthOf(line) + 2 * GetSystemMetrics(SM_CXEDGE));
   }
-  SendMessageW(m_list, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(widest), 0);
+  MeasureList();
   return S_OK;
 }
+
+// A list box scrolls sideways as far as it is told to.
+void CPropertyPropPage::MeasureList() {
+  const FontContext context(m_list);
+  LONG widest = 0;
+  for (const Chapter& chapter : m_chapters) {
+    widest = std::max(widest, context.WidthOf(ChapterLine(chapter.name, chapter.start, chapter.end)));
+  }
+  const LONG extent = widest + 2 * GetSystemMetrics(SM_CXEDGE);
+  SendMessageW(m_list, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(extent), 0);
+}
+
+void CPropertyPropPage::OnDensityChange() { MeasureList(); }
 
 // A frame may take the dialog away and apply afterwards.
 HRESULT CPropertyPropPage::OnDeactivate() {
@@ -139,8 +158,34 @@ void CPropertyPropPage::KeepBoxes() {
 
 HRESULT CPropertyPropPage::OnApplyChanges() {
   if (Window() != nullptr) KeepBoxes();
-  const HRESULT result = WriteSetting(paramAnnexBOutput, m_annexB);
-  return FAILED(result) ? result : WriteSetting(paramSeparatePins, m_separatePins);
+  const HRESULT result = WriteSettings();
+  if (FAILED(result)) {
+    SayWhyNot(result);
+  } else {
+    m_filterAnnexB = m_annexB;
+  }
+  return result;
+}
+
+// Both or none.
+HRESULT CPropertyPropPage::WriteSettings() {
+  HRESULT result = WriteSetting(paramAnnexBOutput, m_annexB);
+  if (FAILED(result)) return result;
+  result = WriteSetting(paramSeparatePins, m_separatePins);
+  if (FAILED(result) && m_annexB != m_filterAnnexB) WriteSetting(paramAnnexBOutput, m_filterAnnexB);
+  return result;
+}
+
+// A frame does not say it. Without a dialog there is nobody to tell.
+void CPropertyPropPage::SayWhyNot(HRESULT result) const {
+  if (Window() == nullptr) return;
+  WideString text = L"Nothing was changed.\n\n";
+  if (result == VFW_E_NOT_STOPPED) {
+    text += L"Separate pins can be switched on and off only while playback is stopped. Stop it and apply again.";
+  } else {
+    text += L"The filter refuses these settings, with the code " + HexText(result) + L'.';
+  }
+  MessageBoxW(Window(), text.c_str(), L"Tarvex Matroska Splitter", MB_OK | MB_ICONWARNING);
 }
 
 HRESULT CPropertyPropPage::WriteSetting(const GUID& parameter, std::int32_t state) {
@@ -159,7 +204,17 @@ INT_PTR CPropertyPropPage::OnReceiveMessage(HWND window, UINT message, WPARAM wP
     }
     if (control == TARVEX_SETTINGS_CHAPTERS && HIWORD(wParam) == LBN_DBLCLK) JumpToChapter();
   }
+  if (message == WM_VKEYTOITEM) return OnKeyInList(LOWORD(wParam));
   return CBasePropertyPage::OnReceiveMessage(window, message, wParam, lParam);
+}
+
+// The list box asks for each key; the answers are its own. Enter is the frame's.
+INT_PTR CPropertyPropPage::OnKeyInList(WORD key) {
+  constexpr INT_PTR kDone = -2;
+  constexpr INT_PTR kAsUsual = -1;
+  if (key != VK_SPACE) return kAsUsual;
+  JumpToChapter();
+  return kDone;
 }
 
 void CPropertyPropPage::JumpToChapter() {

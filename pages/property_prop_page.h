@@ -32,18 +32,24 @@ class CPropertyPropPage final : public CBasePropertyPage {
   HRESULT OnActivate() override;
   HRESULT OnDeactivate() override;
   HRESULT OnApplyChanges() override;
+  void OnDensityChange() override;
   INT_PTR OnReceiveMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) override;
   /// Moves playback to the selected chapter, at once. Nothing happens without one.
   virtual void JumpToChapter();
 
+  INT_PTR OnKeyInList(WORD key);
   void ReadSetting(const GUID& parameter, int box, std::int32_t& state);
   HRESULT WriteSetting(const GUID& parameter, std::int32_t state);
+  HRESULT WriteSettings();
+  void SayWhyNot(HRESULT result) const;
   void KeepBoxes();
   ULONG ChapterCount();
   HRESULT ReadChapters(ULONG count);
   HRESULT FillList();
+  void MeasureList();
 
-  ComPtr<IModuleConfig> m_config;  // while connected
+  ComPtr<IModuleConfig> m_config;   // while connected
+  std::int32_t m_filterAnnexB = 0;  // as read or applied last
   // As read or applied last, or as the user left them when the page was deactivated.
   std::int32_t m_annexB = 0;
   std::int32_t m_separatePins = 0;

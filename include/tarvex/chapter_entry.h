@@ -1,19 +1,23 @@
-// One chapter as the module hands it to a host through IModuleConfig. The host owns the array and
-// frees each name with SysFreeString.
+/*
+ * One chapter as the module hands it to a host through IModuleConfig. The host owns the array and frees each
+ * name with SysFreeString.
+ */
 #pragma once
 
-#if __has_include(<oaidl.h>)
-#include <oaidl.h>
+#include "declarations.h"
+
+#ifdef __cplusplus
+namespace tarvex {
 #else
-#include "framework/platform/platform.h"
+typedef struct ChapterEntry ChapterEntry;
 #endif
 
-namespace tarvex {
-
 struct ChapterEntry {
-  BSTR name;       ///< display string; owned by whoever holds the entry
-  LONGLONG start;  ///< 100 ns units
-  LONGLONG end;    ///< 100 ns units; 0 when the file gives none
+  BSTR name;      /**< display string: its UTF-8 bytes read in the thread's code page; owned by whoever holds it */
+  LONGLONG start; /**< 100 ns units */
+  LONGLONG end;   /**< 100 ns units; 0 when the file gives none */
 };
 
-}  // namespace tarvex
+#ifdef __cplusplus
+} /* namespace tarvex */
+#endif

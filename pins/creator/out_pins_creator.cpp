@@ -10,6 +10,7 @@
 #include "framework/message_error.h"
 #include "pins/creator/audio_media_type.h"
 #include "pins/creator/language_table.h"
+#include "pins/creator/refused_track.h"
 #include "pins/creator/subtitle_media_type.h"
 #include "pins/creator/track_elements.h"
 #include "pins/creator/video_media_type.h"
@@ -49,7 +50,13 @@ ComPtr<CMatroskaOutputPin> MakePin(PinOwner& owner, const WideString& name) {
 
 void COutPinsCreator::CreatePin(const CHeap& track) {
   TrackPinInfo info = CommonFields(track);
-  BuildMediaType(track, info);
+  try {
+    BuildMediaType(track, info);
+  } catch (const MessageError&) {
+    // The reason alone does not say what it is about.
+    LogFormat("%strack %u (%s)", kRefusedTrack, info.trackNumber, info.codecId.c_str());
+    throw;
+  }
   m_tracks.try_emplace(info.trackNumber, std::move(info));
 }
 

@@ -89,11 +89,12 @@ TEST(HostErrors, FileThatIsNotMatroska) {
   ExpectRefusal(RunHostWithModule({L"info", folder.PathOf(L"empty.mkv")}), ExitCode::kNotMatroska, "empty.mkv");
 }
 
-TEST(HostErrors, RefusedFileNamesTheModulesReason) {
+TEST(HostErrors, RefusedFileNamesTheTrackAndTheModulesReason) {
   const WideString file = SourcePath("tests/data/corpus/gen/codec_unknown_video.mkv");
   for (const wchar_t* command : {L"info", L"dump", L"play"}) {
-    ExpectRefusal(RunHostWithModule({command, file}), ExitCode::kRefused,
-                  "codec_unknown_video.mkv: refused: <COutPinsCreator::createVideoPin> unknown codec id");
+    ExpectRefusal(
+        RunHostWithModule({command, file}), ExitCode::kRefused,
+        "codec_unknown_video.mkv: refused: track 1 (V_NEW1): <COutPinsCreator::createVideoPin> unknown codec id");
   }
 }
 

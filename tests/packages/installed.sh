@@ -5,11 +5,12 @@
 #   prefix      makes the prefix; without registration the player finds no splitter
 #   installer   the .msi
 #   zip         the .zip with its scripts
+#   pages       both pages at twice the density, where nothing else can be disturbed by it
 #   entries     both had written the same into the registry; the prefix is deleted
 set -eu
 
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/../.." && pwd)
-step=${1:?usage: tests/packages/installed.sh prefix|installer|zip|entries}
+step=${1:?usage: tests/packages/installed.sh prefix|installer|zip|pages|entries}
 . "$root/packaging/wine.sh"
 WINEPREFIX=$root/build/wine-packages
 export LC_ALL=C
@@ -135,6 +136,26 @@ try_zip() {
   nothing_left after-zip
 }
 
+picture_width() {
+  python3 -c 'import sys; print(int.from_bytes(open(sys.argv[1], "rb").read(20)[16:], "big"))' "$1"
+}
+
+# The first pictures are those of the usual density, made by the same program.
+try_pages() {
+  pictures=$root/build/test-logs
+  mkdir -p "$pictures/192"
+  rm -f "$pictures/192"/*.png
+  run_wine 60 reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d 192 /f
+  TARVEX_PICTURES=Z:$pictures/192 run_wine 120 "$(windows_path "$root/build/windows-x64/tests/pages_test.exe")" \
+    '--gtest_filter=AboutPage*:OpenedSettingsPage.Shows*:SettingsPage.OnADenser*' || fail 'the pages differ'
+  run_wine 60 reg delete 'HKCU\Control Panel\Desktop' /v LogPixels /f
+  for name in about-page settings-page; do
+    usual=$(picture_width "$pictures/$name.png")
+    dense=$(picture_width "$pictures/192/$name.png")
+    [ $((dense * 10)) -ge $((usual * 17)) ] || fail "$name is $usual pixels wide, and $dense at twice the density"
+  done
+}
+
 # The installer knows the entries by a table of its own, which must say what the module says. What it
 # writes besides is its own book-keeping.
 entries_of() {
@@ -159,6 +180,7 @@ case $step in
   prefix) make_clean_prefix ;;
   installer) try_installer ;;
   zip) try_zip ;;
+  pages) try_pages ;;
   entries) compare_entries ;;
   *) fail "unknown step $step" ;;
 esac

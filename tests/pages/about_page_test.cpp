@@ -46,5 +46,35 @@ TEST(AboutPage, KeepsTheLogoCentred) {
   }
 }
 
+int WidthOf(HICON icon) {
+  ICONINFO info{};
+  BITMAP bitmap{};
+  if (!GetIconInfo(icon, &info)) return 0;
+  GetObjectW(info.hbmColor != nullptr ? info.hbmColor : info.hbmMask, sizeof bitmap, &bitmap);
+  if (info.hbmColor != nullptr) DeleteObject(info.hbmColor);
+  DeleteObject(info.hbmMask);
+  return bitmap.bmWidth;
+}
+
+// The controls have their new sizes before the dialog learns of the other density.
+TEST(AboutPage, OnADenserMonitorItsImagesAreLarger) {
+  const ComPtr<IBaseFilter> splitter = CreateSplitter();
+  CPageFrame frame(CLSID_MatroskaAboutPage);
+  ASSERT_EQ(frame.Open(splitter.Get()), S_OK);
+  for (const int id : {1003, 1005}) {
+    HWND image = frame.Control(id);
+    const RECT rect = RectOf(frame, id);
+    const auto icon = [image] {
+      // NOLINTNEXTLINE(performance-no-int-to-ptr): messages answer with handles as integers
+      return reinterpret_cast<HICON>(SendMessageW(image, STM_GETICON, 0, 0));
+    };
+    const int before = WidthOf(icon());
+    SetWindowPos(image, nullptr, 0, 0, (rect.right - rect.left) * 2, (rect.bottom - rect.top) * 2,
+                 SWP_NOMOVE | SWP_NOZORDER);
+    frame.ChangeDensity();
+    EXPECT_NEAR(WidthOf(icon()), before * 2, 8) << "images come in steps of eight pixels";
+  }
+}
+
 }  // namespace
 }  // namespace tarvex::test

@@ -18,6 +18,11 @@ ComPtr<IPropertyPage> CreatePage(REFCLSID clsid) {
   return page;
 }
 
+void HandleMessages() {
+  MSG message{};
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+}
+
 }  // namespace
 
 HRESULT CPageSite::NonDelegatingQueryInterface(REFIID iid, void** out) {
@@ -40,7 +45,9 @@ HRESULT CPageSite::TranslateAccelerator(MSG* /*pMsg*/) { return S_FALSE; }
 
 CPageFrame::CPageFrame(REFCLSID page) : CPageFrame(CreatePage(page)) {}
 
+// A program that says nothing of densities is shown at one it never had.
 CPageFrame::CPageFrame(ComPtr<IPropertyPage> page) : m_page(std::move(page)), m_site(MakeCom<CPageSite>()) {
+  SetProcessDPIAware();
   PROPPAGEINFO info{};
   if (FAILED(m_page->GetPageInfo(&info))) throw std::runtime_error("the page does not say what it is");
   CoTaskMem<OLECHAR> title;
@@ -76,9 +83,14 @@ void CPageFrame::Resize(int width, int height) {
   m_page->Move(&rect);
 }
 
+void CPageFrame::ChangeDensity() {
+  constexpr UINT kDensityChanges = 0x02E3;  // WM_DPICHANGED_AFTERPARENT
+  SendMessageW(Dialog(), kDensityChanges, 0, 0);
+  HandleMessages();
+}
+
 void CPageFrame::Paint() {
-  MSG message{};
-  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+  HandleMessages();
   RedrawWindow(m_window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
 }
 

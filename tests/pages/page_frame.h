@@ -38,6 +38,8 @@ class CPageFrame {
   HRESULT Open(IUnknown* object);
   HRESULT Activate();
   void Resize(int width, int height);
+  /// Tells the dialog what Windows tells it on a monitor of another density, and has it take its time.
+  void ChangeDensity();
   /// Has everything painted.
   void Paint();
 

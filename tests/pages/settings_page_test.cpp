@@ -2,11 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <memory>
 #include <optional>
+#include <type_traits>
 #include <vector>
 
 #include "filter/interface_ids.h"
 #include "framework/bstr.h"
+#include "framework/thread.h"
 #include "include/tarvex/chapter_entry.h"
 #include "include/tarvex/class_ids.h"
 #include "pages/resource_ids.h"
@@ -79,6 +82,37 @@ class CFakeConfig final : public CUnknownImpl<IModuleConfig> {
   HRESULT writeResult = S_OK;
 };
 
+/// Reads the page's message, as a user would, and closes it. A box that never comes leaves the text empty.
+class CBoxReader {
+ public:
+  CBoxReader() {
+    EXPECT_EQ(m_thread.Start([this] { Read(); }), S_OK);
+  }
+  ~CBoxReader() { m_thread.Join(); }
+  CBoxReader(const CBoxReader&) = delete;
+  CBoxReader& operator=(const CBoxReader&) = delete;
+
+  const std::wstring& Text() {
+    m_thread.Join();
+    return m_text;
+  }
+
+ private:
+  void Read() {
+    for (DWORD waited = 0; waited < kPatience; waited += 20, SleepMilliseconds(20)) {
+      HWND box = FindWindowW(L"#32770", L"Tarvex Matroska Splitter");
+      HWND text = box != nullptr ? GetDlgItem(box, 0xFFFF) : nullptr;
+      if (text == nullptr) continue;
+      m_text = TextOf(text);
+      PostMessageW(box, WM_COMMAND, IDOK, 0);
+      return;
+    }
+  }
+
+  std::wstring m_text;
+  CThread m_thread;
+};
+
 class SettingsPage : public testing::Test {
  protected:
   void TearDown() override { EXPECT_TRUE(ModuleBecomesIdle()) << "something of the module is left"; }
@@ -111,6 +145,19 @@ class OpenedSettingsPage : public SettingsPage {
     VARIANT value{};
     EXPECT_EQ(QueryFor<IModuleConfig>(m_graph->Splitter())->GetValue(&parameter, &value), S_OK);
     return value.boolVal;
+  }
+
+  // Connects the first output pin to the platform's renderer of nothing, through which a graph seeks and runs.
+  ComPtr<IPin> RenderNothing() {
+    // {C1F400A4-3F08-11D3-9F0B-006008039E37}
+    constexpr GUID kNullRenderer = {0xC1F400A4, 0x3F08, 0x11D3, {0x9F, 0x0B, 0x00, 0x60, 0x08, 0x03, 0x9E, 0x37}};
+    ComPtr<IBaseFilter> renderer;
+    EXPECT_EQ(CoCreateInstance(kNullRenderer, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, renderer.PutVoid()),
+              S_OK);
+    EXPECT_EQ(m_graph->Graph()->AddFilter(renderer.Get(), L"Renderer"), S_OK);
+    ComPtr<IPin> input = PinsOf(renderer.Get()).front();
+    EXPECT_EQ(m_graph->Graph()->ConnectDirect(m_graph->OutputPins().front().Get(), input.Get(), nullptr), S_OK);
+    return input;
   }
 
   std::optional<TestGraph> m_graph{std::in_place};
@@ -152,15 +199,28 @@ TEST_F(OpenedSettingsPage, ClicksReachTheFilterWhenTheyAreApplied) {
   EXPECT_TRUE(m_frame->IsChecked(kSeparatePins));
 }
 
+TEST_F(OpenedSettingsPage, WhileItPlaysNothingIsChangedAndTheUserLearnsWhy) {
+  const ComPtr<IPin> input = RenderNothing();
+  const auto control = ComPtr<IGraphBuilder>(m_graph->Graph()).Query<IMediaControl>();
+  ASSERT_GE(control->Pause(), S_OK);
+  m_frame->Click(kAnnexB);
+  m_frame->Click(kSeparatePins);
+  CBoxReader box;
+  EXPECT_EQ(m_frame->Page()->Apply(), VFW_E_NOT_STOPPED);
+  EXPECT_NE(box.Text().find(L"Nothing was changed."), std::wstring::npos) << "no box";
+  EXPECT_NE(box.Text().find(L"only while playback is stopped"), std::wstring::npos);
+  EXPECT_EQ(Value(paramAnnexBOutput), 0);
+  EXPECT_EQ(Value(paramSeparatePins), 0);
+
+  EXPECT_GE(control->Stop(), S_OK);
+  EXPECT_EQ(m_frame->Page()->Apply(), S_OK) << "it is still to be applied";
+  EXPECT_EQ(Value(paramAnnexBOutput), 1);
+  EXPECT_EQ(Value(paramSeparatePins), 1);
+}
+
 TEST_F(OpenedSettingsPage, DoubleClickOnAChapterMovesThePosition) {
-  // {C1F400A4-3F08-11D3-9F0B-006008039E37}: the platform's renderer of nothing, through which a graph seeks.
-  constexpr GUID kNullRenderer = {0xC1F400A4, 0x3F08, 0x11D3, {0x9F, 0x0B, 0x00, 0x60, 0x08, 0x03, 0x9E, 0x37}};
-  ComPtr<IBaseFilter> renderer;
-  ASSERT_EQ(CoCreateInstance(kNullRenderer, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, renderer.PutVoid()), S_OK);
-  ASSERT_EQ(m_graph->Graph()->AddFilter(renderer.Get(), L"Renderer"), S_OK);
+  const ComPtr<IPin> input = RenderNothing();
   const ComPtr<IPin> output = m_graph->OutputPins().front();
-  const ComPtr<IPin> input = PinsOf(renderer.Get()).front();
-  ASSERT_EQ(m_graph->Graph()->ConnectDirect(output.Get(), input.Get(), nullptr), S_OK);
 
   DoubleClick(*m_frame, 1);
   LONGLONG position = 0;
@@ -195,16 +255,20 @@ TEST_F(SettingsPage, BoxesAreWrittenAsOnesAndTheJumpAtOnce) {
   SendMessageW(frame.Dialog(), WM_COMMAND, MAKEWPARAM(kChapters, LBN_DBLCLK), 0);
   EXPECT_TRUE(config->writes.empty()) << "no chapter is selected";
   DoubleClick(frame, 1);
+  SendMessageW(frame.Control(kChapters), WM_KEYDOWN, VK_UP, 0);
+  SendMessageW(frame.Control(kChapters), WM_KEYDOWN, VK_SPACE, 0);
   frame.Click(kAnnexB);
   frame.Click(kAnnexB);
   ASSERT_EQ(frame.Page()->Apply(), S_OK);
-  ASSERT_EQ(config->writes.size(), 3U);
-  EXPECT_EQ(config->writes[0].parameter, paramPosition);
-  EXPECT_EQ(config->writes[0].value.vt, VT_I8);
-  EXPECT_EQ(config->writes[0].value.llVal, 9);
-  EXPECT_EQ(config->writes[1].parameter, paramAnnexBOutput);
-  EXPECT_EQ(config->writes[2].parameter, paramSeparatePins);
-  for (const std::size_t k : {1U, 2U}) {
+  ASSERT_EQ(config->writes.size(), 4U);
+  for (const std::size_t k : {0U, 1U}) {
+    EXPECT_EQ(config->writes[k].parameter, paramPosition);
+    EXPECT_EQ(config->writes[k].value.vt, VT_I8);
+    EXPECT_EQ(config->writes[k].value.llVal, k == 0 ? 9 : 7) << "two by mouse, one by keyboard";
+  }
+  EXPECT_EQ(config->writes[2].parameter, paramAnnexBOutput);
+  EXPECT_EQ(config->writes[3].parameter, paramSeparatePins);
+  for (const std::size_t k : {2U, 3U}) {
     EXPECT_EQ(config->writes[k].value.vt, VT_BOOL);
     EXPECT_EQ(config->writes[k].value.boolVal, 1);
   }
@@ -225,9 +289,30 @@ TEST_F(SettingsPage, FailuresOfTheFilterArePassedOn) {
   EXPECT_FALSE(frame.IsChecked(kAnnexB)) << "what cannot be read is not shown";
   frame.Click(kAnnexB);
   config->writeResult = E_ACCESSDENIED;
-  EXPECT_EQ(frame.Page()->Apply(), E_ACCESSDENIED);
+  ASSERT_EQ(frame.Page()->Deactivate(), S_OK);
+  EXPECT_EQ(frame.Page()->Apply(), E_ACCESSDENIED) << "with nobody to tell";
   EXPECT_EQ(frame.Page()->IsPageDirty(), S_OK) << "to be applied once more";
   EXPECT_EQ(config->writes.size(), 1U) << "the second setting is not written after a failure";
+}
+
+// What Windows does to a dialog that comes to a monitor of another density: its controls get other fonts and
+// sizes, and then it learns of it.
+TEST_F(SettingsPage, OnADenserMonitorTheListScrollsFurther) {
+  const auto config = MakeCom<CFakeConfig>();
+  config->chapters = {{L"A name that is longer than the list is wide, so that it has to be scrolled", 0, 1}};
+  CPageFrame frame(CLSID_MatroskaSettingsPage);
+  ASSERT_EQ(frame.Open(config.Get()), S_OK);
+  HWND list = frame.Control(kChapters);
+  const LRESULT before = SendMessageW(list, LB_GETHORIZONTALEXTENT, 0, 0);
+  LOGFONTW size{};
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): messages answer with handles as integers
+  GetObjectW(reinterpret_cast<HGDIOBJ>(SendMessageW(list, WM_GETFONT, 0, 0)), sizeof size, &size);
+  size.lfHeight *= 2;
+  const std::unique_ptr<std::remove_pointer_t<HFONT>, decltype(&DeleteObject)> font(CreateFontIndirectW(&size),
+                                                                                    &DeleteObject);
+  SendMessageW(list, WM_SETFONT, reinterpret_cast<WPARAM>(font.get()), FALSE);
+  frame.ChangeDensity();
+  EXPECT_GT(SendMessageW(list, LB_GETHORIZONTALEXTENT, 0, 0), before * 3 / 2);
 }
 
 TEST_F(SettingsPage, CallsOutOfTurnAreRefused) {

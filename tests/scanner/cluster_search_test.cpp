@@ -142,7 +142,7 @@ ByteString WithoutCues(ByteString bytes) {
 TEST(ClusterSearch, LeadsWhereTheIndexLeadsInTheCorpusWithItsCuesHidden) {
   std::mt19937 random(3);
   Tally tally;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(TARVEX_SOURCE_DIR "/tests/data/corpus")) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(SourceDir() + "/tests/data/corpus")) {
     const std::string type = entry.path().extension().string();
     if (type != ".mkv" && type != ".mka" && type != ".mks" && type != ".webm") continue;
     std::ifstream file(entry.path(), std::ios::binary);

@@ -34,9 +34,10 @@ SIZE SizeOf(HWND window) noexcept {
   return {rect.right - rect.left, rect.bottom - rect.top};
 }
 
-// From the template's units to pixels only a dialog knows the way, so one is made and never shown.
-HRESULT MeasureDialog(HINSTANCE module, int id, SIZE& size) noexcept {
-  HWND window = CreateDialogParamW(module, MAKEINTRESOURCEW(id), GetDesktopWindow(), &IgnoreMessages, 0);
+// From the template's units to pixels only a dialog knows the way, so one is made and never shown. It has the
+// density of its parent.
+HRESULT MeasureDialog(HINSTANCE module, int id, HWND parent, SIZE& size) noexcept {
+  HWND window = CreateDialogParamW(module, MAKEINTRESOURCEW(id), parent, &IgnoreMessages, 0);
   if (window == nullptr) return LastError();
   size = SizeOf(window);
   DestroyWindow(window);
@@ -45,6 +46,11 @@ HRESULT MeasureDialog(HINSTANCE module, int id, SIZE& size) noexcept {
 
 // Posted to the dialog by itself: the frame has finished its own layout.
 constexpr UINT kFitIntoParent = WM_APP;
+
+// WM_DPICHANGED_AFTERPARENT, which came with Windows 10. The dialog gives its controls their new sizes while it
+// handles this, so ours comes after it.
+constexpr UINT kDensityChanges = 0x02E3;
+constexpr UINT kDensityHasChanged = WM_APP + 1;
 
 bool IsDown(int key) noexcept { return GetKeyState(key) < 0; }
 
@@ -73,6 +79,7 @@ HRESULT CBasePropertyPage::OnDisconnect() { return S_OK; }
 HRESULT CBasePropertyPage::OnActivate() { return S_OK; }
 HRESULT CBasePropertyPage::OnDeactivate() { return S_OK; }
 HRESULT CBasePropertyPage::OnApplyChanges() { return S_OK; }
+void CBasePropertyPage::OnDensityChange() {}
 
 INT_PTR CBasePropertyPage::OnReceiveMessage(HWND /*window*/, UINT /*message*/, WPARAM /*wParam*/, LPARAM /*lParam*/) {
   return FALSE;
@@ -123,6 +130,13 @@ void CBasePropertyPage::FitIntoParent() noexcept {
   SetWindowPos(m_window, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
+void CBasePropertyPage::TakeNewDensity() {
+  SIZE size{};
+  if (SUCCEEDED(MeasureDialog(Module(), m_dialogId, GetParent(m_window), size))) m_designSize = size;
+  FitIntoParent();
+  OnDensityChange();
+}
+
 HRESULT CBasePropertyPage::Deactivate() {
   if (m_window == nullptr) return E_UNEXPECTED;
   const HRESULT result = ComBoundary([this] { return OnDeactivate(); });
@@ -162,8 +176,10 @@ INT_PTR CALLBACK CBasePropertyPage::DialogProc(HWND window, UINT message, WPARAM
   const ComPtr<CBasePropertyPage> page(PageFrom(GetWindowLongPtrW(window, DWLP_USER)));
   if (!page) return FALSE;
   if (message == kFitIntoParent) page->FitIntoParent();
+  if (message == kDensityChanges) PostMessageW(window, kDensityHasChanged, 0, 0);
   INT_PTR answer = FALSE;
   static_cast<void>(ComBoundary([&] {
+    if (message == kDensityHasChanged) page->TakeNewDensity();
     answer = page->OnReceiveMessage(window, message, wParam, lParam);
     return S_OK;
   }));
@@ -177,7 +193,9 @@ HRESULT CBasePropertyPage::GetPageInfo(PROPPAGEINFO* pPageInfo) {
   return ComBoundary([&] {
     PROPPAGEINFO info{};
     info.cb = sizeof info;
-    const HRESULT result = MeasureDialog(Module(), m_dialogId, info.size);
+    HWND active = GetActiveWindow();
+    const HRESULT result =
+        MeasureDialog(Module(), m_dialogId, active != nullptr ? active : GetDesktopWindow(), info.size);
     if (FAILED(result)) return result;
     info.pszTitle = TaskString(ResourceText(Module(), m_titleId)).Detach();
     *pPageInfo = info;
