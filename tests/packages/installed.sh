@@ -1,7 +1,7 @@
 #!/bin/sh
-# Installs the packages for 64 bits as their users do, in a Wine prefix that has seen nothing else, plays
-# from there, removes them and looks for what is left. Usage: tests/packages/installed.sh STEP, after
-# ./package and in this order:
+# Installs the packages as their users do, in a Wine prefix that has seen nothing else, plays from there,
+# removes them and looks for what is left. Usage: tests/packages/installed.sh STEP [x86], after ./package and
+# in this order:
 #   prefix      makes the prefix; without registration the player finds no splitter
 #   installer   the .msi
 #   zip         the .zip with its scripts
@@ -9,14 +9,16 @@
 set -eu
 
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/../.." && pwd)
-step=${1:?usage: tests/packages/installed.sh prefix|installer|zip|entries}
+step=${1:?usage: tests/packages/installed.sh prefix|installer|zip|entries [x86]}
+arch=${2:-x64}
 . "$root/packaging/wine.sh"
-WINEPREFIX=$root/build/wine-packages
+[ "$arch" = x64 ] || use_wine 32
+WINEPREFIX=$root/build/wine-packages-$arch
 export LC_ALL=C
 
-kept=$root/build/packages-test
+kept=$root/build/packages-test-$arch
 sample=$(windows_path "$root/tests/data/sample.mkv")
-render_file=$(windows_path "$root/build/windows-x64/tests/render_file.exe")
+render_file=$(windows_path "$root/build/windows-$arch/tests/render_file.exe")
 unpacked=$kept/unpacked
 extensions='HKLM\Software\Classes\Media Type\Extensions'
 
@@ -27,7 +29,7 @@ fail() {
 
 # package_of SUFFIX: there is one, whatever the version.
 package_of() {
-  set -- "$root"/build/packages/tarvex-*-x64."$1"
+  set -- "$root"/build/packages/tarvex-*-"$arch"."$1"
   [ -e "$1" ] || fail "no package $1; ./package makes it"
   echo "$1"
 }
