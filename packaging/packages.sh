@@ -19,6 +19,8 @@ package_fail() {
   exit 1
 }
 
+. "$root/packaging/addresses.sh"
+
 # The version is kept in one place, the project's.
 version=$(sed -n 's/^project(tarvex VERSION \([0-9.]*\) .*/\1/p' "$root/CMakeLists.txt")
 [ -n "$version" ] || package_fail 'CMakeLists.txt names no version'
@@ -40,9 +42,17 @@ choose_times() {
   export SOURCE_DATE_EPOCH
 }
 
-# Texts are read with the editors of Windows.
+# Texts are read with the editors of Windows. install_text FROM TO [SYSTEM-FOLDER]
 install_text() {
-  sed -e 's/\r*$/\r/' -e "s/@VERSION@/$version/g" "$1" >"$2"
+  sed -e 's/\r*$/\r/' -e "s/@VERSION@/$version/g; s/@SYSTEM@/${3:-}/g" "$1" >"$2"
+}
+
+# Where a console of the other width finds this one's programs.
+other_system_of() {
+  case $1 in
+    x64) echo Sysnative ;;
+    x86) echo SysWOW64 ;;
+  esac
 }
 
 # A path in a program would make it another program in another folder.
@@ -79,7 +89,7 @@ stage_files() {
     strip_into "$(triplet_of "$1")" "$binaries/$name" "$2/$name"
   done
   for name in README.txt register.cmd unregister.cmd; do
-    install_text "$root/packaging/windows/$name" "$2/$name"
+    install_text "$root/packaging/windows/$name" "$2/$name" "$(other_system_of "$1")"
   done
   install_text "$root/LICENSE" "$2/LICENSE.txt"
   write_notices >"$2/notices"
@@ -99,14 +109,31 @@ code_for() {
     "$codes_namespace" "$1"
 }
 
+# Names of Windows' own folders in the installer's language: programs_of ARCH, system_of ARCH
+programs_of() {
+  case $1 in
+    x64) echo ProgramFiles64Folder ;;
+    x86) echo ProgramFilesFolder ;;
+  esac
+}
+
+system_of() {
+  case $1 in
+    x64) echo System64Folder ;;
+    x86) echo SystemFolder ;;
+  esac
+}
+
 # The two architectures are products of their own, which may be installed side by side.
+# run_wixl ARCH FOLDER MSI
 run_wixl() {
   case $1 in
-    x64) folder=ProgramFiles64Folder is_win64=yes ;;
-    x86) folder=ProgramFilesFolder is_win64=no ;;
+    x64) is_win64=yes ;;
+    x86) is_win64=no ;;
   esac
   (cd "$2" && wixl -a "$1" -o "$3" -D "Arch=$1" -D "Version=$version" \
-    -D "ProgramFiles=$folder" -D "Win64=$is_win64" \
+    -D "ProgramFiles=$(programs_of "$1")" -D "Win64=$is_win64" \
+    -D "Homepage=$homepage" -D "Help=$help_page" -D "Downloads=$downloads" \
     -D "ProductCode=$(code_for "product $1 $version")" -D "UpgradeCode=$(code_for "upgrade $1")" \
     -D "ModuleCode=$(code_for "module $1")" -D "HostCode=$(code_for "host $1")" \
     -D "TextsCode=$(code_for "texts $1")" "$root/packaging/windows/tarvex.wxs")
@@ -119,16 +146,38 @@ import_table() {
   rm "$1.idt"
 }
 
+# add_action MSI NAME CONDITION SEQUENCE: puts an action of actions.idt into its place in the sequence.
+add_action() {
+  msibuild "$1" -q \
+    "INSERT INTO InstallExecuteSequence (Action, Condition, Sequence) VALUES ('$2', '$3', $4)"
+}
+
+# The registry tables write all entries. The actions write the same ones through the platform's filter mapper
+# besides: it keeps what it knows of registered filters for each user, and hears of changes from its own calls
+# only. Their kind (64, continue) keeps a failure of theirs from ending an installation or a removal; those
+# of kind 256 run when one is rolled back, and stand before what they undo. add_actions ARCH MSI
+add_actions() {
+  sed "s/@SYSTEM@/$(system_of "$1")/g" "$root/packaging/windows/actions.idt" >"$2.actions"
+  import_table "$2" "$2.actions"
+  rm "$2.actions"
+  add_action "$2" MapFilterAgain 'REMOVE="ALL"' 2598
+  add_action "$2" UnmapFilter 'REMOVE="ALL"' 2599
+  add_action "$2" UnmapFilterAgain 'NOT Installed' 5001
+  add_action "$2" MapFilter 'NOT REMOVE' 5002
+}
+
 # What wixl has no words for. A file with a version replaces one with a lower version only if the
 # installer knows its version. And of two versions' equal registry entries, the older's removal must not
-# take the newer's away, so the older product goes first.
+# take the newer's away, so the older product goes first, within what is rolled back when the newer fails.
+# complete_tables ARCH MSI
 complete_tables() {
-  import_table "$1" "$root/packaging/windows/registry.idt"
-  import_table "$1" "$root/packaging/windows/remove_registry.idt"
-  msibuild "$1" -q "UPDATE InstallExecuteSequence SET Sequence = 1401 WHERE Action = 'RemoveExistingProducts'"
+  import_table "$2" "$root/packaging/windows/registry.idt"
+  import_table "$2" "$root/packaging/windows/remove_registry.idt"
+  add_actions "$1" "$2"
+  msibuild "$2" -q "UPDATE InstallExecuteSequence SET Sequence = 1501 WHERE Action = 'RemoveExistingProducts'"
   for name in tarvex.dll mkvhost.exe; do
-    msibuild "$1" -q "UPDATE File SET Version = '$version.0', Language = '1033' WHERE File = '$name'"
-    msibuild "$1" -q "DELETE FROM MsiFileHash WHERE File_ = '$name'"
+    msibuild "$2" -q "UPDATE File SET Version = '$version.0', Language = '1033' WHERE File = '$name'"
+    msibuild "$2" -q "DELETE FROM MsiFileHash WHERE File_ = '$name'"
   done
 }
 
@@ -147,8 +196,9 @@ write_summary() {
 # The package code must be another for every other content. So it is made from all the rest of the file.
 # make_installer ARCH FOLDER MSI
 make_installer() {
+  python3 -B "$root/packaging/windows/make_icon.py" "$2/../tarvex.ico"
   run_wixl "$1" "$2" "$3" || package_fail "wixl failed for $3"
-  complete_tables "$3"
+  complete_tables "$1" "$3"
   write_summary "$1" 00000000-0000-0000-0000-000000000000 >"$3.summary"
   import_table "$3" "$3.summary"
   write_summary "$1" "$(code_for "package $(sha256sum <"$3")")" >"$3.summary"

@@ -32,7 +32,7 @@ test_32_bits() {
   check '32-bit prefix' make_prefix
   check 'register the 32-bit module' register_module "$root/build/windows-x86/tarvex.dll"
   run_programs32
-  for step in prefix installer zip entries; do
+  for step in prefix installer actions upgrade zip end; do
     check "packages for 32 bits: $step" tests/packages/installed.sh "$step" x86
   done
   end_wine_server
