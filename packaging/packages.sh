@@ -56,11 +56,28 @@ other_system_of() {
 }
 
 # A path in a program would make it another program in another folder.
-strip_into() {
+names_no_folder() {
+  if grep -aqF "$root/" "$1"; then
+    package_fail "${1##*/} names the folder that it was built in"
+  fi
+}
+
+# The program as users get it, and its debug information, which debuggers find by the name and checksum that
+# the program notes of it. split_program TRIPLET FROM TO SYMBOLS
+split_program() {
+  "$1-objcopy" --only-keep-debug "$2" "$4"
   "$1-strip" -o "$3" "$2"
+  "$1-objcopy" "--add-gnu-debuglink=$4" "$3"
   chmod 755 "$3"
-  if grep -aqF "$root/" "$3"; then
-    package_fail "${3##*/} names the folder that it was built in"
+  chmod 644 "$4"
+  names_no_folder "$3"
+  names_no_folder "$4"
+}
+
+# Programs are signed before they are packed, installers when they are done. sign FILE
+sign() {
+  if [ -n "${TARVEX_SIGN:-}" ]; then
+    "$TARVEX_SIGN" "$1" || package_fail "${1##*/} could not be signed"
   fi
 }
 
@@ -81,12 +98,14 @@ write_notices() {
   done
 }
 
-# The programs are those that ./test tries, less their debug information. stage_files ARCH FOLDER
+# The programs are those that ./test tries, less their debug information, which goes to FOLDER-symbols.
+# stage_files ARCH FOLDER
 stage_files() {
   binaries=$root/build/windows-$1
-  mkdir -p "$2"
+  mkdir -p "$2" "$2-symbols"
   for name in tarvex.dll mkvhost.exe; do
-    strip_into "$(triplet_of "$1")" "$binaries/$name" "$2/$name"
+    split_program "$(triplet_of "$1")" "$binaries/$name" "$2/$name" "$2-symbols/$name.debug"
+    sign "$2/$name"
   done
   for name in README.txt register.cmd unregister.cmd; do
     install_text "$root/packaging/windows/$name" "$2/$name" "$(other_system_of "$1")"
@@ -95,7 +114,7 @@ stage_files() {
   write_notices >"$2/notices"
   install_text "$2/notices" "$2/THIRD_PARTY_NOTICES.txt"
   rm "$2/notices"
-  find "$2" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
+  find "$2" "$2-symbols" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
 }
 
 # make_zip FOLDER NAME ZIP: packs FOLDER/NAME, by name and without what only this machine knows.
@@ -204,4 +223,18 @@ make_installer() {
   write_summary "$1" "$(code_for "package $(sha256sum <"$3")")" >"$3.summary"
   import_table "$3" "$3.summary"
   rm "$3.summary"
+  sign "$3"
+}
+
+# What other software's lists and package managers ask for. describe_packages STAGE DONE
+describe_packages() {
+  python3 -B "$root/packaging/spdx.py" "$version" "$SOURCE_DATE_EPOCH" "$homepage" "$root" \
+    "x64=$1/tarvex-$version-x64" "x86=$1/tarvex-$version-x86" >"$2/tarvex-$version.spdx.json" ||
+    package_fail 'the list of what is linked in could not be made'
+  python3 -B "$root/packaging/winget.py" "$version" "$(date -d "@$SOURCE_DATE_EPOCH" +%Y-%m-%d)" "$homepage" \
+    "$downloads" "$2" || package_fail 'the manifests could not be made'
+  case $homepage in
+    *.example | *.example/*)
+      echo 'package: packaging/addresses.sh has placeholders; these are no packages to publish' >&2 ;;
+  esac
 }
