@@ -177,8 +177,9 @@ link_header_libraries() {
 build_all() {
   rm -rf "$work" "$prefix.new"
   mkdir -p "$work" "$prefix.new/include"
-  arch_flags=
-  [ "$preset" != windows-x86 ] || arch_flags='-msse2 -mfpmath=sse -mstackrealign'
+  # The debug information names files from the checkout on, so that it is the same wherever it was made.
+  arch_flags="-ffile-prefix-map=$root=."
+  [ "$preset" != windows-x86 ] || arch_flags="$arch_flags -msse2 -mfpmath=sse -mstackrealign"
   patched_copy libebml $ebml_version
   patched_copy libmatroska $matroska_version
   build_one "$work/libebml" -DDISABLE_PKGCONFIG=ON

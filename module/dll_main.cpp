@@ -21,8 +21,9 @@ void CheckNothingIsLeft() {}
 
 }  // namespace
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID processEnds) {
-  if (reason == DLL_PROCESS_ATTACH) DisableThreadLibraryCalls(module);
+// It hears of threads, and does not ask the loader to be left alone: the compiler's libraries, which are linked in,
+// free there what they keep for each thread.
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {
   // When the process ends, its threads are gone and what they held cannot have been released.
   if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) CheckNothingIsLeft();
   return TRUE;

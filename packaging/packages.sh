@@ -19,6 +19,8 @@ package_fail() {
   exit 1
 }
 
+. "$root/packaging/addresses.sh"
+
 # The version is kept in one place, the project's.
 version=$(sed -n 's/^project(tarvex VERSION \([0-9.]*\) .*/\1/p' "$root/CMakeLists.txt")
 [ -n "$version" ] || package_fail 'CMakeLists.txt names no version'
@@ -40,17 +42,42 @@ choose_times() {
   export SOURCE_DATE_EPOCH
 }
 
-# Texts are read with the editors of Windows.
+# Texts are read with the editors of Windows. install_text FROM TO [SYSTEM-FOLDER]
 install_text() {
-  sed -e 's/\r*$/\r/' -e "s/@VERSION@/$version/g" "$1" >"$2"
+  sed -e 's/\r*$/\r/' -e "s/@VERSION@/$version/g; s/@SYSTEM@/${3:-}/g" "$1" >"$2"
+}
+
+# Where a console of the other width finds this one's programs.
+other_system_of() {
+  case $1 in
+    x64) echo Sysnative ;;
+    x86) echo SysWOW64 ;;
+  esac
 }
 
 # A path in a program would make it another program in another folder.
-strip_into() {
+names_no_folder() {
+  if grep -aqF "$root/" "$1"; then
+    package_fail "${1##*/} names the folder that it was built in"
+  fi
+}
+
+# The program as users get it, and its debug information, which debuggers find by the name and checksum that
+# the program notes of it. split_program TRIPLET FROM TO SYMBOLS
+split_program() {
+  "$1-objcopy" --only-keep-debug "$2" "$4"
   "$1-strip" -o "$3" "$2"
+  "$1-objcopy" "--add-gnu-debuglink=$4" "$3"
   chmod 755 "$3"
-  if grep -aqF "$root/" "$3"; then
-    package_fail "${3##*/} names the folder that it was built in"
+  chmod 644 "$4"
+  names_no_folder "$3"
+  names_no_folder "$4"
+}
+
+# Programs are signed before they are packed, installers when they are done. sign FILE
+sign() {
+  if [ -n "${TARVEX_SIGN:-}" ]; then
+    "$TARVEX_SIGN" "$1" || package_fail "${1##*/} could not be signed"
   fi
 }
 
@@ -71,21 +98,23 @@ write_notices() {
   done
 }
 
-# The programs are those that ./test tries, less their debug information. stage_files ARCH FOLDER
+# The programs are those that ./test tries, less their debug information, which goes to FOLDER-symbols.
+# stage_files ARCH FOLDER
 stage_files() {
   binaries=$root/build/windows-$1
-  mkdir -p "$2"
+  mkdir -p "$2" "$2-symbols"
   for name in tarvex.dll mkvhost.exe; do
-    strip_into "$(triplet_of "$1")" "$binaries/$name" "$2/$name"
+    split_program "$(triplet_of "$1")" "$binaries/$name" "$2/$name" "$2-symbols/$name.debug"
+    sign "$2/$name"
   done
   for name in README.txt register.cmd unregister.cmd; do
-    install_text "$root/packaging/windows/$name" "$2/$name"
+    install_text "$root/packaging/windows/$name" "$2/$name" "$(other_system_of "$1")"
   done
   install_text "$root/LICENSE" "$2/LICENSE.txt"
   write_notices >"$2/notices"
   install_text "$2/notices" "$2/THIRD_PARTY_NOTICES.txt"
   rm "$2/notices"
-  find "$2" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
+  find "$2" "$2-symbols" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
 }
 
 # For host authors: the headers, and an example that builds against them. stage_sdk FOLDER
@@ -113,14 +142,31 @@ code_for() {
     "$codes_namespace" "$1"
 }
 
+# Names of Windows' own folders in the installer's language: programs_of ARCH, system_of ARCH
+programs_of() {
+  case $1 in
+    x64) echo ProgramFiles64Folder ;;
+    x86) echo ProgramFilesFolder ;;
+  esac
+}
+
+system_of() {
+  case $1 in
+    x64) echo System64Folder ;;
+    x86) echo SystemFolder ;;
+  esac
+}
+
 # The two architectures are products of their own, which may be installed side by side.
+# run_wixl ARCH FOLDER MSI
 run_wixl() {
   case $1 in
-    x64) folder=ProgramFiles64Folder is_win64=yes ;;
-    x86) folder=ProgramFilesFolder is_win64=no ;;
+    x64) is_win64=yes ;;
+    x86) is_win64=no ;;
   esac
   (cd "$2" && wixl -a "$1" -o "$3" -D "Arch=$1" -D "Version=$version" \
-    -D "ProgramFiles=$folder" -D "Win64=$is_win64" \
+    -D "ProgramFiles=$(programs_of "$1")" -D "Win64=$is_win64" \
+    -D "Homepage=$homepage" -D "Help=$help_page" -D "Downloads=$downloads" \
     -D "ProductCode=$(code_for "product $1 $version")" -D "UpgradeCode=$(code_for "upgrade $1")" \
     -D "ModuleCode=$(code_for "module $1")" -D "HostCode=$(code_for "host $1")" \
     -D "TextsCode=$(code_for "texts $1")" "$root/packaging/windows/tarvex.wxs")
@@ -133,16 +179,38 @@ import_table() {
   rm "$1.idt"
 }
 
+# add_action MSI NAME CONDITION SEQUENCE: puts an action of actions.idt into its place in the sequence.
+add_action() {
+  msibuild "$1" -q \
+    "INSERT INTO InstallExecuteSequence (Action, Condition, Sequence) VALUES ('$2', '$3', $4)"
+}
+
+# The registry tables write all entries. The actions write the same ones through the platform's filter mapper
+# besides: it keeps what it knows of registered filters for each user, and hears of changes from its own calls
+# only. Their kind (64, continue) keeps a failure of theirs from ending an installation or a removal; those
+# of kind 256 run when one is rolled back, and stand before what they undo. add_actions ARCH MSI
+add_actions() {
+  sed "s/@SYSTEM@/$(system_of "$1")/g" "$root/packaging/windows/actions.idt" >"$2.actions"
+  import_table "$2" "$2.actions"
+  rm "$2.actions"
+  add_action "$2" MapFilterAgain 'REMOVE="ALL"' 2598
+  add_action "$2" UnmapFilter 'REMOVE="ALL"' 2599
+  add_action "$2" UnmapFilterAgain 'NOT Installed' 5001
+  add_action "$2" MapFilter 'NOT REMOVE' 5002
+}
+
 # What wixl has no words for. A file with a version replaces one with a lower version only if the
 # installer knows its version. And of two versions' equal registry entries, the older's removal must not
-# take the newer's away, so the older product goes first.
+# take the newer's away, so the older product goes first, within what is rolled back when the newer fails.
+# complete_tables ARCH MSI
 complete_tables() {
-  import_table "$1" "$root/packaging/windows/registry.idt"
-  import_table "$1" "$root/packaging/windows/remove_registry.idt"
-  msibuild "$1" -q "UPDATE InstallExecuteSequence SET Sequence = 1401 WHERE Action = 'RemoveExistingProducts'"
+  import_table "$2" "$root/packaging/windows/registry.idt"
+  import_table "$2" "$root/packaging/windows/remove_registry.idt"
+  add_actions "$1" "$2"
+  msibuild "$2" -q "UPDATE InstallExecuteSequence SET Sequence = 1501 WHERE Action = 'RemoveExistingProducts'"
   for name in tarvex.dll mkvhost.exe; do
-    msibuild "$1" -q "UPDATE File SET Version = '$version.0', Language = '1033' WHERE File = '$name'"
-    msibuild "$1" -q "DELETE FROM MsiFileHash WHERE File_ = '$name'"
+    msibuild "$2" -q "UPDATE File SET Version = '$version.0', Language = '1033' WHERE File = '$name'"
+    msibuild "$2" -q "DELETE FROM MsiFileHash WHERE File_ = '$name'"
   done
 }
 
@@ -161,11 +229,26 @@ write_summary() {
 # The package code must be another for every other content. So it is made from all the rest of the file.
 # make_installer ARCH FOLDER MSI
 make_installer() {
+  python3 -B "$root/packaging/windows/make_icon.py" "$2/../tarvex.ico"
   run_wixl "$1" "$2" "$3" || package_fail "wixl failed for $3"
-  complete_tables "$3"
+  complete_tables "$1" "$3"
   write_summary "$1" 00000000-0000-0000-0000-000000000000 >"$3.summary"
   import_table "$3" "$3.summary"
   write_summary "$1" "$(code_for "package $(sha256sum <"$3")")" >"$3.summary"
   import_table "$3" "$3.summary"
   rm "$3.summary"
+  sign "$3"
+}
+
+# What other software's lists and package managers ask for. describe_packages STAGE DONE
+describe_packages() {
+  python3 -B "$root/packaging/spdx.py" "$version" "$SOURCE_DATE_EPOCH" "$homepage" "$root" \
+    "x64=$1/tarvex-$version-x64" "x86=$1/tarvex-$version-x86" >"$2/tarvex-$version.spdx.json" ||
+    package_fail 'the list of what is linked in could not be made'
+  python3 -B "$root/packaging/winget.py" "$version" "$(date -d "@$SOURCE_DATE_EPOCH" +%Y-%m-%d)" "$homepage" \
+    "$downloads" "$2" || package_fail 'the manifests could not be made'
+  case $homepage in
+    *.example | *.example/*)
+      echo 'package: packaging/addresses.sh has placeholders; these are no packages to publish' >&2 ;;
+  esac
 }

@@ -26,7 +26,7 @@ package_packages='
 # What the native builds and the checks take besides.
 test_packages='
   g++
-  clang clang-tidy clang-format ffmpeg
+  clang clang-tidy clang-format ffmpeg debootstrap osslsigncode openssl python3-yaml
   libgtest-dev zlib1g-dev libgcrypt20-dev libgpg-error-dev
 '
 # What ./bench takes beyond that: the other demuxers, and what makes the files.

@@ -1,10 +1,21 @@
 # shellcheck shell=sh
 # Shell functions around Wine for ./play and ./test, which set $root (the checkout) and source this.
-# The prefix is build/wine; nothing outside the checkout is written, the user's home least of all.
+# The prefix is build/wine or build/wine32; nothing outside the checkout is written, the user's home least of all.
 
 : "${root:?}"
-WINEPREFIX=$root/build/wine
-export WINEPREFIX
+
+# use_wine 64 or use_wine 32: which Wine the functions below run, and its prefix. 32 is that of
+# packaging/root32.sh; the machine's own has 64 bits only.
+use_wine() {
+  wine_bits=$1
+  case $wine_bits in
+    64) WINEPREFIX=$root/build/wine ;;
+    32) WINEPREFIX=$root/build/wine32 ;;
+  esac
+  export WINEPREFIX
+}
+
+use_wine 64
 export WINEDEBUG=-all
 # No browser engine and no .NET to install, and no menu entries in the user's home. Wine's GStreamer
 # filters are off: what they can do depends on the machine's plugins, and their splitter takes every
@@ -25,7 +36,10 @@ fi
 run_wine() {
   wine_limit=$1
   shift
-  timeout -k 5 "$wine_limit" "$wine_loader" "$@"
+  case $wine_bits in
+    64) timeout -k 5 "$wine_limit" "$wine_loader" "$@" ;;
+    32) timeout -k 5 "$wine_limit" "$root/packaging/root32.sh" enter /usr/lib/wine/wine "$@" ;;
+  esac
 }
 
 windows_path() {
@@ -54,6 +68,11 @@ make_prefix_locked() {
 # The prefix is made without a display, and the desktop of that time has none either. Whatever starts
 # while it lingers would find no place for pictures.
 end_wine_server() {
+  if [ "$wine_bits" = 32 ]; then
+    "$root/packaging/root32.sh" enter sh -c '/usr/lib/wine/wineserver -k; /usr/lib/wine/wineserver -w' \
+      >>"$root/build/wine.log" 2>&1 || true
+    return 0
+  fi
   for server in /usr/lib/wine/wineserver64 /usr/lib/wine/wineserver wineserver; do
     if command -v "$server" >/dev/null 2>&1; then
       "$server" -k >>"$root/build/wine.log" 2>&1 || true

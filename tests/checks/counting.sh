@@ -25,6 +25,12 @@ check() {
   fi
 }
 
+# What this machine cannot do is no pass. skip NAME REASON
+skip() {
+  skipped=$((skipped + 1))
+  echo "skipped $1: $2"
+}
+
 # The number after "KEY": in the totals, which come first in GoogleTest's report.
 report_total() {
   sed -n "s/^ *\"$1\": *\\([0-9][0-9]*\\),*\\r*\$/\\1/p" "$2" | head -n 1

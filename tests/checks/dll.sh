@@ -1,11 +1,13 @@
 #!/bin/sh
-# Looks into a built module. Usage: tests/checks/dll.sh imports|exports DLL
+# Looks into a built module. Usage: tests/checks/dll.sh imports|exports|host|guards DLL
 #   imports: only DLLs that every Windows has
 #   exports: the four functions that COM asks for, undecorated, and nothing else
+#   host: no function that changes the process that it is loaded into
+#   guards: addresses are random, data is not executable
 set -eu
 
-what=${1:?usage: tests/checks/dll.sh imports|exports DLL}
-dll=${2:?usage: tests/checks/dll.sh imports|exports DLL}
+what=${1:?usage: tests/checks/dll.sh imports|exports|host|guards DLL}
+dll=${2:?usage: tests/checks/dll.sh imports|exports|host|guards DLL}
 dump=$(x86_64-w64-mingw32-objdump -p "$dll")
 
 check_imports() {
@@ -34,7 +36,29 @@ check_exports() {
   fi
 }
 
+# Names of imported functions, without the argument sizes of 32-bit ones.
+imported_functions() {
+  echo "$dump" | sed -n '/^There is an import table/,/^There is an export table/s/^\t[0-9a-f]*\t *[0-9]* *\([A-Za-z_][A-Za-z0-9_]*\).*/\1/p'
+}
+
+check_host() {
+  imported_functions | grep -qx WaitForSingleObject || { echo 'no imports are seen'; return 1; }
+  ! imported_functions | grep -xE 'AddVectored.*|SetUnhandledExceptionFilter|DisableThreadLibraryCalls|SetErrorMode|SetThreadErrorMode|SetCurrentDirectory.|SetDllDirectory.|SetEnvironmentVariable.|SetConsole.*|timeBeginPeriod|SetPriorityClass'
+}
+
+check_guards() {
+  case $dump in
+    *pei-x86-64*) wanted='HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT' ;;
+    *) wanted='DYNAMIC_BASE NX_COMPAT' ;;
+  esac
+  for guard in $wanted; do
+    echo "$dump" | grep -q "^[[:space:]]*$guard\$" || { echo "without $guard"; return 1; }
+  done
+}
+
 case $what in
+  host) check_host ;;
+  guards) check_guards ;;
   imports) check_imports ;;
   exports) check_exports ;;
   *) exit 2 ;;

@@ -17,6 +17,7 @@ run() {
     windows-*)
       # The report is written by a Windows program, to a path as Wine shows it.
       . "$root/packaging/wine.sh"
+      [ "$preset" != windows-x86 ] || use_wine 32
       run_wine "$seconds" "$(windows_path "$root/build/$preset/tests/$program")" "--gtest_output=json:Z:$output.json"
       ;;
     *)

@@ -1,101 +1,37 @@
 #!/bin/sh
-# Installs the packages for 64 bits as their users do, in a Wine prefix that has seen nothing else, plays
-# from there, removes them and looks for what is left. Usage: tests/packages/installed.sh STEP, after
-# ./package and in this order:
+# Installs the packages as their users do, in a Wine prefix that has seen nothing else, plays from there,
+# removes them and looks for what is left. Usage: tests/packages/installed.sh STEP [x86], after ./package and
+# in this order:
 #   prefix      makes the prefix; without registration the player finds no splitter
-#   installer   the .msi
+#   installer   the .msi is installed, plays, is repaired and removed
+#   actions     the installer's actions write what its tables write, and do no harm when they fail
+#   upgrade     a newer installer while the older module plays; the older one is refused after it
 #   zip         the .zip with its scripts
 #   pages       both pages at twice the density, where nothing else can be disturbed by it
-#   entries     both had written the same into the registry; the prefix is deleted
+#   end         the prefix is deleted
+# Installer and scripts must write just what entries.txt says, and leave nothing.
 set -eu
 
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/../.." && pwd)
-step=${1:?usage: tests/packages/installed.sh prefix|installer|zip|pages|entries}
+step=${1:?usage: tests/packages/installed.sh prefix|installer|actions|upgrade|zip|pages|end [x86]}
+arch=${2:-x64}
 . "$root/packaging/wine.sh"
-WINEPREFIX=$root/build/wine-packages
+. "$root/packaging/addresses.sh"
+[ "$arch" = x64 ] || use_wine 32
+WINEPREFIX=$root/build/wine-packages-$arch
 export LC_ALL=C
 
-kept=$root/build/packages-test
+kept=$root/build/packages-test-$arch
 sample=$(windows_path "$root/tests/data/sample.mkv")
-render_file=$(windows_path "$root/build/windows-x64/tests/render_file.exe")
+render_file=$(windows_path "$root/build/windows-$arch/tests/render_file.exe")
 unpacked=$kept/unpacked
+programs='C:\Program Files\Tarvex Matroska Splitter'
+splitter='{F90F48F0-3C28-4C86-AD91-B62C99A0EA47}'
+wine_settings='HKCU\Software\Wine\AppDefaults'
+version=$(sed -n 's/^project(tarvex VERSION \([0-9.]*\) .*/\1/p' "$root/CMakeLists.txt")
 extensions='HKLM\Software\Classes\Media Type\Extensions'
 
-fail() {
-  echo "packages: $*" >&2
-  exit 1
-}
-
-# package_of SUFFIX: there is one, whatever the version.
-package_of() {
-  set -- "$root"/build/packages/tarvex-*-x64."$1"
-  [ -e "$1" ] || fail "no package $1; ./package makes it"
-  echo "$1"
-}
-
-# One line for each key and each value, the value with its key before it. What Wine notes down about the
-# machine is left out.
-registry_lines() {
-  rm -f "$kept/registry.reg"
-  run_wine 60 regedit /E "$(windows_path "$kept/registry.reg")" || fail 'the registry could not be exported'
-  iconv -f UTF-16 -t UTF-8 "$kept/registry.reg" | awk '
-    { sub(/\r$/, "") }
-    continued { sub(/^ +/, ""); $0 = line $0 }
-    { continued = /=hex.*\\$/ }
-    continued { line = substr($0, 1, length($0) - 1); next }
-    /^\[/ { key = $0; print; next }
-    /=/ { print key, $0 }' |
-    grep -E '^\[HKEY_(LOCAL_MACHINE|USERS\\[^\\]*)\\Software' | grep -v '\\Software\\Wine' | sort
-}
-
-# Wine's installer makes these for itself on first use and keeps them.
-installer_own_keys() {
-  for key in 'Classes\Installer' 'Classes\Installer\Features' 'Classes\Installer\Products' \
-    'Classes\Installer\UpgradeCodes'; do
-    printf '[HKEY_LOCAL_MACHINE\\Software\\%s]\n' "$key"
-  done
-  for key in UpgradeCodes UserData 'UserData\S-1-5-18' 'UserData\S-1-5-18\Components' \
-    'UserData\S-1-5-18\Products'; do
-    printf '[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Installer\\%s]\n' "$key"
-  done
-  echo ./windows/Installer
-}
-
-file_lines() {
-  (cd "$WINEPREFIX/drive_c" && find . | sort)
-}
-
-take_snapshot() {
-  registry_lines >"$kept/$1.registry"
-  file_lines >"$kept/$1.files"
-}
-
-# What SNAPSHOT has and the one before any installation has not.
-added_in() {
-  comm -13 "$kept/before.$2" "$kept/$1.$2"
-}
-
-nothing_left() {
-  take_snapshot "$1"
-  installer_own_keys >"$kept/own"
-  for kind in registry files; do
-    comm -3 "$kept/before.$kind" "$kept/$1.$kind" | sed 's/^\t//' | grep -vxF -f "$kept/own" || continue
-    fail "the $kind is not as it was before ($1)"
-  done
-}
-
-# An entry of another splitter, which would be asked instead of ours as long as it is there.
-add_foreign_entry() {
-  run_wine 60 reg add "$extensions\\.mkv" /v 'Source Filter' /d '{00000000-0000-0000-0000-000000000001}' /f
-}
-
-# play_from FOLDER: RenderFile takes the splitter of that folder, and the host that lies there plays.
-play_from() {
-  run_wine 60 "$render_file" "$sample" | tr -d '\r' | tee "$kept/played"
-  grep -qxF "module $1\\tarvex.dll" "$kept/played" || fail "the splitter does not come from $1"
-  grep -qx played "$kept/played" || fail 'RenderFile plays nothing'
-  run_wine 60 "$1\\mkvhost.exe" play --no-clock "$sample" || fail 'the host does not play'
-}
+. "$root/tests/packages/snapshots.sh"
 
 # A first play finds the sound devices, which Wine notes down.
 make_clean_prefix() {
@@ -112,24 +48,145 @@ make_clean_prefix() {
   take_snapshot before
 }
 
+# Of a Windows path on drive C.
+unix_path() {
+  printf '%s/drive_c/%s' "$WINEPREFIX" "${1#C:?}" | tr '\\' '/'
+}
+
+msi_of_package() {
+  windows_path "$(package_of msi)"
+}
+
+installer_property() {
+  msiinfo export "$(package_of msi)" Property | tr -d '\r' | sed -n "s/^$1\t//p"
+}
+
+# install MSI [PROPERTY=VALUE...]
+install() {
+  run_wine 60 msiexec /i "$@" /qn
+}
+
+# remove MSI SNAPSHOT
+remove() {
+  run_wine 60 msiexec /x "$1" /qn || fail 'msiexec /x failed'
+  nothing_left "after-$2"
+}
+
+# Wine says here that it is that Windows.
+refused_on_old_windows() {
+  run_wine 60 reg add "$wine_settings\\msiexec.exe" /v Version /d vista /f
+  if install "$(msi_of_package)"; then
+    fail 'it can be installed on Windows Vista'
+  fi
+  run_wine 60 reg delete "$wine_settings" /f
+  nothing_left after-refusal
+}
+
+# A file and an entry that are gone come back. The long form of msiexec /f, which Wine has not.
+try_repair() {
+  rm "$(unix_path "$programs")/README.txt"
+  run_wine 60 reg delete "HKLM\\Software\\Classes\\CLSID\\$splitter\\InprocServer32" /f
+  install "$(msi_of_package)" REINSTALL=ALL REINSTALLMODE=amus || fail 'the repair failed'
+  take_snapshot repaired
+  entries_are_right repaired
+  [ -s "$(unix_path "$programs")/README.txt" ] || fail 'a repair leaves a file missing'
+}
+
 try_installer() {
-  msi=$(windows_path "$(package_of msi)")
+  refused_on_old_windows
   add_foreign_entry
-  run_wine 60 msiexec /i "$msi" /qn || fail 'msiexec /i failed'
+  install "$(msi_of_package)" || fail 'msiexec /i failed'
   take_snapshot installer
   added_in installer files
-  play_from 'C:\Program Files\Tarvex Matroska Splitter'
-  run_wine 60 msiexec /x "$msi" /qn || fail 'msiexec /x failed'
-  nothing_left after-installer
+  entries_are_right installer
+  program_is_listed installer
+  play_from "$programs"
+  try_repair
+  remove "$(msi_of_package)" installer
+}
+
+# variant NAME STATEMENT...: the installer with something else in its tables.
+variant() {
+  variant_file=$kept/$1.msi
+  shift
+  cp "$(package_of msi)" "$variant_file"
+  for statement; do
+    msibuild "$variant_file" -q "$statement"
+  done
+  windows_path "$variant_file"
+}
+
+try_actions() {
+  alone=$(variant alone 'DELETE FROM Registry' 'DELETE FROM RemoveRegistry')
+  install "$alone" || fail 'the installer without its tables failed'
+  take_snapshot alone
+  entries_are_right alone
+  remove "$alone" alone
+  failing=$(variant failing "UPDATE CustomAction SET Target = 'C:\\no-such-program.exe'")
+  install "$failing" || fail 'a failing action ends the installation'
+  take_snapshot failing
+  entries_are_right failing
+  remove "$failing" failing
+}
+
+# The same but for its version and code.
+older_version() {
+  variant older \
+    "UPDATE Property SET Value = '{11111111-2222-3333-4444-555555555555}' WHERE Property = 'ProductCode'" \
+    "UPDATE Property SET Value = '0.0.1' WHERE Property = 'ProductVersion'" \
+    "UPDATE File SET Version = '0.0.1.0' WHERE Version = '$version.0'" \
+    "DELETE FROM Upgrade WHERE ActionProperty = 'WIX_DOWNGRADE_DETECTED'" \
+    "INSERT INTO Upgrade (UpgradeCode, VersionMin, Attributes, ActionProperty) VALUES
+      ('$(installer_property UpgradeCode)', '0.0.1', 2, 'WIX_DOWNGRADE_DETECTED')"
+}
+
+# The host's log has a line as soon as the module is loaded.
+start_player() {
+  rm -f "$kept/player.log"
+  run_wine 60 "$programs\\mkvhost.exe" play --log "$(windows_path "$kept/player.log")" "$sample" &
+  player=$!
+  for _ in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do
+    [ ! -s "$kept/player.log" ] || return 0
+    sleep 0.5
+  done
+  fail 'the player does not start'
+}
+
+try_upgrade() {
+  older=$(older_version)
+  install "$older" || fail 'the older version cannot be installed'
+  start_player
+  install "$(msi_of_package)" || fail 'the newer version cannot be installed over the older'
+  kill -0 "$player" || fail 'the player had ended before'
+  wait "$player" || fail 'the player did not survive'
+  take_snapshot upgraded
+  entries_are_right upgraded
+  program_is_listed upgraded
+  play_from "$programs"
+  if install "$older"; then
+    fail 'the older version can be installed over the newer'
+  fi
+  remove "$(msi_of_package)" upgrade
+}
+
+# Where nothing can be written, as the scripts see it: no program there does what it is told.
+scripts_say_who_may() {
+  for script in register unregister; do
+    run_wine 60 cmd /c "set SystemRoot=C:\\nowhere& C:\\tools\\$script.cmd /s" | tr -d '\r' >"$kept/refused"
+    grep -qx "Not allowed to $script: .* and choose \"Run as administrator\"\\." "$kept/refused" ||
+      fail "$script.cmd does not say who may"
+  done
 }
 
 try_zip() {
   folder=$WINEPREFIX/drive_c/tools
   mkdir "$folder"
   cp -R "$unpacked"/*/. "$folder"
+  scripts_say_who_may
   add_foreign_entry
   run_wine 60 cmd /c 'C:\tools\register.cmd' /s || fail 'register.cmd failed'
   take_snapshot zip
+  entries_are_right zip
   play_from 'C:\tools'
   run_wine 60 cmd /c 'C:\tools\unregister.cmd' /s || fail 'unregister.cmd failed'
   rm -r "$folder"
@@ -156,17 +213,7 @@ try_pages() {
   done
 }
 
-# The installer knows the entries by a table of its own, which must say what the module says. What it
-# writes besides is its own book-keeping.
-entries_of() {
-  added_in "$1" registry | grep -v '\\Installer\|\\Uninstall' | sed -e 's/@=".*\\\\tarvex\.dll"/@="tarvex.dll"/'
-}
-
-compare_entries() {
-  entries_of installer >"$kept/installer.entries"
-  entries_of zip >"$kept/zip.entries"
-  [ -s "$kept/zip.entries" ] || fail 'no entries at all'
-  diff "$kept/installer.entries" "$kept/zip.entries" || fail 'the installer and the module write different entries'
+end_prefix() {
   end_wine_server
   rm -rf "$WINEPREFIX"
 }
@@ -179,8 +226,10 @@ fi
 case $step in
   prefix) make_clean_prefix ;;
   installer) try_installer ;;
+  actions) try_actions ;;
+  upgrade) try_upgrade ;;
   zip) try_zip ;;
   pages) try_pages ;;
-  entries) compare_entries ;;
+  end) end_prefix ;;
   *) fail "unknown step $step" ;;
 esac

@@ -24,21 +24,22 @@ bool Eventually(const std::function<bool()>& question) {
   return false;
 }
 
+struct ControlSearch {
+  int id;
+  HWND found;
+};
+
+BOOL CALLBACK TakeControl(HWND window, LPARAM context) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the platform hands a context on as an integer
+  auto* wanted = reinterpret_cast<ControlSearch*>(context);
+  if (GetDlgCtrlID(window) == wanted->id && IsWindowVisible(window)) wanted->found = window;
+  return wanted->found == nullptr;
+}
+
 // A visible control with this number, in whichever page it is.
 HWND FindControl(HWND frame, int id) {
-  struct Search {
-    int id;
-    HWND found;
-  } search{id, nullptr};
-  EnumChildWindows(
-      frame,
-      [](HWND window, LPARAM context) -> BOOL {
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): the platform hands a context on as an integer
-        auto* wanted = reinterpret_cast<Search*>(context);
-        if (GetDlgCtrlID(window) == wanted->id && IsWindowVisible(window)) wanted->found = window;
-        return wanted->found == nullptr;
-      },
-      reinterpret_cast<LPARAM>(&search));
+  ControlSearch search{id, nullptr};
+  EnumChildWindows(frame, &TakeControl, reinterpret_cast<LPARAM>(&search));
   return search.found;
 }
 

@@ -71,20 +71,21 @@ void HandleMessagesFor(DWORD milliseconds) {
   }
 }
 
+BOOL CALLBACK TakeVideoWindow(HWND window, LPARAM context) {
+  DWORD process = 0;
+  RECT rect{};
+  GetWindowThreadProcessId(window, &process);
+  GetClientRect(window, &rect);
+  const bool fits = process == GetCurrentProcessId() && IsWindowVisible(window) != FALSE && rect.right == kWidth &&
+                    rect.bottom == kHeight;
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the platform hands a context on as an integer
+  if (fits) *reinterpret_cast<HWND*>(context) = window;
+  return fits ? FALSE : TRUE;
+}
+
 HWND VideoWindow() {
   HWND found = nullptr;
-  const auto take = [](HWND window, LPARAM context) -> BOOL {
-    DWORD process = 0;
-    RECT rect{};
-    GetWindowThreadProcessId(window, &process);
-    GetClientRect(window, &rect);
-    const bool fits = process == GetCurrentProcessId() && IsWindowVisible(window) != FALSE && rect.right == kWidth &&
-                      rect.bottom == kHeight;
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the platform hands a context on as an integer
-    if (fits) *reinterpret_cast<HWND*>(context) = window;
-    return fits ? FALSE : TRUE;
-  };
-  EnumWindows(take, reinterpret_cast<LPARAM>(&found));
+  EnumWindows(&TakeVideoWindow, reinterpret_cast<LPARAM>(&found));
   return found;
 }
 

@@ -27,8 +27,9 @@ class Reader {
       if (m_broken) return false;
       if (size == kUnknown && (id == kSegment || id == kCluster)) size = end - position;
       if (size > end - position) return false;
-      if (!Visit(id, at, position, position + size)) return false;
-      at = position + size;
+      const std::size_t next = position + static_cast<std::size_t>(size);
+      if (!Visit(id, at, position, next)) return false;
+      at = next;
     }
     return true;
   }

@@ -34,7 +34,7 @@ std::vector<ModelFrame> FramesInOrder(const ManifestFile& file) {
     std::size_t& next = taken[block.track];
     if (next + block.frames > track->second.rows.size()) return {};
     for (std::size_t k = 0; k < block.frames; ++k) {
-      frames.push_back({block.cluster, block.track, track->second.rows[next++]});
+      frames.push_back({block.cluster, static_cast<std::size_t>(block.track), track->second.rows[next++]});
     }
   }
   for (const auto& [number, rows] : file.frames) {

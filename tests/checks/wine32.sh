@@ -1,0 +1,39 @@
+# shellcheck shell=sh
+# The 32-bit module under a 32-bit Wine. ./test sources this; it sets $root, a display and the sound first.
+
+: "${root:?}"
+
+# Those that go through the module's border, where the width of a pointer or a calling convention matters.
+programs32='registration_test contract_test corpus_test seeking_test stop_test pages_test playback_test'
+
+# What the build of the 32-bit module takes besides, where it can be run.
+targets32() {
+  ! packaging/root32.sh allowed >/dev/null || echo "render_file $programs32"
+}
+
+# As run_program.sh takes them; an emulated program is slower than the limit was meant for.
+list_programs32() {
+  for name in $programs32; do
+    read -r program limit _ <"$root/build/windows-x86/tests/$name.test"
+    echo "windows-x86-$name windows-x86 $program $((limit * 3))"
+  done
+}
+
+# After the build of the 32-bit module; needs the packages and the movies of the 64-bit tests.
+test_32_bits() {
+  if ! reason=$(packaging/root32.sh allowed); then
+    skip '32 bits' "$reason"
+    return 0
+  fi
+  check '32-bit root' packaging/root32.sh make
+  use_wine 32
+  check '32-bit prefix' make_prefix
+  check 'register the 32-bit module' register_module "$root/build/windows-x86/tarvex.dll"
+  list_programs32 >"$logs/windows-x86.list"
+  run_list "$logs/windows-x86.list" 1
+  for step in prefix installer actions upgrade zip end; do
+    check "packages for 32 bits: $step" tests/packages/installed.sh "$step" x86
+  done
+  end_wine_server
+  use_wine 64
+}
