@@ -24,6 +24,8 @@ inline constexpr std::int64_t kEntryMemory = 24 * kMebibyte;
 /// An entry with more is left out. Of codec data there are up to five copies at a time, in tables and media types.
 inline constexpr std::int64_t kTrackData = 32 * kMebibyte;
 inline constexpr std::int64_t kTracksData = 256 * kMebibyte;
+/// Elements of a list in a header that are looked at one by one. Each of all chapters that are read may have sixteen.
+inline constexpr std::uint64_t kHeaderElements = std::uint64_t{1} << 20;
 /// Bytes that the names of all chapters may take. A chapter for which nothing is left is left out.
 inline constexpr std::int64_t kChapterNames = 16 * kMebibyte;
 /// Bytes of a block that is read into memory kept from block to block.

@@ -129,6 +129,7 @@ std::optional<std::uint64_t> CMasterReader::ReadEntries(libebml::EbmlMaster& mas
   m_isHeader = true;
   m_dataLimits = limits;
   m_data = limits.ofAll;
+  m_shown = 0;
   BeginEntry();
   return ReadOutermost(master, &visitor);
 }
@@ -296,7 +297,10 @@ void CMasterReader::Take(Level& level, ElementPtr element) {
 }
 
 void CMasterReader::Show(const Level& level, libebml::EbmlElement& element) {
-  if (m_isHeader && m_isTooMuch) return LeaveOut(level);
+  if (m_isHeader && (m_isTooMuch || ++m_shown > limits::kHeaderElements)) {
+    m_stopped = m_shown > limits::kHeaderElements;
+    return LeaveOut(level);
+  }
   m_data -= m_isHeader ? std::min(m_dataLimits.ofEntry, m_data) - m_entryData : 0;
   m_stopped = !level.visitor->Show(element);
   BeginEntry();

@@ -87,6 +87,7 @@ class CMasterReader {
   std::int64_t m_memory = 0;          // bytes that the objects of this entry may still take
   std::int64_t m_entryData = 0;       // bytes of data that it may still have
   std::int64_t m_data = 0;            // bytes of data that this entry and all behind it may still have
+  std::uint64_t m_shown = 0;          // of the list that is read
   DataLimits m_dataLimits;            // of the list that is read
   bool m_isHeader = false;            // data counts, not only the objects
   bool m_isTooMuch = false;           // this entry
