@@ -14,6 +14,7 @@
 #include "scanner/read_ahead_reader.h"
 #include "tests/scanner/generated_file.h"
 #include "tests/scanner/recording.h"
+#include "tests/support/source_dir.h"
 
 namespace tarvex::test {
 namespace {
