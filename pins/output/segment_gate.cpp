@@ -27,8 +27,10 @@ class SegmentGate::Release {
   }
 
   HRESULT Deliver() {
-    HRESULT result = DeliverWhatFits();
-    if (SUCCEEDED(result)) result = DeliverTheRest();
+    HRESULT result = InTurn([](Receiver& pin, const FrameInfo& frame) { return pin.TryDeliverHeld(frame); });
+    if (SUCCEEDED(result)) {
+      result = InTurn([](Receiver& pin, const FrameInfo& frame) { return std::optional(pin.DeliverHeld(frame)); });
+    }
     for (std::size_t i = 0; i < m_lanes.size(); ++i) {
       if (!IsDone(i)) m_lanes[i].pin->OnHeldLost();
     }
@@ -53,27 +55,16 @@ class SegmentGate::Release {
     return turns;
   }
 
-  HRESULT DeliverWhatFits() {
+  // Frames of all lanes in their order of arrival. Where `deliver` has no room for one, its lane waits from there on.
+  template <class Deliver>
+  HRESULT InTurn(Deliver deliver) {
     Turns turns = AllLanes();
     while (!turns.empty() && !IsOver()) {
       const std::size_t lane = turns.top().second;
       turns.pop();
-      const auto result = m_lanes[lane].pin->TryDeliverHeld(m_lanes[lane].frames.At(m_next[lane]));
-      if (!result) continue;  // and what is behind it waits as well
+      const std::optional<HRESULT> result = deliver(*m_lanes[lane].pin, m_lanes[lane].frames.At(m_next[lane]));
+      if (!result) continue;
       if (FAILED(*result)) return *result;
-      ++m_next[lane];
-      Enter(turns, lane);
-    }
-    return S_OK;
-  }
-
-  HRESULT DeliverTheRest() {
-    Turns turns = AllLanes();
-    while (!turns.empty() && !IsOver()) {
-      const std::size_t lane = turns.top().second;
-      turns.pop();
-      const HRESULT result = m_lanes[lane].pin->DeliverHeld(m_lanes[lane].frames.At(m_next[lane]));
-      if (FAILED(result)) return result;
       ++m_next[lane];
       Enter(turns, lane);
     }

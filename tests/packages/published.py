@@ -1,6 +1,6 @@
 """Checks the form and the truth of what ./package writes for others: the SPDX list, and winget's manifests.
 
-Usage: published.py FOLDER. Required fields are those of the SPDX specification 2.3 and of the manifest schema 1.6.
+Usage: published.py FOLDER. Required fields are those of SPDX 2.3 and of the manifest schema 1.6.
 """
 
 import glob
