@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <stdexcept>
 
@@ -114,14 +115,15 @@ HRESULT CSourceFilter::Copy(LONGLONG position, LONG length, BYTE* buffer) const 
   const LONGLONG end = position + std::clamp<LONGLONG>(m_size - position, 0, length);
   const bool isWhole = end == position + length;
   if (!isWhole && FAILED(m_answerAtTheEnd)) return m_answerAtTheEnd;
-  std::fill_n(buffer, end - position, BYTE{0});
+  std::memset(buffer, 0, static_cast<std::size_t>(end - position));
   auto part = m_parts.upper_bound(position);
   if (part != m_parts.begin()) --part;
   for (; part != m_parts.end() && part->first < end; ++part) {
     const auto& [start, bytes] = *part;
     const LONGLONG from = std::max(start, position);
     const LONGLONG to = std::min(start + static_cast<LONGLONG>(bytes.size()), end);
-    if (from < to) std::copy_n(bytes.begin() + (from - start), to - from, buffer + (from - position));
+    if (from >= to) continue;
+    std::memcpy(buffer + (from - position), bytes.data() + (from - start), static_cast<std::size_t>(to - from));
   }
   return isWhole ? S_OK : S_FALSE;
 }
