@@ -31,8 +31,6 @@ COMPONENTS = (
      "mingw-w64-common",
      r"lib(mingw32|mingwex|moldname|msvcrt|winpthread|pthread|kernel32|user32|gdi32|shell32|advapi32|ole32|oleaut32|"
      r"strmiids|uuid|comctl32|comdlg32|winspool|version|winmm|ws2_32|bcrypt|ntdll|shlwapi)\.a", None),
-    ("libgpg-error", "LGPL-2.1-or-later", "Free Software Foundation, Inc., g10 Code GmbH and others",
-     "libgpg-error-mingw-w64-dev", r"libgpg-error\.a", None),
     ("CLI11", "BSD-3-Clause", "2017-2021 University of Cincinnati, developed by Henry Schreiner", "libcli11-dev",
      None, "CLI"),
     ("nlohmann-json", "MIT", "2013-2022 Niels Lohmann and others", "nlohmann-json3-dev", None, "nlohmann"),
