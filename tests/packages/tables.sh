@@ -15,6 +15,9 @@ msi=$1
 version=${msi##*/tarvex-}
 version=${version%-"$arch".msi}
 
+# msiinfo writes the icon of that table into the folder that it is in.
+cd "$root/build/test-logs"
+
 rows() {
   msiinfo export "$msi" "$1" | tr -d '\r' | tail -n +4 | sort
 }
