@@ -123,15 +123,5 @@ TEST_F(Worker, LastReferenceGivenBackWhileItRunsEndsIt) {
   EXPECT_EQ(splitter->Pause(), S_OK);
 }
 
-// Two pictures are more than the video pin's ring holds; the sinks keep what they get, as paused renderers do.
-TEST_F(Worker, SoundArrivesThoughThePicturesFillTheirRing) {
-  constexpr std::uint32_t kHalfARing = 6000000;
-  OpenMovie({.frames = 3, .frameSize = kHalfARing});
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kHolding), S_OK);
-  ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
-  for (const auto& sink : Graph().Sinks()) EXPECT_TRUE(sink->WaitForSample(kPatience));
-  EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
-}
-
 }  // namespace
 }  // namespace tarvex::test

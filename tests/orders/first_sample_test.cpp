@@ -29,6 +29,8 @@ constexpr std::uint32_t kKeyFrames[] = {1000, 5000, 10000, 0};  // milliseconds 
 constexpr std::uint32_t kMostBytes = 96000000;
 constexpr std::uint32_t kLongest = 900;  // seconds
 
+using BadlyInterleaved = OrdersTest;
+
 class FirstSample : public OrdersTest, public testing::WithParamInterface<Pictures> {};
 
 TEST_P(FirstSample, ReachesEveryPausedRenderer) {
@@ -51,6 +53,14 @@ TEST_P(FirstSample, ReachesEveryPausedRenderer) {
       EXPECT_FALSE(m_graph->WaitForEvent(kEcErrorAbort, 20));
     }
   }
+}
+
+// More sound than its ring holds lies in front of the first picture.
+TEST_F(BadlyInterleaved, PicturesArriveThoughSoundFillsItsRing) {
+  Open({.seconds = 10, .pictures = 25000, .sound = 4000000, .picturesLag = 4000}, SinkKind::kBlocking);
+  ASSERT_TRUE(SUCCEEDED(m_graph->Pause()));
+  EXPECT_TRUE(EverySinkHasASample());
+  ExpectQuickStop();
 }
 
 INSTANTIATE_TEST_SUITE_P(Pictures, FirstSample, testing::ValuesIn(kPictures),

@@ -42,12 +42,13 @@ class Writer {
     ByteString& bytes = m_parts.at(head);
     bytes = Join({Id(id), Vint(static_cast<std::uint64_t>(m_position - head) - bytes.size(), 8)});
   }
-  void PutFrame(std::uint64_t track, std::uint32_t time, std::uint32_t size, bool key) {
+  /// `cluster` and `time`: milliseconds in the film.
+  void PutFrame(std::uint64_t track, std::uint32_t cluster, std::uint32_t time, std::uint32_t size, bool key) {
     FrameOrigin origin{.track = track, .time = time * kMillisecond};
     ByteString bytes(sizeof(origin));
     std::memcpy(bytes.data(), &origin, sizeof(origin));
     const std::uint32_t rest = size > sizeof(origin) ? size - static_cast<std::uint32_t>(sizeof(origin)) : 0;
-    const auto inCluster = static_cast<std::int16_t>(time % kSecondMs);
+    const auto inCluster = static_cast<std::int16_t>(std::int64_t{time} - cluster);
     const ByteString block = BlockData(track, inCluster, key ? kKeyFlag : std::uint8_t{0}, bytes);
     Put(Join({Id(id::kSimpleBlock), Vint(block.size() + rest, 8), block}));
     Skip(rest);
@@ -63,13 +64,14 @@ void PutCluster(Writer& writer, const FilmShape& shape, std::uint32_t from) {
   const LONGLONG cluster = writer.Begin(id::kCluster);
   writer.Put(Unsigned(id::kTimecode, from));
   for (std::uint32_t time = from; time < from + kSecondMs; time += kSoundMs) {
-    if (time % kPictureMs == 0 && (!shape.still || time == 0)) {
-      const bool isKey = time == 0 || (shape.keyFrameEvery != 0 && time % shape.keyFrameEvery == 0);
-      writer.PutFrame(1, time, shape.pictures / (kSecondMs / kPictureMs), isKey);
+    const std::uint32_t shown = time - shape.picturesLag;
+    if (time >= shape.picturesLag && shown % kPictureMs == 0 && (!shape.still || shown == 0)) {
+      const bool isKey = shown == 0 || (shape.keyFrameEvery != 0 && shown % shape.keyFrameEvery == 0);
+      writer.PutFrame(1, from, shown, shape.pictures / (kSecondMs / kPictureMs), isKey);
     }
     for (unsigned sound = 0; sound < shape.sounds; ++sound) {
       if (sound + 1 == shape.sounds && time < shape.lastSoundFrom) continue;
-      writer.PutFrame(2 + sound, time, shape.sound / (kSecondMs / kSoundMs), true);
+      writer.PutFrame(2 + sound, from, time, shape.sound / (kSecondMs / kSoundMs), true);
     }
   }
   writer.End(id::kCluster, cluster);

@@ -18,6 +18,7 @@ struct FilmShape {
   std::uint32_t lastSoundFrom = 0;     ///< milliseconds: before it the last sound has no frames
   std::uint32_t keyFrameEvery = 1000;  ///< milliseconds; 0: only the first is one
   bool still = false;                  ///< the first picture is the only one
+  std::uint32_t picturesLag = 0;       ///< milliseconds that pictures lie in the file behind sound of their time
 };
 
 inline constexpr REFERENCE_TIME kMillisecond = 10000;  // 100 ns units
