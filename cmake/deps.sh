@@ -63,7 +63,7 @@ choose_compiler() {
       flags='-O2 -g1 -DNDEBUG' ;;
     *) fail "unknown preset $preset" ;;
   esac
-  command -v "$compiler" >/dev/null || fail "$compiler is missing; packaging/setup.sh installs it"
+  command -v "$compiler" >/dev/null || fail "$compiler is missing; tools/setup.sh installs it"
 }
 
 patch_files() {
@@ -169,7 +169,7 @@ build_one() {
 # compilers must not see the machine's own system headers. So just these folders are linked.
 link_header_libraries() {
   for name in CLI nlohmann fmt; do
-    [ -d "/usr/include/$name" ] || fail "/usr/include/$name is missing; packaging/setup.sh installs it"
+    [ -d "/usr/include/$name" ] || fail "/usr/include/$name is missing; tools/setup.sh installs it"
     ln -s "/usr/include/$name" "$prefix.new/include/$name"
   done
 }
@@ -196,7 +196,7 @@ stamp=$(stamp_text | sha256sum | cut -d ' ' -f 1)
 if [ "$(cat "$prefix/stamp" 2>/dev/null)" = "$stamp" ]; then
   exit 0
 fi
-[ -d $googletest ] || fail "$googletest is missing; packaging/setup.sh installs it"
+[ -d $googletest ] || fail "$googletest is missing; tools/setup.sh installs it"
 fetch_sources
 echo "deps: building libebml, libmatroska and GoogleTest for $preset"
 logged "$preset" "the libraries for $preset could not be built" build_all

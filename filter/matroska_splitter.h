@@ -22,7 +22,7 @@
 #include "pins/output/segment_gate.h"
 #include "scanner/ebml_scanner.h"
 #include "scanner/matroska_callback.h"
-#include "scanner/read_ahead_reader.h"
+#include "scanner/source/read_ahead_reader.h"
 
 namespace tarvex {
 

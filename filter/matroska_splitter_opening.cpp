@@ -8,7 +8,7 @@
 #include "framework/com_boundary.h"
 #include "framework/log.h"
 #include "framework/message_error.h"
-#include "scanner/read_ahead_reader.h"
+#include "scanner/source/read_ahead_reader.h"
 
 namespace tarvex {
 

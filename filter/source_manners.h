@@ -1,7 +1,7 @@
 // What is known of the filter that a stream is read from, by its class. Free function; the thread that connects.
 #pragma once
 
-#include "scanner/read_ahead_reader.h"
+#include "scanner/source/read_ahead_reader.h"
 
 namespace tarvex {
 

@@ -1,7 +1,7 @@
 // Composition of stream names.
 #include "filter/stream_name.h"
 
-#include "pins/creator/language_table.h"
+#include "pins/formats/language_table.h"
 
 namespace tarvex {
 

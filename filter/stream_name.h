@@ -2,7 +2,7 @@
 #pragma once
 
 #include "framework/text_conversion.h"
-#include "pins/track_pin_info.h"
+#include "pins/formats/track_pin_info.h"
 
 namespace tarvex {
 

@@ -8,10 +8,10 @@
 #include "framework/message_error.h"
 #include "fuzz/targets.h"
 #include "pins/creator/out_pins_creator.h"
-#include "pins/h264_form.h"
+#include "pins/formats/h264_form.h"
 #include "pins/output/annex_b_converter.h"
 #include "scanner/ebml_scanner.h"
-#include "scanner/read_ahead_reader.h"
+#include "scanner/source/read_ahead_reader.h"
 #include "tests/support/ebml_writer.h"
 #include "tests/support/memory_reader.h"
 

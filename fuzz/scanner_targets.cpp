@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "fuzz/targets.h"
-#include "scanner/index_search.h"
+#include "scanner/index/index_search.h"
 #include "tests/damage/whole_scan.h"
 #include "tests/support/memory_reader.h"
 

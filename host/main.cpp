@@ -3,12 +3,12 @@
 #include <memory>
 #include <new>
 
-#include "host/com_apartment.h"
-#include "host/command_line.h"
-#include "host/console.h"
-#include "host/crash_report.h"
-#include "host/file_name_text.h"
-#include "host/host_error.h"
+#include "host/commands/command_line.h"
+#include "host/system/com_apartment.h"
+#include "host/system/console.h"
+#include "host/system/crash_report.h"
+#include "host/system/file_name_text.h"
+#include "host/system/host_error.h"
 
 #include <shellapi.h>
 

@@ -14,12 +14,12 @@
 
 #include "framework/log.h"
 #include "framework/message_error.h"
-#include "scanner/chapter_reader.h"
-#include "scanner/cluster_delivery.h"
-#include "scanner/cluster_index.h"
-#include "scanner/cue_index.h"
-#include "scanner/index_search.h"
-#include "scanner/track_reader.h"
+#include "scanner/file/chapter_reader.h"
+#include "scanner/file/track_reader.h"
+#include "scanner/frames/cluster_delivery.h"
+#include "scanner/index/cluster_index.h"
+#include "scanner/index/cue_index.h"
+#include "scanner/index/index_search.h"
 
 namespace tarvex {
 

@@ -14,18 +14,18 @@
 #include <vector>
 
 #include "framework/platform/platform.h"
-#include "scanner/async_callback.h"
-#include "scanner/chapter_entry.h"
-#include "scanner/cluster_search.h"
-#include "scanner/element_walker.h"
-#include "scanner/frame_decoder.h"
-#include "scanner/frame_info.h"
-#include "scanner/heap.h"
-#include "scanner/known_clusters.h"
+#include "scanner/elements/element_walker.h"
+#include "scanner/elements/heap.h"
+#include "scanner/file/chapter_entry.h"
+#include "scanner/file/matroska_info.h"
+#include "scanner/frames/frame_decoder.h"
+#include "scanner/frames/frame_info.h"
+#include "scanner/index/cluster_search.h"
+#include "scanner/index/known_clusters.h"
+#include "scanner/index/search_reach.h"
+#include "scanner/index/seek_point.h"
 #include "scanner/matroska_callback.h"
-#include "scanner/matroska_info.h"
-#include "scanner/search_reach.h"
-#include "scanner/seek_point.h"
+#include "scanner/source/async_callback.h"
 
 namespace tarvex {
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-#include "scanner/frame_info.h"
+#include "scanner/frames/frame_info.h"
 
 namespace tarvex {
 

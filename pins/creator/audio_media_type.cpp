@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "framework/log.h"
-#include "pins/creator/media_guids.h"
 #include "pins/creator/track_elements.h"
-#include "pins/creator/xiph_lacing.h"
-#include "scanner/heap.h"
+#include "pins/formats/media_guids.h"
+#include "pins/formats/xiph_lacing.h"
+#include "scanner/elements/heap.h"
 
 namespace tarvex {
 

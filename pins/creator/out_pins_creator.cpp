@@ -9,16 +9,16 @@
 #include "framework/log.h"
 #include "framework/message_error.h"
 #include "pins/creator/audio_media_type.h"
-#include "pins/creator/language_table.h"
 #include "pins/creator/refused_track.h"
 #include "pins/creator/subtitle_media_type.h"
 #include "pins/creator/track_elements.h"
 #include "pins/creator/video_media_type.h"
-#include "pins/h264_form.h"
+#include "pins/formats/h264_form.h"
+#include "pins/formats/language_table.h"
 #include "pins/output/matroska_audio_pin.h"
 #include "pins/output/matroska_subtitle_pin.h"
 #include "pins/output/matroska_video_pin.h"
-#include "scanner/heap.h"
+#include "scanner/elements/heap.h"
 
 namespace tarvex {
 

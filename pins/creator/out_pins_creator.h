@@ -8,7 +8,7 @@
 
 #include "pins/creator/pin_owner.h"
 #include "pins/creator/track_choice.h"
-#include "pins/track_pin_info.h"
+#include "pins/formats/track_pin_info.h"
 
 namespace tarvex {
 

@@ -5,9 +5,9 @@
 #include <cstddef>
 
 #include "framework/log.h"
-#include "pins/creator/media_guids.h"
 #include "pins/creator/track_elements.h"
-#include "scanner/heap.h"
+#include "pins/formats/media_guids.h"
+#include "scanner/elements/heap.h"
 
 namespace tarvex {
 

@@ -6,7 +6,7 @@
 #include <map>
 #include <string_view>
 
-#include "pins/track_pin_info.h"
+#include "pins/formats/track_pin_info.h"
 
 namespace tarvex {
 

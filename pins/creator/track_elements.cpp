@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "framework/message_error.h"
-#include "scanner/heap.h"
+#include "scanner/elements/heap.h"
 
 namespace tarvex {
 

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "framework/message_error.h"
-#include "pins/creator/avcc.h"
-#include "pins/creator/bitmap_header.h"
-#include "pins/creator/media_guids.h"
 #include "pins/creator/track_elements.h"
-#include "scanner/heap.h"
+#include "pins/formats/avcc.h"
+#include "pins/formats/bitmap_header.h"
+#include "pins/formats/media_guids.h"
+#include "scanner/elements/heap.h"
 
 namespace tarvex {
 

@@ -8,7 +8,7 @@
 
 #include "framework/big_endian.h"
 #include "framework/message_error.h"
-#include "pins/creator/media_guids.h"
+#include "pins/formats/media_guids.h"
 
 namespace tarvex {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "framework/media_type.h"
-#include "scanner/frame_info.h"
+#include "scanner/frames/frame_info.h"
 
 namespace tarvex {
 

@@ -5,7 +5,7 @@
 
 #include "framework/com_boundary.h"
 #include "framework/log.h"
-#include "pins/h264_form.h"
+#include "pins/formats/h264_form.h"
 #include "scanner/limits.h"
 
 namespace tarvex {

@@ -13,11 +13,11 @@
 #include "framework/base_output_pin.h"
 #include "framework/critical_section.h"
 #include "framework/output_queue.h"
+#include "pins/formats/track_pin_info.h"
 #include "pins/output/pin_host.h"
 #include "pins/output/sample_buffer.h"
 #include "pins/output/segment_gate.h"
-#include "pins/track_pin_info.h"
-#include "scanner/frame_info.h"
+#include "scanner/frames/frame_info.h"
 
 namespace tarvex {
 

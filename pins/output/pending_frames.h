@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "framework/platform/platform.h"
-#include "scanner/frame_info.h"
+#include "scanner/frames/frame_info.h"
 
 namespace tarvex {
 

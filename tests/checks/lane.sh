@@ -7,7 +7,7 @@ set -eu
 folder=${1:?usage: tests/checks/lane.sh FOLDER}
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/../.." && pwd)
 cd "$root"
-. "$root/packaging/build.sh"
+. "$root/tools/build.sh"
 
 while read -r name command; do
   code=0

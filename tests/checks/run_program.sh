@@ -16,7 +16,7 @@ run() {
   case $preset in
     windows-*)
       # The report is written by a Windows program, to a path as Wine shows it.
-      . "$root/packaging/wine.sh"
+      . "$root/tools/wine.sh"
       [ "$preset" != windows-x86 ] || use_wine 32
       run_wine "$seconds" "$(windows_path "$root/build/$preset/tests/$program")" "--gtest_output=json:Z:$output.json"
       ;;

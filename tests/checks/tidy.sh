@@ -20,11 +20,11 @@ arguments="-std=c++20 -I$PWD -I$PWD/include -isystem $PWD/build/deps/$preset/inc
 case $preset in
   native)
     arguments="$arguments -DTARVEX_DEBUG_CHECKS=1"
-    units='scanner/*.cpp
+    units='scanner/*.cpp scanner/*/*.cpp
       framework/*.cpp framework/platform/*.cpp framework/platform/linux/*.cpp
       pins/output/[a-o]*.cpp
       filter/*.cpp
-      pins/output/[p-z]*.cpp pins/*.cpp pins/creator/*.cpp'
+      pins/output/[p-z]*.cpp pins/formats/*.cpp pins/creator/*.cpp'
     ;;
   windows-x64)
     # clang knows the target but not where Debian keeps the cross compiler's headers.
@@ -33,8 +33,8 @@ case $preset in
     arguments="$arguments --target=x86_64-w64-mingw32 -nostdinc++ -isystem $library
       -isystem $library/x86_64-w64-mingw32 -isystem /usr/x86_64-w64-mingw32/include
       -DUNICODE -D_UNICODE -DNOMINMAX -D_WIN32_WINNT=0x0601 -DTARVEX_VERSION=\"0\""
-    units='host/[a-m]*.cpp
-      host/[n-z]*.cpp
+    units='host/*.cpp host/commands/*.cpp host/system/*.cpp
+      host/graph/*.cpp host/report/*.cpp
       module/*.cpp pages/*.cpp framework/platform/windows/*.cpp
       examples/*.cpp'
     ;;

@@ -8,7 +8,7 @@ programs32='registration_test contract_test corpus_test seeking_test stop_test p
 
 # What the build of the 32-bit module takes besides, where it can be run.
 targets32() {
-  ! packaging/root32.sh allowed >/dev/null || echo "render_file $programs32"
+  ! tools/root32.sh allowed >/dev/null || echo "render_file $programs32"
 }
 
 # As run_program.sh takes them; an emulated program is slower than the limit was meant for.
@@ -21,11 +21,11 @@ list_programs32() {
 
 # After the build of the 32-bit module; needs the packages and the movies of the 64-bit tests.
 test_32_bits() {
-  if ! reason=$(packaging/root32.sh allowed); then
+  if ! reason=$(tools/root32.sh allowed); then
     skip '32 bits' "$reason"
     return 0
   fi
-  check '32-bit root' packaging/root32.sh make
+  check '32-bit root' tools/root32.sh make
   use_wine 32
   check '32-bit prefix' make_prefix
   check 'register the 32-bit module' register_module "$root/build/windows-x86/tarvex.dll"

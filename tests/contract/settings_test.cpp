@@ -1,6 +1,6 @@
 // IModuleConfig: parameters, and the settings saved with a graph.
 #include "include/tarvex/module_config.h"
-#include "pins/creator/media_guids.h"
+#include "pins/formats/media_guids.h"
 #include "tests/contract/contract_fixture.h"
 #include "tests/contract/memory_stream.h"
 

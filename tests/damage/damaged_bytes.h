@@ -5,7 +5,7 @@
 #include <random>
 #include <vector>
 
-#include "scanner/element_header.h"
+#include "scanner/elements/element_header.h"
 
 namespace tarvex::test {
 

@@ -10,7 +10,7 @@
 #include "framework/message_error.h"
 #include "pins/creator/out_pins_creator.h"
 #include "pins/output/annex_b_converter.h"
-#include "scanner/read_ahead_reader.h"
+#include "scanner/source/read_ahead_reader.h"
 
 namespace tarvex::test {
 namespace {

@@ -1,10 +1,10 @@
 // What goes to the terminal and what comes from the command line: escaping, file names, times.
 #include <gtest/gtest.h>
 
-#include "host/file_name_text.h"
-#include "host/text_escape.h"
-#include "host/text_table.h"
-#include "host/time_text.h"
+#include "host/report/text_table.h"
+#include "host/report/time_text.h"
+#include "host/system/file_name_text.h"
+#include "host/system/text_escape.h"
 
 namespace tarvex::host {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "host/exit_code.h"
+#include "host/system/exit_code.h"
 #include "tests/host/host_process.h"
 
 namespace tarvex::host::test {

@@ -6,7 +6,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "host/file_handle.h"
+#include "host/system/file_handle.h"
 #include "tests/support/source_dir.h"
 
 namespace tarvex::host::test {

@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "framework/media_type.h"
-#include "host/media_type_text.h"
-#include "pins/creator/media_guids.h"
+#include "host/report/media_type_text.h"
+#include "pins/formats/media_guids.h"
 
 namespace tarvex::host {
 namespace {

@@ -6,7 +6,7 @@
 #include <regex>
 #include <sstream>
 
-#include "host/checksum.h"
+#include "host/report/checksum.h"
 #include "tests/host/host_process.h"
 
 namespace tarvex::host::test {

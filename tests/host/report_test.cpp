@@ -6,11 +6,11 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "host/checksum.h"
-#include "host/dump_report.h"
-#include "host/info_report.h"
-#include "host/play_report.h"
-#include "host/text_escape.h"
+#include "host/report/checksum.h"
+#include "host/report/dump_report.h"
+#include "host/report/info_report.h"
+#include "host/report/play_report.h"
+#include "host/system/text_escape.h"
 
 namespace tarvex::host {
 namespace {

@@ -1,8 +1,8 @@
 // Which stream, chapter and action a user means by an option or a key.
 #include <gtest/gtest.h>
 
-#include "host/player_key.h"
-#include "host/stream_choice.h"
+#include "host/report/stream_choice.h"
+#include "host/system/player_key.h"
 
 namespace tarvex::host {
 namespace {

@@ -15,7 +15,7 @@ set -eu
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/../.." && pwd)
 step=${1:?usage: tests/packages/installed.sh prefix|installer|actions|upgrade|zip|pages|end [x86]}
 arch=${2:-x64}
-. "$root/packaging/wine.sh"
+. "$root/tools/wine.sh"
 . "$root/packaging/addresses.sh"
 [ "$arch" = x64 ] || use_wine 32
 WINEPREFIX=$root/build/wine-packages-$arch

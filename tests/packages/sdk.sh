@@ -5,7 +5,7 @@
 set -eu
 
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/../.." && pwd)
-. "$root/packaging/wine.sh"
+. "$root/tools/wine.sh"
 work="$root/build/sdk test"
 triplet=x86_64-w64-mingw32
 

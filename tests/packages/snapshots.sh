@@ -16,11 +16,25 @@ package_of() {
   echo "$1"
 }
 
+# Once in some thousand starts Wine's loader ends before the program is there, when a server ends at that
+# moment. The export only reads, so it is made again, and said.
+export_registry() {
+  for attempt in 1 2 3; do
+    rm -f "$kept/registry.reg"
+    if run_wine 120 regedit /E "$(windows_path "$kept/registry.reg")" && [ -s "$kept/registry.reg" ]; then
+      return 0
+    else
+      echo "packages: regedit ended with $? (attempt $attempt)" >&2
+    fi
+    sleep 2
+  done
+  fail 'the registry could not be exported'
+}
+
 # One line for each key and each value, the value with its key before it. What Wine notes down about the
 # machine is left out.
 registry_lines() {
-  rm -f "$kept/registry.reg"
-  run_wine 60 regedit /E "$(windows_path "$kept/registry.reg")" || fail 'the registry could not be exported'
+  export_registry
   iconv -f UTF-16 -t UTF-8 "$kept/registry.reg" | awk '
     { sub(/\r$/, "") }
     continued { sub(/^ +/, ""); $0 = line $0 }

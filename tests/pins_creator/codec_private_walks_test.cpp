@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "framework/message_error.h"
-#include "pins/creator/avcc.h"
-#include "pins/creator/bitmap_header.h"
 #include "pins/creator/track_elements.h"
-#include "pins/creator/xiph_lacing.h"
+#include "pins/formats/avcc.h"
+#include "pins/formats/bitmap_header.h"
+#include "pins/formats/xiph_lacing.h"
 
 namespace tarvex::test {
 namespace {

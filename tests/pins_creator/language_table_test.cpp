@@ -1,5 +1,5 @@
 // The language table as generated, and its lookups.
-#include "pins/creator/language_table.h"
+#include "pins/formats/language_table.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // Frames with start codes: every length size, damaged units, and parameter sets that lie about themselves.
 #include <gtest/gtest.h>
 
-#include "pins/creator/media_guids.h"
-#include "pins/h264_form.h"
+#include "pins/formats/h264_form.h"
+#include "pins/formats/media_guids.h"
 #include "pins/output/annex_b_converter.h"
 
 namespace tarvex::test {

@@ -1,7 +1,7 @@
 #include "tests/playback/plain_format_filter.h"
 
-#include "host/tap_input_pin.h"
-#include "host/tap_output_pin.h"
+#include "host/graph/tap_input_pin.h"
+#include "host/graph/tap_output_pin.h"
 
 // After windows.h, which it depends on.
 #include <dvdmedia.h>

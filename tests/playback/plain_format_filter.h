@@ -2,7 +2,7 @@
 // pictures with a VIDEOINFOHEADER2; these decoders take a VIDEOINFOHEADER only. The samples pass unchanged.
 #pragma once
 
-#include "host/tap_filter.h"
+#include "host/graph/tap_filter.h"
 
 namespace tarvex::test {
 

@@ -1,5 +1,5 @@
 // The byte source: seeks, short reads, and its texts.
-#include "scanner/async_callback.h"
+#include "scanner/source/async_callback.h"
 
 #include <gtest/gtest.h>
 

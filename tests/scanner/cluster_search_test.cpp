@@ -11,7 +11,7 @@
 #include <random>
 
 #include "framework/com_ptr.h"
-#include "scanner/read_ahead_reader.h"
+#include "scanner/source/read_ahead_reader.h"
 #include "tests/scanner/generated_file.h"
 #include "tests/scanner/recording.h"
 #include "tests/support/source_dir.h"

@@ -1,5 +1,5 @@
 // Content decoding: what the corpus does not hold, and the texts.
-#include "scanner/frame_decoder.h"
+#include "scanner/frames/frame_decoder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Reading ahead on another thread: long streams read on, through the read-ahead reader.
-#include "scanner/prefetcher.h"
+#include "scanner/source/prefetcher.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <random>
 #include <thread>
 
-#include "scanner/read_ahead_reader.h"
+#include "scanner/source/read_ahead_reader.h"
 #include "tests/support/ebml_writer.h"
 #include "tests/support/memory_reader.h"
 

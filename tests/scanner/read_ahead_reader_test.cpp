@@ -1,4 +1,4 @@
-#include "scanner/read_ahead_reader.h"
+#include "scanner/source/read_ahead_reader.h"
 
 #include <gtest/gtest.h>
 

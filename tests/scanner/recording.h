@@ -7,7 +7,7 @@
 
 #include "framework/message_error.h"
 #include "scanner/ebml_scanner.h"
-#include "scanner/read_ahead_reader.h"
+#include "scanner/source/read_ahead_reader.h"
 #include "tests/support/ebml_writer.h"
 #include "tests/support/memory_reader.h"
 

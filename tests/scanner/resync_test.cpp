@@ -9,8 +9,8 @@
 
 #include <random>
 
-#include "scanner/element_header.h"
-#include "scanner/element_walker.h"
+#include "scanner/elements/element_header.h"
+#include "scanner/elements/element_walker.h"
 #include "tests/scanner/recording.h"
 
 namespace tarvex::test {

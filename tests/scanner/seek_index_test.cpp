@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
-#include "scanner/index_search.h"
+#include "scanner/index/index_search.h"
 #include "tests/scanner/recording.h"
 #include "tests/support/digest.h"
 #include "tests/support/source_dir.h"

@@ -1,0 +1,66 @@
+// The end of a stream that no renderer takes: a filter with one input pin that accepts everything, shows
+// it to an observer and lets it go at once. Made by the commands, owned by them and the graph.
+// It offers seeking only where that is wanted: a graph that finds some reads the stop position when it runs,
+// and with that the splitter ends where the file says it does, even if there is more.
+#pragma once
+
+#include <memory>
+
+#include "framework/base_filter.h"
+#include "framework/base_input_pin.h"
+#include "framework/owned_pin.h"
+#include "host/graph/sample_observer.h"
+#include "host/graph/seeking_pass_thru.h"
+
+namespace tarvex::host {
+
+class CSinkPin;
+
+enum class SinkSeeking { kNone, kOffered };
+
+class CSinkFilter : public CBaseFilter, public IAMFilterMiscFlags {
+ public:
+  explicit CSinkFilter(std::shared_ptr<SampleObserver> observer, SinkSeeking seeking = SinkSeeking::kNone);
+  ~CSinkFilter() override;
+
+  HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    return CBaseFilter::QueryInterface(iid, out);
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return CBaseFilter::AddRef(); }
+  ULONG STDMETHODCALLTYPE Release() override { return CBaseFilter::Release(); }
+
+  /// Marks this filter as one whose end of stream the graph waits for.
+  ULONG STDMETHODCALLTYPE GetMiscFlags() override { return AM_FILTER_MISC_FLAGS_IS_RENDERER; }
+
+  HRESULT STDMETHODCALLTYPE Run(REFERENCE_TIME tStart) override;
+  HRESULT STDMETHODCALLTYPE Pause() override;
+  HRESULT STDMETHODCALLTYPE Stop() override;
+
+  int GetPinCount() override { return 1; }
+  CBasePin* GetPin(int index) override;
+
+  ComPtr<IPin> Input() const;
+
+ private:
+  friend class CSinkPin;
+
+  /// On the streaming thread.
+  void EndReached();
+  void ForgetEnd();
+  void NotifyEnd();
+
+  CCritSec m_filterLock{"host CSinkFilter", LockRank::kLastFilter};
+
+  // A renderer reports its end only while it runs; one that comes earlier is reported by Run.
+  CCritSec m_endLock{"host CSinkFilter end", LockRank::kVisited};
+  bool m_ended = false;     // under m_endLock
+  bool m_running = false;   // under m_endLock
+  bool m_notified = false;  // under m_endLock
+
+  const SinkSeeking m_offered;
+  OwnedPin<CSinkPin> m_pin;
+  CSeekingPassThru m_seeking;
+};
+
+}  // namespace tarvex::host

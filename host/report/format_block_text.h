@@ -1,0 +1,17 @@
+// The decoders of the format blocks, one for each form. Each reads text.block, appends to text.fields and
+// writes text.summary; false when the block is too short for its form. Free functions; any thread.
+#pragma once
+
+#include "host/report/media_type_text.h"
+
+namespace tarvex::host {
+
+bool DecodeVideoInfo(MediaTypeText& text);
+bool DecodeVideoInfo2(MediaTypeText& text);
+bool DecodeMpeg1VideoInfo(MediaTypeText& text);
+bool DecodeMpeg2VideoInfo(MediaTypeText& text);
+bool DecodeWaveFormat(MediaTypeText& text);
+bool DecodeVorbisFormat(MediaTypeText& text);
+bool DecodeSubtitleInfo(MediaTypeText& text);
+
+}  // namespace tarvex::host

@@ -1,0 +1,23 @@
+// COM for the main thread, from construction to destruction. Every COM object of the thread must be gone
+// before this is.
+#pragma once
+
+#include "framework/platform/platform.h"
+#include "host/system/host_error.h"
+#include "host/system/result_text.h"
+
+namespace tarvex::host {
+
+class CComApartment {
+ public:
+  /// Single-threaded, as windows that live on this thread need it. Throws HostError.
+  CComApartment() {
+    const HRESULT result = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    if (FAILED(result)) throw HostError(ExitCode::kInternal, "COM does not start: " + ResultText(result));
+  }
+  ~CComApartment() { CoUninitialize(); }
+  CComApartment(const CComApartment&) = delete;
+  CComApartment& operator=(const CComApartment&) = delete;
+};
+
+}  // namespace tarvex::host

@@ -1,0 +1,102 @@
+// Walking a stream's elements: the steps that every part of the scanner shares. Made by the scanner for
+// one piece of work on its stream; owns nothing of it. Runs on the thread that drives the scanner.
+#pragma once
+
+#include <ebml/EbmlElement.h>
+#include <ebml/EbmlMaster.h>
+#include <ebml/EbmlStream.h>
+#include <matroska/KaxCluster.h>
+#include <matroska/KaxSegment.h>
+
+#include <cstdint>
+#include <memory>
+
+#include "scanner/elements/element_search.h"
+#include "scanner/elements/master_reader.h"
+#include "scanner/source/async_callback.h"
+
+namespace tarvex {
+
+/// The element as a `T`, or null when it is of another kind.
+template <class T>
+T* ElementAs(libebml::EbmlElement* element) {
+  return element != nullptr && libebml::EbmlId(*element) == EBML_ID(T) ? static_cast<T*>(element) : nullptr;
+}
+template <class T>
+const T* ElementAs(const libebml::EbmlElement* element) {
+  return element != nullptr && libebml::EbmlId(*element) == EBML_ID(T) ? static_cast<const T*>(element) : nullptr;
+}
+
+/// Every walk moves forward and ends at the end of the stream at the latest, whatever the stream holds.
+class CElementWalker {
+ public:
+  CElementWalker(libebml::EbmlStream& stream, CAsyncCallback& source) : m_stream(stream), m_source(source) {}
+  CElementWalker(const CElementWalker&) = delete;
+  CElementWalker& operator=(const CElementWalker&) = delete;
+
+  /// The next element below `parent` from the current position on, positioned at its data. What is
+  /// unknown there, and voids, are passed byte by byte. Null at the end of the stream, and in front of an
+  /// element that belongs further up, where the position then is as it was.
+  ElementPtr FindNextChild(const libebml::EbmlElement& parent);
+
+  /// Reads a master with all below it, as far as the limits. Positions at the element that ended it, if
+  /// one did.
+  void ReadMaster(libebml::EbmlMaster& element);
+  /// As ReadMaster, but shows each child in turn instead of keeping it. When the visitor has seen enough, the
+  /// position is somewhere.
+  void ReadEachChild(libebml::EbmlMaster& element, CMasterReader::Frames frames, const CMasterReader::Visitor& visit);
+
+  /// As ReadEachChild, for a list in a header: what it may have is limited.
+  void ReadEntries(libebml::EbmlMaster& list, const CMasterReader::DataLimits& limits, CElementVisitor& visitor);
+
+  /// Moves behind an element's data. One that ends behind the stream is not moved behind; one of unknown
+  /// size ends at the first element that belongs further up.
+  void Skip(libebml::EbmlElement& element);
+
+  /// The first Segment, positioned at its data; null when the stream is not EBML or has none.
+  std::unique_ptr<libmatroska::KaxSegment> FindSegment();
+
+  /// The next Cluster, positioned at its data; null when there is none.
+  std::unique_ptr<libmatroska::KaxCluster> FindNextCluster(const libmatroska::KaxSegment& segment);
+
+  /// Where the SeekHead says that an element is, as a file offset; 0 when it does not. The position must
+  /// be the Segment's data, whose first child the SeekHead has to be.
+  std::uint64_t SeekHeadPosition(const libmatroska::KaxSegment& segment, const libebml::EbmlId& id);
+
+  /// The `T` that is the next element from `position` on, positioned at its data, or null.
+  template <class T>
+  std::unique_ptr<T> FindAt(const libmatroska::KaxSegment& segment, std::uint64_t position) {
+    MoveTo(position);
+    ElementPtr element = FindNextChild(segment);
+    T* found = ElementAs<T>(element.get());
+    if (found == nullptr) return nullptr;
+    static_cast<void>(element.release());
+    return std::unique_ptr<T>(found);
+  }
+
+  /// The bytes from `position` on, as CByteWindow::From; valid until the next call of any kind.
+  std::span<const std::uint8_t> Bytes(std::uint64_t position, std::size_t atLeast, std::size_t chunk) {
+    return m_window.From(position, atLeast, chunk);
+  }
+  /// The element is of known size and ends within the stream.
+  bool IsWhole(const libebml::EbmlElement& element) const {
+    return element.IsFiniteSize() && element.GetEndPosition() <= m_source.Length();
+  }
+
+  std::uint64_t Position() { return m_source.getFilePointer(); }
+  /// A position behind the end of the stream is refused silently.
+  void MoveTo(std::uint64_t position) { m_source.setFilePointer(static_cast<std::int64_t>(position)); }
+
+ private:
+  void SkipUnknownSize(libebml::EbmlElement& element);
+  std::uint64_t DataPosition(const FoundElement& found) const;
+  CElementSearch SearchBelow(const libebml::EbmlElement& parent);
+
+  libebml::EbmlStream& m_stream;
+  CAsyncCallback& m_source;
+  CByteWindow m_window{m_source};
+  CKnownIdTables m_ids;
+  CMasterReader m_masterReader{m_source, m_window, m_ids};
+};
+
+}  // namespace tarvex

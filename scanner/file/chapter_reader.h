@@ -1,0 +1,17 @@
+// Turning a Chapters element into a flat list. A free function; runs while a file is opened.
+#pragma once
+
+#include <matroska/KaxChapters.h>
+
+#include <vector>
+
+#include "scanner/elements/element_walker.h"
+#include "scanner/file/chapter_entry.h"
+
+namespace tarvex {
+
+/// The atoms of the first edition of `chapters`, at whose data `walker` stands; nested atoms stand before the one they
+/// belong to. As many as are allowed.
+std::vector<ScannedChapter> ReadChapters(CElementWalker& walker, libmatroska::KaxChapters& chapters);
+
+}  // namespace tarvex

@@ -1,0 +1,44 @@
+// A view of the stream's bytes for looking at many positions in a row. Used on the thread that drives
+// the scanner; moves the byte source's position.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+
+#include "scanner/source/async_callback.h"
+
+namespace tarvex {
+
+class CByteWindow {
+ public:
+  explicit CByteWindow(CAsyncCallback& source) : m_source(source) {}
+
+  /// The bytes from `position` on: at least `atLeast` of them, unless the stream ends before. When they
+  /// have to be read, `chunk` are, if that many can be. One zero byte counts as following the stream, as the
+  /// byte source gives it. Valid until bytes are read again.
+  std::span<const std::uint8_t> From(std::uint64_t position, std::size_t atLeast, std::size_t chunk);
+
+  /// These bytes of the stream when all of them have been read; nothing else is done. Valid as From's.
+  std::optional<std::span<const std::uint8_t>> Loaded(std::uint64_t position, std::uint64_t size) const;
+
+  /// Forgets what was read: the stream may be another one by now.
+  void Clear() { m_size = 0; }
+
+ private:
+  void Load(std::uint64_t position, std::size_t atLeast, std::size_t chunk);
+  void MakeRoom(std::size_t size);
+  bool Borrow(std::uint64_t position, std::size_t atLeast, std::size_t wanted);
+
+  CAsyncCallback& m_source;
+  std::unique_ptr<std::uint8_t[]> m_own;
+  std::size_t m_capacity = 0;               // of our own memory
+  const std::uint8_t* m_bytes = nullptr;    // there, or borrowed from the source
+  std::optional<std::uint64_t> m_borrowed;  // the source's number for that
+  std::size_t m_size = 0;                   // bytes that are there
+  std::uint64_t m_start = 0;                // stream position of the first
+};
+
+}  // namespace tarvex

@@ -1,0 +1,146 @@
+#include "scanner/source/prefetcher.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "framework/com_boundary.h"
+
+namespace tarvex {
+
+CPrefetcher::CPrefetcher(IAsyncReader* upstream, LONG size) : m_upstream(upstream), m_size(size) {}
+
+CPrefetcher::~CPrefetcher() {
+  if (!m_thread) return;
+  bool isReading = false;
+  {
+    const CAutoLock hold(m_lock);
+    m_ends = true;
+    m_changed.WakeAll();
+    isReading = m_isReading;
+  }
+  // It may be one that only a flush ends.
+  if (isReading) m_upstream->BeginFlush();
+  m_thread.Join();
+  if (isReading) m_upstream->EndFlush();
+}
+
+CPrefetcher::Memory CPrefetcher::TakeMemory() noexcept {
+  const auto spare = std::ranges::find_if(m_spares, [](const Memory& memory) { return memory != nullptr; });
+  if (spare != m_spares.end()) return std::move(*spare);
+  return Memory(new (std::nothrow) BYTE[2 * static_cast<std::size_t>(m_size)]);
+}
+
+void CPrefetcher::Return(Memory memory) noexcept {
+  const CAutoLock hold(m_lock);
+  PutBack(std::move(memory));
+}
+
+void CPrefetcher::PutBack(Memory memory) noexcept {
+  const auto place = std::ranges::find_if(m_spares, [](const Memory& other) { return other == nullptr; });
+  if (place != m_spares.end()) *place = std::move(memory);
+}
+
+void CPrefetcher::Forget() noexcept {
+  while (m_count != 0) PutBack(std::move(m_pieces[--m_count].memory));
+  m_isOn = false;
+  m_isStale = m_isReading;
+  m_isClaimed = false;
+}
+
+// Not while a read of something else takes its time: then who wants a piece is sooner done with it himself.
+bool CPrefetcher::IsComing(LONGLONG position) const noexcept {
+  return m_isOn && !m_isStale && m_first == position && m_first < m_end && !IsFirstThere();
+}
+
+void CPrefetcher::Follow(LONGLONG position, LONGLONG end) noexcept {
+  const CAutoLock hold(m_lock);
+  if (m_flushing || (!m_thread && FAILED(m_thread.Start([this] { Run(); })))) return;
+  if (!m_isOn || m_first != position) {
+    Forget();
+    m_first = m_next = position;
+    m_isOn = true;
+  }
+  m_end = end;
+  if (MayRead()) m_changed.WakeAll();
+}
+
+bool CPrefetcher::IsReading(LONGLONG position) const {
+  const CAutoLock hold(m_lock);
+  return IsComing(position);
+}
+
+bool CPrefetcher::Take(LONGLONG position, Piece& piece) {
+  const CAutoLock hold(m_lock);
+  m_changed.WaitUntil(m_lock, INFINITE, [&] { return !IsComing(position); });
+  if (!IsFirstThere() || m_first != position) return false;
+  piece = std::exchange(m_pieces.front(), {});
+  std::rotate(m_pieces.begin(), m_pieces.begin() + 1, m_pieces.end());
+  --m_count;
+  m_first += piece.bytes;
+  m_changed.WakeAll();
+  return true;
+}
+
+void CPrefetcher::SetFlushing(bool on) noexcept {
+  const CAutoLock hold(m_lock);
+  m_flushing = on;
+  if (!on) return;
+  Forget();  // whoever flushes mostly goes on elsewhere, and what blocked may block again
+  m_changed.WakeAll();
+}
+
+void CPrefetcher::Run() {
+  const CAutoLock hold(m_lock);
+  for (;;) {
+    m_changed.WaitUntil(m_lock, INFINITE, [this] { return m_ends || MayRead(); });
+    if (m_ends) return;
+    ReadOne();
+    m_changed.WakeAll();
+  }
+}
+
+CPrefetcher::Piece CPrefetcher::Next() noexcept {
+  Piece piece{TakeMemory(), m_next, static_cast<LONG>(std::min<LONGLONG>(m_size, m_end - m_next))};
+  m_next += piece.bytes;
+  return piece;
+}
+
+void CPrefetcher::Keep(Piece piece) noexcept {
+  const auto end = m_pieces.begin() + static_cast<std::ptrdiff_t>(m_count++);
+  *end = std::move(piece);
+  if (m_count > 1 && end->position < (end - 1)->position) std::swap(*end, *(end - 1));
+}
+
+// With the lock, given up meanwhile.
+void CPrefetcher::ReadOne() {
+  Piece piece = Next();
+  m_isReading = true;
+  m_lock.Unlock();
+  const HRESULT result = ComBoundary(
+      [&] { return piece.memory ? m_upstream->SyncRead(piece.position, piece.bytes, BytesOf(piece)) : E_OUTOFMEMORY; });
+  m_lock.Lock();
+  m_isReading = false;
+  if (std::exchange(m_isStale, false)) return PutBack(std::move(piece.memory));
+  if (result == S_OK) return Keep(std::move(piece));
+  PutBack(std::move(piece.memory));
+  Forget();
+}
+
+bool CPrefetcher::Claim(LONGLONG position, Piece& piece) {
+  const CAutoLock hold(m_lock);
+  if (!IsComing(position) || Pieces() >= kPieces || m_next >= m_end) return false;
+  piece = Next();
+  m_isClaimed = true;
+  return true;
+}
+
+void CPrefetcher::Give(Piece piece, bool isRead) noexcept {
+  const CAutoLock hold(m_lock);
+  if (!std::exchange(m_isClaimed, false)) return PutBack(std::move(piece.memory));
+  if (isRead) return Keep(std::move(piece));
+  PutBack(std::move(piece.memory));
+  Forget();
+}
+
+}  // namespace tarvex

@@ -1,0 +1,103 @@
+// An IAsyncReader over another one that serves small reads from a window read ahead, and while a stream is read
+// from front to back reads the next window on another thread meanwhile. Made by the filter for the upstream reader
+// and given to the scanner. One thread at a time reads; the flush operations may come from any thread during a read.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+
+#include "framework/com_ptr.h"
+#include "framework/unknown.h"
+#include "scanner/source/prefetcher.h"
+
+namespace tarvex {
+
+/// How many calls of SyncRead at a time the reader below may get. One that is not known to lock what it reads gets one.
+enum class SourceReads { kOneAtATime, kSeveralAtATime };
+
+/// Gives the same bytes and results as the reader below. Between begin-flush and end-flush every new
+/// read fails with VFW_E_WRONG_STATE, since not every reader's own flush ends or refuses reads.
+class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
+ public:
+  static constexpr LONG kSmallestWindow = 4 * 1024;
+  static constexpr LONG kLargestWindow = 1024 * 1024;
+  /// QueryInterface for it gives the object itself, to code of this module.
+  static constexpr IID kClass = {0x6C2A7B1E, 0x52D4, 0x4B0E, {0x9C, 0x3A, 0x71, 0xE4, 0x0B, 0x5D, 0x86, 0x2F}};
+
+  /// `beforeRead`, if there is one, is called on the reading thread before each read below, which may take
+  /// its time.
+  explicit CReadAheadReader(IAsyncReader* upstream, SourceReads reads = SourceReads::kOneAtATime,
+                            std::function<void()> beforeRead = {});
+
+  HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
+
+  HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override;
+  /// What lies in the window from `position` on: at least so many bytes, which are read into it if need be, and then
+  /// as many as `wanted`, if it can hold them. Valid while WindowNumber stays the same. Nothing when they do not fit,
+  /// or cannot be had like this. For the reading thread.
+  std::span<const BYTE> Borrow(LONGLONG position, LONG atLeast, LONG wanted);
+  /// Changes whenever what lies in the window does.
+  std::uint64_t WindowNumber() const noexcept { return m_windowNumber; }
+  HRESULT STDMETHODCALLTYPE BeginFlush() override;
+  HRESULT STDMETHODCALLTYPE EndFlush() override;
+
+  // These are the reader's below.
+  HRESULT STDMETHODCALLTYPE RequestAllocator(IMemAllocator* pPreferred, ALLOCATOR_PROPERTIES* pProps,
+                                             IMemAllocator** ppActual) override;
+  HRESULT STDMETHODCALLTYPE Request(IMediaSample* pSample, DWORD_PTR dwUser) override;
+  HRESULT STDMETHODCALLTYPE WaitForNext(DWORD dwTimeout, IMediaSample** ppSample, DWORD_PTR* pdwUser) override;
+  HRESULT STDMETHODCALLTYPE SyncReadAligned(IMediaSample* pSample) override;
+  HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override;
+
+  /// Calls of SyncRead so far, and those it made below. For the reading thread.
+  std::uint64_t Reads() const noexcept { return m_reads; }
+  std::uint64_t UpstreamReads() const noexcept { return m_upstreamReads; }
+
+ private:
+  HRESULT ReadBelow(LONGLONG position, LONG length, BYTE* buffer);
+  HRESULT ReadMissing(LONGLONG position, LONG length, BYTE* buffer);
+  BYTE* Window() const noexcept { return m_memory.get() + m_windowOffset; }
+  LONG TakeFromWindow(LONGLONG position, LONG length, BYTE* buffer) const noexcept;
+  bool FillWindow(LONGLONG position, LONG atLeast);
+  bool ReadIntoWindow(LONG bytes);
+  bool Advance(LONGLONG from, LONG tail, LONG atLeast);
+  bool TakePrefetched(LONGLONG from, LONG tail);
+  void ReadAnother(LONGLONG position);
+  void PrefetchOn();
+  bool MoveToFront(LONGLONG from, LONG tail, LONG room);
+  bool HasInWindow(LONGLONG position, LONG length) const noexcept;
+  LONG BytesToAsk(LONGLONG position, LONG wanted);
+  LONG BytesAhead(LONGLONG position, LONG atLeast) const noexcept;
+  bool IsBroken(LONGLONG position) const noexcept { return position >= m_brokenBegin && position < m_brokenEnd; }
+  void AdaptWindow(LONGLONG position) noexcept;
+  bool SkipsLittle(LONGLONG position) const noexcept;
+
+  const SourceReads m_sourceReads;
+  const ComPtr<IAsyncReader> m_upstream;
+  const std::function<void()> m_beforeRead;
+  std::atomic<bool> m_flushing{false};
+
+  CPrefetcher m_prefetcher;
+
+  // The rest belongs to the reading thread.
+  std::unique_ptr<BYTE[]> m_memory;
+  LONG m_capacity = 0;         // bytes at m_memory
+  LONG m_windowOffset = 0;     // where the window begins in there
+  LONGLONG m_windowStart = 0;  // stream position of the first
+  LONG m_windowBytes = 0;      // valid ones
+  std::uint64_t m_windowNumber = 0;
+  LONG m_windowSize = kSmallestWindow;
+  LONG m_lastLength = 0;  // of the last read past the window, if that was the last of all
+  LONGLONG m_next = -1;   // where a sequential read would begin
+  bool m_sourceIsSlow = false;
+  LONGLONG m_knownEnd = 0;     // reads up to here are whole, as far as the reader said
+  LONGLONG m_brokenBegin = 0;  // of the last read ahead that failed
+  LONGLONG m_brokenEnd = 0;
+  std::uint64_t m_reads = 0;
+  std::uint64_t m_upstreamReads = 0;
+};
+
+}  // namespace tarvex
