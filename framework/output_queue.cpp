@@ -21,8 +21,7 @@ constexpr DWORD kLast = 100;
 
 }  // namespace
 
-COutputQueue::COutputQueue(IPin* input, HRESULT* result, bool autoMode, bool queue, LONG batchSize, bool batchExact,
-                           LONG listSize, int priority, bool flushingOpt) {
+COutputQueue::COutputQueue(IPin* input, HRESULT* result, LONG batchSize, LONG listSize) {
   if (input == nullptr || batchSize <= 0) {
     *result = input == nullptr ? E_POINTER : E_INVALIDARG;
     return;
@@ -32,11 +31,8 @@ COutputQueue::COutputQueue(IPin* input, HRESULT* result, bool autoMode, bool que
     *result = E_NOINTERFACE;
     return;
   }
-  const bool queued = autoMode ? memInput->ReceiveCanBlock() == S_OK : queue;
-  m_state = std::make_shared<State>(input, memInput.Get(),
-                                    State::Settings{queued, batchExact, flushingOpt, batchSize, listSize});
-  if (!queued) return;
-  const HRESULT hr = m_thread.Start([state = m_state] { state->Run(); }, priority);
+  m_state = std::make_shared<State>(input, memInput.Get(), batchSize, listSize);
+  const HRESULT hr = m_thread.Start([state = m_state] { state->Run(); });
   if (FAILED(hr)) *result = hr;
 }
 
@@ -106,22 +102,13 @@ HRESULT COutputQueue::Receive(IMediaSample* sample) {
   auto owner = ComPtr<IMediaSample>::Attach(sample);
   if (sample == nullptr) return E_POINTER;
   if (!m_state) return E_UNEXPECTED;
-  HRESULT hr = ComBoundary([&] { return m_state->PutSample(std::move(owner)); });
-  if (hr == S_OK && !m_state->IsQueued()) {
-    m_state->PassOnHere();
-    hr = m_state->Refusal();
-  }
-  return hr;
+  return ComBoundary([&] { return m_state->PutSample(std::move(owner)); });
 }
 
 HRESULT COutputQueue::Send(std::span<ComPtr<IMediaSample>> samples, Waking waking) {
   HRESULT hr = E_UNEXPECTED;
   if (m_state) hr = ComBoundary([&] { return m_state->PutReleased(samples, waking == Waking::kNow); });
   for (ComPtr<IMediaSample>& sample : samples) sample.Reset();
-  if (hr == S_OK && !m_state->IsQueued()) {
-    m_state->PassOnHere();
-    hr = m_state->Refusal();
-  }
   return hr;
 }
 
@@ -129,22 +116,8 @@ void COutputQueue::Wake() {
   if (m_state) m_state->WakeForWaiting();
 }
 
-HRESULT COutputQueue::ReceiveMultiple(IMediaSample** samples, LONG count, LONG* processed) {
-  HRESULT hr = S_OK;
-  LONG taken = 0;
-  for (LONG i = 0; i < count; ++i) {
-    const HRESULT one = Receive(samples[i]);
-    if (hr == S_OK) hr = one;
-    if (hr == S_OK) ++taken;
-  }
-  if (processed != nullptr) *processed = taken;
-  return hr;
-}
-
 void COutputQueue::SendAnyway() {
-  if (!m_state) return;
-  m_state->ReleaseBatch();
-  if (!m_state->IsQueued()) m_state->PassOnHere();
+  if (m_state) m_state->ReleaseBatch();
 }
 
 void COutputQueue::EOS() {
@@ -153,7 +126,6 @@ void COutputQueue::EOS() {
     m_state->PutEndOfStream();
     return S_OK;
   }));
-  if (!m_state->IsQueued()) m_state->PassOnHere();
 }
 
 void COutputQueue::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
@@ -162,7 +134,6 @@ void COutputQueue::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double 
     m_state->PutNewSegment(start, stop, rate);
     return S_OK;
   }));
-  if (!m_state->IsQueued()) m_state->PassOnHere();
 }
 
 void COutputQueue::BeginFlush() {
@@ -188,7 +159,5 @@ COutputQueue::CallFromDownstream::~CallFromDownstream() {
 HRESULT COutputQueue::Refusal() const noexcept { return m_state ? m_state->Refusal() : E_UNEXPECTED; }
 
 bool COutputQueue::IsIdle() const { return !m_state || m_state->IsIdle(); }
-
-bool COutputQueue::IsQueued() const noexcept { return m_state && m_state->IsQueued(); }
 
 }  // namespace tarvex

@@ -1,5 +1,6 @@
-// The queue between an output pin and the pin downstream: takes samples, end of stream and new segments
-// in order and passes them on, usually on a thread of its own. Owned by the output pin.
+// The queue between an output pin and the pin downstream: takes samples, end of stream and new segments in order
+// and passes them on, on a thread of its own. Made by the output pin while it is active; the worker feeds it, and
+// application threads flush and end it.
 #pragma once
 
 #include <memory>
@@ -20,18 +21,10 @@ namespace tarvex {
 class COutputQueue {
  public:
   /// `input` is the connected pin downstream; it must offer IMemInputPin. `*result` receives a failure
-  /// and is untouched otherwise. Throws std::bad_alloc.
-  /// autoMode    use a thread exactly when the pin says that Receive can block; `queue` is ignored then
-  /// queue       use a thread
-  /// batchSize   samples are passed on when this many are there ...
-  /// batchExact  ... and not before; otherwise whatever is there when the thread comes round, at most
-  ///             this many at a time
+  /// and is untouched otherwise; nothing but destruction may follow one. Throws std::bad_alloc.
+  /// batchSize   so many samples are passed on together, and no fewer, unless they are released before
   /// listSize    room made at the start, in entries; the queue grows when it must
-  /// priority    of the thread
-  /// flushingOpt a flush with nothing passed on since the last one is not passed on either
-  COutputQueue(IPin* input, HRESULT* result, bool autoMode = true, bool queue = true, LONG batchSize = 1,
-               bool batchExact = false, LONG listSize = 64, int priority = THREAD_PRIORITY_NORMAL,
-               bool flushingOpt = false);
+  COutputQueue(IPin* input, HRESULT* result, LONG batchSize, LONG listSize);
 
   /// Drops what waits and ends the thread. A thread inside downstream's Receive is waited for a moment,
   /// then freed by flushing downstream, and as a last resort left behind: it owns all it touches, passes
@@ -44,21 +37,19 @@ class COutputQueue {
   COutputQueue(const COutputQueue&) = delete;
   COutputQueue& operator=(const COutputQueue&) = delete;
 
-  /// Takes over the caller's reference on the sample, in any case. S_OK when it was queued (or accepted,
-  /// without a thread). S_FALSE while flushing. After downstream has answered anything but S_OK, that
-  /// answer: all samples are dropped from then on, until a flush or Reset.
+  /// Takes over the caller's reference on the sample, in any case. S_OK when it was queued. S_FALSE while
+  /// flushing. After downstream has answered anything but S_OK, that answer: all samples are dropped from
+  /// then on, until a flush or Reset. E_POINTER; E_OUTOFMEMORY.
   HRESULT Receive(IMediaSample* sample);
-  /// Receive and SendAnyway in one, for several samples in order, of which each is null afterwards. What Receive
-  /// answers for the first that was not taken; those behind it are not either. A sleeping thread is woken now, or,
-  /// when that can wait, no later than much is there for it: then the caller calls Wake before it waits for
-  /// anything itself.
+
+  /// Who wakes a sleeping thread for samples that are sent: the sender at once, or, when that can wait, the sender
+  /// no later than much is there; then the caller calls Wake before it waits for anything itself.
   enum class Waking { kNow, kWhenMuch };
+  /// Receive and SendAnyway in one, for several samples in order, of which each is null afterwards. All are taken
+  /// or none; then what Receive answers.
   HRESULT Send(std::span<ComPtr<IMediaSample>> samples, Waking waking);
   /// Wakes a thread that sleeps although there is something for it.
   void Wake();
-  /// The same for several samples in order. `processed` receives how many were taken before a refusal;
-  /// the references of all are taken over.
-  HRESULT ReceiveMultiple(IMediaSample** samples, LONG count, LONG* processed);
 
   /// Lets what is queued now go without waiting for a full batch. Samples released this way are passed on
   /// one by one, so that each is free again as soon as downstream is done with it.
@@ -80,8 +71,6 @@ class COutputQueue {
   HRESULT Refusal() const noexcept;
   /// Nothing waits and nothing is being passed on.
   bool IsIdle() const;
-  /// A thread passes samples on.
-  bool IsQueued() const noexcept;
 
   /// While it lives, a flush does not wait for the calling thread to come back from downstream. For calls
   /// from downstream that wait for somebody who may be flushing. Any thread.

@@ -27,12 +27,12 @@ constexpr std::size_t kFetchedAhead = 4;
 
 thread_local COutputQueue::State* COutputQueue::State::t_passingOn = nullptr;
 
-COutputQueue::State::State(IPin* pin, IMemInputPin* input, const Settings& settings)
+COutputQueue::State::State(IPin* pin, IMemInputPin* input, LONG batchSize, LONG listSize)
     : m_pin(pin),
       m_input(input),
-      m_settings(settings),
-      m_entries(static_cast<std::size_t>(std::max<LONG>(settings.listSize, 1)) + kControlPlaces) {
-  m_work.samples.reserve(std::max(static_cast<std::size_t>(settings.batchSize), kTakenAtOnce));
+      m_batchSize(static_cast<std::size_t>(batchSize)),
+      m_entries(static_cast<std::size_t>(std::max<LONG>(listSize, 1)) + kControlPlaces) {
+  m_work.samples.reserve(std::max(m_batchSize, kTakenAtOnce));
 }
 
 void COutputQueue::State::Work::ReleaseSamples() noexcept {
@@ -51,13 +51,10 @@ void COutputQueue::State::WakeThread() noexcept {
 // Unreleased entries are samples only: whatever else is queued releases itself and all before it.
 bool COutputQueue::State::CanTake() const noexcept {
   if (m_entries.Empty() || m_droppers != 0) return false;
-  if (m_released > 0) return true;
-  const bool exact = m_settings.batchExact || !m_settings.queued;
-  return !exact || m_entries.Size() >= static_cast<std::size_t>(m_settings.batchSize);
+  return m_released > 0 || m_entries.Size() >= m_batchSize;
 }
 
 void COutputQueue::State::Take() {
-  const auto batch = static_cast<std::size_t>(m_settings.batchSize);
   std::size_t count = 1;
   m_work.oneByOne = m_released > 0;
   m_work.isControl = m_entries.Front().kind != Entry::Kind::kSample;
@@ -66,11 +63,10 @@ void COutputQueue::State::Take() {
   } else if (m_work.oneByOne) {
     count = TakeReleased();
   } else {
-    count = std::min(batch, m_entries.Size());
+    count = m_batchSize;
     for (std::size_t i = 0; i < count; ++i) m_work.samples.push_back(m_entries.Pop().sample.Detach());
   }
   m_released -= std::min(m_released, count);
-  m_passedOnSinceFlush = true;
 }
 
 std::size_t COutputQueue::State::TakeReleased() {
@@ -180,12 +176,6 @@ void COutputQueue::State::Run() {
   }
 }
 
-void COutputQueue::State::PassOnHere() {
-  const CAutoLock hold(m_lock);
-  while (Step()) {
-  }
-}
-
 // With the lock held, which the caller gives up before it releases a sample that was not taken: the
 // allocator has its own.
 HRESULT COutputQueue::State::Put(std::span<ComPtr<IMediaSample>> samples) {
@@ -258,7 +248,7 @@ void COutputQueue::State::BeginFlush() {
     m_refusal = S_FALSE;
     ++m_generation;
     // Of a queue that has ended nobody may be left to end it for downstream.
-    passOn = !m_terminated && (m_passedOnSinceFlush || !m_settings.flushingOpt);
+    passOn = !m_terminated;
     DropEntries(false);
   }
   if (!passOn) return;
@@ -289,7 +279,6 @@ void COutputQueue::State::EndFlush() {
   if (passOn) m_pin->EndFlush();
   const CAutoLock hold(m_lock);
   m_flushing = false;
-  m_passedOnSinceFlush = false;
   m_refusal = S_OK;
 }
 

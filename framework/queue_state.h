@@ -19,15 +19,8 @@ namespace tarvex {
 /// a sample.
 class COutputQueue::State {
  public:
-  struct Settings {
-    bool queued;
-    bool batchExact;
-    bool flushingOpt;
-    LONG batchSize;
-    LONG listSize;
-  };
-
-  State(IPin* pin, IMemInputPin* input, const Settings& settings);
+  /// See COutputQueue; both pointers are held.
+  State(IPin* pin, IMemInputPin* input, LONG batchSize, LONG listSize);
 
   /// The thread's procedure: passes entries on until Terminate.
   void Run();
@@ -42,8 +35,6 @@ class COutputQueue::State {
   void PutEndOfStream();
   void PutNewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate);
   void ReleaseBatch();
-  /// Without a thread: passes on what may go, on the calling thread.
-  void PassOnHere();
 
   void BeginFlush();
   void EndFlush();
@@ -59,7 +50,6 @@ class COutputQueue::State {
   /// The thread that is passing on has called back, and waits.
   void SetCalledBack(bool on);
 
-  bool IsQueued() const noexcept { return m_settings.queued; }
   bool IsIdle() const;
   bool IsDelivering() const;
   HRESULT Refusal() const noexcept { return m_refusal.load(std::memory_order_relaxed); }
@@ -108,7 +98,7 @@ class COutputQueue::State {
 
   const ComPtr<IPin> m_pin;
   const ComPtr<IMemInputPin> m_input;
-  const Settings m_settings;
+  const std::size_t m_batchSize;
 
   mutable CCritSec m_lock{"COutputQueue", LockRank::kLeaf};
   CConditionVariable m_wake;  // the thread: there is something to take, or the end
@@ -128,7 +118,6 @@ class COutputQueue::State {
   bool m_threadSleeps = false;
   bool m_flushing = false;
   bool m_flushPassedOn = false;  // downstream knows of the flush, and not yet of its end
-  bool m_passedOnSinceFlush = false;
   bool m_terminated = false;
 };
 

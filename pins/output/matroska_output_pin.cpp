@@ -128,13 +128,10 @@ HRESULT CMatroskaOutputPin::Active() {
   return hr;
 }
 
-// Queueing on and automatic mode off: a sample is never delivered on the worker, which has the other pins
-// to feed.
 HRESULT CMatroskaOutputPin::CreateOutputQueue() {
   return ComBoundary([&] {
     HRESULT hr = S_OK;
-    auto queue = std::make_shared<COutputQueue>(GetConnected(), &hr, false, true, kQueueBatch, true, kQueueList,
-                                                THREAD_PRIORITY_NORMAL, false);
+    auto queue = std::make_shared<COutputQueue>(GetConnected(), &hr, kQueueBatch, kQueueList);
     if (FAILED(hr)) queue.reset();
     ExchangeQueue(std::move(queue));
     return hr;

@@ -15,7 +15,7 @@ class OutputQueue : public ::testing::Test {
  protected:
   std::unique_ptr<COutputQueue> Make(LONG batchSize = 200) {
     HRESULT hr = S_OK;
-    auto queue = std::make_unique<COutputQueue>(down.Pin(), &hr, false, true, batchSize, true, 4);
+    auto queue = std::make_unique<COutputQueue>(down.Pin(), &hr, batchSize, 4);
     EXPECT_EQ(hr, S_OK);
     return queue;
   }
@@ -161,7 +161,7 @@ TEST_F(OutputQueue, FlushFromTheQueuesOwnThreadDoesNotWaitForItself) {
 
 TEST_F(OutputQueue, PinWithoutMemInputPinIsRefusedAtConstruction) {
   HRESULT hr = S_OK;
-  COutputQueue queue(down.source->Pin(), &hr);
+  COutputQueue queue(down.source->Pin(), &hr, 1, 1);
   EXPECT_EQ(hr, E_NOINTERFACE);
   EXPECT_EQ(queue.Receive(down.Sample(1)), E_UNEXPECTED);
   EXPECT_EQ(down.Out(), 0);

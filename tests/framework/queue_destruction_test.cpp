@@ -13,7 +13,7 @@ constexpr ULONGLONG kOneSecond = 1000;
 
 std::unique_ptr<COutputQueue> MakeQueue(Downstream& down) {
   HRESULT hr = S_OK;
-  auto queue = std::make_unique<COutputQueue>(down.Pin(), &hr, false, true, 200, true, 200);
+  auto queue = std::make_unique<COutputQueue>(down.Pin(), &hr, 200, 200);
   EXPECT_EQ(hr, S_OK);
   return queue;
 }
