@@ -52,20 +52,8 @@ inline constexpr std::size_t kKnownClusters = 1 << 14;
 /// any other.
 inline constexpr std::size_t kPlainClusterEntries = 1 << 16;
 
-/// Buffers of an output pin's ring, and bytes of each: what the pin asks for when it is connected. One
-/// sample may take the whole ring.
-inline constexpr std::int32_t kRingBuffers = 200;
-inline constexpr std::int32_t kRingBufferBytes = 52428;
-inline constexpr std::size_t kLargestSample = std::size_t{kRingBuffers} * kRingBufferBytes;
-/// Samples that may be out of a ring at a time: tiny frames must not take memory without limit.
-inline constexpr std::int32_t kSamplesOut = 1 << 15;
-
-/// Bytes of the frames that all pins hold back together while the video pin looks for the start of a segment. Then
-/// it takes the best start there is: a stream may have no second key frame.
-inline constexpr std::size_t kHeldBytes = 32 * kMebibyte;
-
-/// Bytes after which inflating a frame ends, which no pin could deliver.
-inline constexpr std::size_t kInflatedFrame = kLargestSample + 1;
+/// Bytes after which inflating a frame ends. No pin can deliver as many; pins/limits.h makes sure of that.
+inline constexpr std::size_t kInflatedFrame = 10 * kMebibyte;
 /// Bytes of a frame: a media sample's length is a signed 32-bit number.
 inline constexpr std::size_t kFrame = 0x7FFFFFFF;
 

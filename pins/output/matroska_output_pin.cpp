@@ -6,7 +6,7 @@
 #include "framework/com_boundary.h"
 #include "framework/log.h"
 #include "pins/formats/h264_form.h"
-#include "scanner/limits.h"
+#include "pins/limits.h"
 
 namespace tarvex {
 

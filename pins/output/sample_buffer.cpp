@@ -6,7 +6,7 @@
 
 #include "framework/com_boundary.h"
 #include "framework/message_error.h"
-#include "scanner/limits.h"
+#include "pins/limits.h"
 
 namespace tarvex {
 

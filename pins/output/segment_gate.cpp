@@ -6,7 +6,7 @@
 #include <queue>
 #include <utility>
 
-#include "scanner/limits.h"
+#include "pins/limits.h"
 
 namespace tarvex {
 

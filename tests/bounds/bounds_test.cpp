@@ -11,6 +11,7 @@
 
 #include "framework/log.h"
 #include "framework/text_conversion.h"
+#include "pins/limits.h"
 #include "scanner/limits.h"
 #include "tests/bounds/fillings.h"
 #include "tests/damage/heap_count.h"

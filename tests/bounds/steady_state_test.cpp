@@ -1,7 +1,7 @@
 // What a frame costs on the heap while a file plays: nothing.
 #include <gtest/gtest.h>
 
-#include "scanner/limits.h"
+#include "pins/limits.h"
 #include "tests/damage/heap_count.h"
 #include "tests/support/deflated.h"
 #include "tests/support/test_graph.h"

@@ -16,7 +16,7 @@
 #include "framework/event.h"
 #include "framework/message_error.h"
 #include "framework/thread.h"
-#include "scanner/limits.h"
+#include "pins/limits.h"
 #include "tests/support/test_system.h"
 
 namespace tarvex::test {
