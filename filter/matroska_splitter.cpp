@@ -20,9 +20,7 @@ CUnknown* CMatroskaSplitter::CreateInstance(IUnknown* outer, HRESULT* /*result*/
 
 CMatroskaSplitter::CMatroskaSplitter(IUnknown* outer)
     : CBaseFilter("CMatroskaSplitter", outer, &m_filterLock, CLSID_MatroskaSplitter),
-      m_inputPin(new CStreamInputPin(this, &m_filterLock)) {
-  m_creator.SetFilter(this);
-}
+      m_inputPin(new CStreamInputPin(this, &m_filterLock)) {}
 
 CMatroskaSplitter::~CMatroskaSplitter() {
   // An owner that lets go without stopping leaves the worker to us, and the last reference may be given
@@ -84,7 +82,7 @@ HRESULT CMatroskaSplitter::Pause() {
     }
     static_cast<void>(CBaseFilter::Pause());  // pins that failed to activate refuse frames, which ends the pass
     // A seek that met no worker moves the scanner without one.
-    const CAutoLock positionLock(m_positionLock);
+    const CAutoLock positionLock(m_positions.PositionLock());
     return StartWorker();
   });
 }
@@ -96,7 +94,7 @@ HRESULT CMatroskaSplitter::Stop() {
     const bool hadWorker = ThreadExists();     // which one of several steps ends
     if (m_inputPin->IsConnected()) EndQueues();
     static_cast<void>(CBaseFilter::Stop());  // stopped whatever the pins answer
-    ClearSeekingOwner();
+    m_positions.ClearSeekingOwner();
     EndWorker();
     return hadWorker ? S_OK : S_FALSE;
   });
@@ -118,7 +116,7 @@ void CMatroskaSplitter::EndQueues() {
 
 // Under the position lock, as seeks flush, so that the two do not mix and the pin list stays.
 HRESULT CMatroskaSplitter::FlushFromUpstream(bool begin) {
-  const CAutoLock lock(m_positionLock);
+  const CAutoLock lock(m_positions.PositionLock());
   return begin ? BeginFlush() : EndFlush();
 }
 
@@ -126,7 +124,7 @@ HRESULT CMatroskaSplitter::FlushFromUpstream(bool begin) {
 HRESULT CMatroskaSplitter::EndOfStreamFromUpstream() {
   m_endAsked = true;
   if (m_isPassing) return S_OK;  // at the end of the pass, without a wait for whoever is ending it
-  const CAutoLock lock(m_positionLock);
+  const CAutoLock lock(m_positions.PositionLock());
   const CAutoLock control(m_AccessLock);  // no pass begins meanwhile
   if (m_isPassing || !m_endAsked.exchange(false)) return S_OK;
   for (const auto& pin : m_outputPins) pin->DropHeld();
@@ -167,14 +165,14 @@ bool CMatroskaSplitter::EndEveryPin() {
 
 CMatroskaOutputPin* CMatroskaSplitter::FindPinByTrack(std::uint32_t trackNumber) const {
   for (const auto& pin : m_outputPins) {
-    if (pin->TrackNumber() == trackNumber) return pin.Get();
+    if (pin->Track().Number() == trackNumber) return pin.Get();
   }
   return nullptr;
 }
 
 CMatroskaOutputPin* CMatroskaSplitter::FindPinByType(std::uint32_t trackType) const {
   for (const auto& pin : m_outputPins) {
-    if (pin->TrackType() == trackType) return pin.Get();
+    if (pin->Track().Type() == trackType) return pin.Get();
   }
   return nullptr;
 }

@@ -15,11 +15,11 @@
 #include "framework/owned_pin.h"
 #include "framework/persist_stream.h"
 #include "pins/creator/out_pins_creator.h"
-#include "pins/creator/pin_owner.h"
 #include "pins/output/matroska_output_pin.h"
-#include "pins/output/pin_host.h"
+#include "pins/output/pass_control.h"
 #include "pins/output/play_positions.h"
 #include "pins/output/segment_gate.h"
+#include "pins/output/shared_by_pins.h"
 #include "scanner/ebml_scanner.h"
 #include "scanner/matroska_callback.h"
 #include "scanner/source/read_ahead_reader.h"
@@ -45,8 +45,7 @@ class CMatroskaSplitter final : public CBaseFilter,
                                 public IModuleConfig,
                                 public CPersistStream,
                                 public IModuleLog,
-                                public PinHost,
-                                public PinOwner {
+                                public PassControl {
  public:
   /// For the class factory. May throw std::bad_alloc.
   static CUnknown* CreateInstance(IUnknown* outer, HRESULT* result);
@@ -139,31 +138,10 @@ class CMatroskaSplitter final : public CBaseFilter,
   HRESULT WriteToStream(IStream* stream) override;
   HRESULT ReadFromStream(IStream* stream) override;
 
-  // PinHost
-  PlayRange Range() const override { return m_positions.Range(); }
-  PlayRange Segment() const override { return m_positions.Segment(); }
-  REFERENCE_TIME StartPosition() const override { return m_positions.Start(); }
-  REFERENCE_TIME StopPosition() const override { return m_positions.Stop(); }
-  PlayRange Positions() override { return m_positions.Positions(); }
-  REFERENCE_TIME Duration() const override { return m_positions.Duration(); }
-  HRESULT SetPlayRange(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
-  HRESULT ChangePlayRange(const RangeChange& change) override;
-  void SetRate(double rate) override;
-  bool ClaimSeekingOwner(const CMatroskaOutputPin* pin) override;
-  void ClearSeekingOwner() override;
-  void SetTimeFormatOnAllPins(const GUID& format) override;
-  REFERENCE_TIME DefaultFrameDuration(std::uint32_t trackNumber) const override;
-  SegmentGate& Gate() override { return m_gate; }
-  bool WakesBeforeWaits() const override { return true; }
+  // PassControl
+  bool Interrupt() override;
+  void Resume() override;
   void BeforeWait() override;
-
-  // PinOwner
-  CBaseFilter* Filter() override { return this; }
-  CCritSec* FilterLock() override { return &m_filterLock; }
-  PinHost* Host() override { return this; }
-  bool AnnexBOutput() const override { return m_annexBOutput; }
-  void AppendOutputPin(ComPtr<CMatroskaOutputPin> pin) override;
-  HRESULT EnableStream(std::uint32_t streamIndex) override;
 
   // Opening; filter lock held.
   void ReadSource(IAsyncReader* upstream, SourceReads reads);
@@ -179,9 +157,6 @@ class CMatroskaSplitter final : public CBaseFilter,
   // Worker.
   HRESULT StartWorker();
   HRESULT PauseWorker();
-  /// Flushes the pins and pauses a delivering worker; true when ResumeWorker is to follow.
-  bool Interrupt();
-  void ResumeWorker();
   HRESULT SendStart();
   bool IsWorkerThread() const;
   void EndQueues();
@@ -216,7 +191,6 @@ class CMatroskaSplitter final : public CBaseFilter,
   void ApplyH264Form();
 
   CCritSec m_filterLock{"CMatroskaSplitter filter", LockRank::kFilter};
-  CCritSec m_positionLock{"CMatroskaSplitter position", LockRank::kPosition};
   // Around a whole switch of a connected pin, during which the graph is called and neither of the two
   // others may be held: the graph has a lock of its own, under which it calls us.
   CCritSec m_switchLock{"CMatroskaSplitter stream switch", LockRank::kStreamSwitch};
@@ -227,8 +201,7 @@ class CMatroskaSplitter final : public CBaseFilter,
   ComPtr<IAsyncReader> m_reader;  // what the scanner reads from; null while nothing is open
   COutPinsCreator m_creator;
   OwnedPin<CStreamInputPin> m_inputPin;
-  PinList m_outputPins;                                            // no entry is empty
-  std::atomic<const CMatroskaOutputPin*> m_seekingOwner{nullptr};  // compared only
+  PinList m_outputPins;  // no entry is empty
 
   std::atomic<DWORD> m_runState{kPause};  // written under the access lock
   std::atomic<DWORD> m_workerId{0};

@@ -39,9 +39,8 @@ void CMatroskaSplitter::CloseSource() {
   EndWorker();
   TearDownOutputPins();
   m_creator.Clear();
-  const CAutoLock positionLock(m_positionLock);  // a seek sets the scanner's start time
+  const CAutoLock positionLock(m_positions.PositionLock());
   m_scanner.Reset();
-  m_scanner.SetStartTime(0);
   m_reader.Reset();
   m_positions.Close();
 }
@@ -66,16 +65,13 @@ void CMatroskaSplitter::OnTrack(std::uint32_t heapIndex) {
 // All of them or, when something throws, none.
 void CMatroskaSplitter::CreateOutputPins(bool separate) {
   TearDownOutputPins();
-  try {
-    if (separate) {
-      m_creator.CreatePinsForAllTracks();
-    } else {
-      m_creator.CreatePinsByType();
-    }
-  } catch (...) {
-    TearDownOutputPins();
-    throw;
-  }
+  const SharedByPins shared{*this, m_positions, m_gate, *this};
+  const COutPinsCreator::Pins pins =
+      separate ? m_creator.CreatePinsForAllTracks(shared) : m_creator.CreatePinsByType(shared);
+  PinList added(pins.begin(), pins.end());
+  const CAutoLock positionLock(m_positions.PositionLock());
+  m_outputPins.swap(added);
+  IncrementPinVersion();
 }
 
 void CMatroskaSplitter::TearDownOutputPins() {
@@ -89,18 +85,12 @@ void CMatroskaSplitter::TearDownOutputPins() {
   }
   PinList leaving;
   {
-    const CAutoLock positionLock(m_positionLock);
+    const CAutoLock positionLock(m_positions.PositionLock());
     leaving.swap(m_outputPins);
-    m_seekingOwner = nullptr;
+    m_positions.ClearSeekingOwner();
+    m_positions.SetTimeFormat(TIME_FORMAT_MEDIA_TIME);
     m_gate.Clear();
   }
-  IncrementPinVersion();
-}
-
-void CMatroskaSplitter::AppendOutputPin(ComPtr<CMatroskaOutputPin> pin) {
-  if (!pin) return;
-  const CAutoLock positionLock(m_positionLock);
-  m_outputPins.emplace_back(pin);
   IncrementPinVersion();
 }
 

@@ -51,13 +51,6 @@ HRESULT CMatroskaSplitter::Enable(LONG lIndex, DWORD dwFlags) {
   });
 }
 
-// From pin creation, which holds the filter lock and whose pins nobody knows yet.
-HRESULT CMatroskaSplitter::EnableStream(std::uint32_t streamIndex) {
-  ComPtr<CMatroskaOutputPin> connectedPin;
-  TrackPinInfo track;
-  return SwitchStream(streamIndex, connectedPin, track);
-}
-
 // Does all of the switch that needs no graph; gives the pin when it is connected and so does.
 HRESULT CMatroskaSplitter::SwitchStream(std::uint32_t streamIndex, ComPtr<CMatroskaOutputPin>& connectedPin,
                                         TrackPinInfo& track) {
@@ -76,7 +69,7 @@ HRESULT CMatroskaSplitter::SwitchConnectedPin(CMatroskaOutputPin& pin, const Tra
   CRenderedGraph graph;
   const HRESULT result = graph.Attach(GetFilterGraph());
   if (FAILED(result)) return result;
-  const TrackPinInfo former = pin.Track();
+  const TrackPinInfo former = pin.Track().Copy();
   const std::vector<ComPtr<IPin>> others = ConnectedOutputsBut(pin);
   graph.Save();
   graph.FindDownstream(&pin, this);
@@ -106,8 +99,8 @@ HRESULT CMatroskaSplitter::SetTrack(CMatroskaOutputPin& pin, const TrackPinInfo&
 
 // What downstream has is dropped and ended, so that the graph completes at once.
 void CMatroskaSplitter::EndDelivery() {
-  const CAutoLock lock(m_positionLock);
-  Interrupt();
+  const CAutoLock lock(m_positions.PositionLock());
+  static_cast<void>(Interrupt());
   EndWorker();
   EndOfStream();
 }

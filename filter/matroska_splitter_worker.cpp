@@ -78,7 +78,7 @@ HRESULT CMatroskaSplitter::EndWorker() {
 }
 
 bool CMatroskaSplitter::Interrupt() {
-  // A worker that is being ended may still be in its pass, and what comes next changes the scanner.
+  // A worker that is being ended may still be in its pass, which would choose a start in the range that comes next.
   if (m_runState == kExit && !IsWorkerThread()) {
     const CAutoLock ended(m_AccessLock);
   }
@@ -89,7 +89,7 @@ bool CMatroskaSplitter::Interrupt() {
   return paused;
 }
 
-void CMatroskaSplitter::ResumeWorker() {
+void CMatroskaSplitter::Resume() {
   // A stop may have ended the worker since it was interrupted; then it must stay ended.
   const CAutoLock lock(m_AccessLock);
   if (ThreadExists() && m_runState == kPause) SendStart();
@@ -133,7 +133,7 @@ void CMatroskaSplitter::RunPass() {
   if (!AnyOutputConnected()) return;
   const HRESULT result = ComBoundary([this] {
     m_passFailure = S_OK;
-    m_positions.BeginRun();
+    m_scanner.SetStartTime(static_cast<std::uint64_t>(m_positions.BeginRun()));
     // A pass that was interrupted, or that downstream refused, ends without end of stream.
     const bool interrupted = m_scanner.Process();
     BeforeWait();

@@ -1,5 +1,4 @@
-// Records from track entries, pins from records. Called on the thread that opens the file or switches
-// streams; see the header.
+// Records from track entries, pins from records.
 #include "pins/creator/out_pins_creator.h"
 
 #include <algorithm>
@@ -40,10 +39,9 @@ TrackPinInfo CommonFields(const CHeap& track) {
   return info;
 }
 
-template <class Pin>
-ComPtr<CMatroskaOutputPin> MakePin(PinOwner& owner, const WideString& name) {
-  HRESULT unused = S_OK;  // what construction reports changes nothing here
-  return MakeCom<Pin>(owner.Filter(), owner.FilterLock(), owner.Host(), &unused, name);
+// An unconnected pin fails here for one reason only.
+void Carry(CMatroskaOutputPin& pin, const TrackPinInfo& info) {
+  if (FAILED(pin.SetTrack(info))) throw std::bad_alloc();
 }
 
 }  // namespace
@@ -74,7 +72,7 @@ void COutPinsCreator::BuildMediaType(const CHeap& track, TrackPinInfo& info) con
 }
 
 void COutPinsCreator::createVideoPin(const CHeap& track, TrackPinInfo& info) const {
-  info.mediaType = VideoMediaType(track, m_owner != nullptr && m_owner->AnnexBOutput());
+  info.mediaType = VideoMediaType(track, m_byteStream);
 }
 
 void COutPinsCreator::createAudioPin(const CHeap& track, TrackPinInfo& info) const {
@@ -85,26 +83,33 @@ void COutPinsCreator::createSubtitlePin(const CHeap& track, TrackPinInfo& info) 
   info.mediaType = SubtitleMediaType(track, info.language);
 }
 
-void COutPinsCreator::CreatePinsForAllTracks() {
-  StartCreation(true);
-  for (const auto& [number, info] : m_tracks) CreatePinFor(info);
+COutPinsCreator::Pins COutPinsCreator::CreatePinsForAllTracks(const SharedByPins& shared) {
+  StartCreation();
+  Pins pins;
+  for (const auto& [number, info] : m_tracks) pins.push_back(PinFor(info, shared));
   BuildStreamIndex();
+  return pins;
 }
 
-void COutPinsCreator::CreatePinsByType() {
-  StartCreation(false);
+COutPinsCreator::Pins COutPinsCreator::CreatePinsByType(const SharedByPins& shared) {
+  StartCreation();
+  Pins pins;
   const std::string language(LanguageCode(UserLanguageEnglishName()));
-  CreatePinOfType(kTrackTypeVideo, language);
-  CreatePinOfType(kTrackTypeAudio, language);
-  const TrackPinInfo* subtitle = CreatePinOfType(kTrackTypeSubtitle, language);
-  if (subtitle == nullptr) return BuildStreamIndex();
-  const std::uint32_t placeholder = AddPlaceholder(subtitle->mediaType);
+  const TrackPinInfo* subtitle = nullptr;
+  for (const std::uint32_t type : {kTrackTypeVideo, kTrackTypeAudio, kTrackTypeSubtitle}) {
+    const TrackPinInfo* info = ChooseTrack(m_tracks, type, language);
+    if (info != nullptr) pins.push_back(PinFor(*info, shared));
+    if (type == kTrackTypeSubtitle) subtitle = info;
+  }
+  if (subtitle != nullptr) {
+    const TrackPinInfo& placeholder = AddPlaceholder(subtitle->mediaType);
+    if (!subtitle->defaultFlag && !subtitle->forcedFlag) Carry(*pins.back(), placeholder);
+  }
   BuildStreamIndex();
-  if (!subtitle->defaultFlag && !subtitle->forcedFlag) EnableTrack(placeholder);
+  return pins;
 }
 
-void COutPinsCreator::StartCreation(bool onePinPerTrack) {
-  m_onePinPerTrack = onePinPerTrack;
+void COutPinsCreator::StartCreation() {
   m_videoCounter = m_audioCounter = m_subtitleCounter = 0;
   RemovePlaceholder();
 }
@@ -117,7 +122,7 @@ void COutPinsCreator::RemovePlaceholder() {
 }
 
 // Tracks that are numbered with gaps may hold the number that would be next; they keep it.
-std::uint32_t COutPinsCreator::AddPlaceholder(const CMediaType& mediaType) {
+const TrackPinInfo& COutPinsCreator::AddPlaceholder(const CMediaType& mediaType) {
   auto number = static_cast<std::uint32_t>(m_tracks.size() + 1);
   while (m_tracks.contains(number)) ++number;
   TrackPinInfo info;
@@ -127,42 +132,24 @@ std::uint32_t COutPinsCreator::AddPlaceholder(const CMediaType& mediaType) {
   info.trackName = kNoSubtitles;
   info.defaultFlag = false;
   info.mediaType = mediaType;
-  m_tracks.try_emplace(number, std::move(info));
-  return number;
+  return m_tracks.try_emplace(number, std::move(info)).first->second;
 }
 
-void COutPinsCreator::EnableTrack(std::uint32_t trackNumber) {
-  if (m_owner == nullptr) return;
-  const auto stream = std::ranges::find_if(m_streams, [&](const auto& entry) { return entry.second == trackNumber; });
-  if (stream == m_streams.end() || FAILED(m_owner->EnableStream(stream->first))) {
-    LogText("COutPinsCreator::CreatePinsByType failed switch subtitles off");
-  }
+ComPtr<CMatroskaOutputPin> COutPinsCreator::PinFor(const TrackPinInfo& info, const SharedByPins& shared) {
+  ComPtr<CMatroskaOutputPin> pin = NewPin(info, shared);
+  Carry(*pin, info);
+  return pin;
 }
 
-const TrackPinInfo* COutPinsCreator::CreatePinOfType(std::uint32_t trackType, const std::string& language) {
-  const TrackPinInfo* info = ChooseTrack(m_tracks, trackType, language);
-  if (info != nullptr) CreatePinFor(*info);
-  return info;
-}
-
-void COutPinsCreator::CreatePinFor(const TrackPinInfo& info) {
-  if (m_owner == nullptr) return;
-  const ComPtr<CMatroskaOutputPin> pin = NewPin(info);
-  if (!pin) return;
-  // An unconnected pin fails here for one reason only.
-  if (FAILED(pin->SetTrack(info))) throw std::bad_alloc();
-  m_owner->AppendOutputPin(pin);
-}
-
-ComPtr<CMatroskaOutputPin> COutPinsCreator::NewPin(const TrackPinInfo& info) {
+ComPtr<CMatroskaOutputPin> COutPinsCreator::NewPin(const TrackPinInfo& info, const SharedByPins& shared) {
   const WideString name = PinName(info.trackType, CounterOf(info.trackType)++, info.language);
   switch (info.trackType) {
     case kTrackTypeVideo:
-      return MakePin<CMatroskaVideoPin>(*m_owner, name);
+      return MakeCom<CMatroskaVideoPin>(shared, name);
     case kTrackTypeAudio:
-      return MakePin<CMatroskaAudioPin>(*m_owner, name);
+      return MakeCom<CMatroskaAudioPin>(shared, name);
     default:
-      return MakePin<CMatroskaSubtitlePin>(*m_owner, name);
+      return MakeCom<CMatroskaSubtitlePin>(shared, name);
   }
 }
 
@@ -193,6 +180,7 @@ bool COutPinsCreator::GetTrackInfoByNumber(std::uint32_t trackNumber, TrackPinIn
 }
 
 void COutPinsCreator::SetH264Form(bool byteStream) noexcept {
+  m_byteStream = byteStream;
   for (auto& [number, info] : m_tracks) {
     if (info.trackType == kTrackTypeVideo) tarvex::SetH264Form(info.mediaType, byteStream);
   }

@@ -1,5 +1,5 @@
 // Which track of a kind a pin starts with, and what the pin is called. Free functions over stream
-// records, used by pin creation on the opening thread.
+// records, used by pin creation; any thread.
 #pragma once
 
 #include <cstdint>

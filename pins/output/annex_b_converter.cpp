@@ -1,4 +1,4 @@
-// See the header.
+// Length-prefixed units become units behind start codes.
 #include "pins/output/annex_b_converter.h"
 
 #include <algorithm>

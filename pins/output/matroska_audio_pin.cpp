@@ -1,10 +1,9 @@
-// The audio pin.
+// A class of its own gives the pin its kind.
 #include "pins/output/matroska_audio_pin.h"
 
 namespace tarvex {
 
-CMatroskaAudioPin::CMatroskaAudioPin(CBaseFilter* filter, CCritSec* lock, PinHost* host, HRESULT* result,
-                                     const WideString& name)
-    : CMatroskaOutputPin("CMatroskaAudioPin", Kind::kOther, filter, lock, host, result, name) {}
+CMatroskaAudioPin::CMatroskaAudioPin(const SharedByPins& shared, const WideString& name)
+    : CMatroskaOutputPin("CMatroskaAudioPin", shared, name) {}
 
 }  // namespace tarvex

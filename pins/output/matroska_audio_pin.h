@@ -1,4 +1,5 @@
-// The output pin of an audio track: the base pin as it is. Made by pin creation.
+// The output pin of an audio track: the base pin as it is. Made by pin creation,
+// owned by the filter; threads as in the base.
 #pragma once
 
 #include "pins/output/matroska_output_pin.h"
@@ -8,7 +9,7 @@ namespace tarvex {
 class CMatroskaAudioPin : public CMatroskaOutputPin {
  public:
   /// See CMatroskaOutputPin.
-  CMatroskaAudioPin(CBaseFilter* filter, CCritSec* lock, PinHost* host, HRESULT* result, const WideString& name);
+  CMatroskaAudioPin(const SharedByPins& shared, const WideString& name);
 };
 
 }  // namespace tarvex

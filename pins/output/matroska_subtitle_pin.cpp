@@ -1,11 +1,10 @@
-// The subtitle pin.
+// A class of its own gives the pin its kind.
 #include "pins/output/matroska_subtitle_pin.h"
 
 namespace tarvex {
 
-CMatroskaSubtitlePin::CMatroskaSubtitlePin(CBaseFilter* filter, CCritSec* lock, PinHost* host, HRESULT* result,
-                                           const WideString& name)
-    : CMatroskaOutputPin("CMatroskaSubtitlePin", Kind::kOther, filter, lock, host, result, name) {}
+CMatroskaSubtitlePin::CMatroskaSubtitlePin(const SharedByPins& shared, const WideString& name)
+    : CMatroskaOutputPin("CMatroskaSubtitlePin", shared, name) {}
 
 bool CMatroskaSubtitlePin::OnData(const FrameInfo& frame) { return CMatroskaOutputPin::OnData(frame); }
 

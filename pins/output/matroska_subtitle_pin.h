@@ -1,4 +1,5 @@
-// The output pin of a subtitle track: the base pin as it is. Made by pin creation.
+// The output pin of a subtitle track: the base pin as it is. Made by pin creation,
+// owned by the filter; threads as in the base.
 #pragma once
 
 #include "pins/output/matroska_output_pin.h"
@@ -8,7 +9,7 @@ namespace tarvex {
 class CMatroskaSubtitlePin : public CMatroskaOutputPin {
  public:
   /// See CMatroskaOutputPin.
-  CMatroskaSubtitlePin(CBaseFilter* filter, CCritSec* lock, PinHost* host, HRESULT* result, const WideString& name);
+  CMatroskaSubtitlePin(const SharedByPins& shared, const WideString& name);
 
   bool OnData(const FrameInfo& frame) override;
 };

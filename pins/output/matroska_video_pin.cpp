@@ -1,9 +1,9 @@
-// The video pin.
+// Key frames, the stop in decoding order, and start codes: what video asks for beside the base.
 #include "pins/output/matroska_video_pin.h"
 
 #include "framework/com_boundary.h"
 #include "framework/log.h"
-#include "pins/output/pin_seeking.h"
+#include "pins/output/frame_times.h"
 
 namespace tarvex {
 
@@ -11,23 +11,16 @@ namespace {
 
 constexpr char kAvcCodec[] = "V_MPEG4/ISO/AVC";
 
-REFERENCE_TIME FrameStart(const FrameInfo& frame) { return static_cast<REFERENCE_TIME>(frame.start); }
-
-REFERENCE_TIME EndOf(const FrameInfo& frame) {
-  return AddTimes(FrameStart(frame), static_cast<REFERENCE_TIME>(frame.duration));
-}
-
 }  // namespace
 
-CMatroskaVideoPin::CMatroskaVideoPin(CBaseFilter* filter, CCritSec* lock, PinHost* host, HRESULT* result,
-                                     const WideString& name)
-    : CMatroskaOutputPin("CMatroskaVideoPin", Kind::kVideo, filter, lock, host, result, name) {}
+CMatroskaVideoPin::CMatroskaVideoPin(const SharedByPins& shared, const WideString& name)
+    : CMatroskaOutputPin("CMatroskaVideoPin", shared, name) {}
 
 // The form is that of the connection; what the pin offers may have changed since.
 HRESULT CMatroskaVideoPin::Active() {
   const HRESULT result = ComBoundary([this] {
     m_annexB.reset();
-    if (Track().codecId == kAvcCodec) m_annexB = CAnnexBConverter::For(CurrentMediaType());
+    if (Track().Copy().codecId == kAvcCodec) m_annexB = CAnnexBConverter::For(CurrentMediaType());
     return S_OK;
   });
   return FAILED(result) ? result : CMatroskaOutputPin::Active();
@@ -46,7 +39,7 @@ void CMatroskaVideoPin::ResetForSeek() {
     m_waitForKeyFrame = true;
     m_stopReached = false;
   }
-  if (IsConnected()) Host().Gate().SetHolding(true);
+  if (IsConnected()) Gate().SetHolding(true);
 }
 
 void CMatroskaVideoPin::WaitForKeyFrame() {
@@ -55,15 +48,14 @@ void CMatroskaVideoPin::WaitForKeyFrame() {
 }
 
 bool CMatroskaVideoPin::IsPastStop(const FrameInfo& frame) {
-  const REFERENCE_TIME stop = Host().StopPosition();
+  const REFERENCE_TIME stop = Positions().Stop();
   if (!m_stopReached && EndOf(frame) <= stop) return IsEndOfStreamSent();
   {
     const CAutoLock hold(StreamLock());
     if (IsEndOfStreamSent()) return true;
     if (EndOf(frame) > stop) m_stopReached = true;
-    if (!m_stopReached || FrameStart(frame) <= stop) return false;
+    if (!m_stopReached || StartOf(frame) <= stop) return false;
   }
-  BeforeWait();
   DeliverEndOfStream();
   return true;
 }
@@ -74,11 +66,11 @@ bool CMatroskaVideoPin::HoldFrame(const FrameInfo& frame) {
     if (m_waitForKeyFrame && !frame.keyFrame) return true;
     m_waitForKeyFrame = false;
   }
-  return Host().Gate().HoldPicture(*this, frame);
+  return Gate().HoldPicture(*this, frame);
 }
 
 HRESULT CMatroskaVideoPin::DeliverEndOfStream() {
-  const HRESULT result = Host().Gate().EndHolding(*this);
+  const HRESULT result = Gate().EndHolding(*this);
   return FAILED(result) ? result : CMatroskaOutputPin::DeliverEndOfStream();
 }
 

@@ -1,6 +1,6 @@
 // The output pin of a video track. From every start and seek on it makes all pins hold their frames, and its own
 // pictures decide where the segment starts. It also gives H.264 start codes where the connection asks for them.
-// Made by pin creation.
+// Made by pin creation, owned by the filter; threads as in the base.
 #pragma once
 
 #include <atomic>
@@ -14,7 +14,7 @@ namespace tarvex {
 class CMatroskaVideoPin : public CMatroskaOutputPin {
  public:
   /// See CMatroskaOutputPin.
-  CMatroskaVideoPin(CBaseFilter* filter, CCritSec* lock, PinHost* host, HRESULT* result, const WideString& name);
+  CMatroskaVideoPin(const SharedByPins& shared, const WideString& name);
 
   bool OnData(const FrameInfo& frame) override;
   HRESULT Active() override;

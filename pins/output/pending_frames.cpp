@@ -4,13 +4,9 @@
 #include <iterator>
 #include <utility>
 
+#include "pins/output/frame_times.h"
+
 namespace tarvex {
-
-namespace {
-
-REFERENCE_TIME StartOf(const FrameInfo& frame) { return static_cast<REFERENCE_TIME>(frame.start); }
-
-}  // namespace
 
 void PendingFrames::Add(const FrameInfo& frame, std::uint64_t arrival) {
   Held held{.frame = frame, .arrival = arrival, .bytes = {}};

@@ -1,29 +1,64 @@
-// The arithmetic of seeking: time formats, clamping and how a request changes the played range. Pure
-// functions, callable from any thread.
+// An output pin's IMediaSeeking: requests of applications and of the graph, in terms of the filter's positions. A
+// part of the pin; any thread.
 #pragma once
 
-#include "framework/platform/platform.h"
+#include "framework/base_pin.h"
+#include "framework/interface_part.h"
+#include "pins/output/play_positions.h"
+#include "pins/output/shared_by_pins.h"
+#include "pins/output/track_record.h"
 
 namespace tarvex {
 
-/// AM_SEEKING_SEEKING_CAPABILITIES of every output pin: absolute, forwards, backwards, stop position and
-/// duration.
-inline constexpr DWORD kSeekingCapabilities = 0x37;
+/// Times in the format that all pins of the filter share. E_POINTER for a null argument where the table of the
+/// interface does not allow it; VFW_E_NOT_CONNECTED once the pin has left its filter, since the positions are the
+/// filter's.
+class PinSeeking final : public InterfacePart<IMediaSeeking> {
+ public:
+  /// The pin owns this, and `track` is its record.
+  PinSeeking(CBasePin& pin, const TrackRecord& track, const SharedByPins& shared)
+      : InterfacePart(pin), m_pin(pin), m_track(track), m_positions(shared.positions), m_pass(shared.pass) {}
 
-/// Converts a time between TIME_FORMAT_MEDIA_TIME (100 ns units) and TIME_FORMAT_FRAME. Both directions
-/// divide by `frameDuration` (100 ns units); 0 gives 0. E_INVALIDARG, and `target` untouched, for another
-/// pair of formats that are not equal.
-HRESULT ConvertTime(LONGLONG& target, const GUID& targetFormat, LONGLONG source, const GUID& sourceFormat,
-                    REFERENCE_TIME frameDuration) noexcept;
+  HRESULT STDMETHODCALLTYPE GetCapabilities(DWORD* pCapabilities) override;
+  HRESULT STDMETHODCALLTYPE CheckCapabilities(DWORD* pCapabilities) override;
+  /// Frames are a format of video only.
+  HRESULT STDMETHODCALLTYPE IsFormatSupported(const GUID* pFormat) override;
+  HRESULT STDMETHODCALLTYPE QueryPreferredFormat(GUID* pFormat) override;
+  HRESULT STDMETHODCALLTYPE GetTimeFormat(GUID* pFormat) override;
+  HRESULT STDMETHODCALLTYPE IsUsingTimeFormat(const GUID* pFormat) override;
+  /// For all pins of the filter. E_FAIL for a format that is not supported.
+  HRESULT STDMETHODCALLTYPE SetTimeFormat(const GUID* pFormat) override;
+  HRESULT STDMETHODCALLTYPE GetDuration(LONGLONG* pDuration) override;
+  HRESULT STDMETHODCALLTYPE GetStopPosition(LONGLONG* pStop) override;
+  /// E_NOTIMPL: only renderers know.
+  HRESULT STDMETHODCALLTYPE GetCurrentPosition(LONGLONG* pCurrent) override;
+  HRESULT STDMETHODCALLTYPE ConvertTimeFormat(LONGLONG* pTarget, const GUID* pTargetFormat, LONGLONG Source,
+                                              const GUID* pSourceFormat) override;
+  /// Only the first connected pin that asks moves the positions; every other answers S_OK and does
+  /// nothing. The mode of the current position governs the stop position too. A null position is left as
+  /// it is.
+  HRESULT STDMETHODCALLTYPE SetPositions(LONGLONG* pCurrent, DWORD dwCurrentFlags, LONGLONG* pStop,
+                                         DWORD dwStopFlags) override;
+  HRESULT STDMETHODCALLTYPE GetPositions(LONGLONG* pCurrent, LONGLONG* pStop) override;
+  HRESULT STDMETHODCALLTYPE GetAvailable(LONGLONG* pEarliest, LONGLONG* pLatest) override;
+  HRESULT STDMETHODCALLTYPE SetRate(double dRate) override;
+  HRESULT STDMETHODCALLTYPE GetRate(double* pdRate) override;
+  HRESULT STDMETHODCALLTYPE GetPreroll(LONGLONG* pllPreroll) override;
 
-/// Changes `start` and `stop` as a request with `newStart` and `newStop` asks for. `mode` is one of the
-/// positioning bits AM_SEEKING_AbsolutePositioning (replaces both), AM_SEEKING_RelativePositioning and
-/// AM_SEEKING_IncrementalPositioning (add to both). Throws MessageError for any other.
-void applySeekPosition(REFERENCE_TIME& start, REFERENCE_TIME newStart, REFERENCE_TIME& stop, REFERENCE_TIME newStop,
-                       DWORD mode);
+ private:
+  template <class Call>
+  HRESULT WithFilter(Call&& call);
+  // With the filter held.
+  bool MayMove();
+  HRESULT Convert(LONGLONG& target, const GUID& targetFormat, LONGLONG source, const GUID& sourceFormat) const;
+  void FromMediaTime(LONGLONG& target, REFERENCE_TIME time) const;
+  REFERENCE_TIME ToMediaTime(LONGLONG source) const;
+  void ClampToDuration(REFERENCE_TIME& time, LONGLONG& callers) const;
 
-// Sum and difference of times; what does not fit stays at the end of the range.
-REFERENCE_TIME AddTimes(REFERENCE_TIME a, REFERENCE_TIME b) noexcept;
-REFERENCE_TIME SubtractTimes(REFERENCE_TIME a, REFERENCE_TIME b) noexcept;
+  CBasePin& m_pin;
+  const TrackRecord& m_track;
+  PlayPositions& m_positions;
+  PassControl& m_pass;
+};
 
 }  // namespace tarvex
