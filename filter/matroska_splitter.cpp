@@ -1,13 +1,8 @@
-// The splitter's identity, pins and state.
+// The splitter's identity, state, and the source that comes and goes with the input pin's connection.
 #include "filter/matroska_splitter.h"
 
-#include <memory>
-#include <utility>
-#include <vector>
-
 #include "filter/filter_registration.h"
-#include "filter/module_log.h"
-#include "framework/co_task_mem.h"
+#include "filter/source_manners.h"
 #include "framework/com_boundary.h"
 #include "framework/log.h"
 #include "include/tarvex/class_ids.h"
@@ -20,13 +15,21 @@ CUnknown* CMatroskaSplitter::CreateInstance(IUnknown* outer, HRESULT* /*result*/
 
 CMatroskaSplitter::CMatroskaSplitter(IUnknown* outer)
     : CBaseFilter("CMatroskaSplitter", outer, &m_filterLock, CLSID_MatroskaSplitter),
-      m_inputPin(new CStreamInputPin(this, &m_filterLock)) {}
+      m_gate(m_positions),
+      m_worker(*this, m_source, m_outputPins, m_positions),
+      m_source(m_creator, m_positions, m_worker),
+      m_outputPins({*this, m_positions, m_gate, m_worker}),
+      m_inputPin(new CStreamInputPin(this, &m_filterLock)),
+      m_streams(*this, m_creator, m_outputPins, m_worker, m_positions),
+      m_markers(*this, m_creator, m_source),
+      m_parameters(*this, m_creator, m_outputPins, m_source, m_worker),
+      m_log(*this) {}
 
 CMatroskaSplitter::~CMatroskaSplitter() {
   // An owner that lets go without stopping leaves the worker to us, and the last reference may be given
   // back while pins are still connected. Nothing can be done about a failure here.
   static_cast<void>(ComBoundary([this] {
-    EndWorker();
+    m_worker.End();
     const CAutoLock lock(m_filterLock);
     CloseSource();
     return S_OK;
@@ -34,39 +37,24 @@ CMatroskaSplitter::~CMatroskaSplitter() {
 }
 
 HRESULT CMatroskaSplitter::NonDelegatingQueryInterface(REFIID iid, void** out) {
-  if (iid == IID_ISpecifyPropertyPages) return GiveInterface(static_cast<ISpecifyPropertyPages*>(this), out);
-  if (iid == IID_IAMStreamSelect) return GiveInterface(static_cast<IAMStreamSelect*>(this), out);
-  if (iid == IID_IAMExtendedSeeking) return GiveInterface(static_cast<IAMExtendedSeeking*>(this), out);
-  if (iid == IID_IModuleConfig) return GiveInterface(static_cast<IModuleConfig*>(this), out);
-  if (iid == IID_IPersistStream) return GiveInterface(static_cast<IPersistStream*>(this), out);
-  if (iid == IID_IModuleLog) return GiveInterface(static_cast<IModuleLog*>(this), out);
+  if (iid == IID_IAMStreamSelect) return GiveInterface(&m_streams, out);
+  if (iid == IID_IAMExtendedSeeking) return GiveInterface(&m_markers, out);
+  if (iid == IID_ISpecifyPropertyPages) return GiveInterface(static_cast<ISpecifyPropertyPages*>(&m_parameters), out);
+  if (iid == IID_IModuleConfig || iid == IID_IPersistStream) {
+    return GiveInterface(static_cast<IModuleConfig*>(&m_parameters), out);
+  }
+  if (iid == IID_IModuleLog) return GiveInterface(&m_log, out);
   return CBaseFilter::NonDelegatingQueryInterface(iid, out);
-}
-
-HRESULT CMatroskaSplitter::GetPages(CAUUID* pPages) {
-  if (pPages == nullptr) return E_POINTER;
-  return ComBoundary([&] {
-    auto pages = CoTaskMem<GUID>::Allocate(2);
-    pages[0] = CLSID_MatroskaSettingsPage;
-    pages[1] = CLSID_MatroskaAboutPage;
-    *pPages = {.cElems = 2, .pElems = pages.Detach()};
-    return S_OK;
-  });
-}
-
-HRESULT CMatroskaSplitter::SetSink(ModuleLogSink sink, void* context) {
-  SetModuleLogSink(sink, context);
-  return S_OK;
 }
 
 const FilterSetup* CMatroskaSplitter::GetSetupData() { return &kSplitterSetup; }
 
-int CMatroskaSplitter::GetPinCount() { return 1 + static_cast<int>(m_outputPins.size()); }
+int CMatroskaSplitter::GetPinCount() { return 1 + static_cast<int>(m_outputPins.All().size()); }
 
 CBasePin* CMatroskaSplitter::GetPin(int index) {
   if (index == 0) return m_inputPin.Get();
   if (index < 0 || index >= GetPinCount()) return nullptr;
-  return m_outputPins[static_cast<std::size_t>(index) - 1].Get();
+  return m_outputPins.All()[static_cast<std::size_t>(index) - 1].Get();
 }
 
 HRESULT CMatroskaSplitter::Pause() {
@@ -76,14 +64,13 @@ HRESULT CMatroskaSplitter::Pause() {
     const CAutoLock filterLock(m_filterLock);
     if (IsStopped()) {
       // One that was started for pins that could not be activated has delivered nothing, and is done.
-      EndWorker();
+      m_worker.End();
       // A run that was cut short leaves pins holding, perhaps for a video pin that is no longer connected.
       m_gate.SetHolding(false);
     }
     static_cast<void>(CBaseFilter::Pause());  // pins that failed to activate refuse frames, which ends the pass
-    // A seek that met no worker moves the scanner without one.
     const CAutoLock positionLock(m_positions.PositionLock());
-    return StartWorker();
+    return m_worker.Start();
   });
 }
 
@@ -91,97 +78,61 @@ HRESULT CMatroskaSplitter::Stop() {
   LogText("Stop");
   return ComBoundary([this] {
     const CAutoLock filterLock(m_filterLock);  // no start may come in between
-    const bool hadWorker = ThreadExists();     // which one of several steps ends
-    if (m_inputPin->IsConnected()) EndQueues();
+    const bool hadWorker = m_worker.Exists();  // which one of several steps ends
+    if (m_inputPin->IsConnected() && m_worker.End() == S_OK) m_outputPins.EndQueues();
     static_cast<void>(CBaseFilter::Stop());  // stopped whatever the pins answer
     m_positions.ClearSeekingOwner();
-    EndWorker();
+    m_worker.End();
     return hadWorker ? S_OK : S_FALSE;
   });
 }
 
-// All at once, since each may have to wait for downstream. Nobody feeds them any more.
-void CMatroskaSplitter::EndQueues() {
-  if (EndWorker() == S_FALSE) return;  // nothing was started
-  // Without memory for the list each ends with its pin.
-  static_cast<void>(ComBoundary([this] {
-    std::vector<std::shared_ptr<COutputQueue>> queues;
-    for (const auto& pin : m_outputPins) {
-      if (auto queue = pin->Queue()) queues.push_back(std::move(queue));
-    }
-    COutputQueue::End(queues);
+HRESULT CMatroskaSplitter::OpenSource(IPin* peer) {
+  ComPtr<IAsyncReader> upstream;
+  const HRESULT result = ComPtr<IPin>(peer).Query(upstream);
+  if (FAILED(result)) return result;
+  // What is thrown is logged here; the caller learns only of the refusal.
+  const HRESULT opened = ComBoundary([&] {
+    CloseSource();
+    m_source.Open(upstream.Get(), ReadsTakenBy(peer));
+    m_outputPins.Create(m_creator, m_parameters.HasSeparatePins());
     return S_OK;
-  }));
+  });
+  if (SUCCEEDED(opened)) return S_OK;
+  CloseSource();
+  return VFW_E_TYPE_NOT_ACCEPTED;
+}
+
+void CMatroskaSplitter::CloseSource() {
+  m_worker.End();
+  m_outputPins.RemoveAll();
+  m_source.Close();
 }
 
 // Under the position lock, as seeks flush, so that the two do not mix and the pin list stays.
-HRESULT CMatroskaSplitter::FlushFromUpstream(bool begin) {
+HRESULT CMatroskaSplitter::BeginFlushFromUpstream() {
   const CAutoLock lock(m_positions.PositionLock());
-  return begin ? BeginFlush() : EndFlush();
+  m_outputPins.BeginFlush();
+  return S_OK;
 }
 
-// What the pins hold back is the worker's while it delivers; then the end is its to pass on.
+HRESULT CMatroskaSplitter::EndFlushFromUpstream() {
+  const CAutoLock lock(m_positions.PositionLock());
+  m_outputPins.EndFlush();
+  return S_OK;
+}
+
+// On the worker in a read that upstream answers with this, no wait may come, and none is needed.
 HRESULT CMatroskaSplitter::EndOfStreamFromUpstream() {
-  m_endAsked = true;
-  if (m_isPassing) return S_OK;  // at the end of the pass, without a wait for whoever is ending it
+  if (m_worker.IsCurrent()) {
+    m_outputPins.EndOfStream();
+    return S_OK;
+  }
   const CAutoLock lock(m_positions.PositionLock());
-  const CAutoLock control(m_AccessLock);  // no pass begins meanwhile
-  if (m_isPassing || !m_endAsked.exchange(false)) return S_OK;
-  for (const auto& pin : m_outputPins) pin->DropHeld();
-  return EndOfStream();
-}
-
-HRESULT CMatroskaSplitter::BeginFlush() {
-  LogText("BeginFlush");
-  for (const auto& pin : m_outputPins) {
-    if (pin->IsConnected()) pin->DeliverBeginFlush();
-  }
+  const Worker::PassEnded ended(m_worker);
+  m_outputPins.DropHeld();
+  m_outputPins.EndOfStream();
   return S_OK;
-}
-
-HRESULT CMatroskaSplitter::EndFlush() {
-  LogText("EndFlush");
-  for (const auto& pin : m_outputPins) {
-    if (pin->IsConnected()) pin->DeliverEndFlush();
-  }
-  return S_OK;
-}
-
-HRESULT CMatroskaSplitter::EndOfStream() {
-  LogText("EndOfStream");
-  // When one pin fails to deliver what it held, no pin holds anything afterwards. Then the end reaches
-  // those that it did not reach before.
-  if (!EndEveryPin()) EndEveryPin();
-  return S_OK;
-}
-
-bool CMatroskaSplitter::EndEveryPin() {
-  bool all = true;
-  for (const auto& pin : m_outputPins) {
-    if (pin->IsConnected() && FAILED(pin->DeliverEndOfStream())) all = false;
-  }
-  return all;
-}
-
-CMatroskaOutputPin* CMatroskaSplitter::FindPinByTrack(std::uint32_t trackNumber) const {
-  for (const auto& pin : m_outputPins) {
-    if (pin->Track().Number() == trackNumber) return pin.Get();
-  }
-  return nullptr;
-}
-
-CMatroskaOutputPin* CMatroskaSplitter::FindPinByType(std::uint32_t trackType) const {
-  for (const auto& pin : m_outputPins) {
-    if (pin->Track().Type() == trackType) return pin.Get();
-  }
-  return nullptr;
-}
-
-bool CMatroskaSplitter::AnyOutputConnected() const {
-  for (const auto& pin : m_outputPins) {
-    if (pin->IsConnected()) return true;
-  }
-  return false;
 }
 
 }  // namespace tarvex

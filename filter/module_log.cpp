@@ -21,15 +21,16 @@ void Forward(void* context, const char* text) {
 
 }  // namespace
 
-void SetModuleLogSink(ModuleLogSink function, void* context) noexcept {
+HRESULT STDMETHODCALLTYPE ModuleLog::SetSink(ModuleLogSink function, void* context) {
   static CCritSec lock("module log", LockRank::kLogSetup);
   static HostSink sink;
 
   const CAutoLock hold(lock);
   SetLogSink(nullptr, nullptr);  // from here on nobody reads `sink`
-  if (function == nullptr) return;
+  if (function == nullptr) return S_OK;
   sink = {function, context};
   SetLogSink(&Forward, &sink);
+  return S_OK;
 }
 
 }  // namespace tarvex

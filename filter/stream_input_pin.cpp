@@ -49,15 +49,13 @@ HRESULT CStreamInputPin::EndOfStream() {
 HRESULT CStreamInputPin::BeginFlush() {
   const auto filter = HoldFilter();
   if (!filter) return VFW_E_NOT_CONNECTED;
-  m_flushing = true;
-  return ComBoundary([this] { return m_splitter->FlushFromUpstream(true); });
+  return ComBoundary([this] { return m_splitter->BeginFlushFromUpstream(); });
 }
 
 HRESULT CStreamInputPin::EndFlush() {
   const auto filter = HoldFilter();
   if (!filter) return VFW_E_NOT_CONNECTED;
-  m_flushing = false;
-  return ComBoundary([this] { return m_splitter->FlushFromUpstream(false); });
+  return ComBoundary([this] { return m_splitter->EndFlushFromUpstream(); });
 }
 
 }  // namespace tarvex

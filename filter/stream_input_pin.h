@@ -3,8 +3,6 @@
 // upstream for flushes and end of stream.
 #pragma once
 
-#include <atomic>
-
 #include "framework/base_input_pin.h"
 
 namespace tarvex {
@@ -37,7 +35,6 @@ class CStreamInputPin : public CBaseInputPin {
 
  private:
   CMatroskaSplitter* const m_splitter;
-  std::atomic<bool> m_flushing{false};
 };
 
 }  // namespace tarvex

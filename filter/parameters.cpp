@@ -1,28 +1,32 @@
-// The parameters of IModuleConfig and the settings saved with a graph. Application threads.
+// Values by their identifiers, and the two that are saved.
+#include "filter/parameters.h"
+
 #include <array>
 #include <utility>
 #include <vector>
 
-#include "filter/matroska_splitter.h"
+#include "framework/bstr.h"
+#include "framework/co_task_mem.h"
 #include "framework/com_boundary.h"
 #include "include/tarvex/chapter_entry.h"
+#include "include/tarvex/class_ids.h"
 
 namespace tarvex {
 
 /// One parameter and what handles it; null where it cannot be set or read.
-struct CMatroskaSplitter::Parameter {
+struct Parameters::Parameter {
   const GUID& id;
-  HRESULT (CMatroskaSplitter::*set)(const VARIANT& value);
-  HRESULT (CMatroskaSplitter::*get)(VARIANT& value);
+  HRESULT (Parameters::*set)(const VARIANT& value);
+  HRESULT (Parameters::*get)(VARIANT& value);
 };
 
-const CMatroskaSplitter::Parameter* CMatroskaSplitter::FindParameter(const GUID& id) {
+const Parameters::Parameter* Parameters::FindParameter(const GUID& id) {
   static constexpr Parameter kParameters[] = {
-      {paramAnnexBOutput, &CMatroskaSplitter::SetAnnexBOutput, &CMatroskaSplitter::GetAnnexBOutput},
-      {paramSeparatePins, &CMatroskaSplitter::SetSeparatePins, &CMatroskaSplitter::GetSeparatePins},
-      {paramChapterList, nullptr, &CMatroskaSplitter::GetChapterList},
-      {paramDocType, nullptr, &CMatroskaSplitter::GetDocType},
-      {paramPosition, &CMatroskaSplitter::SetPosition, nullptr},
+      {paramAnnexBOutput, &Parameters::SetAnnexBOutput, &Parameters::GetAnnexBOutput},
+      {paramSeparatePins, &Parameters::SetSeparatePins, &Parameters::GetSeparatePins},
+      {paramChapterList, nullptr, &Parameters::GetChapterList},
+      {paramDocType, nullptr, &Parameters::GetDocType},
+      {paramPosition, &Parameters::SetPosition, nullptr},
   };
   for (const Parameter& parameter : kParameters) {
     if (parameter.id == id) return &parameter;
@@ -30,19 +34,30 @@ const CMatroskaSplitter::Parameter* CMatroskaSplitter::FindParameter(const GUID&
   return nullptr;
 }
 
-HRESULT CMatroskaSplitter::SetValue(const GUID* parameter, const VARIANT* value) {
+HRESULT Parameters::GetPages(CAUUID* pPages) {
+  if (pPages == nullptr) return E_POINTER;
+  return ComBoundary([&] {
+    auto pages = CoTaskMem<GUID>::Allocate(2);
+    pages[0] = CLSID_MatroskaSettingsPage;
+    pages[1] = CLSID_MatroskaAboutPage;
+    *pPages = {.cElems = 2, .pElems = pages.Detach()};
+    return S_OK;
+  });
+}
+
+HRESULT Parameters::SetValue(const GUID* parameter, const VARIANT* value) {
   if (parameter == nullptr || value == nullptr) return E_POINTER;
   const Parameter* found = FindParameter(*parameter);
   if (found == nullptr || found->set == nullptr) return E_NOTIMPL;
   return ComBoundary([&] { return (this->*found->set)(*value); });
 }
 
-HRESULT CMatroskaSplitter::GetValue(const GUID* parameter, VARIANT* value) {
+HRESULT Parameters::GetValue(const GUID* parameter, VARIANT* value) {
   if (parameter == nullptr || value == nullptr) return E_POINTER;
   const Parameter* found = FindParameter(*parameter);
   if (found == nullptr || found->get == nullptr) return E_NOTIMPL;
   return ComBoundary([&] {
-    const CAutoLock lock(m_filterLock);
+    const CAutoLock lock(m_filter.FilterLock());
     return (this->*found->get)(*value);
   });
 }
@@ -58,8 +73,8 @@ HRESULT StoreBool(VARIANT& value, bool setting) {
 
 }  // namespace
 
-HRESULT CMatroskaSplitter::SetAnnexBOutput(const VARIANT& value) {
-  const CAutoLock lock(m_filterLock);
+HRESULT Parameters::SetAnnexBOutput(const VARIANT& value) {
+  const CAutoLock lock(m_filter.FilterLock());
   m_annexBOutput = value.boolVal != 0;
   ApplyH264Form();
   SetDirty(true);
@@ -67,33 +82,33 @@ HRESULT CMatroskaSplitter::SetAnnexBOutput(const VARIANT& value) {
 }
 
 // Connections stay as they are: what was agreed with a peer holds until the pin connects anew.
-void CMatroskaSplitter::ApplyH264Form() {
+void Parameters::ApplyH264Form() {
   m_creator.SetH264Form(m_annexBOutput);
-  for (const auto& pin : m_outputPins) pin->SetH264Form(m_annexBOutput);
+  m_pins.SetH264Form(m_annexBOutput);
 }
 
-HRESULT CMatroskaSplitter::GetAnnexBOutput(VARIANT& value) { return StoreBool(value, m_annexBOutput); }
+HRESULT Parameters::GetAnnexBOutput(VARIANT& value) { return StoreBool(value, m_annexBOutput); }
 
-HRESULT CMatroskaSplitter::SetSeparatePins(const VARIANT& value) {
-  const CAutoLock lock(m_filterLock);
+HRESULT Parameters::SetSeparatePins(const VARIANT& value) {
+  const CAutoLock lock(m_filter.FilterLock());
   const HRESULT result = ChangeSeparatePins(value.boolVal != 0);
   if (SUCCEEDED(result)) SetDirty(true);
   return result;
 }
 
-HRESULT CMatroskaSplitter::ChangeSeparatePins(bool separate) {
+HRESULT Parameters::ChangeSeparatePins(bool separate) {
   // Pins that could not be made are missing whatever the setting is.
-  const bool pinsAreMissing = m_outputPins.empty() && m_creator.GetStreamCount() != 0;
+  const bool pinsAreMissing = m_pins.All().empty() && m_creator.GetStreamCount() != 0;
   if (separate == m_separatePins && !pinsAreMissing) return S_OK;
   // Connected pins cannot be taken away from under the graph and the worker.
-  if (IsActive()) return VFW_E_NOT_STOPPED;
-  EndWorker();
-  if (m_reader) CreateOutputPins(separate);
+  if (m_filter.IsActive()) return VFW_E_NOT_STOPPED;
+  m_worker.End();
+  if (m_source.IsOpen()) m_pins.Create(m_creator, separate);
   m_separatePins = separate;
   return S_OK;
 }
 
-HRESULT CMatroskaSplitter::GetSeparatePins(VARIANT& value) { return StoreBool(value, m_separatePins); }
+HRESULT Parameters::GetSeparatePins(VARIANT& value) { return StoreBool(value, m_separatePins); }
 
 namespace {
 
@@ -112,8 +127,8 @@ HRESULT CopyChapters(const std::vector<ScannedChapter>& chapters, ChapterEntry* 
 
 }  // namespace
 
-HRESULT CMatroskaSplitter::GetChapterList(VARIANT& value) {
-  const auto& chapters = m_scanner.Chapters();
+HRESULT Parameters::GetChapterList(VARIANT& value) {
+  const auto& chapters = m_source.Scanner().Chapters();
   if (value.vt == VT_UINT) {
     value.ulVal = static_cast<ULONG>(chapters.size());
     return S_OK;
@@ -122,10 +137,10 @@ HRESULT CMatroskaSplitter::GetChapterList(VARIANT& value) {
   return CopyChapters(chapters, static_cast<ChapterEntry*>(value.byref));
 }
 
-HRESULT CMatroskaSplitter::GetDocType(VARIANT& value) {
+HRESULT Parameters::GetDocType(VARIANT& value) {
   static constexpr std::array<std::string_view, 2> kDocTypes = {"matroska", "webm"};
   for (std::size_t i = 0; i < kDocTypes.size(); ++i) {
-    if (m_scanner.DocType() != kDocTypes[i]) continue;
+    if (m_source.Scanner().DocType() != kDocTypes[i]) continue;
     value.ulVal = static_cast<ULONG>(i);
     return S_OK;
   }
@@ -133,8 +148,8 @@ HRESULT CMatroskaSplitter::GetDocType(VARIANT& value) {
 }
 
 // Without the filter lock: the graph has a lock of its own, under which it calls us.
-HRESULT CMatroskaSplitter::SetPosition(const VARIANT& value) {
-  const ComPtr<IFilterGraph> graph = GetFilterGraph();
+HRESULT Parameters::SetPosition(const VARIANT& value) {
+  const ComPtr<IFilterGraph> graph = m_filter.GetFilterGraph();
   if (!graph) return VFW_E_NOT_IN_GRAPH;
   ComPtr<IMediaSeeking> seeking;
   HRESULT result = graph.Query(seeking);
@@ -147,21 +162,21 @@ HRESULT CMatroskaSplitter::SetPosition(const VARIANT& value) {
   return seeking->SetPositions(&current, AM_SEEKING_AbsolutePositioning, &stop, AM_SEEKING_AbsolutePositioning);
 }
 
-HRESULT CMatroskaSplitter::WriteToStream(IStream* stream) {
-  const CAutoLock lock(m_filterLock);
+HRESULT Parameters::WriteToStream(IStream* stream) {
+  const CAutoLock lock(m_filter.FilterLock());
   const BYTE annexB = m_annexBOutput ? 1 : 0;
   const BYTE separate = m_separatePins ? 1 : 0;
   const HRESULT result = WriteExact(stream, &annexB, sizeof annexB);
   return FAILED(result) ? result : WriteExact(stream, &separate, sizeof separate);
 }
 
-HRESULT CMatroskaSplitter::ReadFromStream(IStream* stream) {
+HRESULT Parameters::ReadFromStream(IStream* stream) {
   BYTE annexB = 0;
   BYTE separate = 0;
   HRESULT result = ReadExact(stream, &annexB, sizeof annexB);
   if (SUCCEEDED(result)) result = ReadExact(stream, &separate, sizeof separate);
   if (FAILED(result)) return result;
-  const CAutoLock lock(m_filterLock);
+  const CAutoLock lock(m_filter.FilterLock());
   result = ChangeSeparatePins(separate != 0);
   if (FAILED(result)) return result;
   m_annexBOutput = annexB != 0;

@@ -1,8 +1,9 @@
-// Stream selection: IAMStreamSelect, application threads.
+// The list of streams, and the switch of a pin to another one.
+#include "filter/stream_selection.h"
+
 #include <algorithm>
 #include <utility>
 
-#include "filter/matroska_splitter.h"
 #include "filter/rendered_graph.h"
 #include "filter/stream_name.h"
 #include "framework/co_task_mem.h"
@@ -10,17 +11,17 @@
 
 namespace tarvex {
 
-HRESULT CMatroskaSplitter::Count(DWORD* pcStreams) {
+HRESULT StreamSelection::Count(DWORD* pcStreams) {
   if (pcStreams == nullptr) return E_POINTER;
-  const CAutoLock lock(m_filterLock);
+  const CAutoLock lock(m_filter.FilterLock());
   *pcStreams = static_cast<DWORD>(m_creator.GetStreamCount());
   return S_OK;
 }
 
-HRESULT CMatroskaSplitter::Info(LONG lIndex, AM_MEDIA_TYPE** /*ppmt*/, DWORD* pdwFlags, LCID* plcid, DWORD* pdwGroup,
-                                WCHAR** ppszName, IUnknown** ppObject, IUnknown** ppUnk) {
+HRESULT StreamSelection::Info(LONG lIndex, AM_MEDIA_TYPE** /*ppmt*/, DWORD* pdwFlags, LCID* plcid, DWORD* pdwGroup,
+                              WCHAR** ppszName, IUnknown** ppObject, IUnknown** ppUnk) {
   return ComBoundary([&]() -> HRESULT {
-    const CAutoLock lock(m_filterLock);
+    const CAutoLock lock(m_filter.FilterLock());
     TrackPinInfo track;
     if (lIndex < 0 || !m_creator.GetTrackInfoByIndex(static_cast<std::uint32_t>(lIndex), track)) return S_FALSE;
     // First what can fail, so that a failure gives nothing out.
@@ -29,9 +30,9 @@ HRESULT CMatroskaSplitter::Info(LONG lIndex, AM_MEDIA_TYPE** /*ppmt*/, DWORD* pd
 
     if (plcid != nullptr) *plcid = 0;
     if (ppUnk != nullptr) *ppUnk = nullptr;
-    if (ppObject != nullptr) ComPtr<IUnknown>(Owner()).CopyTo(ppObject);
+    if (ppObject != nullptr) ComPtr<IUnknown>(m_filter.Owner()).CopyTo(ppObject);
     if (pdwFlags != nullptr) {
-      *pdwFlags = FindPinByTrack(track.trackNumber) != nullptr ? AMSTREAMSELECTINFO_ENABLED : 0;
+      *pdwFlags = m_pins.FindByTrack(track.trackNumber) != nullptr ? AMSTREAMSELECTINFO_ENABLED : 0;
     }
     if (pdwGroup != nullptr) *pdwGroup = track.trackType;
     if (ppszName != nullptr) *ppszName = name.Detach();
@@ -39,7 +40,7 @@ HRESULT CMatroskaSplitter::Info(LONG lIndex, AM_MEDIA_TYPE** /*ppmt*/, DWORD* pd
   });
 }
 
-HRESULT CMatroskaSplitter::Enable(LONG lIndex, DWORD dwFlags) {
+HRESULT StreamSelection::Enable(LONG lIndex, DWORD dwFlags) {
   if ((dwFlags & AMSTREAMSELECTENABLE_ENABLE) == 0) return E_NOTIMPL;
   if (lIndex < 0) return E_INVALIDARG;
   return ComBoundary([&]() -> HRESULT {
@@ -52,12 +53,12 @@ HRESULT CMatroskaSplitter::Enable(LONG lIndex, DWORD dwFlags) {
 }
 
 // Does all of the switch that needs no graph; gives the pin when it is connected and so does.
-HRESULT CMatroskaSplitter::SwitchStream(std::uint32_t streamIndex, ComPtr<CMatroskaOutputPin>& connectedPin,
-                                        TrackPinInfo& track) {
-  const CAutoLock lock(m_filterLock);
+HRESULT StreamSelection::SwitchStream(std::uint32_t streamIndex, ComPtr<CMatroskaOutputPin>& connectedPin,
+                                      TrackPinInfo& track) {
+  const CAutoLock lock(m_filter.FilterLock());
   if (!m_creator.GetTrackInfoByIndex(streamIndex, track)) return E_INVALIDARG;
-  if (FindPinByTrack(track.trackNumber) != nullptr) return S_OK;
-  CMatroskaOutputPin* pin = FindPinByType(track.trackType);
+  if (m_pins.FindByTrack(track.trackNumber) != nullptr) return S_OK;
+  CMatroskaOutputPin* pin = m_pins.FindByType(track.trackType);
   if (pin == nullptr) return E_FAIL;  // every stream's kind has a pin
   if (!pin->IsConnected()) return pin->SetTrack(track);
   connectedPin = ComPtr<CMatroskaOutputPin>(pin);
@@ -65,20 +66,20 @@ HRESULT CMatroskaSplitter::SwitchStream(std::uint32_t streamIndex, ComPtr<CMatro
 }
 
 // All that can fail for lack of memory comes before the graph is touched.
-HRESULT CMatroskaSplitter::SwitchConnectedPin(CMatroskaOutputPin& pin, const TrackPinInfo& track) {
-  CRenderedGraph graph;
-  const HRESULT result = graph.Attach(GetFilterGraph());
+HRESULT StreamSelection::SwitchConnectedPin(CMatroskaOutputPin& pin, const TrackPinInfo& track) {
+  RenderedGraph graph;
+  const HRESULT result = graph.Attach(m_filter.GetFilterGraph());
   if (FAILED(result)) return result;
   const TrackPinInfo former = pin.Track().Copy();
-  const std::vector<ComPtr<IPin>> others = ConnectedOutputsBut(pin);
+  const std::vector<ComPtr<IPin>> others = ConnectedPinsBut(pin);
   graph.Save();
-  graph.FindDownstream(&pin, this);
+  graph.FindDownstream(&pin, &m_filter);
   const HRESULT switched = ComBoundary([&] {
     if (!graph.WasStopped()) {
       EndDelivery();
       graph.Stop();
     }
-    if (IsActive()) return VFW_E_NOT_STOPPED;  // run by someone who goes past the graph
+    if (m_filter.IsActive()) return VFW_E_NOT_STOPPED;  // run by someone who goes past the graph
     graph.RemoveDownstream();
     if (FAILED(SetTrack(pin, track)) || FAILED(graph.Render(&pin))) {
       static_cast<void>(SetTrack(pin, former));
@@ -92,23 +93,23 @@ HRESULT CMatroskaSplitter::SwitchConnectedPin(CMatroskaOutputPin& pin, const Tra
   return FAILED(switched) ? switched : restored;
 }
 
-HRESULT CMatroskaSplitter::SetTrack(CMatroskaOutputPin& pin, const TrackPinInfo& track) {
-  const CAutoLock lock(m_filterLock);  // no connection in between
+HRESULT StreamSelection::SetTrack(CMatroskaOutputPin& pin, const TrackPinInfo& track) {
+  const CAutoLock lock(m_filter.FilterLock());  // no connection in between
   return pin.SetTrack(track);
 }
 
 // What downstream has is dropped and ended, so that the graph completes at once.
-void CMatroskaSplitter::EndDelivery() {
+void StreamSelection::EndDelivery() {
   const CAutoLock lock(m_positions.PositionLock());
-  static_cast<void>(Interrupt());
-  EndWorker();
-  EndOfStream();
+  static_cast<void>(m_worker.Interrupt());
+  m_worker.End();
+  m_pins.EndOfStream();
 }
 
-std::vector<ComPtr<IPin>> CMatroskaSplitter::ConnectedOutputsBut(const CMatroskaOutputPin& one) {
-  const CAutoLock lock(m_filterLock);
+std::vector<ComPtr<IPin>> StreamSelection::ConnectedPinsBut(const CMatroskaOutputPin& one) {
+  const CAutoLock lock(m_filter.FilterLock());
   std::vector<ComPtr<IPin>> pins;
-  for (const auto& pin : m_outputPins) {
+  for (const auto& pin : m_pins.All()) {
     if (pin.Get() != &one && pin->IsConnected()) pins.emplace_back(pin.Get());
   }
   return pins;

@@ -1,0 +1,58 @@
+// The scanner's frames, handed to their pins.
+#include "filter/delivery_pass.h"
+
+#include <algorithm>
+
+#include "framework/com_boundary.h"
+#include "framework/log.h"
+
+namespace tarvex {
+
+HRESULT DeliveryPass::Run() {
+  if (!m_pins.AnyConnected()) return S_OK;
+  const HRESULT result = ComBoundary([this] { return Deliver(); });
+  m_pins.BeforeWait();
+  return result;
+}
+
+HRESULT DeliveryPass::Deliver() {
+  CEbmlScanner& scanner = m_source.Scanner();
+  m_failure = S_OK;
+  scanner.SetStartTime(static_cast<std::uint64_t>(m_positions.BeginRun()));
+  scanner.SetCallback(this);
+  // A pass that was interrupted, or that downstream refused, ends without end of stream.
+  if (!scanner.Process()) m_pins.EndOfStream();
+  return m_failure;
+}
+
+// Null when nobody wants the frame.
+CMatroskaOutputPin* DeliveryPass::PinOf(const FrameInfo& frame) const {
+  CMatroskaOutputPin* pin = m_pins.FindByTrack(frame.trackNumber);
+  return pin != nullptr && pin->IsConnected() ? pin : nullptr;
+}
+
+bool DeliveryPass::OnData(const FrameInfo& frame) {
+  CMatroskaOutputPin* pin = PinOf(frame);
+  if (pin == nullptr) return true;
+  FrameInfo decoded = frame;
+  m_source.Scanner().Decode(decoded);
+  return GiveFrame(*pin, decoded);
+}
+
+bool DeliveryPass::OnLace(std::span<const FrameInfo> frames) {
+  if (frames.empty()) return true;
+  CMatroskaOutputPin* pin = PinOf(frames.front());
+  if (pin == nullptr) return true;
+  if (m_source.Scanner().IsCompressed(frames.front().trackNumber)) return CMatroskaCallback::OnLace(frames);
+  pin->Reserve(frames);
+  return std::ranges::all_of(frames, [&](const FrameInfo& frame) { return GiveFrame(*pin, frame); });
+}
+
+bool DeliveryPass::GiveFrame(CMatroskaOutputPin& pin, const FrameInfo& frame) {
+  if (pin.OnData(frame)) return true;
+  m_failure = pin.OwnFailure();
+  LogText("CMatroskaSplitter::OnData failed");
+  return false;
+}
+
+}  // namespace tarvex
