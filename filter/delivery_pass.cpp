@@ -18,10 +18,12 @@ HRESULT DeliveryPass::Run() {
 HRESULT DeliveryPass::Deliver() {
   CEbmlScanner& scanner = m_source.Scanner();
   m_failure = S_OK;
+  m_endsEarly = false;
   scanner.SetStartTime(static_cast<std::uint64_t>(m_positions.BeginRun()));
   scanner.SetCallback(this);
   // A pass that was interrupted, or that downstream refused, ends without end of stream.
-  if (!scanner.Process()) m_pins.EndOfStream();
+  const bool isAtEnd = !scanner.Process() || (m_endsEarly && !m_isCommandPending());
+  if (isAtEnd) m_pins.EndOfStream();
   return m_failure;
 }
 

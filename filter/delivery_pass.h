@@ -1,9 +1,11 @@
 // A delivery pass: the scanner reads from where the range starts, and each frame goes to the pin of its track. Owned by
-// the worker, on which all of it runs.
+// the worker, on which it runs.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <span>
+#include <utility>
 
 #include "filter/output_pins.h"
 #include "filter/source.h"
@@ -21,11 +23,14 @@ class DeliveryPass final : private CMatroskaCallback {
   /// To the end of the file, which every connected pin is told; or until a command is pending or a frame is refused.
   /// S_OK, or a failure of our own, of which nobody else tells the graph.
   HRESULT Run();
+  /// Makes the next block the end of the file for the pass in progress. One that begins later knows nothing of it. Any
+  /// thread.
+  void EndEarly() noexcept { m_endsEarly = true; }
 
  private:
   // CMatroskaCallback
   void OnTrack(std::uint32_t /*heapIndex*/) override {}  // read before
-  bool ProcessEvents() override { return m_isCommandPending(); }
+  bool ProcessEvents() override { return m_endsEarly || m_isCommandPending(); }
   bool OnData(const FrameInfo& frame) override;
   bool OnLace(std::span<const FrameInfo> frames) override;
 
@@ -37,6 +42,7 @@ class DeliveryPass final : private CMatroskaCallback {
   const OutputPins& m_pins;
   PlayPositions& m_positions;
   const std::function<bool()> m_isCommandPending;
+  std::atomic<bool> m_endsEarly{false};
   HRESULT m_failure = S_OK;  // what ended the pass, if the graph is to know it
 };
 

@@ -122,16 +122,10 @@ HRESULT CMatroskaSplitter::EndFlushFromUpstream() {
   return S_OK;
 }
 
-// On the worker in a read that upstream answers with this, no wait may come, and none is needed.
+// The worker tells the pins, behind what it has on its way to them. It is not waited for, since upstream may say so in
+// the middle of a read that the worker waits for.
 HRESULT CMatroskaSplitter::EndOfStreamFromUpstream() {
-  if (m_worker.IsCurrent()) {
-    m_outputPins.EndOfStream();
-    return S_OK;
-  }
-  const CAutoLock lock(m_positions.PositionLock());
-  const Worker::PassEnded ended(m_worker);
-  m_outputPins.DropHeld();
-  m_outputPins.EndOfStream();
+  m_worker.EndPass();
   return S_OK;
 }
 

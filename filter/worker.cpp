@@ -66,13 +66,6 @@ HRESULT Worker::End() {
   return S_OK;
 }
 
-// The run state stays as if the pass had come to its end by itself.
-Worker::PassEnded::PassEnded(Worker& worker) : m_control(worker.m_AccessLock) {
-  if (!worker.ThreadExists()) return;
-  const WaitsCancelled cancelled(worker);
-  worker.CallWorker(kPause);
-}
-
 bool Worker::Interrupt() {
   // A worker that is being ended may still be in its pass, which would choose a start in the range that comes next.
   if (m_runState == kExit && !IsCurrent()) {

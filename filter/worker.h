@@ -13,9 +13,11 @@
 
 namespace tarvex {
 
+/// The control lock (m_AccessLock of CAMThread) is held around a decision about the worker and the command that follows
+/// from it, behind the filter lock and the position lock. The worker takes none of the three.
+///
 /// Waits here: a controller waits for the worker's reply or end. The worker waits for a read and for room in a pin's
-/// ring, and WaitsCancelled ends both. Controllers may hold the filter lock and the position lock; the worker takes
-/// neither, nor the control lock.
+/// ring, and WaitsCancelled ends both.
 class Worker final : public PassControl, private CAMThread {
  public:
   /// All live as long as this. The filter passes on to the graph what ended a pass.
@@ -35,9 +37,9 @@ class Worker final : public PassControl, private CAMThread {
   void Resume() override;
   void BeforeWait() override;
 
-  /// From construction to destruction the worker is in no pass. The one that it was in has ended, and the next comes
-  /// with a seek or a new start. Position lock held; not on the worker.
-  class PassEnded;
+  /// The pass in progress comes to its end at the next block, as if the file ended there; nothing when there is none.
+  /// Any thread; does not wait.
+  void EndPass() noexcept { m_pass.EndEarly(); }
 
  private:
   /// The commands and, as the run state, the last one sent.
@@ -59,14 +61,6 @@ class Worker final : public PassControl, private CAMThread {
   std::atomic<DWORD> m_runState{kPause};     // written under the control lock
   std::atomic<bool> m_commandComing{false};  // a failing read or a refused frame may be our own doing
   std::atomic<DWORD> m_threadId{0};
-};
-
-class [[nodiscard]] Worker::PassEnded {
- public:
-  explicit PassEnded(Worker& worker);
-
- private:
-  const CAutoLock m_control;
 };
 
 }  // namespace tarvex

@@ -15,14 +15,14 @@ enum class LockRank : int {
   // State of filters: a connection is made from upstream to downstream, each filter holding its own.
   kUpstreamFilter = 10,
   kFilter = 11,         ///< the splitter's state, connections, settings and pin list
-  kPosition = 12,       ///< play range, seeking owner, and once more the pin list; held while flushing
+  kPosition = 12,       ///< a change of the play range, flushes, and once more the pin list
   kWorkerControl = 13,  ///< a decision about the worker and the command that follows from it
   kDownstreamFilter = 14,
   kLastFilter = 15,
   kVisited = 16,  ///< of what we call into, and which calls nothing: a sink's record, a graph's events
 
   // From here on the holder neither waits, but for the lock's own condition, nor calls another filter.
-  kPinStream = 20,   ///< a pin's queue, sample buffer and held frames
+  kPinStream = 20,   ///< a pin's queue and sample buffer, and the state of its stream
   kConnection = 21,  ///< a pin's peer, whose references are counted under it
   kLeaf = 22,        ///< whatever is touched for a moment: queue, allocator, channel, positions, gate
 

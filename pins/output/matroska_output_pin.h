@@ -69,7 +69,7 @@ class CMatroskaOutputPin : public CBaseOutputPin, protected SegmentGate::Receive
   // Delivery, all through the queue. Without one nothing happens, and Deliver answers VFW_E_WRONG_STATE.
   /// Unlike the base's takes over the caller's reference on the sample, in any case, as the queue does.
   HRESULT Deliver(IMediaSample* sample) override;
-  /// At most once until ResetForSeek; behind the frames that are held back. Worker, or while it is not delivering.
+  /// At most once until ResetForSeek; behind the frames that are held back. Worker, or while there is none.
   HRESULT DeliverEndOfStream() override;
   /// Ends a wait for room as well. Any thread.
   HRESULT DeliverBeginFlush() override;

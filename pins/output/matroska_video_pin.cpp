@@ -20,7 +20,7 @@ CMatroskaVideoPin::CMatroskaVideoPin(const SharedByPins& shared, const WideStrin
 HRESULT CMatroskaVideoPin::Active() {
   const HRESULT result = ComBoundary([this] {
     m_annexB.reset();
-    if (Track().Copy().codecId == kAvcCodec) m_annexB = CAnnexBConverter::For(CurrentMediaType());
+    if (Track().Copy().codecId == kAvcCodec) m_annexB = AnnexBConverter::For(CurrentMediaType());
     return S_OK;
   });
   return FAILED(result) ? result : CMatroskaOutputPin::Active();

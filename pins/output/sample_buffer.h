@@ -51,7 +51,7 @@ class CSampleBuffer final : public CMemAllocator {
 
  private:
   class Sample;
-  class CReferences;
+  class References;
   static constexpr std::size_t kCacheLine = 64;
 
   Sample* FreeSample();

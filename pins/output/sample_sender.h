@@ -33,7 +33,7 @@ class SampleSender {
   void SetBuffer(ComPtr<CSampleBuffer> buffer);
   ComPtr<CSampleBuffer> Buffer() const;
 
-  // The worker, or another thread while the worker is not delivering.
+  // The worker, or another thread while there is none.
   bool HasQueue() { return CurrentRoute().queue != nullptr; }
   /// These frames come next: samples for them are taken in one go, as far as there is room. Throws std::bad_alloc.
   void Reserve(std::span<const FrameInfo> frames);

@@ -1,4 +1,6 @@
 // The order of what reaches a sink: segments, samples, flushes and the end.
+#include <atomic>
+
 #include "framework/event.h"
 #include "framework/thread.h"
 #include "tests/contract/contract_fixture.h"
@@ -115,6 +117,32 @@ TEST_F(Streaming, AnEndFromUpstreamEndsWhatIsBeingDelivered) {
   EXPECT_TRUE(Graph().WaitForEnd());
   EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
   for (const auto& sink : Graph().Sinks()) EXPECT_EQ(sink->CountOf(Kind::kEndOfStream), 1U);
+}
+
+// The first read of a pass is the worker's own, later ones come from the thread that reads ahead.
+TEST_F(Streaming, AnEndFromUpstreamInsideAReadHoldsNobodyUp) {
+  for (const int read : {1, 2, 5, 8}) {
+    SCOPED_TRACE(read);
+    std::atomic<int> left{0};
+    m_graph.emplace();
+    m_source = CSourceFilter::FromBytes(MakeMovie({.videos = 1, .audios = 1, .frames = 400, .frameSize = 60000}));
+    m_source->BeforeEachCall([&] { return left > 0 && --left == 0 ? Graph().InputPin()->EndOfStream() : S_OK; });
+    ASSERT_EQ(Graph().Open(m_source.Get()), S_OK);
+    ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+    left = read;
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    EXPECT_TRUE(Graph().WaitForEnd());
+    for (const auto& sink : Graph().Sinks()) EXPECT_EQ(sink->CountOf(Kind::kEndOfStream), 1U);
+    LONGLONG start = 0;
+    const auto seeking = QueryFor<IMediaSeeking>(Graph().OutputPins().front().Get());
+    left = read;
+    EXPECT_EQ(seeking->SetPositions(&start, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning), S_OK);
+    for (const auto& sink : Graph().Sinks()) {
+      for (int k = 0; k < 1000 && sink->CountOf(Kind::kEndOfStream) < 2; ++k) SleepMilliseconds(10);
+      EXPECT_EQ(sink->CountOf(Kind::kEndOfStream), 2U) << "it does not play after a seek";
+    }
+    EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+  }
 }
 
 TEST_F(Streaming, ASinkThatRefusesIsNotAskedAgainAndEndsThePass) {
