@@ -29,7 +29,7 @@ HRESULT CMatroskaSplitter::OpenSource(IPin* peer) {
 
 void CMatroskaSplitter::ReadSource(IAsyncReader* upstream, SourceReads reads) {
   CloseSource();
-  m_reader = MakeCom<CReadAheadReader>(upstream, reads, [this] { BeforeWait(); });
+  m_reader = MakeCom<ReadAheadReader>(upstream, reads, [this] { BeforeWait(); });
   m_scanner.SetCallback(this);
   m_scanner.CanProcess(m_reader.Get());
   m_positions.Open(static_cast<REFERENCE_TIME>(m_scanner.Duration()), FrameDurations());

@@ -73,7 +73,7 @@ HRESULT CMatroskaSplitter::SwitchStream(std::uint32_t streamIndex, ComPtr<CMatro
 
 // All that can fail for lack of memory comes before the graph is touched.
 HRESULT CMatroskaSplitter::SwitchConnectedPin(CMatroskaOutputPin& pin, const TrackPinInfo& track) {
-  CRenderedGraph graph;
+  RenderedGraph graph;
   const HRESULT result = graph.Attach(GetFilterGraph());
   if (FAILED(result)) return result;
   const TrackPinInfo former = pin.Track();

@@ -62,7 +62,7 @@ class DownstreamFilters {
 
 }  // namespace
 
-HRESULT CRenderedGraph::Attach(const ComPtr<IFilterGraph>& graph) {
+HRESULT RenderedGraph::Attach(const ComPtr<IFilterGraph>& graph) {
   if (!graph) return VFW_E_NOT_IN_GRAPH;
   const HRESULT result = graph.Query(m_builder);
   if (FAILED(result)) return result;
@@ -70,40 +70,40 @@ HRESULT CRenderedGraph::Attach(const ComPtr<IFilterGraph>& graph) {
   return graph.Query(m_control);
 }
 
-void CRenderedGraph::Save() {
+void RenderedGraph::Save() {
   // The state asked for counts, also when the graph is still on its way to it.
   if (FAILED(m_control->GetState(kStatePatience, &m_state))) m_state = State_Stopped;
   SavePositions();
 }
 
-void CRenderedGraph::SavePositions() {
+void RenderedGraph::SavePositions() {
   if (!m_seeking || FAILED(m_seeking->GetPositions(&m_current, &m_stop))) return;
   m_hasPositions = true;
   LONGLONG current = 0;
   if (SUCCEEDED(m_seeking->GetCurrentPosition(&current))) m_current = current;
 }
 
-void CRenderedGraph::Stop() {
+void RenderedGraph::Stop() {
   const ComPtr<IMediaEvent> events = m_control.Query<IMediaEvent>();
   LONG code = 0;
   if (events && m_state == State_Running) static_cast<void>(events->WaitForCompletion(kCompletionPatience, &code));
   static_cast<void>(m_control->Stop());
 }
 
-void CRenderedGraph::FindDownstream(IPin* pin, IBaseFilter* owner) {
+void RenderedGraph::FindDownstream(IPin* pin, IBaseFilter* owner) {
   DownstreamFilters downstream(owner);
   downstream.AddFrom(pin);
   m_downstream = downstream.All();
 }
 
-void CRenderedGraph::RemoveDownstream() {
+void RenderedGraph::RemoveDownstream() {
   for (const auto& filter : m_downstream) {
     DisconnectAll(filter.Get());
     static_cast<void>(m_builder->RemoveFilter(filter.Get()));
   }
 }
 
-void CRenderedGraph::DisconnectAll(IBaseFilter* filter) {
+void RenderedGraph::DisconnectAll(IBaseFilter* filter) {
   for (const auto& pin : PinsOf(filter)) {
     ComPtr<IPin> peer;
     if (FAILED(pin->ConnectedTo(peer.Put()))) continue;
@@ -112,9 +112,9 @@ void CRenderedGraph::DisconnectAll(IBaseFilter* filter) {
   }
 }
 
-HRESULT CRenderedGraph::Render(IPin* pin) { return IsConnected(pin) ? S_OK : m_builder->Render(pin); }
+HRESULT RenderedGraph::Render(IPin* pin) { return IsConnected(pin) ? S_OK : m_builder->Render(pin); }
 
-HRESULT CRenderedGraph::Restore() noexcept {
+HRESULT RenderedGraph::Restore() noexcept {
   if (WasStopped()) return S_OK;
   if (m_hasPositions) {
     static_cast<void>(

@@ -12,7 +12,7 @@ namespace tarvex {
 
 /// Waits here are limited, because a graph may never come to what is waited for: a paused one does not
 /// complete, and one without data does not finish its change of state.
-class CRenderedGraph {
+class RenderedGraph {
  public:
   /// VFW_E_NOT_IN_GRAPH without a graph, or what it answers when it cannot be controlled.
   HRESULT Attach(const ComPtr<IFilterGraph>& graph);

@@ -58,7 +58,7 @@ DWORD CAMThread::CallWorker(DWORD command) {
 
 void CAMThread::Close() { TakeThread().Join(); }
 
-CThread CAMThread::TakeThread() {
+Thread CAMThread::TakeThread() {
   const CAutoLock hold(m_channelLock);
   return std::move(m_thread);
 }

@@ -11,7 +11,7 @@
 namespace tarvex {
 
 CBaseFilter::CBaseFilter(const char* objectName, IUnknown* outer, CCritSec* lock, const CLSID& clsid)
-    : CUnknownImpl(objectName, outer), m_pLock(lock), m_clsid(clsid) {}
+    : UnknownImpl(objectName, outer), m_pLock(lock), m_clsid(clsid) {}
 
 CBaseFilter::~CBaseFilter() = default;
 

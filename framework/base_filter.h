@@ -14,7 +14,7 @@ namespace tarvex {
 
 class CBasePin;
 
-class CBaseFilter : public CUnknownImpl<IBaseFilter, IAMovieSetup> {
+class CBaseFilter : public UnknownImpl<IBaseFilter, IAMovieSetup> {
  public:
   /// `lock` guards the filter's state and its pins' connections; it belongs to the derived class and
   /// must outlive this object. `outer` is the aggregating object, or null.

@@ -20,7 +20,7 @@ bool SaysLittle(HRESULT hr) { return hr == E_FAIL || hr == E_INVALIDARG || hr ==
 
 CBasePin::CBasePin(const char* objectName, CBaseFilter* filter, CCritSec* lock, const OLECHAR* name,
                    PIN_DIRECTION direction)
-    : CUnknownImpl(objectName, nullptr), m_pLock(lock), m_dir(direction), m_name(name), m_pFilter(filter) {}
+    : UnknownImpl(objectName, nullptr), m_pLock(lock), m_dir(direction), m_name(name), m_pFilter(filter) {}
 
 CBasePin::~CBasePin() = default;
 

@@ -7,6 +7,7 @@
 
 #include "framework/base_filter.h"
 #include "framework/com_ptr.h"
+#include "framework/media_time.h"
 #include "framework/media_type.h"
 #include "framework/unknown.h"
 
@@ -24,7 +25,7 @@ class CEnumMediaTypes;
 ///   VFW_E_NOT_IN_GRAPH) and touches neither filter nor lock.
 /// A method that needs the filter asks for it with HoldFilter, or runs inside a PinScope, which also
 /// takes the filter's lock. Both keep the filter alive for their own life.
-class CBasePin : public CUnknownImpl<IPin, IQualityControl> {
+class CBasePin : public UnknownImpl<IPin, IQualityControl> {
  public:
   /// `filter` and `lock` (the filter's) are not counted; `name` is also the pin's identifier.
   CBasePin(const char* objectName, CBaseFilter* filter, CCritSec* lock, const OLECHAR* name, PIN_DIRECTION direction);
@@ -142,7 +143,7 @@ class CBasePin : public CUnknownImpl<IPin, IQualityControl> {
   const WideString m_name;
   std::atomic<LONG> m_typeVersion{1};
   REFERENCE_TIME m_tStart = 0;
-  REFERENCE_TIME m_tStop = 0x7FFFFFFFFFFFFFFF;
+  REFERENCE_TIME m_tStop = kOpenTime;
   double m_dRate = 1.0;
 
   // Taken for a moment around every change of the connection, so that a query about it needs no

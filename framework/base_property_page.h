@@ -10,7 +10,7 @@ namespace tarvex {
 
 /// A frame calls SetPageSite, SetObjects and Activate, in this order; what is called out of turn gets
 /// E_UNEXPECTED. Derived classes override what the On... operations say, which may throw.
-class CBasePropertyPage : public CUnknownImpl<IPropertyPage> {
+class CBasePropertyPage : public UnknownImpl<IPropertyPage> {
  public:
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 

@@ -18,7 +18,7 @@ struct FactoryTemplate {
   const FilterSetup* setup = nullptr;  ///< null for what is no filter
 };
 
-class CClassFactory : public CUnknownImpl<IClassFactory> {
+class CClassFactory : public UnknownImpl<IClassFactory> {
  public:
   explicit CClassFactory(const FactoryTemplate& entry);
 

@@ -21,7 +21,7 @@ namespace tarvex {
 /// touches a part for the first time), Free, ReleaseBuffer and OnDecommit. For every sample it lends it calls NoteLent,
 /// for every one that comes back NoteReturned; the block goes when the allocator is decommitted and the last sample is
 /// back. All these calls and hooks happen with Lock() held.
-class CMemAllocator : public CUnknownImpl<IMemAllocator> {
+class CMemAllocator : public UnknownImpl<IMemAllocator> {
  public:
   explicit CMemAllocator(const char* name = "CMemAllocator", IUnknown* outer = nullptr);
   ~CMemAllocator() override;
@@ -70,7 +70,7 @@ class CMemAllocator : public CUnknownImpl<IMemAllocator> {
 
   // Not on the cache line of the reference count, which every sample that comes back changes.
   alignas(64) CCritSec m_lock{"CMemAllocator", LockRank::kLeaf};
-  CConditionVariable m_changed;  // a sample came back, or decommit
+  ConditionVariable m_changed;  // a sample came back, or decommit
   ALLOCATOR_PROPERTIES m_properties{};
   MemoryBlock m_block;
   std::vector<std::unique_ptr<CMediaSample>> m_samples;

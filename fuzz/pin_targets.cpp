@@ -109,7 +109,7 @@ class Creator : public CMatroskaCallback {
 void FuzzMediaTypes(Input track) {
   Reader input(track);
   MemoryReader file(MatroskaFile(Join({Element(id::kInfo, {}), Element(id::kTracks, TrackOf(input))})));
-  const auto readAhead = MakeCom<CReadAheadReader>(&file);
+  const auto readAhead = MakeCom<ReadAheadReader>(&file);
   CEbmlScanner scanner;
   Creator creator(scanner);
   scanner.SetCallback(&creator);
@@ -118,7 +118,7 @@ void FuzzMediaTypes(Input track) {
     creator.Records().SetH264Form(true);
     TrackPinInfo record;
     if (!creator.Records().GetTrackInfoByNumber(1, record)) return;
-    if (auto converter = CAnnexBConverter::For(record.mediaType)) {
+    if (auto converter = AnnexBConverter::For(record.mediaType)) {
       FrameInfo frame;
       frame.keyFrame = true;
       frame.data = track.data();
@@ -135,7 +135,7 @@ void FuzzAnnexB(Input frame) {
   const bool key = input.Byte() % 2 != 0;
   const Input sets = input.Take(input.Byte());
   const std::vector<std::uint8_t> exact(input.Rest().begin(), input.Rest().end());
-  CAnnexBConverter converter(lengthSize, sets);
+  AnnexBConverter converter(lengthSize, sets);
   FrameInfo info;
   info.keyFrame = key;
   info.data = exact.data();

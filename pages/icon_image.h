@@ -9,9 +9,9 @@
 
 namespace tarvex {
 
-class CIconImage {
+class IconImage {
  public:
-  CIconImage(HINSTANCE module, int resourceId) noexcept : m_module(module), m_resourceId(resourceId) {}
+  IconImage(HINSTANCE module, int resourceId) noexcept : m_module(module), m_resourceId(resourceId) {}
 
   /// Puts the image into `control`, anew only when another size fits it now. Without effect when the system
   /// refuses.

@@ -58,7 +58,7 @@ void CEbmlScanner::CanProcess(IAsyncReader* reader) {
 }
 
 void CEbmlScanner::ReadHeaders() {
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   m_segment = walker.FindSegment();
   if (!m_segment) throw MessageError("<CEbmlScanner::CanProcess> No segment/level 0 element found");
   m_segmentSize = m_segment->IsFiniteSize() ? m_segment->GetSize() : m_byteSource.Length();
@@ -92,7 +92,7 @@ void CEbmlScanner::ReadInfo(libebml::EbmlMaster& info) {
 
 // While its bytes are at hand: what it leads to is needed later, from other places.
 void CEbmlScanner::ReadSeekHead() {
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   walker.MoveTo(m_segmentDataStart);
   m_cuesPosition = walker.SeekHeadPosition(*m_segment, EBML_ID(libmatroska::KaxCues));
   walker.MoveTo(m_segmentDataStart);
@@ -100,7 +100,7 @@ void CEbmlScanner::ReadSeekHead() {
 }
 
 void CEbmlScanner::ReadChapterList() {
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   const auto chapters = walker.FindAt<libmatroska::KaxChapters>(*m_segment, m_chaptersPosition);
   if (!chapters) return;
   m_info.chapters = ReadChapters(walker, *chapters);
@@ -108,7 +108,7 @@ void CEbmlScanner::ReadChapterList() {
 
 void CEbmlScanner::ReadDocType() {
   constexpr std::uint64_t kMaxDataSize = 0xFFFFFFFF;
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   walker.MoveTo(0);
   const ElementPtr element(m_stream->FindNextID(EBML_INFO(libebml::EbmlHead), kMaxDataSize));
   auto* head = ElementAs<libebml::EbmlHead>(element.get());
@@ -151,7 +151,7 @@ void CEbmlScanner::FillIndex(Fill&& fill) {
 void CEbmlScanner::ReadCues() {
   if (!m_stream || !m_segment || m_cuesRead) return;
   FillIndex([this] {
-    CElementWalker walker(*m_stream, m_byteSource);
+    ElementWalker walker(*m_stream, m_byteSource);
     m_seekIndex = IndexFromCues(walker, *m_segment, m_cuesPosition, m_info.TimecodeScale());
     m_cuesRead = true;
   });
@@ -164,7 +164,7 @@ void CEbmlScanner::BuildIndex() {
 }
 
 void CEbmlScanner::ScanClusters() {
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   walker.MoveTo(m_segmentDataStart);
   auto index = IndexFromClusters(walker, *m_segment, m_info, [this] { return EventsPending(); });
   if (!index) return;
@@ -175,11 +175,11 @@ void CEbmlScanner::ScanClusters() {
 
 bool CEbmlScanner::Process() {
   if (!m_stream || !m_segment) return false;
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   if (!FindStart(walker)) return true;
-  const CClusterDelivery::OnFrames onFrames = [this](std::span<const FrameInfo> frames) { return OnFrames(frames); };
+  const ClusterDelivery::OnFrames onFrames = [this](std::span<const FrameInfo> frames) { return OnFrames(frames); };
   const std::function<bool()> eventsPending = [this] { return EventsPending(); };
-  CClusterDelivery delivery(m_info, onFrames, eventsPending);
+  ClusterDelivery delivery(m_info, onFrames, eventsPending);
   while (const auto cluster = walker.FindNextCluster(*m_segment)) {
     if (!delivery.DeliverCluster(walker, cluster.get())) return true;
   }
@@ -187,9 +187,9 @@ bool CEbmlScanner::Process() {
 }
 
 // False: interrupted. A failing read leads to the front.
-bool CEbmlScanner::FindStart(CElementWalker& walker) {
-  using Outcome = CClusterSearch::Outcome;
-  CClusterSearch::Result result;
+bool CEbmlScanner::FindStart(ElementWalker& walker) {
+  using Outcome = ClusterSearch::Outcome;
+  ClusterSearch::Result result;
   if (m_startTime != 0) {
     ReadCues();
     const bool hasNone = m_cuesRead && m_seekIndex.empty() && !m_clustersScanned;
@@ -206,19 +206,19 @@ bool CEbmlScanner::FindStart(CElementWalker& walker) {
   return true;
 }
 
-CClusterSearch::Result CEbmlScanner::SearchClusters(CElementWalker& walker) {
+ClusterSearch::Result CEbmlScanner::SearchClusters(ElementWalker& walker) {
   const std::function<bool()> eventsPending = [this] { return EventsPending(); };
   try {
-    CClusterSearch search(walker, *m_segment, m_info, m_byteSource.Length(), m_known, m_reach, eventsPending);
+    ClusterSearch search(walker, *m_segment, m_info, m_byteSource.Length(), m_known, m_reach, eventsPending);
     return search.Find(m_startTime);
   } catch (const MessageError& error) {
     LogText(error.what());
-    return {CClusterSearch::Outcome::kFound, m_segmentDataStart};
+    return {ClusterSearch::Outcome::kFound, m_segmentDataStart};
   }
 }
 
 // One entry earlier than the one that covers the start, so that decoders have a picture before it.
-void CEbmlScanner::GoToStart(CElementWalker& walker) const {
+void CEbmlScanner::GoToStart(ElementWalker& walker) const {
   if (m_startTime == 0 || m_seekIndex.empty()) return;
   std::int32_t entry = FindIndexEntry(m_seekIndex, m_startTime, Duration(), m_isIndexSorted);
   if (entry > 0) --entry;

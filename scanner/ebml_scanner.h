@@ -16,8 +16,8 @@
 #include "framework/platform/platform.h"
 #include "scanner/elements/element_walker.h"
 #include "scanner/elements/heap.h"
-#include "scanner/file/chapter_entry.h"
 #include "scanner/file/matroska_info.h"
+#include "scanner/file/scanned_chapter.h"
 #include "scanner/frames/frame_decoder.h"
 #include "scanner/frames/frame_info.h"
 #include "scanner/index/cluster_search.h"
@@ -107,9 +107,9 @@ class CEbmlScanner {
   void ReadCues();
   void ReadChapterList();
   void ReadDocType();
-  bool FindStart(CElementWalker& walker);
-  CClusterSearch::Result SearchClusters(CElementWalker& walker);
-  void GoToStart(CElementWalker& walker) const;
+  bool FindStart(ElementWalker& walker);
+  ClusterSearch::Result SearchClusters(ElementWalker& walker);
+  void GoToStart(ElementWalker& walker) const;
   template <class Fill>
   void FillIndex(Fill&& fill);
   void ScanClusters();
@@ -126,13 +126,13 @@ class CEbmlScanner {
   bool m_isIndexSorted = false;
   bool m_cuesRead = false;
   bool m_clustersScanned = false;
-  CKnownClusters m_known;  // without Cues, as long as not all were read
+  KnownClusters m_known;  // without Cues, as long as not all were read
   SearchReach m_reach;
   std::uint64_t m_startTime = 0;
   std::unique_ptr<libebml::EbmlStream> m_stream;  // over m_byteSource; null while nothing is open
   CAsyncCallback m_byteSource;
   CMatroskaInfo m_info;
-  CFrameDecoder m_decoder;
+  FrameDecoder m_decoder;
 };
 
 }  // namespace tarvex

@@ -17,10 +17,10 @@ enum class GraphEnd {
   kQuit,         ///< the user wants no more; not from here
 };
 
-class CGraphEvents {
+class GraphEvents {
  public:
   /// Throws HostError when the graph has no events.
-  explicit CGraphEvents(IGraphBuilder* graph);
+  explicit GraphEvents(IGraphBuilder* graph);
 
   /// Waits for one of the ends, at most so long and until `attention` is set. INFINITE is allowed, and
   /// null for `attention`.
@@ -34,7 +34,7 @@ class CGraphEvents {
 
   ComPtr<IMediaEventEx> m_events;
   HANDLE m_signal = nullptr;  // the graph's, not ours to close
-  CInterrupt m_interrupt;
+  Interrupt m_interrupt;
   HRESULT m_error = S_OK;
 };
 

@@ -28,17 +28,17 @@ std::span<const std::uint8_t> ParameterSets(const MPEG2VIDEOINFO& info, std::spa
 
 }  // namespace
 
-std::optional<CAnnexBConverter> CAnnexBConverter::For(const CMediaType& type) {
+std::optional<AnnexBConverter> AnnexBConverter::For(const CMediaType& type) {
   if (type.subtype != kSubtypeH264ByteStream || type.formattype != FORMAT_MPEG2Video) return std::nullopt;
   // The parameter sets may be shorter than the field that stands for them.
   if (type.FormatLength() < offsetof(MPEG2VIDEOINFO, dwSequenceHeader)) return std::nullopt;
   const auto* info = reinterpret_cast<const MPEG2VIDEOINFO*>(type.Format());
   const unsigned lengthSize = info->dwFlags & 0xFF;
   if (lengthSize < 1 || lengthSize > 4) return std::nullopt;
-  return CAnnexBConverter(lengthSize, ParameterSets(*info, type.FormatBytes()));
+  return AnnexBConverter(lengthSize, ParameterSets(*info, type.FormatBytes()));
 }
 
-CAnnexBConverter::CAnnexBConverter(unsigned lengthSize, Bytes parameterSets) : m_lengthSize(lengthSize) {
+AnnexBConverter::AnnexBConverter(unsigned lengthSize, Bytes parameterSets) : m_lengthSize(lengthSize) {
   for (int i = 0; i < kPrefixSets && parameterSets.size() >= kSetLengthSize; ++i) {
     const auto length = static_cast<std::size_t>(BigEndian(parameterSets.first(kSetLengthSize)));
     parameterSets = parameterSets.subspan(kSetLengthSize);
@@ -50,7 +50,7 @@ CAnnexBConverter::CAnnexBConverter(unsigned lengthSize, Bytes parameterSets) : m
 
 // A length that is itself cut off ends the frame: nothing of its unit is there.
 template <class Use>
-void CAnnexBConverter::ForEachUnit(const FrameInfo& frame, Use&& use) const {
+void AnnexBConverter::ForEachUnit(const FrameInfo& frame, Use&& use) const {
   Bytes rest(frame.data, frame.size);
   while (rest.size() >= m_lengthSize) {
     const std::uint64_t claimed = BigEndian(rest.first(m_lengthSize));
@@ -61,7 +61,7 @@ void CAnnexBConverter::ForEachUnit(const FrameInfo& frame, Use&& use) const {
   }
 }
 
-bool CAnnexBConverter::NeedsPrefix(const FrameInfo& frame) const {
+bool AnnexBConverter::NeedsPrefix(const FrameInfo& frame) const {
   if (!frame.keyFrame || m_prefix.empty()) return false;
   bool hasSets = false;
   ForEachUnit(frame, [&](Bytes unit) {
@@ -72,12 +72,12 @@ bool CAnnexBConverter::NeedsPrefix(const FrameInfo& frame) const {
   return !hasSets;
 }
 
-void CAnnexBConverter::AppendUnit(std::vector<std::uint8_t>& out, Bytes unit) {
+void AnnexBConverter::AppendUnit(std::vector<std::uint8_t>& out, Bytes unit) {
   out.insert(out.end(), kStartCode.begin(), kStartCode.end());
   out.insert(out.end(), unit.begin(), unit.end());
 }
 
-FrameInfo CAnnexBConverter::Convert(const FrameInfo& frame) {
+FrameInfo AnnexBConverter::Convert(const FrameInfo& frame) {
   m_converted.clear();
   if (NeedsPrefix(frame)) m_converted = m_prefix;
   ForEachUnit(frame, [&](Bytes unit) { AppendUnit(m_converted, unit); });

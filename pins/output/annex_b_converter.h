@@ -13,15 +13,15 @@
 
 namespace tarvex {
 
-class CAnnexBConverter {
+class AnnexBConverter {
  public:
   /// For the connection's type: none unless it is H.264 with start codes and tells the size of the
   /// lengths. Throws std::bad_alloc.
-  static std::optional<CAnnexBConverter> For(const CMediaType& type);
+  static std::optional<AnnexBConverter> For(const CMediaType& type);
 
   /// `lengthSize`: bytes of a unit's length, 1 to 4. `parameterSets`: entries of a 16-bit big-endian
   /// length and that many bytes; of these the first two go in front of key frames that have none.
-  CAnnexBConverter(unsigned lengthSize, std::span<const std::uint8_t> parameterSets);
+  AnnexBConverter(unsigned lengthSize, std::span<const std::uint8_t> parameterSets);
 
   /// The same frame with other bytes, which are this object's and live until the next call. A unit that
   /// claims more than the frame has is what is there. Throws MessageError for a frame that could never be

@@ -27,7 +27,7 @@ CMatroskaVideoPin::CMatroskaVideoPin(CBaseFilter* filter, CCritSec* lock, PinHos
 HRESULT CMatroskaVideoPin::Active() {
   const HRESULT result = ComBoundary([this] {
     m_annexB.reset();
-    if (Track().codecId == kAvcCodec) m_annexB = CAnnexBConverter::For(CurrentMediaType());
+    if (Track().codecId == kAvcCodec) m_annexB = AnnexBConverter::For(CurrentMediaType());
     return S_OK;
   });
   return FAILED(result) ? result : CMatroskaOutputPin::Active();

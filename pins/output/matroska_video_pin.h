@@ -41,7 +41,7 @@ class CMatroskaVideoPin : public CMatroskaOutputPin {
   std::atomic<bool> m_waitForKeyFrame{true};
   std::atomic<bool> m_stopReached{false};
 
-  std::optional<CAnnexBConverter> m_annexB;  // made while there is no worker, then the worker's
+  std::optional<AnnexBConverter> m_annexB;  // made while there is no worker, then the worker's
 };
 
 }  // namespace tarvex

@@ -35,7 +35,7 @@ class PinHost {
   /// The range as applications see it: an open stop is replaced by the duration for good. Any thread.
   virtual PlayRange Positions() = 0;
 
-  /// Segment duration in 100 ns units, 0x7FFFFFFFFFFFFFFF when unknown. Any thread.
+  /// Segment duration in 100 ns units, kOpenTime when unknown. Any thread.
   virtual REFERENCE_TIME Duration() const = 0;
 
   /// Moves playback: interrupts the worker, stores the range, starts again. Application threads and

@@ -7,11 +7,9 @@
 #include <map>
 
 #include "framework/critical_section.h"
+#include "framework/media_time.h"
 
 namespace tarvex {
-
-/// The value of a stop time or duration that nobody gave.
-inline constexpr REFERENCE_TIME kOpenTime = 0x7FFFFFFFFFFFFFFF;
 
 /// The part of the file that is played. Times in 100 ns units.
 struct PlayRange {

@@ -18,12 +18,12 @@ class CSampleBuffer::Sample final : public CMediaSample {
 };
 
 /// The references that samples hold, taken together, also when there is no memory for all of them.
-class CSampleBuffer::CReferences {
+class CSampleBuffer::References {
  public:
-  explicit CReferences(CSampleBuffer& buffer) noexcept : m_buffer(buffer) {}
-  ~CReferences() { m_buffer.AddReferences(m_count); }
-  CReferences(const CReferences&) = delete;
-  CReferences& operator=(const CReferences&) = delete;
+  explicit References(CSampleBuffer& buffer) noexcept : m_buffer(buffer) {}
+  ~References() { m_buffer.AddReferences(m_count); }
+  References(const References&) = delete;
+  References& operator=(const References&) = delete;
 
   void Add() noexcept { ++m_count; }
 
@@ -148,7 +148,7 @@ void CSampleBuffer::GetSamples(std::span<const std::size_t> sizes, std::vector<C
   const CAutoLock hold(Lock());
   if (!IsCommitted()) return;
   Collect();
-  CReferences references(*this);
+  References references(*this);
   for (const std::size_t size : sizes) {
     Sample* sample = TakeIfThereIsRoom(size);
     if (sample == nullptr) break;

@@ -29,7 +29,7 @@ struct FoundElement {
 /// then about one element head with nothing behind it. So a search costs the same for every byte that it
 /// passes, whatever the bytes are. In the last bytes of a stream it also finds what libebml, which reads
 /// some bytes further than it looks, does not get to.
-class CElementSearch {
+class ElementSearch {
  public:
   enum class Unknown : std::uint8_t {
     kPassByteWise,  ///< unknown elements and voids: go one byte further
@@ -39,8 +39,8 @@ class CElementSearch {
   static constexpr std::uint64_t kNoEnd = std::numeric_limits<std::uint64_t>::max();
 
   /// `end` is the parent's, if elements may not pass it.
-  CElementSearch(CByteWindow& window, std::uint64_t streamLength, CKnownIdTables& ids,
-                 const libebml::EbmlSemanticContext& context, Unknown unknown, std::uint64_t end = kNoEnd)
+  ElementSearch(ByteWindow& window, std::uint64_t streamLength, KnownIdTables& ids,
+                const libebml::EbmlSemanticContext& context, Unknown unknown, std::uint64_t end = kNoEnd)
       : m_window(window),
         m_streamLength(streamLength),
         m_context(context),
@@ -70,10 +70,10 @@ class CElementSearch {
   bool IsSkippable(std::uint64_t position, const ElementHeader& header) const;
   std::optional<FoundElement> Create(std::uint64_t position, const ElementHeader& header) const;
 
-  CByteWindow& m_window;
+  ByteWindow& m_window;
   const std::uint64_t m_streamLength;
   const libebml::EbmlSemanticContext& m_context;
-  const CKnownIds& m_ids;
+  const KnownIds& m_ids;
   const Unknown m_unknown;
   const std::uint64_t m_end;
 };

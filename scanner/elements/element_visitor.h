@@ -6,7 +6,7 @@
 
 namespace tarvex {
 
-class CElementVisitor {
+class ElementVisitor {
  public:
   /// True: the children of `master` are shown one by one, and then Leave is called, instead of Show with all of it.
   virtual bool Enter(const libebml::EbmlMaster& /*master*/) { return false; }
@@ -18,10 +18,10 @@ class CElementVisitor {
   virtual void LeaveOut() {}
 
  protected:
-  CElementVisitor() = default;
-  CElementVisitor(const CElementVisitor&) = default;
-  CElementVisitor& operator=(const CElementVisitor&) = default;
-  ~CElementVisitor() = default;  // never owned through this interface
+  ElementVisitor() = default;
+  ElementVisitor(const ElementVisitor&) = default;
+  ElementVisitor& operator=(const ElementVisitor&) = default;
+  ~ElementVisitor() = default;  // never owned through this interface
 };
 
 }  // namespace tarvex

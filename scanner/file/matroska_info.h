@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "scanner/elements/heap.h"
-#include "scanner/file/chapter_entry.h"
+#include "scanner/file/scanned_chapter.h"
 
 namespace tarvex {
 

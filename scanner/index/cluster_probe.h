@@ -22,11 +22,11 @@ struct ProbedCluster {
 
 /// Takes for a Cluster what begins as muxers begin one, has a Timecode, and ends where another element of the Segment
 /// begins. Frames may hold such a thing as well, but hardly by chance.
-class CClusterProbe {
+class ClusterProbe {
  public:
   /// Clusters lie before `limit`; `scale` is that of the file in nanoseconds. All stay while this is used.
-  CClusterProbe(CElementWalker& walker, std::uint64_t limit, std::uint64_t scale, const SearchReach& reach,
-                const std::function<bool()>& eventsPending)
+  ClusterProbe(ElementWalker& walker, std::uint64_t limit, std::uint64_t scale, const SearchReach& reach,
+               const std::function<bool()>& eventsPending)
       : m_walker(walker), m_limit(limit), m_scale(scale), m_reach(reach), m_eventsPending(eventsPending) {}
 
   /// The first that begins at or behind `begin` and before `end`. Nothing when there is none, and always once
@@ -49,12 +49,12 @@ class CClusterProbe {
   std::optional<ElementHeader> SiblingAt(std::uint64_t position);
   bool IsFollowedBySibling(std::uint64_t end);
 
-  CElementWalker& m_walker;
+  ElementWalker& m_walker;
   const std::uint64_t m_limit;
   const std::uint64_t m_scale;
   const SearchReach& m_reach;
   const std::function<bool()>& m_eventsPending;
-  CReadStep m_step;
+  ReadStep m_step;
   std::uint64_t m_lookedAt = 0;  // bytes
   bool m_isInterrupted = false;
 };

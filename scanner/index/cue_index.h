@@ -11,7 +11,7 @@ namespace tarvex {
 
 /// One entry for each cue point of track 1, whatever kind of track that is. Empty without such Cues.
 /// `position` is where they should be, `scale` the length of a tick in nanoseconds.
-std::vector<SeekPoint> IndexFromCues(CElementWalker& walker, const libmatroska::KaxSegment& segment,
+std::vector<SeekPoint> IndexFromCues(ElementWalker& walker, const libmatroska::KaxSegment& segment,
                                      std::uint64_t position, std::uint64_t scale);
 
 }  // namespace tarvex

@@ -18,7 +18,7 @@ struct KnownCluster {
   std::vector<std::int64_t> times;  ///< of its entries, 100 ns units, in file order
 };
 
-class CKnownClusters {
+class KnownClusters {
  public:
   /// False: it contradicts what is known, since the times of Clusters rise, and none lies within another.
   bool AddMark(const ProbedCluster& cluster);

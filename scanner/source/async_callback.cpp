@@ -20,8 +20,8 @@ constexpr const char* kReadFailed =
 
 void CAsyncCallback::Attach(IAsyncReader* reader) {
   m_reader = reader;
-  ComPtr<CReadAheadReader> readAhead;  // counted by whoever counts the reader
-  if (reader != nullptr) static_cast<void>(reader->QueryInterface(CReadAheadReader::kClass, readAhead.PutVoid()));
+  ComPtr<ReadAheadReader> readAhead;  // counted by whoever counts the reader
+  if (reader != nullptr) static_cast<void>(reader->QueryInterface(ReadAheadReader::kClass, readAhead.PutVoid()));
   m_readAhead = readAhead.Get();
   QueryLength();
 }
@@ -32,7 +32,7 @@ void CAsyncCallback::Detach() noexcept {
 }
 
 std::span<const std::uint8_t> CAsyncCallback::Borrow(std::uint64_t position, std::size_t atLeast, std::size_t wanted) {
-  constexpr std::size_t kMost = static_cast<std::size_t>(CReadAheadReader::kLargestWindow);
+  constexpr std::size_t kMost = static_cast<std::size_t>(ReadAheadReader::kLargestWindow);
   if (m_readAhead == nullptr || atLeast > kMost) return {};
   const auto bytes = m_readAhead->Borrow(static_cast<LONGLONG>(position), static_cast<LONG>(atLeast),
                                          static_cast<LONG>(std::min(wanted, kMost)));

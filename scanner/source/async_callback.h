@@ -13,7 +13,7 @@
 
 namespace tarvex {
 
-class CReadAheadReader;
+class ReadAheadReader;
 
 /// Positional and unbuffered: one read is one call of the reader. All failures are MessageErrors.
 class CAsyncCallback : public libebml::IOCallback {
@@ -60,7 +60,7 @@ class CAsyncCallback : public libebml::IOCallback {
   LONG BytesThere(LONG size) const;
 
   IAsyncReader* m_reader = nullptr;
-  CReadAheadReader* m_readAhead = nullptr;  // the same reader, if it is one
+  ReadAheadReader* m_readAhead = nullptr;  // the same reader, if it is one
   std::uint64_t m_position = 0;
   std::uint64_t m_length = 0;
 };

@@ -12,9 +12,9 @@
 
 namespace tarvex {
 
-class CByteWindow {
+class ByteWindow {
  public:
-  explicit CByteWindow(CAsyncCallback& source) : m_source(source) {}
+  explicit ByteWindow(CAsyncCallback& source) : m_source(source) {}
 
   /// The bytes from `position` on: at least `atLeast` of them, unless the stream ends before. When they
   /// have to be read, `chunk` are, if that many can be. One zero byte counts as following the stream, as the

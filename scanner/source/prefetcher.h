@@ -20,7 +20,7 @@ namespace tarvex {
 ///
 /// Waits here: Take for the piece that is being read, ended by SetFlushing as well; destruction for the same, which
 /// makes the reader below flush.
-class CPrefetcher {
+class Prefetcher {
  public:
   /// A piece's bytes lie in the second half of its memory; the first is left to whoever takes it.
   using Memory = std::unique_ptr<BYTE[]>;
@@ -31,10 +31,10 @@ class CPrefetcher {
   };
 
   /// Pieces have `size` bytes, but for the last.
-  CPrefetcher(IAsyncReader* upstream, LONG size);
-  ~CPrefetcher();
-  CPrefetcher(const CPrefetcher&) = delete;
-  CPrefetcher& operator=(const CPrefetcher&) = delete;
+  Prefetcher(IAsyncReader* upstream, LONG size);
+  ~Prefetcher();
+  Prefetcher(const Prefetcher&) = delete;
+  Prefetcher& operator=(const Prefetcher&) = delete;
 
   /// Pieces from `position` on will be wanted, as far as `end`. Without memory or a thread nothing happens.
   void Follow(LONGLONG position, LONGLONG end) noexcept;
@@ -72,8 +72,8 @@ class CPrefetcher {
   const ComPtr<IAsyncReader> m_upstream;
   const LONG m_size;
 
-  mutable CCritSec m_lock{"CPrefetcher", LockRank::kLeaf};
-  CConditionVariable m_changed;
+  mutable CCritSec m_lock{"Prefetcher", LockRank::kLeaf};
+  ConditionVariable m_changed;
   bool m_isOn = false;  // until a read fails, or a flush
   bool m_isReading = false;
   bool m_isStale = false;  // what the thread is reading
@@ -86,7 +86,7 @@ class CPrefetcher {
   std::size_t m_count = 0;              // of them, from the front
   bool m_isClaimed = false;             // the caller is reading one that is wanted
   std::array<Memory, kPieces + 1> m_spares;
-  CThread m_thread;
+  Thread m_thread;
 };
 
 }  // namespace tarvex

@@ -20,7 +20,7 @@ enum class SourceReads { kOneAtATime, kSeveralAtATime };
 
 /// Gives the same bytes and results as the reader below. Between begin-flush and end-flush every new
 /// read fails with VFW_E_WRONG_STATE, since not every reader's own flush ends or refuses reads.
-class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
+class ReadAheadReader : public UnknownImpl<IAsyncReader> {
  public:
   static constexpr LONG kSmallestWindow = 4 * 1024;
   static constexpr LONG kLargestWindow = 1024 * 1024;
@@ -29,8 +29,8 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
 
   /// `beforeRead`, if there is one, is called on the reading thread before each read below, which may take
   /// its time.
-  explicit CReadAheadReader(IAsyncReader* upstream, SourceReads reads = SourceReads::kOneAtATime,
-                            std::function<void()> beforeRead = {});
+  explicit ReadAheadReader(IAsyncReader* upstream, SourceReads reads = SourceReads::kOneAtATime,
+                           std::function<void()> beforeRead = {});
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 
@@ -80,7 +80,7 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   const std::function<void()> m_beforeRead;
   std::atomic<bool> m_flushing{false};
 
-  CPrefetcher m_prefetcher;
+  Prefetcher m_prefetcher;
 
   // The rest belongs to the reading thread.
   std::unique_ptr<BYTE[]> m_memory;

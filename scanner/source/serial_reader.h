@@ -13,9 +13,9 @@ namespace tarvex {
 /// progress. Its other methods may be, as the interface says of its flush and its length.
 ///
 /// Waits here: SyncRead for another one to end, ended by begin-flush as well; then VFW_E_WRONG_STATE is the answer.
-class CSerialReader : public CUnknownImpl<IAsyncReader> {
+class SerialReader : public UnknownImpl<IAsyncReader> {
  public:
-  explicit CSerialReader(IAsyncReader* upstream);
+  explicit SerialReader(IAsyncReader* upstream);
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 
@@ -47,8 +47,8 @@ class CSerialReader : public CUnknownImpl<IAsyncReader> {
   class Turn;
 
   const ComPtr<IAsyncReader> m_upstream;
-  CCritSec m_lock{"CSerialReader", LockRank::kLeaf};
-  CConditionVariable m_changed;
+  CCritSec m_lock{"SerialReader", LockRank::kLeaf};
+  ConditionVariable m_changed;
   bool m_isReading = false;  // under m_lock
   unsigned m_flushes = 0;    // under m_lock; begun so far
 };

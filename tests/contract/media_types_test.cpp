@@ -19,7 +19,7 @@ TEST_F(MediaTypes, TheInputPinOffersTheMatroskaStreamAndAcceptsAll) {
 }
 
 TEST_F(MediaTypes, EveryPinOffersOneType) {
-  for (const ComPtr<IPin>& pin : PinsOf(Graph().Splitter())) {
+  for (const ComPtr<IPin>& pin : AllPins(Graph().Splitter())) {
     ComPtr<IEnumMediaTypes> list;
     ASSERT_EQ(pin->EnumMediaTypes(list.Put()), S_OK);
     AM_MEDIA_TYPE* types[4] = {};

@@ -46,25 +46,25 @@ class Consumer : public CMatroskaCallback {
   }
 
  private:
-  std::optional<CAnnexBConverter>& ConverterOf(std::uint32_t track) {
+  std::optional<AnnexBConverter>& ConverterOf(std::uint32_t track) {
     const auto found = m_converters.find(track);
     if (found != m_converters.end()) return found->second;
     m_records.SetH264Form(true);
     TrackPinInfo record;
     const bool known = m_records.GetTrackInfoByNumber(track, record);
-    return m_converters[track] = known ? CAnnexBConverter::For(record.mediaType) : std::nullopt;
+    return m_converters[track] = known ? AnnexBConverter::For(record.mediaType) : std::nullopt;
   }
 
   CEbmlScanner& m_scanner;
   ScanResult& m_result;
   COutPinsCreator m_records;
-  std::map<std::uint32_t, std::optional<CAnnexBConverter>> m_converters;
+  std::map<std::uint32_t, std::optional<AnnexBConverter>> m_converters;
 };
 
 }  // namespace
 
 ScanResult ScanStream(IAsyncReader& reader, const std::function<void(CEbmlScanner&)>& use) {
-  const auto readAhead = MakeCom<CReadAheadReader>(&reader);
+  const auto readAhead = MakeCom<ReadAheadReader>(&reader);
   ScanResult result;
   CEbmlScanner scanner;
   Consumer consumer(scanner, result);

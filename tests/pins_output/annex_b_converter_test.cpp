@@ -20,7 +20,7 @@ Bytes Joined(Bytes first, const Bytes& second) {
 }
 
 Bytes Converted(unsigned lengthSize, const Bytes& sets, const Bytes& data, bool key) {
-  CAnnexBConverter converter(lengthSize, sets);
+  AnnexBConverter converter(lengthSize, sets);
   FrameInfo frame;
   frame.keyFrame = key;
   // A copy of exactly this size, so that reading outside is seen.
@@ -72,19 +72,19 @@ TEST(AnnexB, OnlyAStartCodeTypeConverts) {
   CMediaType type(MEDIATYPE_Video);
   type.subtype = kSubtypeH264ByteStream;
   type.formattype = FORMAT_MPEG2Video;
-  EXPECT_FALSE(CAnnexBConverter::For(type));
+  EXPECT_FALSE(AnnexBConverter::For(type));
   type.AllocFormatBuffer(sizeof(MPEG2VIDEOINFO));
   auto* info = type.FormatAs<MPEG2VIDEOINFO>();
   info->cbSequenceHeader = 0xFFFFFFFF;
   for (const DWORD size : {0U, 5U, 255U}) {
     info->dwFlags = size;
-    EXPECT_FALSE(CAnnexBConverter::For(type)) << size;
+    EXPECT_FALSE(AnnexBConverter::For(type)) << size;
   }
   info->dwFlags = 4;
-  EXPECT_TRUE(CAnnexBConverter::For(type));
+  EXPECT_TRUE(AnnexBConverter::For(type));
   SetH264Form(type, false);
   EXPECT_EQ(info->hdr.bmiHeader.biCompression, FourCc("AVC1"));
-  EXPECT_FALSE(CAnnexBConverter::For(type));
+  EXPECT_FALSE(AnnexBConverter::For(type));
 }
 
 }  // namespace

@@ -57,7 +57,7 @@ bool IsDown(int key) noexcept { return GetKeyState(key) < 0; }
 }  // namespace
 
 CBasePropertyPage::CBasePropertyPage(const char* name, IUnknown* outer, int dialogId, int titleId)
-    : CUnknownImpl(name, outer), m_dialogId(dialogId), m_titleId(titleId) {}
+    : UnknownImpl(name, outer), m_dialogId(dialogId), m_titleId(titleId) {}
 
 CBasePropertyPage::~CBasePropertyPage() { DestroyPageWindow(); }
 

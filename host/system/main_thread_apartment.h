@@ -8,16 +8,16 @@
 
 namespace tarvex::host {
 
-class CComApartment {
+class MainThreadApartment {
  public:
   /// Single-threaded, as windows that live on this thread need it. Throws HostError.
-  CComApartment() {
+  MainThreadApartment() {
     const HRESULT result = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     if (FAILED(result)) throw HostError(ExitCode::kInternal, "COM does not start: " + ResultText(result));
   }
-  ~CComApartment() { CoUninitialize(); }
-  CComApartment(const CComApartment&) = delete;
-  CComApartment& operator=(const CComApartment&) = delete;
+  ~MainThreadApartment() { CoUninitialize(); }
+  MainThreadApartment(const MainThreadApartment&) = delete;
+  MainThreadApartment& operator=(const MainThreadApartment&) = delete;
 };
 
 }  // namespace tarvex::host
