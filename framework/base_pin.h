@@ -7,7 +7,6 @@
 
 #include "framework/base_filter.h"
 #include "framework/com_ptr.h"
-#include "framework/media_time.h"
 #include "framework/media_type.h"
 #include "framework/unknown.h"
 
@@ -85,9 +84,6 @@ class CBasePin : public UnknownImpl<IPin, IQualityControl> {
   const WideString& Name() const noexcept { return m_name; }
   PIN_DIRECTION Direction() const noexcept { return m_dir; }
   const CMediaType& CurrentMediaType() const noexcept { return m_mt; }
-  REFERENCE_TIME CurrentStartTime() const noexcept { return m_tStart; }
-  REFERENCE_TIME CurrentStopTime() const noexcept { return m_tStop; }
-  double CurrentRate() const noexcept { return m_dRate; }
 
   /// The filter with a reference held, or null for a pin that has left it. Any thread.
   ComPtr<CBaseFilter> HoldFilter();
@@ -131,9 +127,6 @@ class CBasePin : public UnknownImpl<IPin, IQualityControl> {
 
   CCritSec* const m_pLock;  // the filter's; not to be touched after leaving
   CMediaType m_mt;          // of the connection; written with the filter's lock held, by SetMediaType
-  bool m_bTryMyTypesFirst = false;
-  bool m_bCanReconnectWhenActive = false;
-  IQualityControl* m_pQSink = nullptr;  // not counted, as the contract says
 
  private:
   HRESULT ConnectAs(IPin* receiver, const CMediaType& type);
@@ -142,9 +135,6 @@ class CBasePin : public UnknownImpl<IPin, IQualityControl> {
   const PIN_DIRECTION m_dir;
   const WideString m_name;
   std::atomic<LONG> m_typeVersion{1};
-  REFERENCE_TIME m_tStart = 0;
-  REFERENCE_TIME m_tStop = kOpenTime;
-  double m_dRate = 1.0;
 
   // Taken for a moment around every change of the connection, so that a query about it needs no
   // filter lock: a streaming thread may ask while a state change holds that one. Not the same as the

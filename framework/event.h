@@ -17,7 +17,6 @@ class Event {
 
   /// True when the event was or became set in time; an automatic event is taken by that.
   bool Wait(DWORD milliseconds = INFINITE) noexcept;
-  bool Check() noexcept { return Wait(0); }
 
  private:
   CCritSec m_lock{"Event", LockRank::kEvent};

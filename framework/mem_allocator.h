@@ -44,17 +44,16 @@ class CMemAllocator : public UnknownImpl<IMemAllocator> {
  protected:
   /// Makes the block with all its memory; S_OK when there is one already.
   virtual HRESULT Alloc();
-  /// Makes it without any.
+  /// Makes the block as addresses only, without memory.
   HRESULT ReserveBlock();
-  /// The first `size` bytes of the block have memory. False when there is none for them.
+  /// Gives the first `size` bytes of the block memory. False when there is none.
   bool CommitBlockTo(std::size_t size) noexcept { return m_block.CommitTo(size); }
   /// Forgets all samples and gives the block back. No sample is out.
   virtual void Free();
-  /// The allocator was just decommitted: wake whoever waits. The base wakes GetBuffer's waiters.
+  /// Called when the allocator has just been decommitted: wakes what waits. The base wakes GetBuffer.
   virtual void OnDecommit();
 
   CCritSec& Lock() noexcept { return m_lock; }
-  const ALLOCATOR_PROPERTIES& Properties() const noexcept { return m_properties; }
   bool IsCommitted() const noexcept { return m_committed; }
   /// Start of the block, aligned as asked for; null while there is none.
   BYTE* Block() const noexcept { return m_block.Data(); }

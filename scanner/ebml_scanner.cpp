@@ -53,7 +53,7 @@ void CEbmlScanner::CanProcess(IAsyncReader* reader) {
   ReadSeekHead();
   ReadChapterList();
   ReadDocType();
-  // Now, when nobody waits for a picture, as after a seek; but not if opening would wait for a stream on its way.
+  // Now, since nobody waits for a picture yet, as after a seek. Not if the Cues have not arrived: opening would wait.
   if (m_byteSource.HasArrived(m_cuesPosition)) ReadCues();
 }
 
@@ -61,7 +61,6 @@ void CEbmlScanner::ReadHeaders() {
   ElementWalker walker(*m_stream, m_byteSource);
   m_segment = walker.FindSegment();
   if (!m_segment) throw MessageError("<CEbmlScanner::CanProcess> No segment/level 0 element found");
-  m_segmentSize = m_segment->IsFiniteSize() ? m_segment->GetSize() : m_byteSource.Length();
   m_segmentDataStart = m_segment->GetDataStart();
   // Either may come first, and a second one of a kind counts as the other.
   constexpr int kHeaders = 2;
@@ -90,7 +89,7 @@ void CEbmlScanner::ReadInfo(libebml::EbmlMaster& info) {
   }
 }
 
-// While its bytes are at hand: what it leads to is needed later, from other places.
+// Now, while its bytes are in memory: its entries are needed later.
 void CEbmlScanner::ReadSeekHead() {
   ElementWalker walker(*m_stream, m_byteSource);
   walker.MoveTo(m_segmentDataStart);
@@ -141,7 +140,7 @@ void CEbmlScanner::FillIndex(Fill&& fill) {
   try {
     fill();
   } catch (const MessageError& error) {
-    LogText(error.what());  // playing starts from the front meanwhile
+    LogText(error.what());  // playing starts from the front
     m_seekIndex.clear();
   }
   m_isIndexSorted = IsIndexSorted(m_seekIndex);
@@ -186,7 +185,7 @@ bool CEbmlScanner::Process() {
   return false;
 }
 
-// False: interrupted. A failing read leads to the front.
+// False: interrupted. After a failed read the start is the front.
 bool CEbmlScanner::FindStart(ElementWalker& walker) {
   using Outcome = ClusterSearch::Outcome;
   ClusterSearch::Result result;
@@ -195,7 +194,7 @@ bool CEbmlScanner::FindStart(ElementWalker& walker) {
     const bool hasNone = m_cuesRead && m_seekIndex.empty() && !m_clustersScanned;
     if (hasNone) result = SearchClusters(walker);
     if (result.outcome == Outcome::kReadAll) BuildIndex();
-    if (result.outcome == Outcome::kInterrupted || EventsPending()) return false;  // perhaps in the midst of it
+    if (result.outcome == Outcome::kInterrupted || EventsPending()) return false;  // perhaps during the search
   }
   walker.MoveTo(m_segmentDataStart);
   if (result.outcome == Outcome::kFound) {

@@ -39,8 +39,7 @@ HRESULT CountingSourcePin::CheckMediaType(const CMediaType* type) {
 
 HRESULT CountingSourcePin::GetMediaType(int position, CMediaType* type) {
   if (position != 0) return VFW_S_NO_MORE_ITEMS;
-  type->InitMediaType();
-  type->SetType(&MEDIATYPE_Stream);
+  *type = CMediaType(MEDIATYPE_Stream);
   return S_OK;
 }
 

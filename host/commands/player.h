@@ -1,5 +1,4 @@
-// Plays one file from the first sample to the end, and does what the options and keys ask meanwhile. Owned
-// by the play command, main thread.
+// Plays one file to its end, and obeys the options and the keys on the way. Owned by the play command, main thread.
 #pragma once
 
 #include <optional>

@@ -1,5 +1,6 @@
 #include "host/graph/graph_session.h"
 
+#include "framework/filter_pins.h"
 #include "host/graph/pin_queries.h"
 #include "host/system/host_error.h"
 #include "host/system/input_file.h"

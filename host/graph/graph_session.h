@@ -47,7 +47,7 @@ class GraphSession {
   /// Disconnects what is connected to the filter and takes it out.
   void Remove(IBaseFilter* filter) noexcept;
 
-  /// Filters that came after the graph had chosen its clock get it as well; not every platform sees to that.
+  /// Gives the graph's clock to filters that were added after it was chosen: not every platform does that.
   void ShareClock() noexcept;
   /// No filter keeps time: data flows as fast as it is taken.
   void RunWithoutClock();

@@ -19,13 +19,13 @@ class LogListener {
   LogListener(const LogListener&) = delete;
   LogListener& operator=(const LogListener&) = delete;
 
-  /// From now on this object gets the module's texts. A module without a log is none the worse.
+  /// From now on this object gets the module's texts. Nothing happens when the module has no log.
   void Attach(IBaseFilter* splitter);
   /// No text arrives any more when this returns. Also gives up the reference on the splitter.
   void Detach() noexcept;
 
-  /// Why the module refused the file, without a newline: the last text since Attach or Forget, behind the track
-  /// that the text before it names, if it does. Empty for none.
+  /// Why the module refused the file: the last text since Attach or Forget, after the track if the text before it names
+  /// one. Without a newline; empty when there was no text.
   std::string Refusal();
   void Forget();
 

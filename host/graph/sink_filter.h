@@ -1,7 +1,7 @@
-// The end of a stream that no renderer takes: a filter with one input pin that accepts everything, shows
-// it to an observer and lets it go at once. Made by the commands, owned by them and the graph.
-// It offers seeking only where that is wanted: a graph that finds some reads the stop position when it runs,
-// and with that the splitter ends where the file says it does, even if there is more.
+// The end of a stream that no renderer takes: a filter with one input pin that accepts everything, shows it to an
+// observer and releases it at once. Made by the commands, owned by them and the graph. It offers seeking only on
+// request: a graph that finds IMediaSeeking asks for the stop position when it runs. From then on the splitter ends at
+// the duration that the file names, even if more data follow.
 #pragma once
 
 #include <memory>

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "framework/filter_pins.h"
 #include "framework/text_conversion.h"
 #include "host/graph/pin_queries.h"
 #include "host/graph/stream_list.h"
@@ -47,9 +48,9 @@ bool AddRenderer(GraphSession& session, REFCLSID clsid, const OLECHAR* name, Com
   return true;
 }
 
-// One that is present before rendering begins is preferred to all others. The enhanced one is the best that
-// Windows has. Wine's does not get on with every decoder, nor does the mixing one that a graph takes by itself,
-// so there it is the plain one.
+// Adds a video renderer, since a graph prefers one that is present before rendering begins. The enhanced one is the
+// best that Windows has. Under Wine neither that one nor the mixing one, which a graph takes by itself, works with
+// every decoder, so there it is the plain one.
 ComPtr<IBaseFilter> AddVideoRenderer(GraphSession& session) {
   ComPtr<IBaseFilter> renderer;
   if (!RunsUnderWine() && AddRenderer(session, kEnhancedRenderer, L"Enhanced Video Renderer", renderer)) {
@@ -72,7 +73,7 @@ std::string ReasonNotToTry(const std::vector<CMediaType>& types) {
   return types.front().pbFormat == nullptr ? "its media type has no format block" : "";
 }
 
-// What the platform says, and what is known to be behind it.
+// The platform's answer, and the reason behind it where that is known.
 std::string ReasonOf(HRESULT result, const CMediaType& type) {
   std::string reason =
       SUCCEEDED(result) ? "a part of what it leads to is not rendered" : "no decoder or renderer takes it";

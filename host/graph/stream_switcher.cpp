@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "framework/filter_pins.h"
 #include "host/graph/pin_queries.h"
 #include "host/graph/stream_list.h"
 #include "host/graph/tap_filter.h"
@@ -44,7 +45,7 @@ void ChooseStream(GraphSession& session, std::uint32_t group, const std::string&
   RequireEnabled(session, *index);
 }
 
-// Only where each kind has one pin is there anything to choose.
+// There is something to choose only where each kind has one pin.
 RenderedStream& StreamSwitcher::CarrierOf(std::uint32_t group) const {
   const auto carrier = std::find_if(m_streams.begin(), m_streams.end(),
                                     [group](const auto& stream) { return GroupOf(stream.majorType) == group; });
@@ -57,11 +58,11 @@ RenderedStream& StreamSwitcher::CarrierOf(std::uint32_t group) const {
 void StreamSwitcher::EnableConnected(RenderedStream& stream, std::uint32_t index) {
   const auto tap = MakeCom<TapFilter>(stream.counter);
   m_session.Add(tap.Get(), kTapName);
-  static_cast<void>(Enable(m_session.Splitter(), index));  // what came of it is seen from the stream's flags
+  static_cast<void>(Enable(m_session.Splitter(), index));  // the stream's flags show whether it worked
   if (!IsConnected(tap->InputPin())) m_session.Remove(tap.Get());
 }
 
-// What the platform cannot render, the graph does not connect; then it is ours to do.
+// The graph does not connect a stream that the platform cannot render. Then it is connected here.
 void StreamSwitcher::RenderAnew(RenderedStream& stream, std::uint32_t index) {
   m_session.Stop();
   for (const auto& filter : ChainBehind(stream.output.Get())) m_session.Remove(filter.Get());

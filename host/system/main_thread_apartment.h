@@ -1,5 +1,5 @@
-// COM for the main thread, from construction to destruction. Every COM object of the thread must be gone
-// before this is.
+// COM for the main thread, from construction to destruction. On main's stack; every COM object of the thread must be
+// gone before it is.
 #pragma once
 
 #include "framework/platform/platform.h"

@@ -14,7 +14,7 @@ constexpr std::size_t kLargestChunk = 64 * 1024;
 
 bool BeginsLongId(std::uint8_t byte) { return byte >> 4 == 1; }
 
-/// No more than may be looked at, so that what was read up to there is enough.
+/// No more than may be looked at, so that no further bytes have to be read.
 std::size_t HeadBytesBefore(std::uint64_t end, std::uint64_t position) {
   return static_cast<std::size_t>(std::min<std::uint64_t>(ElementHeader::kMaxBytes, end - position));
 }
@@ -85,7 +85,7 @@ std::optional<FoundElement> ElementSearch::LookAt(std::uint64_t position, std::s
 }
 
 std::optional<FoundElement> ElementSearch::Create(std::uint64_t position, const ElementHeader& header) const {
-  // The sizes up to which libebml is asked to look, in a stream and in a parent of unknown size.
+  // The largest sizes that libebml is to accept, in a stream and in a parent of unknown size.
   constexpr std::uint64_t kLargestInStream = 0xFFFFFFFF;
   const std::uint64_t noEnd = m_unknown == Unknown::kSkip ? limits::kElement : kLargestInStream;
   FoundElement found{nullptr, position, position + header.Length(), 0};
@@ -108,8 +108,8 @@ std::size_t ElementSearch::PassUnknown(std::uint64_t position, std::span<const s
   return header->Length() + static_cast<std::size_t>(header->size);
 }
 
-// In a parent without an end to be believed nothing stops a search that goes from one head to the next, as noise holds
-// them, except that no such step goes past what belongs further up.
+// Noise looks like element heads too. In a parent whose end is not known nothing would stop a search that follows such
+// heads, so no step goes past an element that belongs further up.
 std::size_t ElementSearch::WithoutHidden(std::uint64_t position, std::size_t step) {
   if (HasEnd() || m_unknown == Unknown::kPassByteWise) return step;
   const auto upper = UpperBetween(position + 1, std::min(position + step, m_streamLength));

@@ -19,8 +19,7 @@ ElementSearch ElementWalker::SearchBelow(const libebml::EbmlElement& parent) {
   return {m_window, m_source.Length(), m_ids, EBML_CONTEXT(&parent), ElementSearch::Unknown::kPassByteWise};
 }
 
-// A head may count the zero that follows the stream. Beyond that nothing is to be found, and a move there would be
-// refused.
+// A head may reach into the zero that follows the stream. A move beyond the stream would be refused.
 std::uint64_t ElementWalker::DataPosition(const FoundElement& found) const {
   return std::min(found.dataPosition, m_source.Length());
 }

@@ -34,16 +34,16 @@ class ElementWalker {
   ElementWalker(const ElementWalker&) = delete;
   ElementWalker& operator=(const ElementWalker&) = delete;
 
-  /// The next element below `parent` from the current position on, positioned at its data. What is
-  /// unknown there, and voids, are passed byte by byte. Null at the end of the stream, and in front of an
-  /// element that belongs further up, where the position then is as it was.
+  /// The next element below `parent` from the current position on; the position moves to its data. Unknown elements and
+  /// voids are passed byte by byte. Null at the end of the stream, and in front of an element that belongs further up:
+  /// then the position stays as it was.
   ElementPtr FindNextChild(const libebml::EbmlElement& parent);
 
-  /// Reads a master with all below it, as far as the limits. Positions at the element that ended it, if
-  /// one did.
+  /// Reads a master with all below it, as far as the limits allow. If an element that belongs further up ends it, the
+  /// position is there.
   void ReadMaster(libebml::EbmlMaster& element);
-  /// As ReadMaster, but shows each child in turn instead of keeping it. When the visitor has seen enough, the
-  /// position is somewhere.
+  /// As ReadMaster, but shows each child in turn instead of keeping it. When the visitor stops it, the position is
+  /// undefined.
   void ReadEachChild(libebml::EbmlMaster& element, MasterReader::Frames frames, const MasterReader::Visitor& visit);
 
   /// As ReadEachChild, for a list in a header: what it may have is limited.

@@ -52,7 +52,7 @@ bool IsBlock(const libebml::EbmlElement& element) {
   return id == EBML_ID(libmatroska::KaxSimpleBlock) || id == EBML_ID(libmatroska::KaxBlock);
 }
 
-/// A block's first bytes, as one without lacing where what follows them decides nothing. Nothing for a lace
+/// A block's first bytes, changed to those of a block without lacing where that makes no difference. Nothing for a lace
 /// whose frame sizes decide whether it is a block at all.
 std::optional<BlockHeadBytes> HeadAlone(std::span<const std::uint8_t> bytes, std::uint64_t size) {
   BlockHeadBytes head{};
@@ -70,14 +70,14 @@ std::optional<BlockHeadBytes> HeadAlone(std::span<const std::uint8_t> bytes, std
   return head;
 }
 
-/// As an object, without its data. The frames of a block lie in its data; each is an object as well.
+/// Bytes that the element takes as an object, without its data. Each frame of a block is an object as well.
 std::int64_t MemoryOf(const libebml::EbmlElement& element) {
   const unsigned frames =
       IsBlock(element) ? static_cast<const libmatroska::KaxInternalBlock&>(element).NumberFrames() : 0;
   return limits::kElementMemory + limits::kLaceFrameMemory * frames;
 }
 
-/// What becomes of it in memory.
+/// Bytes that its data take in memory.
 std::int64_t DataOf(const libebml::EbmlElement& element) {
   if (element.IsMaster()) return 0;
   const auto size = static_cast<std::int64_t>(element.GetSize());
@@ -167,14 +167,14 @@ MasterReader::LevelEnd MasterReader::ReadLevel(libebml::EbmlMaster& master, Elem
   return at.upperLevel > 0 ? at : LevelEnd{0, std::min(end, m_source.Length())};
 }
 
-// What remains of a master that takes too much is passed over, unless only looking tells where that is.
+// The rest of a master that takes too much is passed over, unless only reading tells where it ends.
 bool MasterReader::HasMemory(const Level& level) {
   if (m_memory >= limits::kElementMemory) return true;
   m_isTooMuch = true;
   return m_isHeader && level.end == ElementSearch::kNoEnd;
 }
 
-// As much of a Cluster as the window holds is read at a time; of one without an end, what reading on brings.
+// Reads as much of a Cluster at a time as the window holds; little of one whose end is not known.
 std::span<const std::uint8_t> MasterReader::ClusterBytes(const Level& level, std::uint64_t position,
                                                          std::uint64_t atLeast) {
   constexpr std::uint64_t kLeast = 32 * 1024;
@@ -184,8 +184,8 @@ std::span<const std::uint8_t> MasterReader::ClusterBytes(const Level& level, std
   return m_window.From(position, static_cast<std::size_t>(atLeast), static_cast<std::size_t>(wanted));
 }
 
-// A SimpleBlock that is to be shown is found here as the search would find it, but without an element of its own.
-// Nothing when it is for the search, as is one that in a parent without an end is followed by nothing known.
+// Finds a SimpleBlock that is to be shown, as the search would, but makes no element for it. Nothing when it is left to
+// the search: any other element, and, in a parent whose end is not known, a block that nothing known follows.
 std::optional<MasterReader::LevelEnd> MasterReader::ReadBlockInPlace(Level& level, std::uint64_t position) {
   constexpr std::uint64_t kSmallest = 4;
   constexpr std::uint64_t kGroup = 128 * 1024;
@@ -210,7 +210,7 @@ std::optional<MasterReader::LevelEnd> MasterReader::ReadBlockInPlace(Level& leve
   return LevelEnd{0, position + whole};
 }
 
-// Where to go on, or that the level has ended.
+// Answers where to go on, or that the level has ended.
 MasterReader::LevelEnd MasterReader::ReadChild(Level& level, FoundElement found) {
   if (found.upperLevel > 0) return {found.upperLevel, found.position};
   const std::uint64_t begin = found.dataPosition;
@@ -219,9 +219,10 @@ MasterReader::LevelEnd MasterReader::ReadChild(Level& level, FoundElement found)
   return end.upperLevel == 0 ? WithoutSwallowed(level, begin, end) : end;
 }
 
-// A child that reaches behind the end of the stream, or, in a parent without an end, is followed by nothing
-// that makes sense, may have been none, and have swallowed what belongs further up. Each byte of the stream
-// is searched for that once at most, on average, so that the time stays in proportion to the stream.
+// A child may have been no element at all, and have swallowed elements that belong further up. It is suspect when it
+// reaches behind the end of the stream, or when nothing known follows it in a parent whose end is not known. Its bytes
+// are then searched for such elements. On average each byte of the stream is searched once at most, so that the time
+// stays in proportion to the stream.
 MasterReader::LevelEnd MasterReader::WithoutSwallowed(Level& level, std::uint64_t begin, LevelEnd end) {
   const std::uint64_t length = m_source.Length();
   const std::uint64_t last = std::min(end.position, length);
@@ -235,7 +236,7 @@ MasterReader::LevelEnd MasterReader::WithoutSwallowed(Level& level, std::uint64_
 }
 
 MasterReader::LevelEnd MasterReader::ReadValue(Level& level, FoundElement found) {
-  // Reading allocates what the element declares, so that has to be there.
+  // Reading allocates what the element declares, so the stream must have so many bytes.
   const std::uint64_t size = found.element->GetSize();
   if (size > m_source.Length() - std::min(found.dataPosition, m_source.Length())) return {0, m_source.Length() + 1};
   if (!Fits(*found.element)) {
@@ -283,7 +284,7 @@ MasterReader::LevelEnd MasterReader::ReadMasterChild(Level& level, FoundElement 
   }
   if (inner.upperLevel > 1) return {inner.upperLevel - 1, inner.position};
   if (!finite) return {0, inner.position};
-  // A child of ours in the midst of that one, which therefore is damaged.
+  // A child of this level in the midst of that one, which is damaged then.
   const bool isOurs = inner.upperLevel == 1 && level.search.At(inner.position).has_value();
   return {0, isOurs ? inner.position : childEnd};
 }
@@ -307,7 +308,7 @@ void MasterReader::Show(const Level& level, libebml::EbmlElement& element) {
   BeginEntry();
 }
 
-// In an entry that makes the whole entry too much.
+// Below an entry this makes the whole entry too much.
 void MasterReader::LeaveOut(const Level& level) {
   m_isTooMuch = true;
   if (level.visitor == nullptr) return;

@@ -18,9 +18,9 @@
 
 namespace tarvex {
 
-/// Gives what libebml's own reading gives, except that it keeps no unknown elements, voids and checksums,
-/// leaves out an element that the end of the stream cuts, and keeps to the limits whatever the stream holds. What
-/// damage looks like does not hide the next Cluster: that ends the reading where libebml would pass it.
+/// Gives what libebml's own reading gives, with these differences. It keeps no unknown elements, voids and checksums.
+/// It leaves out an element that the end of the stream cuts. It keeps to the limits, whatever the stream holds. A
+/// Cluster in the midst of damaged elements ends the reading, where libebml would pass it.
 class MasterReader {
  public:
   enum class Frames : std::uint8_t {
@@ -28,7 +28,7 @@ class MasterReader {
     kLeaveOut,  ///< most blocks get only their heads; what stands for their frames is undefined
   };
 
-  /// False: shown enough.
+  /// False: show no more.
   using Visitor = std::function<bool(libebml::EbmlElement&)>;
 
   MasterReader(CAsyncCallback& source, ByteWindow& window, KnownIdTables& ids)
@@ -40,9 +40,9 @@ class MasterReader {
     std::int64_t ofAll = 0;
   };
 
-  /// Gives `master`, which is no Cluster, its children, in place of those it has; what would take more
-  /// memory than a header may is passed over. Where the element stands that ended it, when that was one
-  /// that belongs further up.
+  /// Reads the children of `master`, which is no Cluster, in place of those it has. What would take more memory than a
+  /// header may is passed over. Answers the position of an element that belongs further up, if such a one ended the
+  /// reading.
   std::optional<std::uint64_t> Read(libebml::EbmlMaster& master);
   /// Shows each child in turn instead of keeping it, so that a long list costs no memory. The SimpleBlocks of a Cluster
   /// are shown as they lie in the window: a frame's bytes are not copied.

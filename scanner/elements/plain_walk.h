@@ -13,8 +13,8 @@
 
 namespace tarvex {
 
-/// How much is read at a time by whoever looks at one head after the other: all of it where they are close together,
-/// as each read has its price, else little more than the head.
+/// How much to read at a time for looking at one head after the other. Where heads are close together, large pieces,
+/// since each read has its price; else little more than the head.
 class ReadStep {
  public:
   std::size_t Bytes() const { return m_distance < kFar ? kMany : kFew; }

@@ -29,7 +29,7 @@ void ReadDisplay(const KaxChapterDisplay& display, BStr& name) {
   }
 }
 
-// Keeps the atoms around the place that is read, no more than the master reader goes down.
+// Keeps the atoms around the place that is being read: as many as the master reader goes down at most.
 class ChapterVisitor final : public ElementVisitor {
  public:
   bool Enter(const libebml::EbmlMaster& master) override {

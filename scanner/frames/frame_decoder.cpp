@@ -8,7 +8,7 @@ namespace tarvex {
 
 namespace {
 
-// So much is asked of zlib at a time; less than that is the end.
+// Bytes asked of zlib at a time; when fewer come, that was the end.
 constexpr std::size_t kChunk = 16384;
 constexpr std::size_t kMostInflated = limits::kInflatedFrame + kChunk;
 
@@ -19,7 +19,7 @@ void FrameDecoder::EndInflate::operator()(z_stream* stream) const noexcept {
   const std::unique_ptr<z_stream> owner(stream);
 }
 
-// What is there already stays.
+// Keeps the bytes that are there.
 void FrameDecoder::MakeRoom(std::size_t size) {
   if (size <= m_bytes.size()) return;
   const std::size_t room = std::max(size, std::min(m_bytes.size() * 2, kMostInflated));

@@ -25,7 +25,7 @@ namespace {
 
 namespace id = element_ids;
 
-/// Elements that say nothing about the index, and what muxers put into them.
+/// Elements that say nothing about the index, and what kind of data they have.
 enum class Content : std::uint8_t { kNumber, kBytes, kElements };
 constexpr struct {
   std::uint32_t parent;
@@ -94,8 +94,8 @@ void ClusterIndexer::Add(KaxCluster& cluster) {
   });
 }
 
-/// The same as AddChild for each child of the Cluster, which must be as muxers write it: reads the heads of its blocks
-/// and nothing else. False when there is anything else in it; then nothing was added.
+/// The quick way, for a Cluster as muxers write it: reads the heads of its blocks and nothing else. Adds what AddChild
+/// would for each child. False when the Cluster holds anything unusual; then nothing was added.
 bool ClusterIndexer::AddPlain(const KaxCluster& cluster) {
   if (!m_walker.IsWhole(cluster)) return false;
   m_found.clear();

@@ -1,4 +1,5 @@
-// The entries that a seek index has of each Cluster. Made for one index; runs on the thread that drives the scanner.
+// Finds the entries that each Cluster has in a seek index. Made for one index; runs on the thread that drives the
+// scanner.
 #pragma once
 
 #include <matroska/KaxBlock.h>
@@ -22,8 +23,8 @@ class ClusterIndexer {
   /// All stay while this is used.
   ClusterIndexer(ElementWalker& walker, const CMatroskaInfo& info, IndexEntries& index);
 
-  /// Adds one entry for each key frame of the indexed track, reading everything of the Cluster but the frames. The
-  /// walker is where the search for the next Cluster begins then.
+  /// Adds one entry for each key frame of the indexed track. Reads all of the Cluster but its frames. Afterwards the
+  /// walker stands where the search for the next Cluster begins.
   void Add(libmatroska::KaxCluster& cluster);
 
  private:

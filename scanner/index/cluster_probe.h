@@ -20,8 +20,8 @@ struct ProbedCluster {
   std::int64_t time = 0;       ///< its Timecode, 100 ns units
 };
 
-/// Takes for a Cluster what begins as muxers begin one, has a Timecode, and ends where another element of the Segment
-/// begins. Frames may hold such a thing as well, but hardly by chance.
+/// A Cluster is what begins as muxers begin one, has a Timecode, and ends where another element of the Segment begins.
+/// A frame may hold such bytes too, but hardly by chance.
 class ClusterProbe {
  public:
   /// Clusters lie before `limit`; `scale` is that of the file in nanoseconds. All stay while this is used.
@@ -34,8 +34,8 @@ class ClusterProbe {
   std::optional<ProbedCluster> First(std::uint64_t begin, std::uint64_t end);
   /// The one that begins there.
   std::optional<ProbedCluster> At(std::uint64_t position);
-  /// The one behind `cluster` with nothing but other elements of the Segment between them. Nothing where the Segment
-  /// goes on in another way, or ends.
+  /// The next one behind `cluster`, with nothing but other elements of the Segment between them. Nothing where other
+  /// bytes follow, or the Segment ends.
   std::optional<ProbedCluster> Next(const ProbedCluster& cluster);
 
   /// An event is pending, or too much was looked at in vain.

@@ -10,8 +10,8 @@ namespace tarvex {
 
 namespace {
 
-// A frame may hold what looks like a Cluster. Whoever goes from one of those to the next is on the way of the true
-// ones behind it, so the first few do not count.
+// A frame may hold what looks like a Cluster. Going on from there to the next leads to the true ones after a few steps,
+// so the first few do not count.
 constexpr int kUnsure = 3;
 
 std::uint64_t EndOfClusters(const libmatroska::KaxSegment& segment, std::uint64_t streamLength) {
@@ -68,8 +68,8 @@ ClusterSearch::Result ClusterSearch::Failed() const {
   return {isInterrupted ? Outcome::kInterrupted : Outcome::kReadAll, 0};
 }
 
-// The place in an index is first estimated from its length. For times up to the duration that changes nothing; for
-// those behind it, the length decides.
+// A lookup in a whole index begins at a place estimated from the index's length. For times up to the duration the
+// estimate changes nothing. For later times the result depends on that length, which is not known here.
 bool ClusterSearch::MayBeSearched(std::uint64_t time) const {
   constexpr std::uint64_t kLatest = std::uint64_t{1} << 62;
   constexpr std::uint64_t kSmallestBlock = 6;
@@ -80,7 +80,7 @@ bool ClusterSearch::MayBeSearched(std::uint64_t time) const {
   return time - duration < duration / std::min<std::uint64_t>(limits::kIndexEntries, m_streamLength / kSmallestBlock);
 }
 
-// The first Cluster, and some all over the file, whose times have to rise.
+// Looks at the first Cluster and at some all over the file. False when their times do not rise.
 bool ClusterSearch::Prepare() {
   constexpr std::uint64_t kSamples = 8;
   if (!m_known.Marks().empty()) return true;
@@ -121,7 +121,7 @@ std::optional<ProbedCluster> ClusterSearch::Nearest(std::int64_t time) {
     const std::uint64_t gap = end - low.end;
     auto ahead = AheadOf(low, gap, time, endTime);
     if (ahead && *ahead <= m_reach.closest) break;
-    if (step % 4 == 0) ahead.reset();  // it may be wrong for ever
+    if (step % 4 == 0) ahead.reset();  // the estimate may never come nearer
     const std::uint64_t aim = low.end + (ahead ? *ahead - m_reach.closest / 2 : gap / 2);
     const auto found = Probe(aim, end);
     if (m_isContradictory || m_probe.HasEnded()) return std::nullopt;
@@ -135,18 +135,18 @@ std::optional<ProbedCluster> ClusterSearch::Nearest(std::int64_t time) {
   return low;
 }
 
-// Bytes between that Cluster and the wanted time, as far as can be told.
+// Estimated bytes between that Cluster and the wanted time.
 std::optional<std::uint64_t> ClusterSearch::AheadOf(const ProbedCluster& low, std::uint64_t gap, std::int64_t time,
                                                     std::optional<std::int64_t> highTime) const {
   if (!highTime || *highTime <= time) return std::nullopt;
-  // Damaged ones lie so far apart that integers overflow.
+  // In floating point: times of a damaged file may be so far apart that integers overflow.
   const double whole = static_cast<double>(*highTime) - static_cast<double>(low.time);
   const double part = static_cast<double>(time) - static_cast<double>(low.time);
   if (!(whole > 0)) return std::nullopt;
   return static_cast<std::uint64_t>(static_cast<double>(gap) * std::clamp(part / whole, 0.0, 1.0));
 }
 
-// A Cluster behind which two entries are known that are not after the time, or the first one of the file.
+// A known Cluster from which on two entries are not after the time, or the first Cluster of the file.
 std::optional<std::uint64_t> ClusterSearch::KnownAnchor(std::uint64_t position, std::int64_t time) const {
   std::size_t count = 0;
   for (;;) {
@@ -160,22 +160,22 @@ std::optional<std::uint64_t> ClusterSearch::KnownAnchor(std::uint64_t position, 
   }
 }
 
-// A Cluster for certain, about that far back. Nothing when there is none so near.
+// A place that surely is a Cluster, about `reach` bytes in front of `nearest`. Nothing when there is none.
 std::optional<std::uint64_t> ClusterSearch::Anchor(const ProbedCluster& nearest, std::uint64_t reach) {
   if (nearest.position - Front() <= reach) return Front();
   auto found = Probe(nearest.position - reach, nearest.position);
   for (int unsure = 0; found && unsure < kUnsure; ++unsure) {
     if (found->position == nearest.position) return std::nullopt;
     found = m_probe.Next(*found);
-    // Behind a Cluster in front of that one, there is that one.
+    // Going on from a true Cluster must lead to `nearest`, and not past it.
     m_isContradictory = !found || found->position > nearest.position || !m_known.AddMark(*found);
     if (m_isContradictory) return std::nullopt;
   }
   return found ? std::optional(found->position) : std::nullopt;
 }
 
-// Over Clusters as reading everything goes over them, until an entry is after the time. Has to come to the one at
-// `through`.
+// Walks over Clusters one after the other, as reading everything does, until an entry is after the time. The walk must
+// come to the Cluster at `through`, else the file contradicts itself.
 std::optional<ClusterSearch::Seen> ClusterSearch::Walk(std::uint64_t from, std::uint64_t through, std::int64_t time) {
   Seen seen;
   std::optional<std::int64_t> last;

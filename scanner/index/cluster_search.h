@@ -1,5 +1,5 @@
-// Finding where to begin for a start time in a file without Cues, by looking only where that time can be. Made for one
-// start; runs on the worker, which has the scanner to itself.
+// Finds where to begin for a start time in a file without Cues, and reads only the places where that time can be. Made
+// for one start; runs on the worker, which has the scanner to itself.
 #pragma once
 
 #include <cstddef>
@@ -17,10 +17,9 @@
 
 namespace tarvex {
 
-/// A file is known by the entries that an index of all its Clusters would have: one for each key frame of one track.
-/// Their times rise in every file that is not damaged, and so do those of the Clusters. That makes it possible to
-/// find the last entry not after a time, and the one before it, from a few Clusters around them. Wherever what is seen
-/// contradicts that, the answer is that everything has to be read.
+/// An index of all Clusters would have one entry for each key frame of one track. The times of these entries rise in
+/// every file that is not damaged, and so do those of the Clusters. So a few Clusters are enough to find the last entry
+/// not after a time, and the one before it. Where the times do not rise, the answer is that everything has to be read.
 class ClusterSearch {
  public:
   enum class Outcome : std::uint8_t {

@@ -26,7 +26,7 @@ namespace {
 /// The one that names the earliest Cluster.
 const KaxCueTrackPositions* EarliestPositions(const KaxCuePoint& point) {
   const KaxCueTrackPositions* earliest = nullptr;
-  std::uint64_t position = 0xFFFFFFFFFFFFFFF;  // as libmatroska, which however takes quadratic time
+  std::uint64_t position = 0xFFFFFFFFFFFFFFF;  // libmatroska does the same in quadratic time
   for (const libebml::EbmlElement* child : point) {
     const auto* candidate = ElementAs<KaxCueTrackPositions>(child);
     if (candidate == nullptr || candidate->FindFirstElt(EBML_INFO(KaxCueClusterPosition)) == nullptr) continue;
@@ -45,7 +45,7 @@ void AddCuePoint(const KaxCuePoint& point, const KaxSegment& segment, std::uint6
   index.Add({segment.GetGlobalPosition(positions->ClusterPosition()), nanoseconds / kNanosecondsPerUnit});
 }
 
-/// Of a stream that reaches to `end`: the bytes from `position` on, at least so many if there are.
+/// The bytes from `position` on, at least so many if the stream, which reaches to `end`, has them.
 std::span<const std::uint8_t> BytesBefore(ElementWalker& walker, std::uint64_t position, std::uint64_t end,
                                           std::uint64_t atLeast, std::size_t chunk) {
   const std::uint64_t left = end - position;

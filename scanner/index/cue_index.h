@@ -1,4 +1,5 @@
-// The seek index of the Cues. A free function; runs on the thread that opens the file, which has the scanner to itself.
+// The seek index of the Cues. A free function; runs on the thread that opens the file, or on the worker if the Cues had
+// not arrived then. Either has the scanner to itself.
 #pragma once
 
 #include <cstdint>

@@ -44,14 +44,15 @@ class CAsyncCallback : public libebml::IOCallback {
   std::uint64_t getFilePointer() override { return m_position; }
   void close() override {}
 
-  /// Whether Borrow may give anything.
+  /// False: Borrow never gives anything.
   bool CanBorrow() const noexcept { return m_readAhead != nullptr; }
-  /// The stream's bytes from `position` on where the reader has them in memory: `atLeast`, all before the end of the
-  /// stream, and when they have to be read, `wanted`, if it can. Valid while BorrowNumber stays the same. Nothing when
-  /// it cannot: then they have to be read.
+  /// The stream's bytes from `position` on, in the reader's own memory: at least `atLeast` of them, all before the end
+  /// of the stream. If they have to be read, up to `wanted` are. Valid while BorrowNumber stays the same. Empty when
+  /// the reader cannot do that: then read them.
   std::span<const std::uint8_t> Borrow(std::uint64_t position, std::size_t atLeast, std::size_t wanted);
   std::uint64_t BorrowNumber() const noexcept;
 
+  /// Make a blocked read return, and reads possible again. MessageError without a reader. Any thread.
   HRESULT BeginFlush();
   HRESULT EndFlush();
 

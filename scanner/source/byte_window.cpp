@@ -18,8 +18,8 @@ std::optional<std::span<const std::uint8_t>> ByteWindow::Loaded(std::uint64_t po
   return std::span(m_bytes + (position - m_start), static_cast<std::size_t>(size));
 }
 
-// Few bytes are copied, so that they stay when the source reads others. Of many that cannot be borrowed only those are
-// read that are needed: there may be some among the others that cannot be read at all.
+// A few bytes are copied, so that they stay when the source reads others. Many are borrowed from the source. Where that
+// fails, only those that are needed are read: some of the others may not be readable at all.
 void ByteWindow::Load(std::uint64_t position, std::size_t atLeast, std::size_t chunk) {
   constexpr std::size_t kMany = 32 * 1024;
   const std::uint64_t left = m_source.Length() - position;
@@ -50,7 +50,7 @@ bool ByteWindow::Borrow(std::uint64_t position, std::size_t atLeast, std::size_t
   return true;
 }
 
-// Not a vector, which would write to bytes that are read over at once.
+// Not a vector, which would first zero the bytes that are read over at once.
 void ByteWindow::MakeRoom(std::size_t size) {
   m_borrowed.reset();
   if (size <= m_capacity) return;

@@ -19,7 +19,7 @@ Prefetcher::~Prefetcher() {
     m_changed.WakeAll();
     isReading = m_isReading;
   }
-  // It may be one that only a flush ends.
+  // The read may be one that only a flush ends.
   if (isReading) m_upstream->BeginFlush();
   m_thread.Join();
   if (isReading) m_upstream->EndFlush();
@@ -48,7 +48,7 @@ void Prefetcher::Forget() noexcept {
   m_isClaimed = false;
 }
 
-// Not while a read of something else takes its time: then who wants a piece is sooner done with it himself.
+// False while a read that nobody wants any more is still running: the caller reads the piece sooner by itself.
 bool Prefetcher::IsComing(LONGLONG position) const noexcept {
   return m_isOn && !m_isStale && m_first == position && m_first < m_end && !IsFirstThere();
 }
@@ -86,7 +86,7 @@ void Prefetcher::SetFlushing(bool on) noexcept {
   const CAutoLock hold(m_lock);
   m_flushing = on;
   if (!on) return;
-  Forget();  // whoever flushes mostly goes on elsewhere, and what blocked may block again
+  Forget();  // after a flush the caller mostly goes on elsewhere, and what blocked may block again
   m_changed.WakeAll();
 }
 
@@ -112,7 +112,7 @@ void Prefetcher::Keep(Piece piece) noexcept {
   if (m_count > 1 && end->position < (end - 1)->position) std::swap(*end, *(end - 1));
 }
 
-// With the lock, given up meanwhile.
+// Called with the lock held, which is given up during the read.
 void Prefetcher::ReadOne() {
   Piece piece = Next();
   m_isReading = true;

@@ -43,7 +43,6 @@ HRESULT ReadAheadReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
 }
 
 HRESULT ReadAheadReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
-  ++m_reads;
   const bool sensible = llPosition >= 0 && lLength >= 0 && llPosition <= kLastPosition - lLength && pBuffer != nullptr;
   if (!sensible) return ReadBelow(llPosition, lLength, pBuffer);
   if (m_flushing.load(std::memory_order_acquire)) return VFW_E_WRONG_STATE;
@@ -55,7 +54,6 @@ HRESULT ReadAheadReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuff
 
 HRESULT ReadAheadReader::ReadBelow(LONGLONG position, LONG length, BYTE* buffer) {
   if (m_flushing.load(std::memory_order_acquire)) return VFW_E_WRONG_STATE;
-  ++m_upstreamReads;
   if (m_beforeRead) m_beforeRead();
   return m_upstream->SyncRead(position, length, buffer);
 }
@@ -90,7 +88,7 @@ HRESULT ReadAheadReader::ReadMissing(LONGLONG position, LONG length, BYTE* buffe
   return result;
 }
 
-// Who reads much in one go and then goes on from there will want more of it.
+// A caller that has made a large read and goes on behind it will want more.
 void ReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
   constexpr LONG kGrowth = 4;
   const LONG wanted = std::min(std::max(m_windowSize, m_lastLength), kLargestWindow / kGrowth) * kGrowth;
@@ -99,14 +97,15 @@ void ReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
   if (!goesOn) m_sourceIsSlow = false;
 }
 
-// Whoever looks at one small thing after the other passes over what is between them.
+// A caller that looks at many small things passes over what lies between them.
 bool ReadAheadReader::SkipsLittle(LONGLONG position) const noexcept {
   const LONGLONG skipped = position - (m_windowStart + m_windowBytes);
   return m_windowBytes != 0 && skipped >= 0 && skipped <= std::min(m_windowSize, kLargestSkip);
 }
 
-// Keeps the end of what `position` follows on, and reads what lies between: whoever looks a few bytes ahead comes back
-// to them. False: nothing is known of these bytes, so the reader below has to answer for them.
+// Reads on from the end of the window, also over a small gap in front of `position`, and keeps the window's last bytes:
+// a caller that looked a few bytes ahead comes back to them. False: the bytes could not be read ahead, so the reader
+// below has to answer for them.
 bool ReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
   if (!SkipsLittle(position)) return Advance(position, 0, atLeast);
   const LONG tail = std::min(m_windowBytes, kSmallestWindow);
@@ -114,8 +113,8 @@ bool ReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
   return Advance(end - tail, tail, static_cast<LONG>(position - end) + atLeast);
 }
 
-// The window then begins with the `tail` bytes at `from`, which it has, and more follow. False when those cannot be
-// had.
+// Afterwards the window begins with the `tail` bytes at `from`, which it has already, and at least `atLeast` more
+// follow. False when those could not be read.
 bool ReadAheadReader::Advance(LONGLONG from, LONG tail, LONG atLeast) {
   if (TakePrefetched(from, tail)) return m_windowBytes - tail >= atLeast;
   const LONG bytes = BytesToAsk(from + tail, BytesAhead(from + tail, atLeast));
@@ -124,12 +123,13 @@ bool ReadAheadReader::Advance(LONGLONG from, LONG tail, LONG atLeast) {
   return true;
 }
 
-// Where reading ahead failed, no more is asked for than is needed: a failing read may take its time.
+// Where reading ahead failed, no more is asked for than is needed: a failing read may be slow.
 LONG ReadAheadReader::BytesAhead(LONGLONG position, LONG atLeast) const noexcept {
   return IsBroken(position) ? atLeast : std::max(m_windowSize, atLeast);
 }
 
-// Behind what is there. A short read does not tell how much came, and the stream may have more of it next time.
+// Reads behind the bytes that are there. A short read counts as a failed one: it does not tell how much came, and there
+// may be more next time.
 bool ReadAheadReader::ReadIntoWindow(LONG bytes) {
   const LONGLONG position = m_windowStart + m_windowBytes;
   if (ReadBelow(position, bytes, Window() + m_windowBytes) != S_OK) {
@@ -166,9 +166,9 @@ bool ReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
   return true;
 }
 
-// Instead of waiting for the piece at `position`, where that can be done meanwhile.
+// While the piece at `position` is being read by the prefetcher, reads the next one here instead of waiting.
 void ReadAheadReader::ReadAnother(LONGLONG position) {
-  constexpr ULONGLONG kSlow = 100;  // ms: longer than that nobody is to wait for what he does not want yet
+  constexpr ULONGLONG kSlow = 100;  // ms: a slower source would hold the caller up for bytes that it does not need yet
   Prefetcher::Piece piece;
   const bool mayRead = m_sourceReads == SourceReads::kSeveralAtATime && !m_sourceIsSlow;
   if (!mayRead || !m_prefetcher.Claim(position, piece)) {
@@ -183,13 +183,13 @@ void ReadAheadReader::ReadAnother(LONGLONG position) {
   m_prefetcher.Give(std::move(piece), result == S_OK);
 }
 
-// Only for whoever has read on for a while.
+// Only once the window has grown to its full size, that is after much sequential reading.
 void ReadAheadReader::PrefetchOn() {
   if (m_windowSize != kLargestWindow || IsBroken(m_next)) return;
   if (BytesToAsk(m_next, kLargestWindow) > 0) m_prefetcher.Follow(m_next, m_knownEnd);
 }
 
-// The window then begins with the `tail` bytes at `from`, which it has, and has `room` for more.
+// Afterwards the window begins with the `tail` bytes at `from`, which it has already, and has `room` for more.
 bool ReadAheadReader::MoveToFront(LONGLONG from, LONG tail, LONG room) {
   const BYTE* kept = Window() + (tail == 0 ? 0 : from - m_windowStart);
   ++m_windowNumber;
@@ -229,7 +229,7 @@ std::span<const BYTE> ReadAheadReader::Borrow(LONGLONG position, LONG atLeast, L
       .subspan(static_cast<std::size_t>(position - m_windowStart));
 }
 
-// Reading ahead stops where the reader has no more yet: behind it lies the end of the stream, or a wait.
+// No more than the reader says is available: behind that a read would meet the end of the stream, or wait.
 LONG ReadAheadReader::BytesToAsk(LONGLONG position, LONG wanted) {
   if (wanted > m_knownEnd - position) {
     LONGLONG total = 0;
@@ -240,7 +240,7 @@ LONG ReadAheadReader::BytesToAsk(LONGLONG position, LONG wanted) {
 }
 
 HRESULT ReadAheadReader::BeginFlush() {
-  // First, so that a read which the flush ends is not followed by another that it does not know of.
+  // First, so that no new read begins after the one that the flush ends.
   m_flushing.store(true, std::memory_order_release);
   m_prefetcher.SetFlushing(true);
   return m_upstream->BeginFlush();

@@ -1,5 +1,5 @@
-// An IAsyncReader over one that takes one read at a time, for readers on several threads. Made by the read-ahead
-// reader, which shares it with its prefetcher. Any thread.
+// Lets several threads read from an IAsyncReader that takes one read at a time. Made by the read-ahead reader, which
+// shares it with its prefetcher. Any thread.
 #pragma once
 
 #include "framework/com_ptr.h"
@@ -21,8 +21,8 @@ class SerialReader : public UnknownImpl<IAsyncReader> {
 
   HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override;
   HRESULT STDMETHODCALLTYPE BeginFlush() override;
-  /// Waits a moment for the read that the flush ends: who looks for a flush now and then would miss a short one, and
-  /// the next read would wait behind that one.
+  /// Waits a moment for the read that the flush ends. A reader that only looks for a flush now and then would miss a
+  /// short one, and the next read would wait behind the old one.
   HRESULT STDMETHODCALLTYPE EndFlush() override;
   HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override {
     return m_upstream->Length(pTotal, pAvailable);

@@ -46,7 +46,7 @@ TEST_F(MediaTypes, AnOutputPinAcceptsItsOwnTypeAlone) {
       [](CMediaType& type) { type.bTemporalCompression = type.bTemporalCompression == FALSE ? TRUE : FALSE; },
       [](CMediaType& type) { type.lSampleSize += 1; },
       [](CMediaType& type) { type.pbFormat[type.cbFormat - 1] ^= 1U; },
-      [](CMediaType& type) { type.ReallocFormatBuffer(type.cbFormat - 1); },
+      [](CMediaType& type) { type.cbFormat -= 1; },
   };
   for (const ComPtr<IPin>& pin : Graph().OutputPins()) {
     const CMediaType own = TypeOf(pin.Get());

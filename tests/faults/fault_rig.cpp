@@ -100,7 +100,8 @@ FaultRig::NothingIsLeft::NothingIsLeft(const FaultMovie& movie)
 
 FaultRig::NothingIsLeft::~NothingIsLeft() {
   EXPECT_TRUE(BecomesTrue([this] { return Threads() == m_threads; })) << Threads() - m_threads << " threads left";
-  EXPECT_TRUE(BecomesTrue([] { return ModuleCanUnload(); })) << "objects left: " << ModuleObjectCount();
+  EXPECT_TRUE(BecomesTrue([] { return ModuleCanUnload(); }))
+      << "objects left: " << ReportLeftObjects([](const char*) {});
   static std::set<std::string> usedBefore;
   if (usedBefore.insert(m_file).second) return;
   EXPECT_TRUE(BecomesTrue([this] { return LivingBlocks() == m_blocks; }))

@@ -1,5 +1,7 @@
 #include "tests/playback/plain_format_filter.h"
 
+#include <cstring>
+
 #include "host/graph/tap_input_pin.h"
 #include "host/graph/tap_output_pin.h"
 
@@ -47,7 +49,7 @@ class OutputPin : public host::TapOutputPin {
     plain.AvgTimePerFrame = from->AvgTimePerFrame;
     plain.bmiHeader = from->bmiHeader;
     type->formattype = FORMAT_VideoInfo;
-    type->SetFormat(reinterpret_cast<const BYTE*>(&plain), sizeof plain);
+    std::memcpy(type->AllocFormatBuffer(sizeof plain), &plain, sizeof plain);
     return S_OK;
   }
 

@@ -124,6 +124,8 @@ class SinkPin : public CBaseInputPin {
   HRESULT STDMETHODCALLTYPE EndFlush() override;
   HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
 
+  /// Between a begin-flush and its end-flush.
+  bool IsFlushing() const noexcept { return m_bFlushing; }
   /// From now on no media type is good enough.
   void RefuseTypes() { m_refuseTypes = true; }
   /// From now on no allocator is.

@@ -95,7 +95,7 @@ HRESULT SourceFilter::Gate(int number) {
   if (number < m_blockFrom) return S_OK;
   m_blocked.Set();
   while (!m_unblocked.Wait(kPollInterval)) {
-    if (!m_ignoreFlush && m_flushing.Check()) return VFW_E_WRONG_STATE;
+    if (!m_ignoreFlush && m_flushing.Wait(0)) return VFW_E_WRONG_STATE;
   }
   return S_OK;
 }
@@ -157,8 +157,7 @@ HRESULT SourcePin::CheckMediaType(const CMediaType* type) {
 
 HRESULT SourcePin::GetMediaType(int position, CMediaType* type) {
   if (position != 0 || m_typeless) return VFW_S_NO_MORE_ITEMS;
-  type->InitMediaType();
-  type->SetType(&MEDIATYPE_Stream);
+  *type = CMediaType(MEDIATYPE_Stream);
   return S_OK;
 }
 

@@ -88,7 +88,7 @@ struct Thread::Native {
 
 namespace {
 
-// What the function owns goes before the apartment does, and both before anybody learns of the end.
+// Destroys what the function owns, then leaves the apartment, and only then reports the end.
 void RunInApartment(Thread::Function& function) noexcept {
   const ThreadApartment apartment;
   static_cast<void>(ComBoundary([&] {

@@ -76,8 +76,8 @@ struct ThreadStart {
   HMODULE module = nullptr;
 };
 
-// All objects of the thread are gone when this returns, and last of all its apartment: not with the thread itself,
-// which ends with the loader's lock held, and leaving the last apartment may unload modules.
+// All objects of the thread are gone when this returns, the apartment last. The apartment must not end with the thread
+// itself: a thread ends with the loader's lock held, and leaving the last apartment may unload modules.
 HMODULE RunFunction(void* argument) noexcept {
   const ThreadApartment apartment;
   const std::unique_ptr<ThreadStart> start(static_cast<ThreadStart*>(argument));
@@ -91,7 +91,7 @@ HMODULE RunFunction(void* argument) noexcept {
 
 DWORD WINAPI ThreadEntry(void* argument) noexcept {
   HMODULE module = RunFunction(argument);
-  // Gives up the module and ends the thread in one system call, since the code may be gone after it.
+  // Gives up the module and ends the thread in one system call: afterwards this code may be unloaded.
   if (module != nullptr) FreeLibraryAndExitThread(module, 0);
   return 0;
 }
