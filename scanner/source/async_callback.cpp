@@ -65,7 +65,7 @@ std::uint32_t CAsyncCallback::read(void* buffer, std::size_t size) {
   if (size > static_cast<std::size_t>(std::numeric_limits<LONG>::max())) throw MessageError(kReadFailed);
   if (size > m_length - m_position) std::memset(buffer, 0, size);
   if (!ReadWhole(buffer, static_cast<LONG>(size))) {
-    // A failed read does not say how many bytes came. So those that there are are read again, over zeros.
+    // A failed read does not say how many bytes came. So the bytes that exist are read again, over zeros.
     std::memset(buffer, 0, size);
     const LONG there = BytesThere(static_cast<LONG>(size));
     if (there != 0) ReadWhole(buffer, there);
