@@ -34,7 +34,7 @@ class TrackCollector final : public CMatroskaCallback {
 }  // namespace
 
 void Source::Open(IAsyncReader* upstream, SourceReads reads) {
-  m_reader = MakeCom<CReadAheadReader>(upstream, reads, [this] { m_pass.BeforeWait(); });
+  m_reader = MakeCom<ReadAheadReader>(upstream, reads, [this] { m_pass.BeforeWait(); });
   {
     const TrackCollector collector(m_scanner, m_tracks);
     m_scanner.CanProcess(m_reader.Get());

@@ -58,7 +58,7 @@ DWORD CAMThread::CallWorker(DWORD command) {
 
 void CAMThread::Close() { TakeThread().Join(); }
 
-CThread CAMThread::TakeThread() {
+Thread CAMThread::TakeThread() {
   const CAutoLock hold(m_channelLock);
   return std::move(m_thread);
 }
@@ -75,7 +75,7 @@ DWORD CAMThread::GetRequest() {
 }
 
 bool CAMThread::CheckRequest(DWORD* command) {
-  if (!m_pending) return false;  // asked with every block, so without the lock
+  if (!m_pending) return false;  // called for every block, so it must be cheap
   const CAutoLock hold(m_channelLock);
   if (m_pending && command != nullptr) *command = m_command;
   return m_pending;

@@ -34,7 +34,7 @@ class CAMThread {
   /// Waits for the thread to end; the derived class must have told it to.
   void Close();
   /// Takes the thread out, so that it can be joined without the access lock; ThreadExists is false then.
-  CThread TakeThread();
+  Thread TakeThread();
   bool ThreadExists() const;
 
   /// Held by controllers around a decision and the command that follows from it. Taken after the
@@ -58,8 +58,8 @@ class CAMThread {
   bool IsWorker() const;
 
   mutable CCritSec m_channelLock{"CAMThread channel", LockRank::kLeaf};
-  CConditionVariable m_changed;  // a request, a reply, or the end of the thread
-  CThread m_thread;              // under m_channelLock
+  ConditionVariable m_changed;  // a request, a reply, or the end of the thread
+  Thread m_thread;              // under m_channelLock
   DWORD m_command = 0;
   DWORD m_reply = 0;
   std::atomic<bool> m_pending{false};  // written under m_channelLock

@@ -11,7 +11,7 @@
 namespace tarvex {
 
 CBaseFilter::CBaseFilter(const char* objectName, IUnknown* outer, CCritSec* lock, const CLSID& clsid)
-    : CUnknownImpl(objectName, outer), m_pLock(lock), m_clsid(clsid) {}
+    : UnknownImpl(objectName, outer), m_pLock(lock), m_clsid(clsid) {}
 
 CBaseFilter::~CBaseFilter() = default;
 
@@ -72,7 +72,6 @@ HRESULT STDMETHODCALLTYPE CBaseFilter::Pause() {
 HRESULT STDMETHODCALLTYPE CBaseFilter::Run(REFERENCE_TIME tStart) {
   return ComBoundary([&] {
     const CAutoLock hold(m_pLock);
-    m_tStart = tStart;
     if (m_State == State_Stopped) {
       // Through the interface, so that a derived class's Pause has its part.
       const HRESULT hr = Pause();
@@ -175,20 +174,6 @@ HRESULT STDMETHODCALLTYPE CBaseFilter::Register() {
 HRESULT STDMETHODCALLTYPE CBaseFilter::Unregister() {
   const FilterSetup* setup = GetSetupData();
   return setup == nullptr ? S_FALSE : RegisterFilterSetup(*setup, false);
-}
-
-HRESULT CBaseFilter::StreamTime(REFERENCE_TIME& time) {
-  ComPtr<IReferenceClock> clock;
-  REFERENCE_TIME start = 0;
-  {
-    const CAutoLock hold(m_pLock);
-    clock = m_pClock;
-    start = m_tStart;
-  }
-  if (!clock) return VFW_E_NO_CLOCK;
-  const HRESULT hr = clock->GetTime(&time);
-  if (SUCCEEDED(hr)) time -= start;
-  return hr;
 }
 
 HRESULT CBaseFilter::NotifyEvent(LONG code, LONG_PTR parameter1, LONG_PTR parameter2) {

@@ -14,7 +14,7 @@ namespace tarvex {
 
 class CBasePin;
 
-class CBaseFilter : public CUnknownImpl<IBaseFilter, IAMovieSetup> {
+class CBaseFilter : public UnknownImpl<IBaseFilter, IAMovieSetup> {
  public:
   /// `lock` guards the filter's state and its pins' connections; it belongs to the derived class and
   /// must outlive this object. `outer` is the aggregating object, or null.
@@ -64,9 +64,6 @@ class CBaseFilter : public CUnknownImpl<IBaseFilter, IAMovieSetup> {
   bool IsStopped() const noexcept { return m_State == State_Stopped; }
   CCritSec* FilterLock() const noexcept { return m_pLock; }
 
-  /// Time since Run, 100 ns units. VFW_E_NO_CLOCK.
-  HRESULT StreamTime(REFERENCE_TIME& time);
-
   /// Passes an event to the graph; E_NOTIMPL when there is none. Any thread; takes no lock that is held
   /// while a thread is waited for. For EC_COMPLETE the second parameter is set to this filter.
   HRESULT NotifyEvent(LONG code, LONG_PTR parameter1, LONG_PTR parameter2);
@@ -77,7 +74,6 @@ class CBaseFilter : public CUnknownImpl<IBaseFilter, IAMovieSetup> {
  protected:
   CCritSec* const m_pLock;
   std::atomic<FILTER_STATE> m_State{State_Stopped};  // written under the lock
-  REFERENCE_TIME m_tStart = 0;                       // what Run was given
   ComPtr<IReferenceClock> m_pClock;                  // under the lock
 
  private:

@@ -18,7 +18,7 @@ class CBaseInputPin : public CBasePin, public IMemInputPin {
   ULONG STDMETHODCALLTYPE Release() override;
 
   // IMemInputPin
-  /// The allocator of the connection; makes a standard one when there is none yet.
+  /// The allocator of the connection. Makes a standard one when there is none yet.
   HRESULT STDMETHODCALLTYPE GetAllocator(IMemAllocator** ppAllocator) override;
   HRESULT STDMETHODCALLTYPE NotifyAllocator(IMemAllocator* pAllocator, BOOL bReadOnly) override;
   HRESULT STDMETHODCALLTYPE GetAllocatorRequirements(ALLOCATOR_PROPERTIES* pProps) override;
@@ -35,7 +35,6 @@ class CBaseInputPin : public CBasePin, public IMemInputPin {
   HRESULT BreakConnect() override;
   HRESULT Inactive() override;
 
-  bool IsFlushing() const noexcept { return m_bFlushing; }
   bool IsReadOnly() const noexcept { return m_bReadOnly; }
 
  protected:

@@ -20,7 +20,7 @@ bool SaysLittle(HRESULT hr) { return hr == E_FAIL || hr == E_INVALIDARG || hr ==
 
 CBasePin::CBasePin(const char* objectName, CBaseFilter* filter, CCritSec* lock, const OLECHAR* name,
                    PIN_DIRECTION direction)
-    : CUnknownImpl(objectName, nullptr), m_pLock(lock), m_dir(direction), m_name(name), m_pFilter(filter) {}
+    : UnknownImpl(objectName, nullptr), m_pLock(lock), m_dir(direction), m_name(name), m_pFilter(filter) {}
 
 CBasePin::~CBasePin() = default;
 
@@ -35,7 +35,7 @@ HRESULT STDMETHODCALLTYPE CBasePin::Connect(IPin* pReceivePin, const AM_MEDIA_TY
   const PinScope scope(*this);
   if (!scope) return VFW_E_NOT_CONNECTED;
   if (IsConnected()) return VFW_E_ALREADY_CONNECTED;
-  if (!IsStopped() && !m_bCanReconnectWhenActive) return VFW_E_NOT_STOPPED;
+  if (!IsStopped()) return VFW_E_NOT_STOPPED;
   return ComBoundary([&] {
     std::optional<CMediaType> type;
     if (pmt != nullptr) type.emplace(*pmt);
@@ -46,7 +46,7 @@ HRESULT STDMETHODCALLTYPE CBasePin::Connect(IPin* pReceivePin, const AM_MEDIA_TY
 HRESULT CBasePin::AgreeMediaType(IPin* receiver, const CMediaType* type) {
   if (type != nullptr && !type->IsPartiallySpecified()) return AttemptConnection(receiver, type);
   HRESULT failure = VFW_E_NO_ACCEPTABLE_TYPES;
-  for (const bool mine : {m_bTryMyTypesFirst, !m_bTryMyTypesFirst}) {
+  for (const bool mine : {false, true}) {
     ComPtr<IEnumMediaTypes> types;
     if (FAILED(mine ? EnumMediaTypes(types.Put()) : receiver->EnumMediaTypes(types.Put()))) continue;
     const HRESULT hr = TryMediaTypes(receiver, type, types.Get());
@@ -100,7 +100,7 @@ HRESULT STDMETHODCALLTYPE CBasePin::ReceiveConnection(IPin* pConnector, const AM
   const PinScope scope(*this);
   if (!scope) return VFW_E_NOT_CONNECTED;
   if (IsConnected()) return VFW_E_ALREADY_CONNECTED;
-  if (!IsStopped() && !m_bCanReconnectWhenActive) return VFW_E_NOT_STOPPED;
+  if (!IsStopped()) return VFW_E_NOT_STOPPED;
   HRESULT hr = CheckConnect(pConnector);
   if (SUCCEEDED(hr)) hr = ComBoundary([&] { return ReceiveAs(pConnector, CMediaType(*pmt)); });
   if (SUCCEEDED(hr)) return S_OK;
@@ -225,20 +225,15 @@ HRESULT STDMETHODCALLTYPE CBasePin::QueryInternalConnections(IPin** /*apPin*/, U
 
 HRESULT STDMETHODCALLTYPE CBasePin::EndOfStream() { return S_OK; }
 
-HRESULT STDMETHODCALLTYPE CBasePin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
-  m_tStart = tStart;
-  m_tStop = tStop;
-  m_dRate = dRate;
+HRESULT STDMETHODCALLTYPE CBasePin::NewSegment(REFERENCE_TIME /*tStart*/, REFERENCE_TIME /*tStop*/, double /*dRate*/) {
   return S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE CBasePin::Notify(IBaseFilter* /*pSelf*/, Quality /*q*/) { return E_NOTIMPL; }
 
-HRESULT STDMETHODCALLTYPE CBasePin::SetSink(IQualityControl* piqc) {
+HRESULT STDMETHODCALLTYPE CBasePin::SetSink(IQualityControl* /*piqc*/) {
   const PinScope scope(*this);
-  if (!scope) return VFW_E_NOT_CONNECTED;
-  m_pQSink = piqc;
-  return S_OK;
+  return scope ? S_OK : VFW_E_NOT_CONNECTED;
 }
 
 }  // namespace tarvex

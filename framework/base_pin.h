@@ -24,7 +24,7 @@ class CEnumMediaTypes;
 ///   VFW_E_NOT_IN_GRAPH) and touches neither filter nor lock.
 /// A method that needs the filter asks for it with HoldFilter, or runs inside a PinScope, which also
 /// takes the filter's lock. Both keep the filter alive for their own life.
-class CBasePin : public CUnknownImpl<IPin, IQualityControl> {
+class CBasePin : public UnknownImpl<IPin, IQualityControl> {
  public:
   /// `filter` and `lock` (the filter's) are not counted; `name` is also the pin's identifier.
   CBasePin(const char* objectName, CBaseFilter* filter, CCritSec* lock, const OLECHAR* name, PIN_DIRECTION direction);
@@ -84,9 +84,6 @@ class CBasePin : public CUnknownImpl<IPin, IQualityControl> {
   const WideString& Name() const noexcept { return m_name; }
   PIN_DIRECTION Direction() const noexcept { return m_dir; }
   const CMediaType& CurrentMediaType() const noexcept { return m_mt; }
-  REFERENCE_TIME CurrentStartTime() const noexcept { return m_tStart; }
-  REFERENCE_TIME CurrentStopTime() const noexcept { return m_tStop; }
-  double CurrentRate() const noexcept { return m_dRate; }
 
   /// The filter with a reference held, or null for a pin that has left it. Any thread.
   ComPtr<CBaseFilter> HoldFilter();
@@ -130,9 +127,6 @@ class CBasePin : public CUnknownImpl<IPin, IQualityControl> {
 
   CCritSec* const m_pLock;  // the filter's; not to be touched after leaving
   CMediaType m_mt;          // of the connection; written with the filter's lock held, by SetMediaType
-  bool m_bTryMyTypesFirst = false;
-  bool m_bCanReconnectWhenActive = false;
-  IQualityControl* m_pQSink = nullptr;  // not counted, as the contract says
 
  private:
   HRESULT ConnectAs(IPin* receiver, const CMediaType& type);
@@ -141,9 +135,6 @@ class CBasePin : public CUnknownImpl<IPin, IQualityControl> {
   const PIN_DIRECTION m_dir;
   const WideString m_name;
   std::atomic<LONG> m_typeVersion{1};
-  REFERENCE_TIME m_tStart = 0;
-  REFERENCE_TIME m_tStop = 0x7FFFFFFFFFFFFFFF;
-  double m_dRate = 1.0;
 
   // Taken for a moment around every change of the connection, so that a query about it needs no
   // filter lock: a streaming thread may ask while a state change holds that one. Not the same as the

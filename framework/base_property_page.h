@@ -10,7 +10,7 @@ namespace tarvex {
 
 /// A frame calls SetPageSite, SetObjects and Activate, in this order; what is called out of turn gets
 /// E_UNEXPECTED. Derived classes override what the On... operations say, which may throw.
-class CBasePropertyPage : public CUnknownImpl<IPropertyPage> {
+class CBasePropertyPage : public UnknownImpl<IPropertyPage> {
  public:
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 
@@ -36,7 +36,7 @@ class CBasePropertyPage : public CUnknownImpl<IPropertyPage> {
   HRESULT STDMETHODCALLTYPE TranslateAccelerator(MSG* pMsg) override;
 
  protected:
-  /// The numbers of resources of this module.
+  /// `dialogId` and `titleId` are numbers of resources of this module.
   CBasePropertyPage(const char* name, IUnknown* outer, int dialogId, int titleId);
   ~CBasePropertyPage() override;
 
@@ -50,8 +50,8 @@ class CBasePropertyPage : public CUnknownImpl<IPropertyPage> {
   virtual HRESULT OnDeactivate();
   /// Write what the user changed to the object.
   virtual HRESULT OnApplyChanges();
-  /// The dialog is on a monitor of another density now, and its controls and fonts have their new sizes: make
-  /// anew what else is measured in pixels.
+  /// The dialog is on a monitor of another density now; its controls and fonts have their new sizes. Measure again what
+  /// else is in pixels.
   virtual void OnDensityChange();
   /// A message to the dialog, after its creation. The answer is a dialog procedure's: FALSE when the
   /// message was not handled, which is all that the base itself says.

@@ -1,4 +1,4 @@
-// The owner of one BSTR. A value: copies have their own string.
+// The owner of one BSTR. A value: copies have their own string. One thread at a time.
 #pragma once
 
 #include <string_view>

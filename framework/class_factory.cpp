@@ -8,7 +8,7 @@
 
 namespace tarvex {
 
-CClassFactory::CClassFactory(const FactoryTemplate& entry) : CUnknownImpl("CClassFactory", nullptr), m_entry(entry) {}
+CClassFactory::CClassFactory(const FactoryTemplate& entry) : UnknownImpl("CClassFactory", nullptr), m_entry(entry) {}
 
 HRESULT STDMETHODCALLTYPE CClassFactory::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IClassFactory) return GiveInterface(static_cast<IClassFactory*>(this), out);

@@ -12,13 +12,13 @@ namespace tarvex {
 struct FactoryTemplate {
   const OLECHAR* name = nullptr;
   const CLSID* clsid = nullptr;
-  /// Makes the object, without references. May throw. A failing `*result` makes the factory drop the
+  /// Makes the object, without references. May throw. If it stores a failure in `*result`, the factory deletes the
   /// object again.
   CUnknown* (*create)(IUnknown* outer, HRESULT* result) = nullptr;
   const FilterSetup* setup = nullptr;  ///< null for what is no filter
 };
 
-class CClassFactory : public CUnknownImpl<IClassFactory> {
+class CClassFactory : public UnknownImpl<IClassFactory> {
  public:
   explicit CClassFactory(const FactoryTemplate& entry);
 

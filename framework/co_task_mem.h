@@ -1,4 +1,5 @@
-// The owner of a block from the task allocator, the memory that crosses module borders.
+// The owner of a block from the task allocator, the memory that crosses module borders. A value that can be moved; one
+// thread at a time.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// What compilers say in different words. Attributes and hints only: without them the same code runs.
+// Attributes and hints that each compiler spells in its own way. Without them the same code runs. Any thread.
 #pragma once
 
 #if !defined(__GNUC__) && (defined(_M_X64) || defined(_M_IX86))
@@ -14,7 +14,7 @@
 
 namespace tarvex {
 
-/// Has the processor fetch what will soon be written. Any address will do.
+/// Has the processor fetch memory that will soon be written. Any address is allowed.
 inline void FetchAhead(const void* address) noexcept {
 #if defined(__GNUC__)
   __builtin_prefetch(address, 1);

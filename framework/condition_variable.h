@@ -8,12 +8,12 @@
 
 namespace tarvex {
 
-class CConditionVariable {
+class ConditionVariable {
  public:
-  CConditionVariable();
-  ~CConditionVariable();
-  CConditionVariable(const CConditionVariable&) = delete;
-  CConditionVariable& operator=(const CConditionVariable&) = delete;
+  ConditionVariable();
+  ~ConditionVariable();
+  ConditionVariable(const ConditionVariable&) = delete;
+  ConditionVariable& operator=(const ConditionVariable&) = delete;
 
   /// Gives `lock` up while waiting and holds it again on return. The calling thread must hold the lock
   /// exactly once. True when woken (perhaps for no reason), false when `milliseconds` have passed.
@@ -39,7 +39,7 @@ class CConditionVariable {
 ULONGLONG MonotonicMilliseconds() noexcept;
 
 template <class Predicate>
-bool CConditionVariable::WaitUntil(CCritSec& lock, DWORD milliseconds, Predicate ready) {
+bool ConditionVariable::WaitUntil(CCritSec& lock, DWORD milliseconds, Predicate ready) {
   if (milliseconds == INFINITE) {
     while (!ready()) Wait(lock);
     return true;

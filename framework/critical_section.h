@@ -9,7 +9,7 @@
 
 namespace tarvex {
 
-class CConditionVariable;
+class ConditionVariable;
 
 /// A recursive lock. In builds with TARVEX_DEBUG_CHECKS taking locks out of order ends the process with
 /// the two names on stderr.
@@ -26,7 +26,7 @@ class CCritSec {
   const LockLabel& Label() const noexcept { return m_label; }
 
  private:
-  friend class CConditionVariable;
+  friend class ConditionVariable;
   struct Native;
 
   // Room for the system's lock in place: a lock must not cost a heap allocation per object.

@@ -11,7 +11,7 @@ namespace tarvex {
 CEnumMediaTypes::CEnumMediaTypes(CBasePin* pin) : CEnumMediaTypes(pin, pin->GetMediaTypeVersion(), 0) {}
 
 CEnumMediaTypes::CEnumMediaTypes(CBasePin* pin, LONG version, int position)
-    : CUnknownImpl("CEnumMediaTypes", nullptr), m_pin(pin), m_version(version), m_position(position) {}
+    : UnknownImpl("CEnumMediaTypes", nullptr), m_pin(pin), m_version(version), m_position(position) {}
 
 CEnumMediaTypes::~CEnumMediaTypes() = default;
 

@@ -12,7 +12,7 @@ class CBasePin;
 /// Holds a reference on the pin and asks it for one type after another. When the pin's type version
 /// has changed since creation or Reset, Next, Skip and Clone answer VFW_E_ENUM_OUT_OF_SYNC; so they do
 /// for a pin that has left its filter.
-class CEnumMediaTypes : public CUnknownImpl<IEnumMediaTypes> {
+class CEnumMediaTypes : public UnknownImpl<IEnumMediaTypes> {
  public:
   explicit CEnumMediaTypes(CBasePin* pin);
   ~CEnumMediaTypes() override;

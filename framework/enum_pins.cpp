@@ -9,7 +9,7 @@ namespace tarvex {
 CEnumPins::CEnumPins(CBaseFilter* filter) : CEnumPins(filter, filter->GetPinVersion(), 0) {}
 
 CEnumPins::CEnumPins(CBaseFilter* filter, LONG version, int position)
-    : CUnknownImpl("CEnumPins", nullptr), m_filter(filter), m_version(version), m_position(position) {}
+    : UnknownImpl("CEnumPins", nullptr), m_filter(filter), m_version(version), m_position(position) {}
 
 HRESULT STDMETHODCALLTYPE CEnumPins::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IEnumPins) return GiveInterface(static_cast<IEnumPins*>(this), out);

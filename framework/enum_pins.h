@@ -11,7 +11,7 @@ namespace tarvex {
 /// Holds a reference on the filter. Entries that the filter leaves null are passed over and count for
 /// nothing. When the filter's pins have changed since creation or Reset, Next, Skip and Clone answer
 /// VFW_E_ENUM_OUT_OF_SYNC.
-class CEnumPins : public CUnknownImpl<IEnumPins> {
+class CEnumPins : public UnknownImpl<IEnumPins> {
  public:
   explicit CEnumPins(CBaseFilter* filter);
 

@@ -3,7 +3,7 @@
 
 namespace tarvex {
 
-void CEvent::Set() noexcept {
+void Event::Set() noexcept {
   const CAutoLock hold(m_lock);
   m_set = true;
   if (m_waiters == 0) return;
@@ -14,12 +14,12 @@ void CEvent::Set() noexcept {
   }
 }
 
-void CEvent::Clear() noexcept {
+void Event::Clear() noexcept {
   const CAutoLock hold(m_lock);
   m_set = false;
 }
 
-bool CEvent::Wait(DWORD milliseconds) noexcept {
+bool Event::Wait(DWORD milliseconds) noexcept {
   const CAutoLock hold(m_lock);
   ++m_waiters;
   const bool set = m_changed.WaitUntil(m_lock, milliseconds, [this] { return m_set; });

@@ -6,22 +6,21 @@
 
 namespace tarvex {
 
-class CEvent {
+class Event {
  public:
   enum class Mode { kAuto, kManual };
 
-  explicit CEvent(Mode mode = Mode::kAuto) : m_manual(mode == Mode::kManual) {}
+  explicit Event(Mode mode = Mode::kAuto) : m_manual(mode == Mode::kManual) {}
 
   void Set() noexcept;
   void Clear() noexcept;
 
   /// True when the event was or became set in time; an automatic event is taken by that.
   bool Wait(DWORD milliseconds = INFINITE) noexcept;
-  bool Check() noexcept { return Wait(0); }
 
  private:
-  CCritSec m_lock{"CEvent", LockRank::kEvent};
-  CConditionVariable m_changed;
+  CCritSec m_lock{"Event", LockRank::kEvent};
+  ConditionVariable m_changed;
   const bool m_manual;
   bool m_set = false;      // under m_lock
   unsigned m_waiters = 0;  // under m_lock; nobody is woken when nobody sleeps

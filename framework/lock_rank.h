@@ -4,8 +4,8 @@
 
 namespace tarvex {
 
-/// Places in the order, first to last. A thread takes a lock only while all that it holds stand before it; of
-/// one rank it holds one lock at a time. A lock that it holds already it may take again at any time.
+/// Places in the order, first to last. A thread takes a lock only while all locks that it holds have earlier ranks, and
+/// holds one lock of a rank at a time. A lock that it holds already it may take again at any time.
 enum class LockRank : int {
   // Held while graph and filters are called, so before every lock of theirs.
   kController = 0,    ///< who commands a graph: tests, benchmarks
@@ -19,9 +19,9 @@ enum class LockRank : int {
   kWorkerControl = 13,  ///< a decision about the worker and the command that follows from it
   kDownstreamFilter = 14,
   kLastFilter = 15,
-  kVisited = 16,  ///< of what we call into, and which calls nothing: a sink's record, a graph's events
+  kVisited = 16,  ///< of what we call and what calls nothing itself: a sink's record, a graph's events
 
-  // From here on the holder neither waits, but for the lock's own condition, nor calls another filter.
+  // From here on the holder calls no other filter and waits for nothing but the lock's own condition.
   kPinStream = 20,   ///< a pin's queue and sample buffer, and the state of its stream
   kConnection = 21,  ///< a pin's peer, whose references are counted under it
   kLeaf = 22,        ///< whatever is touched for a moment: queue, allocator, channel, positions, gate

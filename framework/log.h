@@ -9,8 +9,8 @@ namespace tarvex {
 /// Receives one finished text, without a newline. Called on the thread that logs, one call at a time.
 using LogSink = void (*)(void* context, const char* text);
 
-/// Directs all texts to `sink`, or nowhere when it is null. When this returns, the former sink is
-/// not being called and will not be called again. Not to be called from inside a sink.
+/// Directs all texts to `sink`, or nowhere when it is null. When this returns, the former sink is no longer called. Not
+/// to be called from inside a sink.
 void SetLogSink(LogSink sink, void* context) noexcept;
 
 /// Logs a fixed text.

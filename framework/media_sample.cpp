@@ -63,7 +63,7 @@ HRESULT STDMETHODCALLTYPE CMediaSample::QueryInterface(REFIID iid, void** out) {
 ULONG STDMETHODCALLTYPE CMediaSample::AddRef() { return ++m_references; }
 
 ULONG STDMETHODCALLTYPE CMediaSample::Release() {
-  // Who has the only reference need not agree with anybody.
+  // The holder of the only reference need not synchronise with anybody.
   const bool isOnly = m_references.load(std::memory_order_acquire) == 1;
   if (isOnly) m_references.store(0, std::memory_order_relaxed);
   const ULONG left = isOnly ? 0 : --m_references;

@@ -15,13 +15,13 @@ namespace tarvex {
 /// or delete, and after that the reference on the allocator is given up.
 class alignas(64) CMediaSample : public IMediaSample2 {
  public:
-  /// `allocator` is not counted until Lend. The memory belongs to the allocator.
+  /// `allocator` is not counted until Lend. `buffer`, of `length` bytes, belongs to the allocator.
   CMediaSample(IMemAllocator* allocator, BYTE* buffer, LONG length) noexcept;
   virtual ~CMediaSample() = default;
   CMediaSample(const CMediaSample&) = delete;
   CMediaSample& operator=(const CMediaSample&) = delete;
 
-  /// Allocator only, while nobody borrows the sample: a new region.
+  /// Allocator only, while nobody borrows the sample: gives it another region of memory.
   void SetBuffer(BYTE* buffer, LONG length) noexcept;
 
   /// Allocator only: hands the sample out with one reference, which the caller owns.

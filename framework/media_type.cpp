@@ -67,33 +67,9 @@ bool CMediaType::operator==(const CMediaType& other) const noexcept {
   return *this == static_cast<const AM_MEDIA_TYPE&>(other);
 }
 
-void CMediaType::SetSampleSize(ULONG size) noexcept {
-  bFixedSizeSamples = size != 0 ? TRUE : FALSE;
-  if (size != 0) lSampleSize = size;
-}
-
-void CMediaType::SetFormat(const BYTE* bytes, ULONG length) {
-  BYTE* block = AllocateBlock(length);
-  if (length != 0) std::memcpy(block, bytes, length);
-  ResetFormatBuffer();
-  pbFormat = block;
-  cbFormat = length;
-}
-
 BYTE* CMediaType::AllocFormatBuffer(ULONG length) {
   BYTE* block = AllocateBlock(length);
   if (length != 0) std::memset(block, 0, length);
-  ResetFormatBuffer();
-  pbFormat = block;
-  cbFormat = length;
-  return block;
-}
-
-BYTE* CMediaType::ReallocFormatBuffer(ULONG length) {
-  BYTE* block = AllocateBlock(length);
-  const ULONG kept = std::min(length, cbFormat);
-  if (kept != 0) std::memcpy(block, pbFormat, kept);
-  if (length > kept) std::memset(block + kept, 0, length - kept);
   ResetFormatBuffer();
   pbFormat = block;
   cbFormat = length;
@@ -104,8 +80,6 @@ void CMediaType::ResetFormatBuffer() noexcept {
   CoTaskMemFree(std::exchange(pbFormat, nullptr));
   cbFormat = 0;
 }
-
-void CMediaType::InitMediaType() noexcept { *this = CMediaType(); }
 
 bool CMediaType::IsPartiallySpecified() const noexcept { return majortype == GUID_NULL || formattype == GUID_NULL; }
 

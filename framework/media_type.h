@@ -28,20 +28,7 @@ class CMediaType : public AM_MEDIA_TYPE {
   bool operator==(const AM_MEDIA_TYPE& other) const noexcept;
   bool operator==(const CMediaType& other) const noexcept;
 
-  const GUID* Type() const noexcept { return &majortype; }
-  void SetType(const GUID* type) noexcept { majortype = *type; }
-  const GUID* Subtype() const noexcept { return &subtype; }
   void SetSubtype(const GUID* type) noexcept { subtype = *type; }
-  const GUID* FormatType() const noexcept { return &formattype; }
-  void SetFormatType(const GUID* type) noexcept { formattype = *type; }
-
-  bool IsFixedSize() const noexcept { return bFixedSizeSamples != FALSE; }
-  bool IsTemporalCompressed() const noexcept { return bTemporalCompression != FALSE; }
-  ULONG GetSampleSize() const noexcept { return IsFixedSize() ? lSampleSize : 0; }
-  /// 0 means samples of varying size.
-  void SetSampleSize(ULONG size) noexcept;
-  void SetVariableSize() noexcept { bFixedSizeSamples = FALSE; }
-  void SetTemporalCompression(BOOL compressed) noexcept { bTemporalCompression = compressed; }
 
   BYTE* Format() const noexcept { return pbFormat; }
   ULONG FormatLength() const noexcept { return cbFormat; }
@@ -52,18 +39,10 @@ class CMediaType : public AM_MEDIA_TYPE {
     return cbFormat < sizeof(T) ? nullptr : reinterpret_cast<T*>(pbFormat);
   }
 
-  /// Replaces the block by a copy of these bytes.
-  void SetFormat(const BYTE* bytes, ULONG length);
   /// Replaces the block by a new one of zeros and gives it.
   BYTE* AllocFormatBuffer(ULONG length);
-  /// Keeps the first bytes of the present block and zeros what is new.
-  BYTE* ReallocFormatBuffer(ULONG length);
   void ResetFormatBuffer() noexcept;
 
-  /// Back to a new object's state.
-  void InitMediaType() noexcept;
-
-  bool IsValid() const noexcept { return majortype != GUID_NULL; }
   /// Some of major type, subtype and format type is left open.
   bool IsPartiallySpecified() const noexcept;
   /// `partial` leaves open or equals each of: major type, subtype, format (type and bytes).

@@ -20,7 +20,7 @@ constexpr LONG kPage = 4096;  // the block itself starts at a page
 
 }  // namespace
 
-CMemAllocator::CMemAllocator(const char* name, IUnknown* outer) : CUnknownImpl(name, outer) {}
+CMemAllocator::CMemAllocator(const char* name, IUnknown* outer) : UnknownImpl(name, outer) {}
 
 // Nobody is left to wait or to hold a sample: each of them holds a reference.
 CMemAllocator::~CMemAllocator() = default;

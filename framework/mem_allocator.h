@@ -21,7 +21,7 @@ namespace tarvex {
 /// touches a part for the first time), Free, ReleaseBuffer and OnDecommit. For every sample it lends it calls NoteLent,
 /// for every one that comes back NoteReturned; the block goes when the allocator is decommitted and the last sample is
 /// back. All these calls and hooks happen with Lock() held.
-class CMemAllocator : public CUnknownImpl<IMemAllocator> {
+class CMemAllocator : public UnknownImpl<IMemAllocator> {
  public:
   explicit CMemAllocator(const char* name = "CMemAllocator", IUnknown* outer = nullptr);
   ~CMemAllocator() override;
@@ -44,17 +44,16 @@ class CMemAllocator : public CUnknownImpl<IMemAllocator> {
  protected:
   /// Makes the block with all its memory; S_OK when there is one already.
   virtual HRESULT Alloc();
-  /// Makes it without any.
+  /// Makes the block as addresses only, without memory.
   HRESULT ReserveBlock();
-  /// The first `size` bytes of the block have memory. False when there is none for them.
+  /// Gives the first `size` bytes of the block memory. False when there is none.
   bool CommitBlockTo(std::size_t size) noexcept { return m_block.CommitTo(size); }
   /// Forgets all samples and gives the block back. No sample is out.
   virtual void Free();
-  /// The allocator was just decommitted: wake whoever waits. The base wakes GetBuffer's waiters.
+  /// Called when the allocator has just been decommitted: wakes what waits. The base wakes GetBuffer.
   virtual void OnDecommit();
 
   CCritSec& Lock() noexcept { return m_lock; }
-  const ALLOCATOR_PROPERTIES& Properties() const noexcept { return m_properties; }
   bool IsCommitted() const noexcept { return m_committed; }
   /// Start of the block, aligned as asked for; null while there is none.
   BYTE* Block() const noexcept { return m_block.Data(); }
@@ -70,7 +69,7 @@ class CMemAllocator : public CUnknownImpl<IMemAllocator> {
 
   // Not on the cache line of the reference count, which every sample that comes back changes.
   alignas(64) CCritSec m_lock{"CMemAllocator", LockRank::kLeaf};
-  CConditionVariable m_changed;  // a sample came back, or decommit
+  ConditionVariable m_changed;  // a sample came back, or decommit
   ALLOCATOR_PROPERTIES m_properties{};
   MemoryBlock m_block;
   std::vector<std::unique_ptr<CMediaSample>> m_samples;

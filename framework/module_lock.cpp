@@ -52,8 +52,6 @@ void LockModule(bool lock) noexcept { g_locks += lock ? 1 : -1; }
 
 bool ModuleCanUnload() noexcept { return g_objects == 0 && g_locks == 0; }
 
-LONG ModuleObjectCount() noexcept { return g_objects; }
-
 LONG ReportLeftObjects([[maybe_unused]] void (*write)(const char* text)) noexcept {
 #ifdef TARVEX_DEBUG_CHECKS
   const CAutoLock hold(TheLiving().lock);

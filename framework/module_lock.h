@@ -25,9 +25,6 @@ void LockModule(bool lock) noexcept;
 /// No object and no lock is alive.
 bool ModuleCanUnload() noexcept;
 
-/// Number of living objects.
-LONG ModuleObjectCount() noexcept;
-
 /// Writes one line per living object to `write` in builds with TARVEX_DEBUG_CHECKS; answers how many
 /// objects live. For unloading and the ends of tests.
 LONG ReportLeftObjects(void (*write)(const char* text)) noexcept;

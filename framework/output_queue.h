@@ -80,7 +80,7 @@ class COutputQueue {
   class State;
   class Ending;
   std::shared_ptr<State> m_state;
-  CThread m_thread;  // shares the state, never this object
+  Thread m_thread;  // shares the state, never this object
 };
 
 class [[nodiscard]] COutputQueue::CallFromDownstream {

@@ -45,7 +45,6 @@ HRESULT CPersistStream::Load(IStream* stream) noexcept {
   hr = ComBoundary([&] {
     const auto version = VersionIn(header);
     if (!version || *version > GetSoftwareVersion()) return VFW_E_INVALID_FILE_VERSION;
-    m_streamVersion = *version;
     return ReadFromStream(stream);
   });
   if (SUCCEEDED(hr)) m_dirty = false;

@@ -1,5 +1,6 @@
-// Saving and loading an object's settings with a graph: the version header and the dirty flag. A base
-// of a class that implements IPersistStream, or an interface derived from it, by calling these.
+// Saving and loading an object's settings with a graph: the version header and the dirty flag. A base of a class that
+// implements IPersistStream, or an interface derived from it, by calling these. That class guards it with a lock of its
+// own.
 #pragma once
 
 #include "framework/platform/platform.h"
@@ -36,8 +37,6 @@ class CPersistStream {
   virtual HRESULT WriteToStream(IStream* stream) = 0;
   /// A failure must leave the object as it was.
   virtual HRESULT ReadFromStream(IStream* stream) = 0;
-  /// Version of the data being read, for ReadFromStream.
-  DWORD StreamVersion() const noexcept { return m_streamVersion; }
 
   /// All of the bytes or a failure; the stream's own end gives the system's end-of-file code.
   static HRESULT ReadExact(IStream* stream, void* bytes, ULONG count) noexcept;
@@ -45,7 +44,6 @@ class CPersistStream {
 
  private:
   bool m_dirty = false;
-  DWORD m_streamVersion = 0;
 };
 
 }  // namespace tarvex

@@ -101,8 +101,8 @@ class COutputQueue::State {
   const std::size_t m_batchSize;
 
   mutable CCritSec m_lock{"COutputQueue", LockRank::kLeaf};
-  CConditionVariable m_wake;  // the thread: there is something to take, or the end
-  CConditionVariable m_back;  // EndFlush: nothing is being passed on, or who does it waits for us
+  ConditionVariable m_wake;  // the thread: there is something to take, or the end
+  ConditionVariable m_back;  // EndFlush: nothing is being passed on, or who does it waits for us
   Entries m_entries;
   Work m_work;
   std::size_t m_released = 0;     // entries at the front that do not wait for a full batch

@@ -18,17 +18,17 @@ void SleepMilliseconds(DWORD milliseconds) noexcept;
 /// wait for it without holding a lock. Every thread is in COM's multithreaded apartment as long as its function runs
 /// and what that owns lives. It keeps its module loaded until it has ended, so an abandoned one may outlive its owner
 /// as long as its function owns all it touches. What the function throws is logged and ends the thread. Destroying a
-/// CThread that still owns a thread joins it.
-class CThread {
+/// Thread that still owns a thread joins it.
+class Thread {
  public:
   using Function = std::function<void()>;
 
-  CThread() noexcept;
-  ~CThread();
-  CThread(CThread&& other) noexcept;
-  CThread& operator=(CThread&& other) noexcept;
-  CThread(const CThread&) = delete;
-  CThread& operator=(const CThread&) = delete;
+  Thread() noexcept;
+  ~Thread();
+  Thread(Thread&& other) noexcept;
+  Thread& operator=(Thread&& other) noexcept;
+  Thread(const Thread&) = delete;
+  Thread& operator=(const Thread&) = delete;
 
   /// E_UNEXPECTED when there is a thread already; the system's code when none can be created.
   HRESULT Start(Function function, int priority = THREAD_PRIORITY_NORMAL) noexcept;

@@ -7,7 +7,7 @@ namespace tarvex {
 
 namespace {
 
-// S_FALSE, that the thread is in it already, is to be balanced as well.
+// S_FALSE says that the thread is in it already; that has to be balanced as well.
 bool Enter() noexcept {
   const HRESULT result = CoInitializeEx(nullptr, COINIT_MULTITHREADED | COINIT_DISABLE_OLE1DDE);
   if (FAILED(result)) LogFormat("ThreadApartment: COM does not start: %x", static_cast<unsigned>(result));

@@ -18,7 +18,7 @@ struct INonDelegatingUnknown {  // NOLINT(cppcoreguidelines-virtual-class-destru
 
 /// Counts references and deletes itself with the last. Derived classes override
 /// NonDelegatingQueryInterface and pass on what they do not know. Classes that inherit interfaces
-/// besides route their IUnknown to Owner(); CUnknownImpl does that for them.
+/// besides route their IUnknown to Owner(); UnknownImpl does that for them.
 class CUnknown : public INonDelegatingUnknown {
  public:
   /// `name` is a literal for the debug report; `outer` is the aggregating object, or null. It is not
@@ -63,7 +63,7 @@ HRESULT GiveInterface(IUnknown* object, void** out) noexcept;
 
 /// CUnknown plus interfaces whose IUnknown is routed to the owner.
 template <class... Interfaces>
-class CUnknownImpl : public CUnknown, public Interfaces... {
+class UnknownImpl : public CUnknown, public Interfaces... {
  public:
   using CUnknown::CUnknown;
 

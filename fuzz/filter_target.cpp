@@ -46,7 +46,7 @@ void FuzzFilter(Input fileAndScript) {
   const Input file = fileAndScript.first(fileAndScript.size() - kScriptLength);
   test::TestGraph graph;
   graph.SeparatePins(script[0] % 2 != 0);
-  const auto source = test::CSourceFilter::FromBytes(std::vector<std::uint8_t>(file.begin(), file.end()));
+  const auto source = test::SourceFilter::FromBytes(std::vector<std::uint8_t>(file.begin(), file.end()));
   if (FAILED(graph.Open(source.Get()))) return;
   if (FAILED(graph.ConnectSinks(test::SinkKind::kCounting))) return;
   for (const std::uint8_t step : script) Step(graph, step);

@@ -109,7 +109,7 @@ class Creator : public CMatroskaCallback {
 void FuzzMediaTypes(Input track) {
   Reader input(track);
   MemoryReader file(MatroskaFile(Join({Element(id::kInfo, {}), Element(id::kTracks, TrackOf(input))})));
-  const auto readAhead = MakeCom<CReadAheadReader>(&file);
+  const auto readAhead = MakeCom<ReadAheadReader>(&file);
   CEbmlScanner scanner;
   Creator creator(scanner);
   scanner.SetCallback(&creator);

@@ -4,11 +4,11 @@
 #include <new>
 
 #include "host/commands/command_line.h"
-#include "host/system/com_apartment.h"
 #include "host/system/console.h"
 #include "host/system/crash_report.h"
 #include "host/system/file_name_text.h"
 #include "host/system/host_error.h"
+#include "host/system/main_thread_apartment.h"
 
 #include <shellapi.h>
 
@@ -40,7 +40,7 @@ struct Runner {
 ExitCode Run() {
   try {
     const CommandOptions options = ParseCommandLine(Arguments());
-    const CComApartment apartment;
+    const MainThreadApartment apartment;
     std::visit(Runner{}, options);
     return ExitCode::kSuccess;
   } catch (const HostError& error) {

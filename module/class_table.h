@@ -1,4 +1,4 @@
-// The classes that the module creates: the table behind the class factory and registration.
+// The classes that the module creates: the table behind the class factory and registration. Constant data; any thread.
 #pragma once
 
 #include <span>

@@ -21,8 +21,8 @@ void CheckNothingIsLeft() {}
 
 }  // namespace
 
-// It hears of threads, and does not ask the loader to be left alone: the compiler's libraries, which are linked in,
-// free there what they keep for each thread.
+// It does not switch the loader's calls for threads off: in them the compiler's libraries, which are linked in, free
+// what they keep for each thread.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {
   // When the process ends, its threads are gone and what they held cannot have been released.
   if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) CheckNothingIsLeft();

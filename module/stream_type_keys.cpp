@@ -1,12 +1,11 @@
 // The registry entries of the Matroska stream type.
 #include "module/stream_type_keys.h"
 
-#include <array>
 #include <string>
 
 #include "framework/platform/platform.h"
+#include "framework/registry_key.h"
 #include "include/tarvex/class_ids.h"
-#include "module/registry_key.h"
 
 namespace tarvex {
 
@@ -18,37 +17,34 @@ constexpr wchar_t kCheckBytes[] = L"0,4,,1A45DFA3";
 // {E436EBB5-524F-11CE-9F53-0020AF0BA770}: the platform's asynchronous file source.
 constexpr GUID kAsyncReader = {0xE436EBB5, 0x524F, 0x11CE, {0x9F, 0x53, 0x00, 0x20, 0xAF, 0x0B, 0xA7, 0x70}};
 
-std::wstring GuidText(const GUID& guid) {
-  std::array<wchar_t, 39> text{};  // braces, digits and the end
-  StringFromGUID2(guid, text.data(), static_cast<int>(text.size()));
-  return text.data();
-}
-
 std::wstring StreamTypeKeyName(const GUID& majorType) {
-  return L"Media Type\\" + GuidText(majorType) + L"\\" + GuidText(MEDIASUBTYPE_MatroskaStream);
+  return L"Media Type\\" + RegistryName(majorType) + L"\\" + RegistryName(MEDIASUBTYPE_MatroskaStream);
 }
 
 // An entry for an extension names a source of its own and wins over the check bytes.
 void DeleteExtensionKeys() {
-  const CRegistryKey extensions = CRegistryKey::Open(HKEY_CLASSES_ROOT, L"Media Type\\Extensions");
-  for (const wchar_t* extension : {L".mkv", L".mka", L".mks", L".webm"}) extensions.DeleteSubkey(extension);
+  for (const wchar_t* extension : {L".mkv", L".mka", L".mks", L".webm"}) {
+    static_cast<void>(DeleteRegistryTree(HKEY_CLASSES_ROOT, std::wstring(L"Media Type\\Extensions\\") + extension));
+  }
 }
 
 }  // namespace
 
 void WriteStreamTypeKeys() noexcept try {
-  const CRegistryKey key = CRegistryKey::Create(HKEY_CLASSES_ROOT, StreamTypeKeyName(MEDIATYPE_Stream).c_str());
-  key.SetString(L"0", kCheckBytes);
-  key.SetString(L"Source Filter", GuidText(kAsyncReader));
+  RegistryKey key;
+  if (SUCCEEDED(key.Create(HKEY_CLASSES_ROOT, StreamTypeKeyName(MEDIATYPE_Stream)))) {
+    static_cast<void>(key.SetText(L"0", kCheckBytes));
+    static_cast<void>(key.SetText(L"Source Filter", RegistryName(kAsyncReader)));
+  }
   // The same entry without a major type would be found first.
-  CRegistryKey(HKEY_CLASSES_ROOT).DeleteSubkey(StreamTypeKeyName(GUID_NULL).c_str());
+  static_cast<void>(DeleteRegistryTree(HKEY_CLASSES_ROOT, StreamTypeKeyName(GUID_NULL)));
   DeleteExtensionKeys();
 } catch (...) {
   return;  // lack of memory; see the header
 }
 
 void DeleteStreamTypeKeys() noexcept try {
-  CRegistryKey(HKEY_CLASSES_ROOT).DeleteSubkey(StreamTypeKeyName(MEDIATYPE_Stream).c_str());
+  static_cast<void>(DeleteRegistryTree(HKEY_CLASSES_ROOT, StreamTypeKeyName(MEDIATYPE_Stream)));
 } catch (...) {
   return;  // lack of memory; see the header
 }

@@ -22,8 +22,8 @@ class CAboutPropPage final : public CBasePropertyPage {
 
   void ShowImages(HWND window) noexcept;
 
-  CIconImage m_logo;
-  CIconImage m_file;
+  IconImage m_logo;
+  IconImage m_file;
 };
 
 }  // namespace tarvex

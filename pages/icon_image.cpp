@@ -20,7 +20,7 @@ int SideFor(HWND control) noexcept {
 
 }  // namespace
 
-void CIconImage::ShowIn(HWND control) noexcept {
+void IconImage::ShowIn(HWND control) noexcept {
   const int side = SideFor(control);
   if (control == nullptr || side == m_side) return;
   decltype(m_icon) icon(static_cast<HICON>(
@@ -31,7 +31,7 @@ void CIconImage::ShowIn(HWND control) noexcept {
   m_side = side;
 }
 
-void CIconImage::Drop() noexcept {
+void IconImage::Drop() noexcept {
   m_icon.reset();
   m_side = 0;
 }

@@ -9,11 +9,11 @@
 
 namespace tarvex {
 
-class CIconImage {
+class IconImage {
  public:
-  CIconImage(HINSTANCE module, int resourceId) noexcept : m_module(module), m_resourceId(resourceId) {}
+  IconImage(HINSTANCE module, int resourceId) noexcept : m_module(module), m_resourceId(resourceId) {}
 
-  /// Puts the image into `control`, anew only when another size fits it now. Without effect when the system
+  /// Shows the image in `control`, loaded again only when another size fits now. Without effect when the system
   /// refuses.
   void ShowIn(HWND control) noexcept;
   /// Drops the image. To be called when the control is gone or about to go.

@@ -98,7 +98,7 @@ void CPropertyPropPage::ReadSetting(const GUID& parameter, int box, std::int32_t
   CheckDlgButton(Window(), box, state != 0 ? BST_CHECKED : BST_UNCHECKED);
 }
 
-// None where the filter does not say.
+// 0 where the filter does not say.
 ULONG CPropertyPropPage::ChapterCount() {
   VARIANT value{};
   value.vt = VT_UINT;
@@ -176,7 +176,7 @@ HRESULT CPropertyPropPage::WriteSettings() {
   return result;
 }
 
-// A frame does not say it. Without a dialog there is nobody to tell.
+// A frame shows no reason for a refusal, so the page does. Without a dialog nothing can be shown.
 void CPropertyPropPage::SayWhyNot(HRESULT result) const {
   if (Window() == nullptr) return;
   WideString text = L"Nothing was changed.\n\n";

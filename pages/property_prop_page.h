@@ -50,7 +50,7 @@ class CPropertyPropPage final : public CBasePropertyPage {
 
   ComPtr<IModuleConfig> m_config;   // while connected
   std::int32_t m_filterAnnexB = 0;  // as read or applied last
-  // As read or applied last, or as the user left them when the page was deactivated.
+  // As read or applied last. While the page is inactive: as the user left the boxes.
   std::int32_t m_annexB = 0;
   std::int32_t m_separatePins = 0;
   std::vector<Chapter> m_chapters;

@@ -53,15 +53,14 @@ void CEbmlScanner::CanProcess(IAsyncReader* reader) {
   ReadSeekHead();
   ReadChapterList();
   ReadDocType();
-  // Now, when nobody waits for a picture, as after a seek; but not if opening would wait for a stream on its way.
+  // Now, since nobody waits for a picture yet, as after a seek. Not if the Cues have not arrived: opening would wait.
   if (m_byteSource.HasArrived(m_cuesPosition)) ReadCues();
 }
 
 void CEbmlScanner::ReadHeaders() {
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   m_segment = walker.FindSegment();
   if (!m_segment) throw MessageError("<CEbmlScanner::CanProcess> No segment/level 0 element found");
-  m_segmentSize = m_segment->IsFiniteSize() ? m_segment->GetSize() : m_byteSource.Length();
   m_segmentDataStart = m_segment->GetDataStart();
   // Either may come first, and a second one of a kind counts as the other.
   constexpr int kHeaders = 2;
@@ -90,9 +89,9 @@ void CEbmlScanner::ReadInfo(libebml::EbmlMaster& info) {
   }
 }
 
-// While its bytes are at hand: what it leads to is needed later, from other places.
+// Now, while its bytes are in memory: its entries are needed later.
 void CEbmlScanner::ReadSeekHead() {
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   walker.MoveTo(m_segmentDataStart);
   m_cuesPosition = walker.SeekHeadPosition(*m_segment, EBML_ID(libmatroska::KaxCues));
   walker.MoveTo(m_segmentDataStart);
@@ -100,7 +99,7 @@ void CEbmlScanner::ReadSeekHead() {
 }
 
 void CEbmlScanner::ReadChapterList() {
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   const auto chapters = walker.FindAt<libmatroska::KaxChapters>(*m_segment, m_chaptersPosition);
   if (!chapters) return;
   m_info.chapters = ReadChapters(walker, *chapters);
@@ -108,7 +107,7 @@ void CEbmlScanner::ReadChapterList() {
 
 void CEbmlScanner::ReadDocType() {
   constexpr std::uint64_t kMaxDataSize = 0xFFFFFFFF;
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   walker.MoveTo(0);
   const ElementPtr element(m_stream->FindNextID(EBML_INFO(libebml::EbmlHead), kMaxDataSize));
   auto* head = ElementAs<libebml::EbmlHead>(element.get());
@@ -141,7 +140,7 @@ void CEbmlScanner::FillIndex(Fill&& fill) {
   try {
     fill();
   } catch (const MessageError& error) {
-    LogText(error.what());  // playing starts from the front meanwhile
+    LogText(error.what());  // playing starts from the front
     m_seekIndex.clear();
   }
   m_isIndexSorted = IsIndexSorted(m_seekIndex);
@@ -151,7 +150,7 @@ void CEbmlScanner::FillIndex(Fill&& fill) {
 void CEbmlScanner::ReadCues() {
   if (!m_stream || !m_segment || m_cuesRead) return;
   FillIndex([this] {
-    CElementWalker walker(*m_stream, m_byteSource);
+    ElementWalker walker(*m_stream, m_byteSource);
     m_seekIndex = IndexFromCues(walker, *m_segment, m_cuesPosition, m_info.TimecodeScale());
     m_cuesRead = true;
   });
@@ -164,7 +163,7 @@ void CEbmlScanner::BuildIndex() {
 }
 
 void CEbmlScanner::ScanClusters() {
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   walker.MoveTo(m_segmentDataStart);
   auto index = IndexFromClusters(walker, *m_segment, m_info, [this] { return EventsPending(); });
   if (!index) return;
@@ -175,27 +174,27 @@ void CEbmlScanner::ScanClusters() {
 
 bool CEbmlScanner::Process() {
   if (!m_stream || !m_segment) return false;
-  CElementWalker walker(*m_stream, m_byteSource);
+  ElementWalker walker(*m_stream, m_byteSource);
   if (!FindStart(walker)) return true;
-  const CClusterDelivery::OnFrames onFrames = [this](std::span<const FrameInfo> frames) { return OnFrames(frames); };
+  const ClusterDelivery::OnFrames onFrames = [this](std::span<const FrameInfo> frames) { return OnFrames(frames); };
   const std::function<bool()> eventsPending = [this] { return EventsPending(); };
-  CClusterDelivery delivery(m_info, onFrames, eventsPending);
+  ClusterDelivery delivery(m_info, onFrames, eventsPending);
   while (const auto cluster = walker.FindNextCluster(*m_segment)) {
     if (!delivery.DeliverCluster(walker, cluster.get())) return true;
   }
   return false;
 }
 
-// False: interrupted. A failing read leads to the front.
-bool CEbmlScanner::FindStart(CElementWalker& walker) {
-  using Outcome = CClusterSearch::Outcome;
-  CClusterSearch::Result result;
+// False: interrupted. After a failed read the start is the front.
+bool CEbmlScanner::FindStart(ElementWalker& walker) {
+  using Outcome = ClusterSearch::Outcome;
+  ClusterSearch::Result result;
   if (m_startTime != 0) {
     ReadCues();
     const bool hasNone = m_cuesRead && m_seekIndex.empty() && !m_clustersScanned;
     if (hasNone) result = SearchClusters(walker);
     if (result.outcome == Outcome::kReadAll) BuildIndex();
-    if (result.outcome == Outcome::kInterrupted || EventsPending()) return false;  // perhaps in the midst of it
+    if (result.outcome == Outcome::kInterrupted || EventsPending()) return false;  // perhaps during the search
   }
   walker.MoveTo(m_segmentDataStart);
   if (result.outcome == Outcome::kFound) {
@@ -206,19 +205,19 @@ bool CEbmlScanner::FindStart(CElementWalker& walker) {
   return true;
 }
 
-CClusterSearch::Result CEbmlScanner::SearchClusters(CElementWalker& walker) {
+ClusterSearch::Result CEbmlScanner::SearchClusters(ElementWalker& walker) {
   const std::function<bool()> eventsPending = [this] { return EventsPending(); };
   try {
-    CClusterSearch search(walker, *m_segment, m_info, m_byteSource.Length(), m_known, m_reach, eventsPending);
+    ClusterSearch search(walker, *m_segment, m_info, m_byteSource.Length(), m_known, m_reach, eventsPending);
     return search.Find(m_startTime);
   } catch (const MessageError& error) {
     LogText(error.what());
-    return {CClusterSearch::Outcome::kFound, m_segmentDataStart};
+    return {ClusterSearch::Outcome::kFound, m_segmentDataStart};
   }
 }
 
 // One entry earlier than the one that covers the start, so that decoders have a picture before it.
-void CEbmlScanner::GoToStart(CElementWalker& walker) const {
+void CEbmlScanner::GoToStart(ElementWalker& walker) const {
   if (m_startTime == 0 || m_seekIndex.empty()) return;
   std::int32_t entry = FindIndexEntry(m_seekIndex, m_startTime, Duration(), m_isIndexSorted);
   if (entry > 0) --entry;

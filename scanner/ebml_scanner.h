@@ -1,7 +1,7 @@
-// The Matroska reader: opens a file over an IAsyncReader, keeps what its headers say, and delivers the
-// frames of its clusters. Owned by the filter, which also is its callback. It has no lock: opening, which
-// reads the Cues, runs on the connecting thread, delivery and whatever else is read for a start time on the
-// worker, never two at once. Only the flush operations may come at any time.
+// The Matroska reader: opens a file over an IAsyncReader, keeps what its headers say, and delivers the frames of its
+// clusters. Owned by the filter, which also is its callback. It has no lock. Opening, which also reads the Cues, runs
+// on the connecting thread. Delivery, and the search for a start time, run on the worker. The two never run at once.
+// Only the flush operations may come at any time, from any thread.
 #pragma once
 
 #include <ebml/EbmlStream.h>
@@ -16,8 +16,8 @@
 #include "framework/platform/platform.h"
 #include "scanner/elements/element_walker.h"
 #include "scanner/elements/heap.h"
-#include "scanner/file/chapter_entry.h"
 #include "scanner/file/matroska_info.h"
+#include "scanner/file/scanned_chapter.h"
 #include "scanner/frames/frame_decoder.h"
 #include "scanner/frames/frame_info.h"
 #include "scanner/index/cluster_search.h"
@@ -67,9 +67,9 @@ class CEbmlScanner {
   /// Where the next Process begins; 0 = at the front.
   void SetStartTime(std::uint64_t time) noexcept { m_startTime = time; }
 
-  /// Makes sure of the seek index: that of the Cues, which opening reads, and without any that of the Clusters, all
-  /// of which it reads then. Does each once for an open file; after a failing read the index is empty and the next
-  /// call tries again. A pending event ends it too. Delivery needs it only where a search does not tell enough.
+  /// Makes sure that there is a seek index: from the Cues, or, without Cues, from all Clusters, which are read for it.
+  /// Each is done once for an open file. After a failed read or a pending event there is no index, and the next call
+  /// tries again. Delivery needs it only where a search does not tell enough.
   void BuildIndex();
   /// For the files that are opened from now on.
   void SetSearchReach(const SearchReach& reach) noexcept { m_reach = reach; }
@@ -88,11 +88,6 @@ class CEbmlScanner {
   void BeginFlush() { m_byteSource.BeginFlush(); }
   void EndFlush() { m_byteSource.EndFlush(); }
 
-  /// File offset of the first byte of the Segment's data, and its size (to the end of the file when it
-  /// is not known).
-  std::uint64_t SegmentDataStart() const noexcept { return m_segmentDataStart; }
-  std::uint64_t SegmentSize() const noexcept { return m_segmentSize; }
-
  protected:
   /// Announces the current track table.
   virtual void OnTrack();
@@ -107,9 +102,9 @@ class CEbmlScanner {
   void ReadCues();
   void ReadChapterList();
   void ReadDocType();
-  bool FindStart(CElementWalker& walker);
-  CClusterSearch::Result SearchClusters(CElementWalker& walker);
-  void GoToStart(CElementWalker& walker) const;
+  bool FindStart(ElementWalker& walker);
+  ClusterSearch::Result SearchClusters(ElementWalker& walker);
+  void GoToStart(ElementWalker& walker) const;
   template <class Fill>
   void FillIndex(Fill&& fill);
   void ScanClusters();
@@ -117,8 +112,7 @@ class CEbmlScanner {
   bool EventsPending() const;
 
   CMatroskaCallback* m_callback = nullptr;
-  std::uint64_t m_segmentDataStart = 0;
-  std::uint64_t m_segmentSize = 0;
+  std::uint64_t m_segmentDataStart = 0;                // file offset of the first byte of its data
   std::unique_ptr<libmatroska::KaxSegment> m_segment;  // without what is in it; null while nothing is open
   std::uint64_t m_cuesPosition = 0;                    // as the SeekHead says; 0 when it does not
   std::uint64_t m_chaptersPosition = 0;
@@ -126,13 +120,13 @@ class CEbmlScanner {
   bool m_isIndexSorted = false;
   bool m_cuesRead = false;
   bool m_clustersScanned = false;
-  CKnownClusters m_known;  // without Cues, as long as not all were read
+  KnownClusters m_known;  // without Cues, as long as not all were read
   SearchReach m_reach;
   std::uint64_t m_startTime = 0;
   std::unique_ptr<libebml::EbmlStream> m_stream;  // over m_byteSource; null while nothing is open
   CAsyncCallback m_byteSource;
   CMatroskaInfo m_info;
-  CFrameDecoder m_decoder;
+  FrameDecoder m_decoder;
 };
 
 }  // namespace tarvex

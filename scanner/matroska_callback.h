@@ -1,5 +1,5 @@
-// What the scanner needs from whoever drives it. The filter implements it: OnTrack runs on the
-// connecting thread while a file is opened, the others on the worker thread during delivery.
+// What the scanner asks of its owner. The filter implements it: OnTrack runs on the connecting thread while a file is
+// opened, the others on the worker thread during delivery.
 #pragma once
 
 #include <algorithm>

@@ -11,40 +11,40 @@ constexpr GUID kSinkClass = {0xB0B8C9A4, 0x64B6, 0x4E2B, {0x8B, 0x3F, 0x7D, 0x1E
 
 }  // namespace
 
-CCountingSink::CCountingSink(PlayMonitor& monitor, SinkManner manner)
-    : CBaseFilter("CCountingSink", nullptr, &m_filterLock, kSinkClass),
-      m_pin(new CCountingSinkPin(this, &m_filterLock, monitor, manner)) {}
+CountingSink::CountingSink(PlayMonitor& monitor, SinkManner manner)
+    : CBaseFilter("CountingSink", nullptr, &m_filterLock, kSinkClass),
+      m_pin(new CountingSinkPin(this, &m_filterLock, monitor, manner)) {}
 
-CCountingSink::~CCountingSink() = default;
+CountingSink::~CountingSink() = default;
 
-CBasePin* CCountingSink::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
+CBasePin* CountingSink::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
 
 // What is held is let go before the filter lock is waited for.
-HRESULT STDMETHODCALLTYPE CCountingSink::Stop() {
+HRESULT STDMETHODCALLTYPE CountingSink::Stop() {
   m_pin->LetGo();
   return CBaseFilter::Stop();
 }
 
-IPin* CCountingSink::Input() const noexcept { return m_pin.Get(); }
+IPin* CountingSink::Input() const noexcept { return m_pin.Get(); }
 
-const SinkCount& CCountingSink::Count() const noexcept { return m_pin->Count(); }
+const SinkCount& CountingSink::Count() const noexcept { return m_pin->Count(); }
 
-CCountingSinkPin::CCountingSinkPin(CCountingSink* filter, CCritSec* lock, PlayMonitor& monitor, SinkManner manner)
-    : CBaseInputPin("CCountingSinkPin", filter, lock, OLESTR("In")), m_monitor(monitor), m_manner(manner) {}
+CountingSinkPin::CountingSinkPin(CountingSink* filter, CCritSec* lock, PlayMonitor& monitor, SinkManner manner)
+    : CBaseInputPin("CountingSinkPin", filter, lock, OLESTR("In")), m_monitor(monitor), m_manner(manner) {}
 
-HRESULT CCountingSinkPin::CheckMediaType(const CMediaType* /*type*/) { return S_OK; }
+HRESULT CountingSinkPin::CheckMediaType(const CMediaType* /*type*/) { return S_OK; }
 
-HRESULT CCountingSinkPin::Active() {
+HRESULT CountingSinkPin::Active() {
   Begin();
   return CBaseInputPin::Active();
 }
 
-void CCountingSinkPin::Begin() {
+void CountingSinkPin::Begin() {
   m_isFirst = true;
   m_released.Clear();
 }
 
-HRESULT STDMETHODCALLTYPE CCountingSinkPin::Receive(IMediaSample* pSample) {
+HRESULT STDMETHODCALLTYPE CountingSinkPin::Receive(IMediaSample* pSample) {
   const HRESULT result = CBaseInputPin::Receive(pSample);
   if (result != S_OK) return result;
   Take(pSample);
@@ -55,7 +55,7 @@ HRESULT STDMETHODCALLTYPE CCountingSinkPin::Receive(IMediaSample* pSample) {
   return S_OK;
 }
 
-void CCountingSinkPin::Take(IMediaSample* sample) {
+void CountingSinkPin::Take(IMediaSample* sample) {
   const LONG size = sample->GetActualDataLength();
   ++m_count.samples;
   BYTE* data = nullptr;
@@ -67,19 +67,19 @@ void CCountingSinkPin::Take(IMediaSample* sample) {
   m_count.behindHighest = std::max<const BYTE*>(m_count.behindHighest, data + size);
 }
 
-HRESULT STDMETHODCALLTYPE CCountingSinkPin::EndOfStream() {
+HRESULT STDMETHODCALLTYPE CountingSinkPin::EndOfStream() {
   m_monitor.OnEnd();
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CCountingSinkPin::BeginFlush() {
+HRESULT STDMETHODCALLTYPE CountingSinkPin::BeginFlush() {
   const HRESULT result = CBaseInputPin::BeginFlush();
   m_monitor.OnFlush();
   LetGo();
   return result;
 }
 
-HRESULT STDMETHODCALLTYPE CCountingSinkPin::EndFlush() {
+HRESULT STDMETHODCALLTYPE CountingSinkPin::EndFlush() {
   Begin();
   return CBaseInputPin::EndFlush();
 }

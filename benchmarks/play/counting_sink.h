@@ -25,13 +25,13 @@ struct SinkCount {
   const BYTE* behindHighest = nullptr;
 };
 
-class CCountingSinkPin;
+class CountingSinkPin;
 
-class CCountingSink : public CBaseFilter {
+class CountingSink : public CBaseFilter {
  public:
   /// The monitor must outlive this.
-  CCountingSink(PlayMonitor& monitor, SinkManner manner);
-  ~CCountingSink() override;
+  CountingSink(PlayMonitor& monitor, SinkManner manner);
+  ~CountingSink() override;
 
   int GetPinCount() override { return 1; }
   CBasePin* GetPin(int index) override;
@@ -41,13 +41,13 @@ class CCountingSink : public CBaseFilter {
   const SinkCount& Count() const noexcept;
 
  private:
-  CCritSec m_filterLock{"CCountingSink", LockRank::kLastFilter};
-  OwnedPin<CCountingSinkPin> m_pin;
+  CCritSec m_filterLock{"CountingSink", LockRank::kLastFilter};
+  OwnedPin<CountingSinkPin> m_pin;
 };
 
-class CCountingSinkPin : public CBaseInputPin {
+class CountingSinkPin : public CBaseInputPin {
  public:
-  CCountingSinkPin(CCountingSink* filter, CCritSec* lock, PlayMonitor& monitor, SinkManner manner);
+  CountingSinkPin(CountingSink* filter, CCritSec* lock, PlayMonitor& monitor, SinkManner manner);
 
   const SinkCount& Count() const noexcept { return m_count; }
   /// A held sample is let go.
@@ -72,7 +72,7 @@ class CCountingSinkPin : public CBaseInputPin {
   SinkCount m_count;
   unsigned m_touched = 0;  // so that the bytes are really read
   std::atomic<bool> m_isFirst{true};
-  CEvent m_released{CEvent::Mode::kManual};
+  Event m_released{Event::Mode::kManual};
 };
 
 }  // namespace tarvex::bench

@@ -16,12 +16,12 @@ struct ReadCount {
   std::uint64_t bytes = 0;  ///< asked for
 };
 
-class CCountingSourcePin;
+class CountingSourcePin;
 
-class CCountingSource : public CBaseFilter {
+class CountingSource : public CBaseFilter {
  public:
-  explicit CCountingSource(ComPtr<IAsyncReader> reader);
-  ~CCountingSource() override;
+  explicit CountingSource(ComPtr<IAsyncReader> reader);
+  ~CountingSource() override;
 
   int GetPinCount() override { return 1; }
   CBasePin* GetPin(int index) override;
@@ -31,13 +31,13 @@ class CCountingSource : public CBaseFilter {
   ReadCount Reads() const noexcept;
 
  private:
-  CCritSec m_filterLock{"CCountingSource", LockRank::kUpstreamFilter};
-  OwnedPin<CCountingSourcePin> m_pin;
+  CCritSec m_filterLock{"CountingSource", LockRank::kUpstreamFilter};
+  OwnedPin<CountingSourcePin> m_pin;
 };
 
-class CCountingSourcePin : public CBasePin, public IAsyncReader {
+class CountingSourcePin : public CBasePin, public IAsyncReader {
  public:
-  CCountingSourcePin(CCountingSource* filter, CCritSec* lock, ComPtr<IAsyncReader> reader);
+  CountingSourcePin(CountingSource* filter, CCritSec* lock, ComPtr<IAsyncReader> reader);
 
   ReadCount Reads() const noexcept { return {m_calls, m_bytes}; }
 

@@ -3,7 +3,7 @@
 
 namespace tarvex::bench {
 
-void PlayMonitor::Expect(const CCountingSource* source, std::size_t sinks) {
+void PlayMonitor::Expect(const CountingSource* source, std::size_t sinks) {
   const CAutoLock lock(m_lock);
   m_source = source;
   m_expectedEnds = sinks;

@@ -21,7 +21,7 @@ class PlayMonitor {
 
   /// Before the start: `source` is where reads are counted, or null; it must outlive this. `sinks` ends
   /// make up the end.
-  void Expect(const CCountingSource* source, std::size_t sinks);
+  void Expect(const CountingSource* source, std::size_t sinks);
 
   // For the sinks. The first report since the start or the last OnFlush counts. Where all streams end
   // without a sample, as behind the last frame, the end stands for it.
@@ -39,15 +39,15 @@ class PlayMonitor {
  private:
   void TakeFirst(Clock::time_point now);
 
-  const CCountingSource* m_source = nullptr;
+  const CountingSource* m_source = nullptr;
   CCritSec m_lock{"PlayMonitor", LockRank::kVisited};
   First m_first;                   // under m_lock, as the following
   Clock::time_point m_endTime;     //
   std::size_t m_expectedEnds = 0;  //
   std::size_t m_ends = 0;          //
   bool m_hasFirst = false;         //
-  CEvent m_begun{CEvent::Mode::kManual};
-  CEvent m_ended{CEvent::Mode::kManual};
+  Event m_begun{Event::Mode::kManual};
+  Event m_ended{Event::Mode::kManual};
 };
 
 }  // namespace tarvex::bench

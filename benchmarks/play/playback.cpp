@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 
+#include "framework/filter_pins.h"
 #include "framework/text_conversion.h"
 #include "include/tarvex/module_config.h"
 
@@ -12,23 +13,6 @@ namespace {
 void Check(HRESULT result, const char* what) {
   if (SUCCEEDED(result)) return;
   throw std::runtime_error(std::string(what) + " failed with " + std::to_string(result));
-}
-
-PIN_DIRECTION DirectionOf(IPin* pin) {
-  PIN_DIRECTION direction = PINDIR_INPUT;
-  Check(pin->QueryDirection(&direction), "QueryDirection");
-  return direction;
-}
-
-std::vector<ComPtr<IPin>> PinsOf(IBaseFilter* filter, PIN_DIRECTION direction) {
-  std::vector<ComPtr<IPin>> pins;
-  ComPtr<IEnumPins> list;
-  Check(filter->EnumPins(list.Put()), "EnumPins");
-  ComPtr<IPin> pin;
-  while (list->Next(1, pin.Put(), nullptr) == S_OK) {
-    if (DirectionOf(pin.Get()) == direction) pins.push_back(pin);
-  }
-  return pins;
 }
 
 ComPtr<IPin> OnlyPin(IBaseFilter* filter, PIN_DIRECTION direction) {
@@ -74,7 +58,7 @@ void Playback::SeparatePins() const {
 void Playback::MakeSource(const std::string& path, SourceKind kind) {
   OpenedFile file = OpenFile(path);
   if (kind == SourceKind::kCounting) {
-    m_counting = MakeCom<CCountingSource>(std::move(file.reader));
+    m_counting = MakeCom<CountingSource>(std::move(file.reader));
     m_source = m_counting;
   } else {
     m_source = std::move(file.filter);
@@ -99,7 +83,7 @@ void Playback::ConnectSinks(SinkManner manner) {
   if (m_outputs.empty()) throw std::runtime_error("the file has no streams");
   m_monitor.Expect(m_counting.Get(), m_outputs.size());
   for (const ComPtr<IPin>& output : m_outputs) {
-    m_sinks.push_back(MakeCom<CCountingSink>(m_monitor, manner));
+    m_sinks.push_back(MakeCom<CountingSink>(m_monitor, manner));
     m_names.push_back(NameOf(output.Get()));
     Add(m_sinks.back().Get(), OLESTR("Sink"));
     Connect(output.Get(), m_sinks.back()->Input());
@@ -109,7 +93,7 @@ void Playback::ConnectSinks(SinkManner manner) {
 // Renderers first, the source last, as a graph does it.
 void Playback::Run() {
   if (m_graph) return Check(m_graph.Query<IMediaControl>()->Run(), "Run");
-  for (const ComPtr<CCountingSink>& sink : m_sinks) Check(sink->Run(0), "Run of a sink");
+  for (const ComPtr<CountingSink>& sink : m_sinks) Check(sink->Run(0), "Run of a sink");
   Check(m_splitter->Run(0), "Run of the splitter");
   Check(m_source->Run(0), "Run of the source");
 }
@@ -119,7 +103,7 @@ void Playback::Stop() noexcept {
     if (const auto control = m_graph.Query<IMediaControl>()) control->Stop();
     return;
   }
-  for (const ComPtr<CCountingSink>& sink : m_sinks) sink->Stop();
+  for (const ComPtr<CountingSink>& sink : m_sinks) sink->Stop();
   m_splitter->Stop();
   if (m_source) m_source->Stop();
 }
@@ -146,14 +130,14 @@ void Playback::Seek(LONGLONG position) const {
 void Playback::TakeDown() noexcept {
   Stop();
   for (const ComPtr<IPin>& output : m_outputs) output->Disconnect();
-  for (const ComPtr<CCountingSink>& sink : m_sinks) sink->Input()->Disconnect();
+  for (const ComPtr<CountingSink>& sink : m_sinks) sink->Input()->Disconnect();
   if (!m_graph) {
     const auto input = OnlyPin(m_splitter.Get(), PINDIR_INPUT);
     input->Disconnect();
     if (m_source) OnlyPin(m_source.Get(), PINDIR_OUTPUT)->Disconnect();
     return;
   }
-  for (const ComPtr<CCountingSink>& sink : m_sinks) m_graph->RemoveFilter(sink.Get());
+  for (const ComPtr<CountingSink>& sink : m_sinks) m_graph->RemoveFilter(sink.Get());
   m_graph->RemoveFilter(m_splitter.Get());
   if (m_source) m_graph->RemoveFilter(m_source.Get());
 }

@@ -37,7 +37,7 @@ class Playback {
   ReadCount Reads() const noexcept;
   /// Names of the output pins, in the order of the sinks.
   const std::vector<std::string>& PinNames() const noexcept { return m_names; }
-  const std::vector<ComPtr<CCountingSink>>& Sinks() const noexcept { return m_sinks; }
+  const std::vector<ComPtr<CountingSink>>& Sinks() const noexcept { return m_sinks; }
 
   /// Of the first output pin, which decides about positions. Throws std::runtime_error.
   LONGLONG Duration() const;
@@ -54,11 +54,11 @@ class Playback {
   void TakeDown() noexcept;
 
   PlayMonitor m_monitor;
-  ComPtr<IGraphBuilder> m_graph;       // null where the filters are driven directly
-  ComPtr<CCountingSource> m_counting;  // null where the platform's source is read
+  ComPtr<IGraphBuilder> m_graph;      // null where the filters are driven directly
+  ComPtr<CountingSource> m_counting;  // null where the platform's source is read
   ComPtr<IBaseFilter> m_source;
   ComPtr<IBaseFilter> m_splitter;
-  std::vector<ComPtr<CCountingSink>> m_sinks;
+  std::vector<ComPtr<CountingSink>> m_sinks;
   std::vector<ComPtr<IPin>> m_outputs;
   std::vector<std::string> m_names;
 };

@@ -1,4 +1,4 @@
-// The system's part of narrow text: the thread's code page and the user's language.
+// The system's part of narrow text: the thread's code page and the user's language. Free functions; any thread.
 #pragma once
 
 #include <string>

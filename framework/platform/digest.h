@@ -11,15 +11,15 @@ namespace tarvex {
 
 enum class DigestAlgorithm { kSha1, kSha256 };
 
-class CDigest {
+class Digest {
  public:
   /// Throws std::runtime_error when the system refuses.
-  explicit CDigest(DigestAlgorithm algorithm);
-  ~CDigest();
-  CDigest(CDigest&&) noexcept;
-  CDigest& operator=(CDigest&&) noexcept;
-  CDigest(const CDigest&) = delete;
-  CDigest& operator=(const CDigest&) = delete;
+  explicit Digest(DigestAlgorithm algorithm);
+  ~Digest();
+  Digest(Digest&&) noexcept;
+  Digest& operator=(Digest&&) noexcept;
+  Digest(const Digest&) = delete;
+  Digest& operator=(const Digest&) = delete;
 
   /// Throws std::runtime_error.
   void Add(std::span<const std::uint8_t> bytes);

@@ -7,11 +7,11 @@ namespace tarvex {
 class CCritSec;
 
 #ifdef TARVEX_DEBUG_CHECKS
-/// Before the lock is taken. Ends the process, with both names on stderr, when the thread does not hold it yet
-/// but one that stands at its place or behind.
+/// Called before the lock is taken. Ends the process, with both names on stderr, when the thread holds another lock of
+/// the same or a later rank. A lock that it holds already may be taken again.
 void CheckLockOrder(const CCritSec& lock) noexcept;
-/// Before a wait that gives the lock up. Ends the process when the thread holds it more than once, which the
-/// wait would not undo, or holds another one that is for a moment only.
+/// Called before a wait that gives the lock up. Ends the process when the thread holds it more than once, which the
+/// wait would not undo, or holds another lock that is for a moment only.
 void CheckMayWait(const CCritSec& lock) noexcept;
 void NoteLocked(const CCritSec& lock) noexcept;
 void NoteUnlocked(const CCritSec& lock) noexcept;

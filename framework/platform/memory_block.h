@@ -1,5 +1,5 @@
-// A large block straight from the system: its addresses first, and memory behind them from the front on as it is asked
-// for. Owned by an allocator, which guards it.
+// A large block straight from the system: at first addresses only, then memory for them, from the front on, as it is
+// asked for. Owned by an allocator, which guards it.
 #pragma once
 
 #include <cstddef>
@@ -10,8 +10,8 @@ namespace tarvex {
 
 class MemoryBlock {
  public:
-  /// Memory is asked for in steps of so many bytes: few enough that a pin of subtitles costs little, many enough that
-  /// a ring that fills asks only some ten times.
+  /// Memory is taken in steps of so many bytes. A pin of subtitles then costs little, and a ring that fills asks some
+  /// ten times only.
   static constexpr std::size_t kStep = 256 * 1024;
 
   MemoryBlock() noexcept = default;
@@ -32,7 +32,7 @@ class MemoryBlock {
 
  private:
   bool CommitMore(std::size_t size) noexcept;
-  /// Where memory is to end that holds the first `size` bytes: at a step, or at the block's end.
+  /// Bytes to take so that the first `size` have memory: up to a step, or to the block's end.
   std::size_t StepFor(std::size_t size) const noexcept {
     return m_size - size < kStep ? m_size : (size + kStep - 1) / kStep * kStep;
   }

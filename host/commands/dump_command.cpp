@@ -20,7 +20,7 @@ constexpr std::size_t kOutputPiece = 65536;  // bytes collected before they are 
 
 struct RecordedPin {
   DumpPin pin;
-  std::shared_ptr<CDumpRecorder> recorder;
+  std::shared_ptr<DumpRecorder> recorder;
 };
 
 // One file for each pin, in a folder that is made if it is missing.
@@ -36,17 +36,17 @@ FileHandle CreateBytesFile(const DumpOptions& options, std::size_t index) {
   return file;
 }
 
-RecordedPin Connect(CGraphSession& session, const DumpOptions& options, IPin* output, DumpPin pin) {
+RecordedPin Connect(GraphSession& session, const DumpOptions& options, IPin* output, DumpPin pin) {
   const auto types = OfferedTypes(output);
   pin.name = PinName(output);
   if (!types.empty()) pin.mediaType = DescribeMediaType(types.front());
-  auto recorder = std::make_shared<CDumpRecorder>(CreateBytesFile(options, pin.index));
-  const auto sink = MakeCom<CSinkFilter>(recorder);
+  auto recorder = std::make_shared<DumpRecorder>(CreateBytesFile(options, pin.index));
+  const auto sink = MakeCom<SinkFilter>(recorder);
   session.AddAndConnect(sink.Get(), L"Sink", output, sink->Input().Get());
   return {std::move(pin), std::move(recorder)};
 }
 
-std::vector<RecordedPin> ConnectAll(CGraphSession& session, const DumpOptions& options) {
+std::vector<RecordedPin> ConnectAll(GraphSession& session, const DumpOptions& options) {
   std::vector<RecordedPin> recorded;
   const auto pins = session.OutputPins();
   const auto streams = StreamsOfPins(pins, StreamsOf(session.Splitter()));
@@ -78,10 +78,10 @@ void ReportEnd(GraphEnd end, HRESULT error, const DumpOptions& options) {
 }  // namespace
 
 void RunDump(const DumpOptions& options) {
-  CGraphSession session(options.session);
+  GraphSession session(options.session);
   const auto recorded = ConnectAll(session, options);
   if (recorded.empty()) return;  // nothing would ever report the end
-  CGraphEvents events(session.Graph());
+  GraphEvents events(session.Graph());
   session.RunWithoutClock();
   session.Run();
   const GraphEnd end = events.Wait(INFINITE);

@@ -35,7 +35,7 @@ PinReport ReportPin(IPin* pin, std::optional<std::uint32_t> stream) {
   return report;
 }
 
-InfoReport MakeReport(const CGraphSession& session, const SessionOptions& options) {
+InfoReport MakeReport(const GraphSession& session, const SessionOptions& options) {
   InfoReport report;
   const auto pins = session.OutputPins();
   report.file = options.file;
@@ -52,7 +52,7 @@ InfoReport MakeReport(const CGraphSession& session, const SessionOptions& option
 }  // namespace
 
 void RunInfo(const InfoOptions& options) {
-  const CGraphSession session(options.session);
+  const GraphSession session(options.session);
   const InfoReport report = MakeReport(session, options.session);
   WriteOutput(options.json ? InfoJson(report) : InfoTable(report));
 }

@@ -7,8 +7,8 @@
 namespace tarvex::host {
 
 void RunPlay(const PlayOptions& options) {
-  CGraphSession session(options.session);
-  CPlayer player(session, options);
+  GraphSession session(options.session);
+  Player player(session, options);
   const GraphEnd end = player.Play();
   WriteOutput('\n' + player.Summary());
   if (end == GraphEnd::kAborted) throw HostError(ExitCode::kPlayback, session.File() + ": " + player.Failure());

@@ -40,7 +40,7 @@ std::vector<PlayedStream> Played(const std::vector<RenderedStream>& streams) {
 
 }  // namespace
 
-CPlayer::CPlayer(CGraphSession& session, const PlayOptions& options)
+Player::Player(GraphSession& session, const PlayOptions& options)
     : m_session(session),
       m_options(options),
       m_sinkSeeking(options.Seeks() || m_keyboard.IsThere() ? SinkSeeking::kOffered : SinkSeeking::kNone),
@@ -51,13 +51,13 @@ CPlayer::CPlayer(CGraphSession& session, const PlayOptions& options)
   GoToStart();
 }
 
-std::vector<RenderedStream> CPlayer::ChooseAndRender() const {
+std::vector<RenderedStream> Player::ChooseAndRender() const {
   if (m_options.audio) ChooseStream(m_session, kAudioGroup, *m_options.audio);
   if (m_options.subtitle) ChooseStream(m_session, kSubtitleGroup, *m_options.subtitle);
   return RenderStreams(m_session, m_sinkSeeking);
 }
 
-std::int64_t CPlayer::StartTime() const {
+std::int64_t Player::StartTime() const {
   if (!m_options.chapter) return m_options.start.value_or(0);
   const auto markers = MarkersOf(m_session.Splitter());
   const std::uint32_t number = *m_options.chapter;
@@ -66,7 +66,7 @@ std::int64_t CPlayer::StartTime() const {
                   fmt::format("{}: no chapter {} (the file has {})", m_session.File(), number, markers.size()));
 }
 
-void CPlayer::GoToStart() {
+void Player::GoToStart() {
   m_target = StartTime();
   if (m_options.stop && *m_options.stop <= m_target) {
     throw HostError(ExitCode::kUsage, "--stop: " + TimeText(*m_options.stop) + " is not after the start");
@@ -75,7 +75,7 @@ void CPlayer::GoToStart() {
   if (m_target != 0 || m_options.stop) m_positions.Seek(m_target);
 }
 
-GraphEnd CPlayer::Play() {
+GraphEnd Player::Play() {
   if (m_streams.empty()) return GraphEnd::kComplete;
   if (m_options.withoutClock) m_session.RunWithoutClock();
   if (m_keyboard.IsThere()) m_line.Tell(kKeyHelp);
@@ -92,7 +92,7 @@ GraphEnd CPlayer::Play() {
   return end;
 }
 
-GraphEnd CPlayer::Step() {
+GraphEnd Player::Step() {
   const GraphEnd end = m_events.Wait(NextWait(), m_keyboard.Event());
   const bool isComplete = end == GraphEnd::kComplete;
   if (end != GraphEnd::kNone && !isComplete) return end;
@@ -107,33 +107,33 @@ GraphEnd CPlayer::Step() {
   return isComplete && HasEnded() ? end : GraphEnd::kNone;
 }
 
-bool CPlayer::IsLimitReached() const {
+bool Player::IsLimitReached() const {
   return m_options.limit && Seconds() * 1e7 >= static_cast<double>(*m_options.limit);
 }
 
 // Until the progress line is due, a seek may be, or the time that the user allowed is over.
-DWORD CPlayer::NextWait() const {
+DWORD Player::NextWait() const {
   const DWORD interval = m_seeksDone < m_options.seeks.size() ? kSeekPoll : m_line.Interval();
   if (!m_options.limit) return interval;
   const double left = std::max(static_cast<double>(*m_options.limit) / 1e4 - Seconds() * 1000, 0.0);
   return std::min(interval, static_cast<DWORD>(std::min(left + 1, 60000.0)));
 }
 
-bool CPlayer::IsSeekDue() const {
+bool Player::IsSeekDue() const {
   const auto hasSamples = [](const RenderedStream& stream) { return stream.counter->HasSamples(); };
   return std::any_of(m_streams.begin(), m_streams.end(), hasSamples) ||
          MonotonicMilliseconds() - m_lastSeek >= kSeekPatience;
 }
 
-void CPlayer::SeekNext() { Seek(m_options.seeks[m_seeksDone++]); }
+void Player::SeekNext() { Seek(m_options.seeks[m_seeksDone++]); }
 
-void CPlayer::Seek(std::int64_t time) {
+void Player::Seek(std::int64_t time) {
   m_target = std::clamp<std::int64_t>(time, 0, std::max<std::int64_t>(Duration().value_or(kOpenTime), 0));
   m_positions.Seek(m_target);
   m_lastSeek = MonotonicMilliseconds();
 }
 
-GraphEnd CPlayer::Obey(PlayerKey key) {
+GraphEnd Player::Obey(PlayerKey key) {
   constexpr std::int64_t kStep = 100'000'000;  // 10 s
   switch (key) {
     case PlayerKey::kPause:
@@ -160,26 +160,26 @@ GraphEnd CPlayer::Obey(PlayerKey key) {
   return GraphEnd::kNone;
 }
 
-void CPlayer::TogglePause() {
+void Player::TogglePause() {
   m_paused = !m_paused;
   RestoreState();
 }
 
-void CPlayer::RestoreState() { m_paused ? m_session.Pause() : m_session.Run(); }
+void Player::RestoreState() { m_paused ? m_session.Pause() : m_session.Run(); }
 
-void CPlayer::StepStream(std::uint32_t group) {
+void Player::StepStream(std::uint32_t group) {
   const auto streams = StreamsOf(m_session.Splitter());
   const auto next = NextStream(streams, group);
   if (!next) return m_line.Tell("no other " + GroupName(group) + " stream");
   const std::int64_t position = Position();
-  if (m_switcher.Switch(*next) == CStreamSwitcher::Outcome::kStopped) {
+  if (m_switcher.Switch(*next) == StreamSwitcher::Outcome::kStopped) {
     Seek(position);
     RestoreState();
   }
   m_line.Tell(ChoiceText(GroupName(group), NumberInGroup(streams, *next), streams[*next].name));
 }
 
-void CPlayer::NextChapter() {
+void Player::NextChapter() {
   const auto markers = MarkersOf(m_session.Splitter());
   const auto next = NextMarker(markers, Position());
   if (!next) return m_line.Tell("no further chapter");
@@ -187,14 +187,14 @@ void CPlayer::NextChapter() {
   m_line.Tell(ChoiceText("chapter", *next + 1, markers[*next].name));
 }
 
-bool CPlayer::HasEnded() const {
+bool Player::HasEnded() const {
   return std::all_of(m_streams.begin(), m_streams.end(),
                      [](const RenderedStream& stream) { return stream.counter->HasEnded(); });
 }
 
 // By the clock where something in the graph keeps pace with it, otherwise by the samples that came. Those
 // may begin before the time that was asked for.
-std::int64_t CPlayer::Position() const {
+std::int64_t Player::Position() const {
   const auto isRendered = [](const RenderedStream& stream) { return !stream.renderer.empty(); };
   const bool isTimed = !m_options.withoutClock && std::any_of(m_streams.begin(), m_streams.end(), isRendered);
   const auto current = isTimed ? m_positions.Current() : std::nullopt;
@@ -205,16 +205,16 @@ std::int64_t CPlayer::Position() const {
   return position;
 }
 
-std::optional<std::int64_t> CPlayer::Duration() const {
+std::optional<std::int64_t> Player::Duration() const {
   LONGLONG duration = 0;
   const auto seeking = m_streams.front().output.Query<IMediaSeeking>();
   if (!seeking || FAILED(seeking->GetDuration(&duration)) || duration == kOpenTime) return std::nullopt;
   return duration;
 }
 
-double CPlayer::Seconds() const { return static_cast<double>(MonotonicMilliseconds() - m_begin) / 1000; }
+double Player::Seconds() const { return static_cast<double>(MonotonicMilliseconds() - m_begin) / 1000; }
 
-PlayProgress CPlayer::Progress() const {
+PlayProgress Player::Progress() const {
   PlayProgress progress;
   progress.duration = Duration();
   // The clock goes on for a moment after the last sample.
@@ -225,9 +225,9 @@ PlayProgress CPlayer::Progress() const {
   return progress;
 }
 
-std::string CPlayer::Summary() const { return SummaryText(Played(m_streams), m_seconds); }
+std::string Player::Summary() const { return SummaryText(Played(m_streams), m_seconds); }
 
-std::string CPlayer::Failure() const {
+std::string Player::Failure() const {
   return "ended early, at " + TimeText(Position()) + ": " + FailureText(m_events.Error());
 }
 

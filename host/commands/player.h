@@ -1,5 +1,4 @@
-// Plays one file from the first sample to the end, and does what the options and keys ask meanwhile. Owned
-// by the play command, main thread.
+// Plays one file to its end, and obeys the options and the keys on the way. Owned by the play command, main thread.
 #pragma once
 
 #include <optional>
@@ -17,10 +16,10 @@
 
 namespace tarvex::host {
 
-class CPlayer {
+class Player {
  public:
   /// Chooses streams, renders them and goes to the start. The arguments outlive it. Throws HostError.
-  CPlayer(CGraphSession& session, const PlayOptions& options);
+  Player(GraphSession& session, const PlayOptions& options);
 
   /// Once. Throws HostError.
   GraphEnd Play();
@@ -54,15 +53,15 @@ class CPlayer {
   double Seconds() const;
   PlayProgress Progress() const;
 
-  CGraphSession& m_session;
+  GraphSession& m_session;
   const PlayOptions& m_options;
-  CKeyboard m_keyboard;
+  Keyboard m_keyboard;
   const SinkSeeking m_sinkSeeking;
   std::vector<RenderedStream> m_streams;
-  CStreamSwitcher m_switcher;
-  CGraphPositions m_positions;
-  CGraphEvents m_events;
-  CProgressLine m_line;
+  StreamSwitcher m_switcher;
+  GraphPositions m_positions;
+  GraphEvents m_events;
+  ProgressLine m_line;
 
   std::size_t m_seeksDone = 0;
   std::int64_t m_target = 0;  // of the last seek

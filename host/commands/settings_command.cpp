@@ -15,19 +15,19 @@ namespace tarvex::host {
 namespace {
 
 /// Makes a class that is not registered known to COM in this process.
-class CClassRegistration {
+class ClassRegistration {
  public:
-  CClassRegistration(REFCLSID clsid, IUnknown* factory) {
+  ClassRegistration(REFCLSID clsid, IUnknown* factory) {
     const HRESULT result =
         CoRegisterClassObject(clsid, factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_registration);
     if (FAILED(result)) throw HostError(ExitCode::kInternal, "no class for a page: " + ResultText(result));
   }
-  ~CClassRegistration() {
+  ~ClassRegistration() {
     if (m_registration != 0) CoRevokeClassObject(m_registration);
   }
-  CClassRegistration(CClassRegistration&& other) noexcept : m_registration(std::exchange(other.m_registration, 0)) {}
-  CClassRegistration(const CClassRegistration&) = delete;
-  CClassRegistration& operator=(const CClassRegistration&) = delete;
+  ClassRegistration(ClassRegistration&& other) noexcept : m_registration(std::exchange(other.m_registration, 0)) {}
+  ClassRegistration(const ClassRegistration&) = delete;
+  ClassRegistration& operator=(const ClassRegistration&) = delete;
 
  private:
   DWORD m_registration = 0;
@@ -63,9 +63,9 @@ std::string Line(const char* name, bool on) { return std::string(name) + (on ? "
 }  // namespace
 
 void RunSettings(const SettingsOptions& options) {
-  const CGraphSession session(options.session);
+  const GraphSession session(options.session);
   const std::vector<CLSID> pages = PagesOf(session.Splitter());
-  std::vector<CClassRegistration> registrations;
+  std::vector<ClassRegistration> registrations;
   for (const CLSID& page : pages) {
     if (const auto factory = session.Module().Factory(page)) registrations.emplace_back(page, factory.Get());
   }

@@ -4,7 +4,7 @@
 
 namespace tarvex::host {
 
-void CDumpRecorder::OnSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+void DumpRecorder::OnSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
   DumpEvent event;
   event.kind = DumpEvent::Kind::kSegment;
   event.start = start;
@@ -13,7 +13,7 @@ void CDumpRecorder::OnSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double 
   Append(std::move(event));
 }
 
-void CDumpRecorder::OnSample(const SampleView& sample) {
+void DumpRecorder::OnSample(const SampleView& sample) {
   DumpEvent event;
   event.start = sample.start;
   event.stop = sample.stop;
@@ -29,23 +29,23 @@ void CDumpRecorder::OnSample(const SampleView& sample) {
   m_writeFailed = m_writeFailed || failed;
 }
 
-void CDumpRecorder::OnEndOfStream() {
+void DumpRecorder::OnEndOfStream() {
   DumpEvent event;
   event.kind = DumpEvent::Kind::kEnd;
   Append(std::move(event));
 }
 
-void CDumpRecorder::Append(DumpEvent event) {
+void DumpRecorder::Append(DumpEvent event) {
   const CAutoLock hold(m_lock);
   m_events.push_back(std::move(event));
 }
 
-std::vector<DumpEvent> CDumpRecorder::TakeEvents() {
+std::vector<DumpEvent> DumpRecorder::TakeEvents() {
   const CAutoLock hold(m_lock);
   return std::move(m_events);
 }
 
-bool CDumpRecorder::HasWriteFailed() {
+bool DumpRecorder::HasWriteFailed() {
   const CAutoLock hold(m_lock);
   return m_writeFailed;
 }

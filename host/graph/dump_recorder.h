@@ -12,10 +12,10 @@
 
 namespace tarvex::host {
 
-class CDumpRecorder : public SampleObserver {
+class DumpRecorder : public SampleObserver {
  public:
   /// The bytes of all samples go to `bytes`, one after another; an empty handle keeps none.
-  explicit CDumpRecorder(FileHandle bytes) : m_bytes(std::move(bytes)) {}
+  explicit DumpRecorder(FileHandle bytes) : m_bytes(std::move(bytes)) {}
 
   void OnSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
   void OnSample(const SampleView& sample) override;
@@ -28,7 +28,7 @@ class CDumpRecorder : public SampleObserver {
  private:
   void Append(DumpEvent event);
 
-  CCritSec m_lock{"CDumpRecorder", LockRank::kVisited};
+  CCritSec m_lock{"DumpRecorder", LockRank::kVisited};
   std::vector<DumpEvent> m_events;  // under m_lock
   bool m_writeFailed = false;       // under m_lock
   FileHandle m_bytes;               // the streaming thread's

@@ -18,7 +18,7 @@ void HandleMessages() {
 
 }  // namespace
 
-CGraphEvents::CGraphEvents(IGraphBuilder* graph) {
+GraphEvents::GraphEvents(IGraphBuilder* graph) {
   OAEVENT handle = 0;
   HRESULT result = graph->QueryInterface(IID_IMediaEventEx, m_events.PutVoid());
   if (SUCCEEDED(result)) result = m_events->GetEventHandle(&handle);
@@ -26,7 +26,7 @@ CGraphEvents::CGraphEvents(IGraphBuilder* graph) {
   m_signal = reinterpret_cast<HANDLE>(handle);  // NOLINT(performance-no-int-to-ptr): the interface has it so
 }
 
-GraphEnd CGraphEvents::TakeEvents() {
+GraphEnd GraphEvents::TakeEvents() {
   LONG code = 0;
   LONG_PTR first = 0;
   LONG_PTR second = 0;
@@ -43,7 +43,7 @@ GraphEnd CGraphEvents::TakeEvents() {
   return end;
 }
 
-GraphEnd CGraphEvents::Wait(DWORD milliseconds, HANDLE attention) {
+GraphEnd GraphEvents::Wait(DWORD milliseconds, HANDLE attention) {
   const HANDLE handles[] = {m_interrupt.Event(), m_signal, attention};
   const DWORD count = attention == nullptr ? 2 : 3;
   const ULONGLONG begin = MonotonicMilliseconds();

@@ -14,16 +14,16 @@ enum class GraphEnd {
   kAborted,      ///< a filter gave up; Error() says with which code
   kClosed,       ///< the user closed the picture's window
   kInterrupted,  ///< Ctrl-C
-  kQuit,         ///< the user wants no more; not from here
+  kQuit,         ///< the user pressed q; the player answers it, never Wait
 };
 
-class CGraphEvents {
+class GraphEvents {
  public:
   /// Throws HostError when the graph has no events.
-  explicit CGraphEvents(IGraphBuilder* graph);
+  explicit GraphEvents(IGraphBuilder* graph);
 
-  /// Waits for one of the ends, at most so long and until `attention` is set. INFINITE is allowed, and
-  /// null for `attention`.
+  /// Waits for an end: at most `milliseconds` (or INFINITE), and not beyond the moment when `attention`, if there is
+  /// one, is set.
   GraphEnd Wait(DWORD milliseconds, HANDLE attention = nullptr);
 
   /// The code of the last kAborted.
@@ -34,7 +34,7 @@ class CGraphEvents {
 
   ComPtr<IMediaEventEx> m_events;
   HANDLE m_signal = nullptr;  // the graph's, not ours to close
-  CInterrupt m_interrupt;
+  Interrupt m_interrupt;
   HRESULT m_error = S_OK;
 };
 

@@ -10,10 +10,10 @@
 
 namespace tarvex::host {
 
-class CGraphPositions {
+class GraphPositions {
  public:
   /// After the streams are rendered. `file` is what errors call the file.
-  CGraphPositions(IGraphBuilder* graph, std::string file);
+  GraphPositions(IGraphBuilder* graph, std::string file);
 
   /// By the graph's clock.
   std::optional<std::int64_t> Current() const;

@@ -1,5 +1,6 @@
 #include "host/graph/graph_session.h"
 
+#include "framework/filter_pins.h"
 #include "host/graph/pin_queries.h"
 #include "host/system/host_error.h"
 #include "host/system/input_file.h"
@@ -46,7 +47,7 @@ void SwitchOn(IBaseFilter* splitter, const GUID& parameter, const char* what) {
 
 }  // namespace
 
-CGraphSession::CGraphSession(const SessionOptions& options)
+GraphSession::GraphSession(const SessionOptions& options)
     : m_options(options), m_path(FullPath(options.file)), m_module(options.module), m_listener(options.logFile) {
   RequireReadable(m_path, m_options.file);
   m_graph = CreatePlatformObject<IGraphBuilder>(CLSID_FilterGraph, "filter graph");
@@ -58,12 +59,12 @@ CGraphSession::CGraphSession(const SessionOptions& options)
   }
 }
 
-CGraphSession::~CGraphSession() {
+GraphSession::~GraphSession() {
   Stop();
   RemoveAll();
 }
 
-void CGraphSession::OpenFile() {
+void GraphSession::OpenFile() {
   m_splitter = m_module.CreateSplitter();
   m_listener.Attach(m_splitter.Get());
   SetSettings();
@@ -78,12 +79,12 @@ void CGraphSession::OpenFile() {
   ConnectSource();
 }
 
-void CGraphSession::SetSettings() {
+void GraphSession::SetSettings() {
   if (m_options.separatePins) SwitchOn(m_splitter.Get(), paramSeparatePins, "separate pins");
   if (m_options.annexB) SwitchOn(m_splitter.Get(), paramAnnexBOutput, "start codes");
 }
 
-void CGraphSession::ConnectSource() {
+void GraphSession::ConnectSource() {
   const auto output = OnlyPin(m_source.Get(), PINDIR_OUTPUT);
   const auto input = OnlyPin(m_splitter.Get(), PINDIR_INPUT);
   m_listener.Forget();
@@ -92,20 +93,20 @@ void CGraphSession::ConnectSource() {
 }
 
 // The module says why in its log: its result code is the same for every reason.
-void CGraphSession::Refuse(HRESULT result) {
+void GraphSession::Refuse(HRESULT result) {
   if (!BeginsLikeMatroska(m_path)) throw HostError(ExitCode::kNotMatroska, m_options.file + ": not a Matroska file");
   const std::string text = m_listener.Refusal();
   throw HostError(ExitCode::kRefused, m_options.file + ": refused: " + (text.empty() ? ResultText(result) : text));
 }
 
-std::vector<ComPtr<IPin>> CGraphSession::OutputPins() const { return PinsOf(m_splitter.Get(), PINDIR_OUTPUT); }
+std::vector<ComPtr<IPin>> GraphSession::OutputPins() const { return PinsOf(m_splitter.Get(), PINDIR_OUTPUT); }
 
-void CGraphSession::Add(IBaseFilter* filter, const OLECHAR* name) {
+void GraphSession::Add(IBaseFilter* filter, const OLECHAR* name) {
   const HRESULT result = m_graph->AddFilter(filter, name);
   if (FAILED(result)) throw HostError(ExitCode::kPlayback, "the graph takes no filter: " + ResultText(result));
 }
 
-void CGraphSession::AddAndConnect(IBaseFilter* filter, const OLECHAR* name, IPin* output, IPin* input) {
+void GraphSession::AddAndConnect(IBaseFilter* filter, const OLECHAR* name, IPin* output, IPin* input) {
   Add(filter, name);
   const HRESULT result = m_graph->ConnectDirect(output, input, nullptr);
   if (SUCCEEDED(result)) return;
@@ -114,36 +115,36 @@ void CGraphSession::AddAndConnect(IBaseFilter* filter, const OLECHAR* name, IPin
                   m_options.file + ": " + PinName(output) + " cannot be connected: " + ResultText(result));
 }
 
-void CGraphSession::Remove(IBaseFilter* filter) noexcept {
+void GraphSession::Remove(IBaseFilter* filter) noexcept {
   DisconnectPins(m_graph.Get(), filter, PINDIR_OUTPUT);
   DisconnectPins(m_graph.Get(), filter, PINDIR_INPUT);
   m_graph->RemoveFilter(filter);
 }
 
-void CGraphSession::RunWithoutClock() {
+void GraphSession::RunWithoutClock() {
   const auto filter = m_graph.Query<IMediaFilter>();
   if (filter) filter->SetSyncSource(nullptr);
 }
 
-void CGraphSession::ShareClock() noexcept {
+void GraphSession::ShareClock() noexcept {
   const auto filter = m_graph.Query<IMediaFilter>();
   ComPtr<IReferenceClock> clock;
   if (filter && SUCCEEDED(filter->GetSyncSource(clock.Put())) && clock) filter->SetSyncSource(clock.Get());
 }
 
-void CGraphSession::Run() {
+void GraphSession::Run() {
   const auto control = m_graph.Query<IMediaControl>();
   const HRESULT result = control ? control->Run() : E_NOINTERFACE;
   if (FAILED(result)) throw HostError(ExitCode::kPlayback, m_options.file + ": cannot run: " + ResultText(result));
 }
 
-void CGraphSession::Pause() {
+void GraphSession::Pause() {
   const auto control = m_graph.Query<IMediaControl>();
   const HRESULT result = control ? control->Pause() : E_NOINTERFACE;
   if (FAILED(result)) throw HostError(ExitCode::kPlayback, m_options.file + ": cannot pause: " + ResultText(result));
 }
 
-void CGraphSession::Stop() noexcept {
+void GraphSession::Stop() noexcept {
   if (!m_graph) return;
   const auto control = m_graph.Query<IMediaControl>();
   if (control) control->Stop();
@@ -151,7 +152,7 @@ void CGraphSession::Stop() noexcept {
 
 // Downstream filters go first: a splitter that loses its source drops the pins they are connected to.
 // The list is made anew after each, since removing changes it.
-void CGraphSession::RemoveAll() noexcept {
+void GraphSession::RemoveAll() noexcept {
   m_listener.Detach();
   ComPtr<IEnumFilters> list;
   ComPtr<IBaseFilter> filter;

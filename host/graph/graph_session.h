@@ -21,18 +21,18 @@ struct SessionOptions {
   bool annexB = false;  ///< H.264 with start codes
 };
 
-class CGraphSession {
+class GraphSession {
  public:
   /// Opens the file. Throws HostError with the reason.
-  explicit CGraphSession(const SessionOptions& options);
-  ~CGraphSession();
-  CGraphSession(const CGraphSession&) = delete;
-  CGraphSession& operator=(const CGraphSession&) = delete;
+  explicit GraphSession(const SessionOptions& options);
+  ~GraphSession();
+  GraphSession(const GraphSession&) = delete;
+  GraphSession& operator=(const GraphSession&) = delete;
 
   // Valid as long as this object; not counted.
   IGraphBuilder* Graph() const noexcept { return m_graph.Get(); }
   IBaseFilter* Splitter() const noexcept { return m_splitter.Get(); }
-  const CModuleLoader& Module() const noexcept { return m_module; }
+  const ModuleLoader& Module() const noexcept { return m_module; }
 
   /// What the user calls the file.
   const std::string& File() const noexcept { return m_options.file; }
@@ -47,7 +47,7 @@ class CGraphSession {
   /// Disconnects what is connected to the filter and takes it out.
   void Remove(IBaseFilter* filter) noexcept;
 
-  /// Filters that came after the graph had chosen its clock get it as well; not every platform sees to that.
+  /// Gives the graph's clock to filters that were added after it was chosen: not every platform does that.
   void ShareClock() noexcept;
   /// No filter keeps time: data flows as fast as it is taken.
   void RunWithoutClock();
@@ -66,11 +66,11 @@ class CGraphSession {
 
   const SessionOptions m_options;
   const WideString m_path;
-  const CModuleLoader m_module;  // before everything that comes from it
+  const ModuleLoader m_module;  // before everything that comes from it
   ComPtr<IGraphBuilder> m_graph;
   ComPtr<IBaseFilter> m_source;
   ComPtr<IBaseFilter> m_splitter;
-  CLogListener m_listener;  // the first to go, since it holds on to the splitter
+  LogListener m_listener;  // the first to go, since it holds on to the splitter
 };
 
 }  // namespace tarvex::host

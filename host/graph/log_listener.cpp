@@ -23,7 +23,7 @@ std::string ClockText() {
 
 }  // namespace
 
-CLogListener::CLogListener(const std::string& logFile) {
+LogListener::LogListener(const std::string& logFile) {
   if (logFile.empty()) return;
   m_file = FileHandle::Create(FullPath(logFile));
   if (!m_file) {
@@ -31,41 +31,41 @@ CLogListener::CLogListener(const std::string& logFile) {
   }
 }
 
-CLogListener::~CLogListener() { Detach(); }
+LogListener::~LogListener() { Detach(); }
 
-void CLogListener::Attach(IBaseFilter* splitter) {
+void LogListener::Attach(IBaseFilter* splitter) {
   Detach();
   if (FAILED(splitter->QueryInterface(IID_IModuleLog, m_log.PutVoid()))) return;
-  if (FAILED(m_log->SetSink(&CLogListener::Receive, this))) m_log.Reset();
+  if (FAILED(m_log->SetSink(&LogListener::Receive, this))) m_log.Reset();
 }
 
-void CLogListener::Detach() noexcept {
+void LogListener::Detach() noexcept {
   if (!m_log) return;
   m_log->SetSink(nullptr, nullptr);
   m_log.Reset();
 }
 
-std::string CLogListener::Refusal() {
+std::string LogListener::Refusal() {
   constexpr std::string_view kTrack = kRefusedTrack;
   const CAutoLock hold(m_lock);
   if (!m_before.starts_with(kTrack)) return m_last;
   return m_before.substr(kTrack.size()) + ": " + m_last;
 }
 
-void CLogListener::Forget() {
+void LogListener::Forget() {
   const CAutoLock hold(m_lock);
   m_last.clear();
   m_before.clear();
 }
 
-void STDMETHODCALLTYPE CLogListener::Receive(void* context, const char* text) {
+void STDMETHODCALLTYPE LogListener::Receive(void* context, const char* text) {
   try {
-    static_cast<CLogListener*>(context)->Take(text);
+    static_cast<LogListener*>(context)->Take(text);
   } catch (...) {  // a text is lost; the module must not notice
   }
 }
 
-void CLogListener::Take(const char* text) {
+void LogListener::Take(const char* text) {
   std::string line = text;
   while (line.ends_with('\n')) line.pop_back();
   const CAutoLock hold(m_lock);

@@ -11,21 +11,21 @@
 
 namespace tarvex::host {
 
-class CLogListener {
+class LogListener {
  public:
   /// `logFile` (as NarrowFileName gives it) is created anew; empty for none. Throws HostError.
-  explicit CLogListener(const std::string& logFile);
-  ~CLogListener();
-  CLogListener(const CLogListener&) = delete;
-  CLogListener& operator=(const CLogListener&) = delete;
+  explicit LogListener(const std::string& logFile);
+  ~LogListener();
+  LogListener(const LogListener&) = delete;
+  LogListener& operator=(const LogListener&) = delete;
 
-  /// From now on this object gets the module's texts. A module without a log is none the worse.
+  /// From now on this object gets the module's texts. Nothing happens when the module has no log.
   void Attach(IBaseFilter* splitter);
   /// No text arrives any more when this returns. Also gives up the reference on the splitter.
   void Detach() noexcept;
 
-  /// Why the module refused the file, without a newline: the last text since Attach or Forget, behind the track
-  /// that the text before it names, if it does. Empty for none.
+  /// Why the module refused the file: the last text since Attach or Forget, after the track if the text before it names
+  /// one. Without a newline; empty when there was no text.
   std::string Refusal();
   void Forget();
 
@@ -34,7 +34,7 @@ class CLogListener {
   void Take(const char* text);
 
   ComPtr<IModuleLog> m_log;
-  CCritSec m_lock{"CLogListener", LockRank::kLogSink};
+  CCritSec m_lock{"LogListener", LockRank::kLogSink};
   std::string m_last;    // under m_lock
   std::string m_before;  // the one before it, under m_lock
   FileHandle m_file;     // written under m_lock

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "framework/filter_pins.h"
 #include "framework/text_conversion.h"
 
 namespace tarvex::host {
@@ -30,18 +31,6 @@ ComPtr<IPin> FirstConnectedOutput(IBaseFilter* filter) {
 
 }  // namespace
 
-std::vector<ComPtr<IPin>> PinsOf(IBaseFilter* filter, PIN_DIRECTION direction) {
-  std::vector<ComPtr<IPin>> pins;
-  ComPtr<IEnumPins> list;
-  if (FAILED(filter->EnumPins(list.Put()))) return pins;
-  ComPtr<IPin> pin;
-  while (list->Next(1, pin.Put(), nullptr) == S_OK) {
-    PIN_DIRECTION actual = PINDIR_INPUT;
-    if (SUCCEEDED(pin->QueryDirection(&actual)) && actual == direction) pins.push_back(pin);
-  }
-  return pins;
-}
-
 std::string PinName(IPin* pin) {
   PIN_INFO info{};
   if (FAILED(pin->QueryPinInfo(&info))) return {};
@@ -61,9 +50,7 @@ std::vector<CMediaType> OfferedTypes(IPin* pin) {
   return types;
 }
 
-bool IsConnected(IPin* pin) { return static_cast<bool>(PeerOf(pin)); }
-
-std::vector<ComPtr<IBaseFilter>> DownstreamFilters(IPin* output) {
+std::vector<ComPtr<IBaseFilter>> ChainBehind(IPin* output) {
   std::vector<ComPtr<IBaseFilter>> filters;
   for (ComPtr<IPin> pin(output); pin && filters.size() < kLongestChain;) {
     const ComPtr<IPin> peer = PeerOf(pin.Get());

@@ -10,19 +10,14 @@
 
 namespace tarvex::host {
 
-/// All pins of a filter with this direction, in the order in which it lists them.
-std::vector<ComPtr<IPin>> PinsOf(IBaseFilter* filter, PIN_DIRECTION direction);
-
 std::string PinName(IPin* pin);
 
 /// All types that the pin offers, in its order.
 std::vector<CMediaType> OfferedTypes(IPin* pin);
 
-bool IsConnected(IPin* pin);
-
-/// The filters that come after `output`, up to the last one that can be reached over first connected
-/// output pins.
-std::vector<ComPtr<IBaseFilter>> DownstreamFilters(IPin* output);
+/// The filters behind `output`, one after the other: each is the peer of the first connected output pin of the one
+/// before. 16 at most.
+std::vector<ComPtr<IBaseFilter>> ChainBehind(IPin* output);
 
 /// The name that it has in the graph.
 std::string FilterName(IBaseFilter* filter);

@@ -1,5 +1,5 @@
-// What the host's own filters tell about the stream that passes through them. Implemented by the
-// commands; called on the streaming thread of one pin, one call at a time.
+// Gets told of the stream that passes through the host's own filters. Implemented by the commands; called on the
+// streaming thread of one pin, one call at a time.
 #pragma once
 
 #include <cstdint>
@@ -32,8 +32,8 @@ class SampleObserver {
   virtual void OnSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) = 0;
   virtual void OnSample(const SampleView& sample) = 0;
   virtual void OnEndOfStream() = 0;
-  /// After a flush or a stop: what comes next is not the continuation of what came before, and an end of
-  /// stream that came is void. On any thread.
+  /// After a flush or a stop. What comes next does not continue what came before, and an end of stream that came no
+  /// longer counts. On any thread.
   virtual void OnRestart() noexcept {}
 };
 

@@ -2,7 +2,7 @@
 
 namespace tarvex::host {
 
-void CSeekingPassThru::Create() {
+void SeekingPassThru::Create() {
   ComPtr<IUnknown> inner;
   if (FAILED(CoCreateInstance(CLSID_SeekingPassThru, m_owner, CLSCTX_INPROC_SERVER, IID_IUnknown, inner.PutVoid()))) {
     return;
@@ -12,7 +12,7 @@ void CSeekingPassThru::Create() {
   if (SUCCEEDED(setup->Init(m_place == Place::kEnd ? TRUE : FALSE, m_input))) m_inner = inner;
 }
 
-HRESULT CSeekingPassThru::Query(REFIID iid, void** out) {
+HRESULT SeekingPassThru::Query(REFIID iid, void** out) {
   if (iid != IID_IMediaSeeking && iid != IID_IMediaPosition) return E_NOINTERFACE;
   const CAutoLock hold(m_lock);
   if (!m_inner) Create();

@@ -7,14 +7,14 @@
 
 namespace tarvex::host {
 
-class CSeekingPassThru {
+class SeekingPassThru {
  public:
   /// Where the owner stands in the graph.
   enum class Place { kMiddle, kEnd };
 
   /// `owner` is the object that offers IMediaSeeking, `input` the input pin whose peer is asked; neither
   /// is counted.
-  CSeekingPassThru(IUnknown* owner, IPin* input, Place place) noexcept
+  SeekingPassThru(IUnknown* owner, IPin* input, Place place) noexcept
       : m_owner(owner), m_input(input), m_place(place) {}
 
   /// IMediaSeeking and IMediaPosition; E_NOINTERFACE for all others, and for these too where the
@@ -28,7 +28,7 @@ class CSeekingPassThru {
   IPin* const m_input;
   const Place m_place;
 
-  CCritSec m_lock{"CSeekingPassThru", LockRank::kController};
+  CCritSec m_lock{"SeekingPassThru", LockRank::kController};
   ComPtr<IUnknown> m_inner;  // under m_lock; made for the first query, when the owner is counted already
 };
 

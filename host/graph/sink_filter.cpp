@@ -12,21 +12,21 @@ constexpr GUID kSinkClass = {0x0C2DF9F5, 0x9A6C, 0x4E0A, {0x8B, 0x0E, 0x6C, 0x0C
 
 }  // namespace
 
-CSinkFilter::CSinkFilter(std::shared_ptr<SampleObserver> observer, SinkSeeking seeking)
-    : CBaseFilter("host CSinkFilter", nullptr, &m_filterLock, kSinkClass),
+SinkFilter::SinkFilter(std::shared_ptr<SampleObserver> observer, SinkSeeking seeking)
+    : CBaseFilter("host SinkFilter", nullptr, &m_filterLock, kSinkClass),
       m_offered(seeking),
-      m_pin(new CSinkPin(this, &m_filterLock, std::move(observer))),
-      m_seeking(Owner(), m_pin.Get(), CSeekingPassThru::Place::kEnd) {}
+      m_pin(new SinkPin(this, &m_filterLock, std::move(observer))),
+      m_seeking(Owner(), m_pin.Get(), SeekingPassThru::Place::kEnd) {}
 
-CSinkFilter::~CSinkFilter() = default;
+SinkFilter::~SinkFilter() = default;
 
-HRESULT STDMETHODCALLTYPE CSinkFilter::NonDelegatingQueryInterface(REFIID iid, void** out) {
+HRESULT STDMETHODCALLTYPE SinkFilter::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAMFilterMiscFlags) return GiveInterface(static_cast<IAMFilterMiscFlags*>(this), out);
   if (m_offered == SinkSeeking::kOffered && SUCCEEDED(m_seeking.Query(iid, out))) return S_OK;
   return CBaseFilter::NonDelegatingQueryInterface(iid, out);
 }
 
-HRESULT STDMETHODCALLTYPE CSinkFilter::Run(REFERENCE_TIME tStart) {
+HRESULT STDMETHODCALLTYPE SinkFilter::Run(REFERENCE_TIME tStart) {
   const HRESULT result = CBaseFilter::Run(tStart);
   if (FAILED(result)) return result;
   {
@@ -38,25 +38,25 @@ HRESULT STDMETHODCALLTYPE CSinkFilter::Run(REFERENCE_TIME tStart) {
 }
 
 // Run calls this as well, on its way from the stopped state, and marks the filter as running afterwards.
-HRESULT STDMETHODCALLTYPE CSinkFilter::Pause() {
+HRESULT STDMETHODCALLTYPE SinkFilter::Pause() {
   const HRESULT result = CBaseFilter::Pause();
   const CAutoLock hold(m_endLock);
   m_running = false;
   return result;
 }
 
-HRESULT STDMETHODCALLTYPE CSinkFilter::Stop() {
+HRESULT STDMETHODCALLTYPE SinkFilter::Stop() {
   const HRESULT result = CBaseFilter::Stop();
   const CAutoLock hold(m_endLock);
   m_running = m_ended = m_notified = false;
   return result;
 }
 
-CBasePin* CSinkFilter::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
+CBasePin* SinkFilter::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
 
-ComPtr<IPin> CSinkFilter::Input() const { return ComPtr<IPin>(m_pin.Get()); }
+ComPtr<IPin> SinkFilter::Input() const { return ComPtr<IPin>(m_pin.Get()); }
 
-void CSinkFilter::EndReached() {
+void SinkFilter::EndReached() {
   {
     const CAutoLock hold(m_endLock);
     m_ended = true;
@@ -64,13 +64,13 @@ void CSinkFilter::EndReached() {
   NotifyEnd();
 }
 
-void CSinkFilter::ForgetEnd() {
+void SinkFilter::ForgetEnd() {
   const CAutoLock hold(m_endLock);
   m_ended = m_notified = false;
 }
 
 // The graph is told outside the lock, since it may call back.
-void CSinkFilter::NotifyEnd() {
+void SinkFilter::NotifyEnd() {
   {
     const CAutoLock hold(m_endLock);
     if (!m_ended || !m_running || m_notified) return;

@@ -1,7 +1,7 @@
-// The end of a stream that no renderer takes: a filter with one input pin that accepts everything, shows
-// it to an observer and lets it go at once. Made by the commands, owned by them and the graph.
-// It offers seeking only where that is wanted: a graph that finds some reads the stop position when it runs,
-// and with that the splitter ends where the file says it does, even if there is more.
+// The end of a stream that no renderer takes: a filter with one input pin that accepts everything, shows it to an
+// observer and releases it at once. Made by the commands, owned by them and the graph. It offers seeking only on
+// request: a graph that finds IMediaSeeking asks for the stop position when it runs. From then on the splitter ends at
+// the duration that the file names, even if more data follow.
 #pragma once
 
 #include <memory>
@@ -14,14 +14,14 @@
 
 namespace tarvex::host {
 
-class CSinkPin;
+class SinkPin;
 
 enum class SinkSeeking { kNone, kOffered };
 
-class CSinkFilter : public CBaseFilter, public IAMFilterMiscFlags {
+class SinkFilter : public CBaseFilter, public IAMFilterMiscFlags {
  public:
-  explicit CSinkFilter(std::shared_ptr<SampleObserver> observer, SinkSeeking seeking = SinkSeeking::kNone);
-  ~CSinkFilter() override;
+  explicit SinkFilter(std::shared_ptr<SampleObserver> observer, SinkSeeking seeking = SinkSeeking::kNone);
+  ~SinkFilter() override;
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
@@ -43,24 +43,24 @@ class CSinkFilter : public CBaseFilter, public IAMFilterMiscFlags {
   ComPtr<IPin> Input() const;
 
  private:
-  friend class CSinkPin;
+  friend class SinkPin;
 
   /// On the streaming thread.
   void EndReached();
   void ForgetEnd();
   void NotifyEnd();
 
-  CCritSec m_filterLock{"host CSinkFilter", LockRank::kLastFilter};
+  CCritSec m_filterLock{"host SinkFilter", LockRank::kLastFilter};
 
   // A renderer reports its end only while it runs; one that comes earlier is reported by Run.
-  CCritSec m_endLock{"host CSinkFilter end", LockRank::kVisited};
+  CCritSec m_endLock{"host SinkFilter end", LockRank::kVisited};
   bool m_ended = false;     // under m_endLock
   bool m_running = false;   // under m_endLock
   bool m_notified = false;  // under m_endLock
 
   const SinkSeeking m_offered;
-  OwnedPin<CSinkPin> m_pin;
-  CSeekingPassThru m_seeking;
+  OwnedPin<SinkPin> m_pin;
+  SeekingPassThru m_seeking;
 };
 
 }  // namespace tarvex::host

@@ -5,12 +5,12 @@
 
 namespace tarvex::host {
 
-CSinkPin::CSinkPin(CSinkFilter* filter, CCritSec* lock, std::shared_ptr<SampleObserver> observer)
-    : CBaseInputPin("host CSinkPin", filter, lock, OLESTR("In")), m_sink(filter), m_observer(std::move(observer)) {}
+SinkPin::SinkPin(SinkFilter* filter, CCritSec* lock, std::shared_ptr<SampleObserver> observer)
+    : CBaseInputPin("host SinkPin", filter, lock, OLESTR("In")), m_sink(filter), m_observer(std::move(observer)) {}
 
-HRESULT CSinkPin::CheckMediaType(const CMediaType* /*type*/) { return S_OK; }
+HRESULT SinkPin::CheckMediaType(const CMediaType* /*type*/) { return S_OK; }
 
-HRESULT STDMETHODCALLTYPE CSinkPin::Receive(IMediaSample* pSample) {
+HRESULT STDMETHODCALLTYPE SinkPin::Receive(IMediaSample* pSample) {
   const HRESULT result = CBaseInputPin::Receive(pSample);
   if (result != S_OK) return result;
   return ComBoundary([&] {
@@ -19,7 +19,7 @@ HRESULT STDMETHODCALLTYPE CSinkPin::Receive(IMediaSample* pSample) {
   });
 }
 
-HRESULT STDMETHODCALLTYPE CSinkPin::EndOfStream() {
+HRESULT STDMETHODCALLTYPE SinkPin::EndOfStream() {
   const PinScope scope(*this);
   if (!scope) return VFW_E_NOT_CONNECTED;
   return ComBoundary([&] {
@@ -29,7 +29,7 @@ HRESULT STDMETHODCALLTYPE CSinkPin::EndOfStream() {
   });
 }
 
-HRESULT STDMETHODCALLTYPE CSinkPin::EndFlush() {
+HRESULT STDMETHODCALLTYPE SinkPin::EndFlush() {
   const PinScope scope(*this);
   if (!scope) return VFW_E_NOT_CONNECTED;
   m_observer->OnRestart();
@@ -37,13 +37,13 @@ HRESULT STDMETHODCALLTYPE CSinkPin::EndFlush() {
   return CBaseInputPin::EndFlush();
 }
 
-HRESULT CSinkPin::Inactive() {
+HRESULT SinkPin::Inactive() {
   const HRESULT result = CBaseInputPin::Inactive();
   m_observer->OnRestart();
   return result;
 }
 
-HRESULT STDMETHODCALLTYPE CSinkPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
+HRESULT STDMETHODCALLTYPE SinkPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
   const HRESULT result = ComBoundary([&] {
     m_observer->OnSegment(tStart, tStop, dRate);
     return S_OK;

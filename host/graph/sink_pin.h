@@ -9,12 +9,12 @@
 
 namespace tarvex::host {
 
-class CSinkFilter;
+class SinkFilter;
 
-class CSinkPin : public CBaseInputPin {
+class SinkPin : public CBaseInputPin {
  public:
   /// `filter` is not counted; it owns the pin.
-  CSinkPin(CSinkFilter* filter, CCritSec* lock, std::shared_ptr<SampleObserver> observer);
+  SinkPin(SinkFilter* filter, CCritSec* lock, std::shared_ptr<SampleObserver> observer);
 
   /// Takes every type.
   HRESULT CheckMediaType(const CMediaType* type) override;
@@ -28,7 +28,7 @@ class CSinkPin : public CBaseInputPin {
   HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
 
  private:
-  CSinkFilter* const m_sink;
+  SinkFilter* const m_sink;
   const std::shared_ptr<SampleObserver> m_observer;
 };
 

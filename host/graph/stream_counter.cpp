@@ -6,7 +6,7 @@ namespace tarvex::host {
 
 // Only the streaming thread writes numbers, so that reading and writing need not be one step.
 
-void CStreamCounter::OnSegment(REFERENCE_TIME start, REFERENCE_TIME /*stop*/, double /*rate*/) {
+void StreamCounter::OnSegment(REFERENCE_TIME start, REFERENCE_TIME /*stop*/, double /*rate*/) {
   m_earlierSpan = Span();
   m_first = m_position = start;
   m_segmentStart = start;
@@ -14,7 +14,7 @@ void CStreamCounter::OnSegment(REFERENCE_TIME start, REFERENCE_TIME /*stop*/, do
   m_ended = false;
 }
 
-void CStreamCounter::OnSample(const SampleView& sample) {
+void StreamCounter::OnSample(const SampleView& sample) {
   ++m_samples;
   m_bytes += sample.data.size();
   if (sample.start) {
@@ -27,7 +27,7 @@ void CStreamCounter::OnSample(const SampleView& sample) {
   m_hasSamples = true;
 }
 
-void CStreamCounter::OnRestart() noexcept {
+void StreamCounter::OnRestart() noexcept {
   m_hasSamples = false;
   m_ended = false;
 }

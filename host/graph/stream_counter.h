@@ -9,7 +9,7 @@
 
 namespace tarvex::host {
 
-class CStreamCounter : public SampleObserver {
+class StreamCounter : public SampleObserver {
  public:
   void OnSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
   void OnSample(const SampleView& sample) override;

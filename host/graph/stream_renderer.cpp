@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "framework/filter_pins.h"
 #include "framework/text_conversion.h"
 #include "host/graph/pin_queries.h"
 #include "host/graph/stream_list.h"
@@ -26,7 +27,7 @@ std::vector<ComPtr<IBaseFilter>> FiltersOf(IFilterGraph* graph) {
 }
 
 // An attempt to render may leave decoders behind that lead nowhere.
-void RemoveAllBut(CGraphSession& session, const std::vector<ComPtr<IBaseFilter>>& kept) {
+void RemoveAllBut(GraphSession& session, const std::vector<ComPtr<IBaseFilter>>& kept) {
   for (const auto& filter : FiltersOf(session.Graph())) {
     if (std::find(kept.begin(), kept.end(), filter) == kept.end()) session.Remove(filter.Get());
   }
@@ -41,16 +42,16 @@ bool OffersVideo(IPin* pin) {
 // {FA10746C-9B63-4B6C-BC49-FC300EA5F256}
 constexpr CLSID kEnhancedRenderer = {0xFA10746C, 0x9B63, 0x4B6C, {0xBC, 0x49, 0xFC, 0x30, 0x0E, 0xA5, 0xF2, 0x56}};
 
-bool AddRenderer(CGraphSession& session, REFCLSID clsid, const OLECHAR* name, ComPtr<IBaseFilter>& renderer) {
+bool AddRenderer(GraphSession& session, REFCLSID clsid, const OLECHAR* name, ComPtr<IBaseFilter>& renderer) {
   if (FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, renderer.PutVoid()))) return false;
   session.Add(renderer.Get(), name);
   return true;
 }
 
-// One that is present before rendering begins is preferred to all others. The enhanced one is the best that
-// Windows has. Wine's does not get on with every decoder, nor does the mixing one that a graph takes by itself,
-// so there it is the plain one.
-ComPtr<IBaseFilter> AddVideoRenderer(CGraphSession& session) {
+// Adds a video renderer, since a graph prefers one that is present before rendering begins. The enhanced one is the
+// best that Windows has. Under Wine neither that one nor the mixing one, which a graph takes by itself, works with
+// every decoder, so there it is the plain one.
+ComPtr<IBaseFilter> AddVideoRenderer(GraphSession& session) {
   ComPtr<IBaseFilter> renderer;
   if (!RunsUnderWine() && AddRenderer(session, kEnhancedRenderer, L"Enhanced Video Renderer", renderer)) {
     return renderer;
@@ -72,7 +73,7 @@ std::string ReasonNotToTry(const std::vector<CMediaType>& types) {
   return types.front().pbFormat == nullptr ? "its media type has no format block" : "";
 }
 
-// What the platform says, and what is known to be behind it.
+// The platform's answer, and the reason behind it where that is known.
 std::string ReasonOf(HRESULT result, const CMediaType& type) {
   std::string reason =
       SUCCEEDED(result) ? "a part of what it leads to is not rendered" : "no decoder or renderer takes it";
@@ -86,9 +87,9 @@ std::string ReasonOf(HRESULT result, const CMediaType& type) {
 }
 
 // Why the platform cannot render the pin, the graph being as it was then; empty when it can.
-std::string TryPlatform(CGraphSession& session, const RenderedStream& stream, const CMediaType& type) {
+std::string TryPlatform(GraphSession& session, const RenderedStream& stream, const CMediaType& type) {
   const auto before = FiltersOf(session.Graph());
-  const auto tap = MakeCom<CTapFilter>(stream.counter);
+  const auto tap = MakeCom<TapFilter>(stream.counter);
   session.AddAndConnect(tap.Get(), kTapName, stream.output.Get(), tap->InputPin());
   const HRESULT result = session.Graph()->Render(tap->OutputPin());
   if (SUCCEEDED(result) && result != VFW_S_PARTIAL_RENDER && IsConnected(tap->OutputPin())) return {};
@@ -99,12 +100,12 @@ std::string TryPlatform(CGraphSession& session, const RenderedStream& stream, co
 // The filters behind the tap; empty without one.
 std::string RenderersOf(IPin* output) {
   std::string text;
-  const auto filters = DownstreamFilters(output);
+  const auto filters = ChainBehind(output);
   for (std::size_t i = 1; i < filters.size(); ++i) text += (text.empty() ? "" : " > ") + FilterName(filters[i].Get());
   return text;
 }
 
-std::string NameOfCarried(const CGraphSession& session, IPin* output) {
+std::string NameOfCarried(const GraphSession& session, IPin* output) {
   const auto pins = session.OutputPins();
   const auto streams = StreamsOf(session.Splitter());
   const auto carried = StreamsOfPins(pins, streams);
@@ -116,7 +117,7 @@ std::string NameOfCarried(const CGraphSession& session, IPin* output) {
 
 }  // namespace
 
-void DescribeStream(const CGraphSession& session, RenderedStream& stream) {
+void DescribeStream(const GraphSession& session, RenderedStream& stream) {
   const auto types = OfferedTypes(stream.output.Get());
   stream.pin = PinName(stream.output.Get());
   stream.name = NameOfCarried(session, stream.output.Get());
@@ -126,18 +127,18 @@ void DescribeStream(const CGraphSession& session, RenderedStream& stream) {
   stream.mediaType = MediaTypeLine(DescribeMediaType(types.front()));
 }
 
-void RenderStream(CGraphSession& session, RenderedStream& stream, SinkSeeking seeking) {
+void RenderStream(GraphSession& session, RenderedStream& stream, SinkSeeking seeking) {
   const auto types = OfferedTypes(stream.output.Get());
   stream.reason = ReasonNotToTry(types);
   if (stream.reason.empty()) stream.reason = TryPlatform(session, stream, types.front());
   if (!stream.reason.empty()) {
-    const auto sink = MakeCom<CSinkFilter>(stream.counter, seeking);
+    const auto sink = MakeCom<SinkFilter>(stream.counter, seeking);
     session.AddAndConnect(sink.Get(), L"Counting sink", stream.output.Get(), sink->Input().Get());
   }
   DescribeStream(session, stream);
 }
 
-std::vector<RenderedStream> RenderStreams(CGraphSession& session, SinkSeeking seeking) {
+std::vector<RenderedStream> RenderStreams(GraphSession& session, SinkSeeking seeking) {
   std::vector<RenderedStream> streams;
   ComPtr<IBaseFilter> videoRenderer;
   const auto pins = session.OutputPins();
@@ -145,7 +146,7 @@ std::vector<RenderedStream> RenderStreams(CGraphSession& session, SinkSeeking se
     videoRenderer = AddVideoRenderer(session);
   }
   for (const auto& pin : pins) {
-    streams.push_back({pin, {}, {}, {}, {}, {}, {}, std::make_shared<CStreamCounter>()});
+    streams.push_back({pin, {}, {}, {}, {}, {}, {}, std::make_shared<StreamCounter>()});
     RenderStream(session, streams.back(), seeking);
   }
   // A renderer without input would keep the graph from ever being complete.

@@ -20,16 +20,16 @@ struct RenderedStream {
   std::string mediaType;  ///< on one line
   std::string renderer;   ///< the filters it goes through; empty for a counting sink
   std::string reason;     ///< why nothing rendered it the last time that this was tried; empty otherwise
-  std::shared_ptr<CStreamCounter> counter;
+  std::shared_ptr<StreamCounter> counter;
 };
 
 /// Renders every output pin. Throws HostError when a pin takes not even the sink.
-std::vector<RenderedStream> RenderStreams(CGraphSession& session, SinkSeeking seeking);
+std::vector<RenderedStream> RenderStreams(GraphSession& session, SinkSeeking seeking);
 
 /// Renders one pin, which is not connected. Its counter goes on. Throws like RenderStreams.
-void RenderStream(CGraphSession& session, RenderedStream& stream, SinkSeeking seeking);
+void RenderStream(GraphSession& session, RenderedStream& stream, SinkSeeking seeking);
 
 /// Reads anew what the pin carries and where that goes, after others have connected it.
-void DescribeStream(const CGraphSession& session, RenderedStream& stream);
+void DescribeStream(const GraphSession& session, RenderedStream& stream);
 
 }  // namespace tarvex::host

@@ -13,11 +13,11 @@ namespace tarvex::host {
 
 /// Chooses for pins that are not connected. `wish` as FindStream takes it. Throws
 /// HostError with kUsage when the file has no such stream; "off" is fulfilled by a file without any.
-void ChooseStream(CGraphSession& session, std::uint32_t group, const std::string& wish);
+void ChooseStream(GraphSession& session, std::uint32_t group, const std::string& wish);
 
-class CStreamSwitcher {
+class StreamSwitcher {
  public:
-  CStreamSwitcher(CGraphSession& session, std::vector<RenderedStream>& streams, SinkSeeking seeking)
+  StreamSwitcher(GraphSession& session, std::vector<RenderedStream>& streams, SinkSeeking seeking)
       : m_session(session), m_streams(streams), m_seeking(seeking) {}
 
   enum class Outcome {
@@ -33,7 +33,7 @@ class CStreamSwitcher {
   void EnableConnected(RenderedStream& stream, std::uint32_t index);
   void RenderAnew(RenderedStream& stream, std::uint32_t index);
 
-  CGraphSession& m_session;
+  GraphSession& m_session;
   std::vector<RenderedStream>& m_streams;
   const SinkSeeking m_seeking;
 };

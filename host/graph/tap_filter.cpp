@@ -12,14 +12,14 @@ constexpr GUID kTapClass = {0x5D0E4F6E, 0x2A53, 0x4B0C, {0x9F, 0x0B, 0x0B, 0x7C,
 
 }  // namespace
 
-CTapFilter::CTapFilter(std::shared_ptr<SampleObserver> observer)
-    : CBaseFilter("host CTapFilter", nullptr, &m_filterLock, kTapClass),
-      m_input(new CTapInputPin(this, &m_filterLock, std::move(observer))),
-      m_output(new CTapOutputPin(this, &m_filterLock)) {}
+TapFilter::TapFilter(std::shared_ptr<SampleObserver> observer)
+    : CBaseFilter("host TapFilter", nullptr, &m_filterLock, kTapClass),
+      m_input(new TapInputPin(this, &m_filterLock, std::move(observer))),
+      m_output(new TapOutputPin(this, &m_filterLock)) {}
 
-CTapFilter::~CTapFilter() = default;
+TapFilter::~TapFilter() = default;
 
-CBasePin* CTapFilter::GetPin(int index) {
+CBasePin* TapFilter::GetPin(int index) {
   if (index == 0) return m_input.Get();
   return index == 1 ? static_cast<CBasePin*>(m_output.Get()) : nullptr;
 }

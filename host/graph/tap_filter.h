@@ -16,25 +16,25 @@ namespace tarvex::host {
 /// What it is called in a graph.
 inline constexpr OLECHAR kTapName[] = OLESTR("Counter");
 
-class CTapInputPin;
-class CTapOutputPin;
+class TapInputPin;
+class TapOutputPin;
 
-class CTapFilter : public CBaseFilter {
+class TapFilter : public CBaseFilter {
  public:
-  explicit CTapFilter(std::shared_ptr<SampleObserver> observer);
-  ~CTapFilter() override;
+  explicit TapFilter(std::shared_ptr<SampleObserver> observer);
+  ~TapFilter() override;
 
   int GetPinCount() override { return 2; }
   CBasePin* GetPin(int index) override;
 
-  CTapInputPin* InputPin() const noexcept { return m_input.Get(); }
-  CTapOutputPin* OutputPin() const noexcept { return m_output.Get(); }
+  TapInputPin* InputPin() const noexcept { return m_input.Get(); }
+  TapOutputPin* OutputPin() const noexcept { return m_output.Get(); }
 
  protected:
-  CCritSec m_filterLock{"host CTapFilter", LockRank::kDownstreamFilter};
+  CCritSec m_filterLock{"host TapFilter", LockRank::kDownstreamFilter};
   // A derived class may put others in their places while it is constructed.
-  OwnedPin<CTapInputPin> m_input;
-  OwnedPin<CTapOutputPin> m_output;
+  OwnedPin<TapInputPin> m_input;
+  OwnedPin<TapOutputPin> m_output;
 };
 
 }  // namespace tarvex::host

@@ -6,15 +6,15 @@
 
 namespace tarvex::host {
 
-CTapInputPin::CTapInputPin(CTapFilter* filter, CCritSec* lock, std::shared_ptr<SampleObserver> observer)
-    : CBaseInputPin("host CTapInputPin", filter, lock, OLESTR("In")), m_tap(filter), m_observer(std::move(observer)) {}
+TapInputPin::TapInputPin(TapFilter* filter, CCritSec* lock, std::shared_ptr<SampleObserver> observer)
+    : CBaseInputPin("host TapInputPin", filter, lock, OLESTR("In")), m_tap(filter), m_observer(std::move(observer)) {}
 
-HRESULT CTapInputPin::CheckMediaType(const CMediaType* /*type*/) { return S_OK; }
+HRESULT TapInputPin::CheckMediaType(const CMediaType* /*type*/) { return S_OK; }
 
 // Each of these holds the filter, and with it the output pin, but not the filter's lock: downstream may
 // keep the thread for as long as it likes.
 
-HRESULT STDMETHODCALLTYPE CTapInputPin::Receive(IMediaSample* pSample) {
+HRESULT STDMETHODCALLTYPE TapInputPin::Receive(IMediaSample* pSample) {
   const auto filter = HoldFilter();
   if (!filter) return VFW_E_NOT_CONNECTED;
   const HRESULT result = CBaseInputPin::Receive(pSample);
@@ -25,7 +25,7 @@ HRESULT STDMETHODCALLTYPE CTapInputPin::Receive(IMediaSample* pSample) {
   });
 }
 
-HRESULT STDMETHODCALLTYPE CTapInputPin::EndOfStream() {
+HRESULT STDMETHODCALLTYPE TapInputPin::EndOfStream() {
   const auto filter = HoldFilter();
   if (!filter) return VFW_E_NOT_CONNECTED;
   return ComBoundary([&] {
@@ -34,14 +34,14 @@ HRESULT STDMETHODCALLTYPE CTapInputPin::EndOfStream() {
   });
 }
 
-HRESULT STDMETHODCALLTYPE CTapInputPin::BeginFlush() {
+HRESULT STDMETHODCALLTYPE TapInputPin::BeginFlush() {
   const auto filter = HoldFilter();
   if (!filter) return VFW_E_NOT_CONNECTED;
   const HRESULT result = CBaseInputPin::BeginFlush();
   return FAILED(result) ? result : m_tap->OutputPin()->DeliverBeginFlush();
 }
 
-HRESULT STDMETHODCALLTYPE CTapInputPin::EndFlush() {
+HRESULT STDMETHODCALLTYPE TapInputPin::EndFlush() {
   const auto filter = HoldFilter();
   if (!filter) return VFW_E_NOT_CONNECTED;
   m_observer->OnRestart();
@@ -50,13 +50,13 @@ HRESULT STDMETHODCALLTYPE CTapInputPin::EndFlush() {
   return FAILED(result) ? result : own;
 }
 
-HRESULT CTapInputPin::Inactive() {
+HRESULT TapInputPin::Inactive() {
   const HRESULT result = CBaseInputPin::Inactive();
   m_observer->OnRestart();
   return result;
 }
 
-HRESULT STDMETHODCALLTYPE CTapInputPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
+HRESULT STDMETHODCALLTYPE TapInputPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
   const auto filter = HoldFilter();
   if (!filter) return VFW_E_NOT_CONNECTED;
   return ComBoundary([&] {

@@ -9,12 +9,12 @@
 
 namespace tarvex::host {
 
-class CTapFilter;
+class TapFilter;
 
-class CTapInputPin : public CBaseInputPin {
+class TapInputPin : public CBaseInputPin {
  public:
   /// `filter` is not counted; it owns the pin.
-  CTapInputPin(CTapFilter* filter, CCritSec* lock, std::shared_ptr<SampleObserver> observer);
+  TapInputPin(TapFilter* filter, CCritSec* lock, std::shared_ptr<SampleObserver> observer);
 
   /// Takes every type.
   HRESULT CheckMediaType(const CMediaType* type) override;
@@ -31,7 +31,7 @@ class CTapInputPin : public CBaseInputPin {
   IMemAllocator* Allocator() const noexcept { return m_pAllocator.Get(); }
 
  private:
-  CTapFilter* const m_tap;
+  TapFilter* const m_tap;
   const std::shared_ptr<SampleObserver> m_observer;
 };
 

@@ -5,38 +5,38 @@
 
 namespace tarvex::host {
 
-CTapOutputPin::CTapOutputPin(CTapFilter* filter, CCritSec* lock)
-    : CBaseOutputPin("host CTapOutputPin", filter, lock, OLESTR("Out")),
+TapOutputPin::TapOutputPin(TapFilter* filter, CCritSec* lock)
+    : CBaseOutputPin("host TapOutputPin", filter, lock, OLESTR("Out")),
       m_tap(filter),
-      m_seeking(Owner(), filter->InputPin(), CSeekingPassThru::Place::kMiddle) {}
+      m_seeking(Owner(), filter->InputPin(), SeekingPassThru::Place::kMiddle) {}
 
-HRESULT STDMETHODCALLTYPE CTapOutputPin::NonDelegatingQueryInterface(REFIID iid, void** out) {
+HRESULT STDMETHODCALLTYPE TapOutputPin::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (SUCCEEDED(m_seeking.Query(iid, out))) return S_OK;
   return CBaseOutputPin::NonDelegatingQueryInterface(iid, out);
 }
 
-HRESULT CTapOutputPin::CheckMediaType(const CMediaType* type) {
-  const CTapInputPin* input = m_tap->InputPin();
+HRESULT TapOutputPin::CheckMediaType(const CMediaType* type) {
+  const TapInputPin* input = m_tap->InputPin();
   return input->IsConnected() && *type == input->CurrentMediaType() ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
 }
 
-HRESULT CTapOutputPin::GetMediaType(int position, CMediaType* type) {
-  const CTapInputPin* input = m_tap->InputPin();
+HRESULT TapOutputPin::GetMediaType(int position, CMediaType* type) {
+  const TapInputPin* input = m_tap->InputPin();
   if (position != 0 || !input->IsConnected()) return VFW_S_NO_MORE_ITEMS;
   *type = input->CurrentMediaType();
   return S_OK;
 }
 
-HRESULT CTapOutputPin::DecideAllocator(IMemInputPin* peer, IMemAllocator** allocator) {
+HRESULT TapOutputPin::DecideAllocator(IMemInputPin* peer, IMemAllocator** allocator) {
   *allocator = nullptr;
-  const CTapInputPin* input = m_tap->InputPin();
+  const TapInputPin* input = m_tap->InputPin();
   if (input->Allocator() == nullptr) return VFW_E_NO_ALLOCATOR;
   const HRESULT result = peer->NotifyAllocator(input->Allocator(), input->IsReadOnly() ? TRUE : FALSE);
   if (SUCCEEDED(result)) ComPtr<IMemAllocator>(input->Allocator()).CopyTo(allocator);
   return result;
 }
 
-HRESULT CTapOutputPin::DecideBufferSize(IMemAllocator* /*allocator*/, ALLOCATOR_PROPERTIES* /*request*/) {
+HRESULT TapOutputPin::DecideBufferSize(IMemAllocator* /*allocator*/, ALLOCATOR_PROPERTIES* /*request*/) {
   return E_UNEXPECTED;
 }
 

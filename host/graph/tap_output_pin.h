@@ -7,12 +7,12 @@
 
 namespace tarvex::host {
 
-class CTapFilter;
+class TapFilter;
 
-class CTapOutputPin : public CBaseOutputPin {
+class TapOutputPin : public CBaseOutputPin {
  public:
   /// `filter` is not counted; it owns the pin.
-  CTapOutputPin(CTapFilter* filter, CCritSec* lock);
+  TapOutputPin(TapFilter* filter, CCritSec* lock);
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 
@@ -29,8 +29,8 @@ class CTapOutputPin : public CBaseOutputPin {
   HRESULT Inactive() override { return S_OK; }
 
  private:
-  CTapFilter* const m_tap;
-  CSeekingPassThru m_seeking;
+  TapFilter* const m_tap;
+  SeekingPassThru m_seeking;
 };
 
 }  // namespace tarvex::host

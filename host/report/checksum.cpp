@@ -6,7 +6,7 @@
 namespace tarvex::host {
 
 std::string Sha1Text(std::span<const std::uint8_t> bytes) {
-  CDigest digest(DigestAlgorithm::kSha1);
+  Digest digest(DigestAlgorithm::kSha1);
   digest.Add(bytes);
   return HexText(digest.Finish());
 }

@@ -15,7 +15,7 @@ std::string GuidText(const GUID& guid);
 // identifier when it is not known.
 std::string MajorTypeName(const GUID& guid);
 std::string FormatTypeName(const GUID& guid);
-/// The same number is one thing as a picture compression and another as a sound format.
+/// The major type decides: one number may be a picture compression and a sound format.
 std::string SubtypeName(const GUID& major, const GUID& subtype);
 
 /// The number that a subtype of the common form stands for: a picture compression or a wave format tag.

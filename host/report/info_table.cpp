@@ -12,7 +12,7 @@ namespace tarvex::host {
 namespace {
 
 std::string PinsTable(const InfoReport& report) {
-  CTextTable table({">pin", "name", ">stream", "media type"});
+  TextTable table({">pin", "name", ">stream", "media type"});
   for (std::size_t i = 0; i < report.pins.size(); ++i) {
     const PinReport& pin = report.pins[i];
     std::string type = pin.mediaTypes.empty() ? "none" : MediaTypeLine(pin.mediaTypes.front());
@@ -30,7 +30,7 @@ std::string FlagsText(const StreamReport& stream) {
 }
 
 std::string StreamsTable(const InfoReport& report) {
-  CTextTable table({">stream", "group", ">number", "flags", "name"});
+  TextTable table({">stream", "group", ">number", "flags", "name"});
   for (std::uint32_t i = 0; i < report.streams.size(); ++i) {
     const StreamReport& stream = report.streams[i];
     table.AddRow({std::to_string(i), GroupName(stream.group), std::to_string(NumberInGroup(report.streams, i)),
@@ -45,7 +45,7 @@ std::string MarkerText(const InfoReport& report, std::size_t index) {
 }
 
 std::string ChaptersTable(const InfoReport& report) {
-  CTextTable table({">chapter", ">start", ">end", ">marker", "name"});
+  TextTable table({">chapter", ">start", ">end", ">marker", "name"});
   for (std::size_t i = 0; i < report.chapters.size(); ++i) {
     const ChapterReport& chapter = report.chapters[i];
     table.AddRow({std::to_string(i + 1), TimeText(chapter.start), chapter.end == 0 ? "-" : TimeText(chapter.end),

@@ -60,7 +60,7 @@ std::string ChoiceText(const std::string& kind, std::size_t number, const std::s
 
 std::string SummaryText(const std::vector<PlayedStream>& streams, double seconds) {
   constexpr std::size_t kWidth = 100;
-  CTextTable table({"pin", "stream", "media type", ">samples", ">bytes", ">rate"});
+  TextTable table({"pin", "stream", "media type", ">samples", ">bytes", ">rate"});
   std::string ways;
   std::uint64_t samples = 0;
   for (const PlayedStream& stream : streams) {

@@ -7,21 +7,21 @@
 
 namespace tarvex::host {
 
-CProgressLine::CProgressLine() : m_isTerminal(OutputIsTerminal()) {}
+ProgressLine::ProgressLine() : m_isTerminal(OutputIsTerminal()) {}
 
-void CProgressLine::Rewrite(std::string line) {
+void ProgressLine::Rewrite(std::string line) {
   const std::size_t length = CharacterCount(line);
   line.append(m_shown - std::min(m_shown, length), ' ');
   m_shown = length;
   WriteOutput('\r' + line);
 }
 
-void CProgressLine::Show(const std::string& text) {
+void ProgressLine::Show(const std::string& text) {
   // One column stays free: a full line would move the cursor to the next one.
   if (m_isTerminal) Rewrite(text.substr(0, static_cast<std::size_t>(TerminalWidth() - 1)));
 }
 
-void CProgressLine::Finish(const std::string& text) {
+void ProgressLine::Finish(const std::string& text) {
   if (m_isTerminal) {
     Tell(text);
   } else {
@@ -29,7 +29,7 @@ void CProgressLine::Finish(const std::string& text) {
   }
 }
 
-void CProgressLine::Tell(const std::string& text) {
+void ProgressLine::Tell(const std::string& text) {
   if (!m_isTerminal) return;
   Rewrite(text);
   WriteOutput("\n");

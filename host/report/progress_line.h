@@ -7,9 +7,9 @@
 
 namespace tarvex::host {
 
-class CProgressLine {
+class ProgressLine {
  public:
-  CProgressLine();
+  ProgressLine();
 
   /// Milliseconds between two calls of Show that make sense.
   unsigned Interval() const noexcept { return m_isTerminal ? 100 : 1000; }

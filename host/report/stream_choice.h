@@ -19,9 +19,9 @@ std::string GroupName(std::uint32_t group);
 /// Streams of one group are counted from 1. `index` is one of the list.
 std::uint32_t NumberInGroup(const std::vector<StreamReport>& streams, std::uint32_t index);
 
-/// Index of the first stream of the group that `wish` names: its number within the group, or its language
-/// as a three-letter code or in English, in capitals or not, or "off" for the one that shows no subtitles.
-/// Nothing when there is none.
+/// Index of the first stream of the group that `wish` names. A wish is its number within the group, or its language as
+/// a three-letter code or in English, in capitals or not, or "off" for the one that shows no subtitles. Nothing when
+/// there is none.
 std::optional<std::uint32_t> FindStream(const std::vector<StreamReport>& streams, std::uint32_t group,
                                         std::string_view wish);
 

@@ -6,7 +6,7 @@
 
 namespace tarvex::host {
 
-CTextTable::CTextTable(std::vector<std::string> headings) : m_rightAligned(headings.size()), m_widths(headings.size()) {
+TextTable::TextTable(std::vector<std::string> headings) : m_rightAligned(headings.size()), m_widths(headings.size()) {
   for (std::size_t i = 0; i < headings.size(); ++i) {
     m_rightAligned[i] = headings[i].starts_with('>');
     if (m_rightAligned[i]) headings[i].erase(0, 1);
@@ -14,7 +14,7 @@ CTextTable::CTextTable(std::vector<std::string> headings) : m_rightAligned(headi
   AddRow(headings);
 }
 
-void CTextTable::AddRow(const std::vector<std::string>& cells) {
+void TextTable::AddRow(const std::vector<std::string>& cells) {
   std::vector<std::string>& row = m_rows.emplace_back();
   for (std::size_t i = 0; i < m_widths.size(); ++i) {
     row.push_back(EscapeAndShorten(cells.at(i)));
@@ -22,7 +22,7 @@ void CTextTable::AddRow(const std::vector<std::string>& cells) {
   }
 }
 
-CTextTable::Widths CTextTable::FittingWidths(std::size_t width) const {
+TextTable::Widths TextTable::FittingWidths(std::size_t width) const {
   constexpr std::size_t kLeast = 10;
   Widths widths = m_widths;
   std::size_t total = 2 * widths.size();
@@ -39,7 +39,7 @@ CTextTable::Widths CTextTable::FittingWidths(std::size_t width) const {
   return widths;
 }
 
-std::string CTextTable::Line(const std::vector<std::string>& cells, const Widths& widths) const {
+std::string TextTable::Line(const std::vector<std::string>& cells, const Widths& widths) const {
   std::string line;
   for (std::size_t i = 0; i < cells.size(); ++i) {
     const std::string cell = Shorten(cells[i], widths[i]);
@@ -51,7 +51,7 @@ std::string CTextTable::Line(const std::vector<std::string>& cells, const Widths
   return line + '\n';
 }
 
-std::string CTextTable::Text(std::optional<std::size_t> width) const {
+std::string TextTable::Text(std::optional<std::size_t> width) const {
   const Widths widths = width ? FittingWidths(*width) : m_widths;
   std::string text;
   for (const auto& row : m_rows) text += Line(row, widths);

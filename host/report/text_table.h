@@ -7,10 +7,10 @@
 
 namespace tarvex::host {
 
-class CTextTable {
+class TextTable {
  public:
   /// A heading that begins with '>' makes its column right-aligned; the sign is not shown.
-  explicit CTextTable(std::vector<std::string> headings);
+  explicit TextTable(std::vector<std::string> headings);
 
   /// As many cells as there are headings. Cells are escaped for the terminal here, and shortened if they are
   /// far too long.

@@ -6,10 +6,9 @@
 #include <string>
 #include <string_view>
 
-namespace tarvex::host {
+#include "framework/media_time.h"
 
-/// An open stop time and an unknown duration, in the platform's 100 ns units.
-inline constexpr std::int64_t kOpenTime = 0x7FFFFFFFFFFFFFFF;
+namespace tarvex::host {
 
 /// 100 ns units to "H:MM:SS.mmm", cut to milliseconds; "-0:00:00.100" before zero, "open" for kOpenTime.
 std::string TimeText(std::int64_t time);

@@ -1,5 +1,5 @@
-// What happens when a filter of somebody else's crashes inside this process: one line and an exit code, as
-// for every other failure, instead of a debugger. Installed once by main.
+// When a filter from elsewhere crashes inside this process, this gives one line and an exit code, as for every other
+// failure, instead of a debugger. Installed once by main.
 #pragma once
 
 namespace tarvex::host {

@@ -1,5 +1,5 @@
-// The way of a file name from the system's wide arguments through narrow text and back, without a loss
-// for names that are no proper UTF-16. Free functions over values; any thread.
+// File names from the system's wide text to narrow text and back, without loss even for names that are not well-formed
+// UTF-16. Free functions over values; any thread.
 #pragma once
 
 #include <string>

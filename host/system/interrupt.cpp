@@ -17,14 +17,14 @@ BOOL WINAPI Handle(DWORD /*kind*/) {
 
 }  // namespace
 
-CInterrupt::CInterrupt() : m_event(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
+Interrupt::Interrupt() : m_event(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
   interruptEvent = m_event.Get();
   // A parent that ignores Ctrl-C passes that on, so it is switched on as well.
   SetConsoleCtrlHandler(nullptr, FALSE);
   SetConsoleCtrlHandler(&Handle, TRUE);
 }
 
-CInterrupt::~CInterrupt() {
+Interrupt::~Interrupt() {
   SetConsoleCtrlHandler(&Handle, FALSE);
   interruptEvent = nullptr;
 }

@@ -6,12 +6,12 @@
 
 namespace tarvex::host {
 
-class CInterrupt {
+class Interrupt {
  public:
-  CInterrupt();
-  ~CInterrupt();
-  CInterrupt(const CInterrupt&) = delete;
-  CInterrupt& operator=(const CInterrupt&) = delete;
+  Interrupt();
+  ~Interrupt();
+  Interrupt(const Interrupt&) = delete;
+  Interrupt& operator=(const Interrupt&) = delete;
 
   /// Set from the first Ctrl-C on. A second one ends the process as usual.
   HANDLE Event() const noexcept { return m_event.Get(); }

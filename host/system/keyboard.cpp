@@ -25,13 +25,13 @@ void AddKeys(const INPUT_RECORD& record, std::vector<PlayerKey>& keys) {
 
 }  // namespace
 
-CKeyboard::CKeyboard() {
+Keyboard::Keyboard() {
   HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
   DWORD mode = 0;
   if (OutputIsTerminal() && GetConsoleMode(input, &mode)) m_input = input;
 }
 
-std::vector<PlayerKey> CKeyboard::Take() {
+std::vector<PlayerKey> Keyboard::Take() {
   std::vector<PlayerKey> keys;
   INPUT_RECORD records[16];
   while (m_input != nullptr && HasInput(m_input)) {

@@ -9,10 +9,10 @@
 
 namespace tarvex::host {
 
-class CKeyboard {
+class Keyboard {
  public:
   /// Without a terminal no key ever comes.
-  CKeyboard();
+  Keyboard();
 
   bool IsThere() const noexcept { return m_input != nullptr; }
   /// Set while keys wait to be taken; null without a terminal.

@@ -23,7 +23,7 @@ F FunctionOf(HMODULE module, const char* name) {
 
 }  // namespace
 
-CModuleLoader::CModuleLoader(const std::string& path) : m_path(path) {
+ModuleLoader::ModuleLoader(const std::string& path) : m_path(path) {
   if (path.empty()) return;
   const WideString full = FullPath(path);
   m_module = LoadLibraryExW(full.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
@@ -35,13 +35,13 @@ CModuleLoader::CModuleLoader(const std::string& path) : m_path(path) {
   throw HostError(ExitCode::kModuleNotFound, fmt::format("{}: cannot be loaded as a module (error {})", path, error));
 }
 
-CModuleLoader::~CModuleLoader() {
+ModuleLoader::~ModuleLoader() {
   if (m_module == nullptr) return;
   const auto canUnload = FunctionOf<CanUnloadNow>(m_module, "DllCanUnloadNow");
   if (canUnload == nullptr || canUnload() == S_OK) FreeLibrary(m_module);
 }
 
-ComPtr<IClassFactory> CModuleLoader::Factory(REFCLSID clsid) const {
+ComPtr<IClassFactory> ModuleLoader::Factory(REFCLSID clsid) const {
   if (m_module == nullptr) return nullptr;
   const auto getClassObject = FunctionOf<GetClassObject>(m_module, "DllGetClassObject");
   ComPtr<IClassFactory> factory;
@@ -51,7 +51,7 @@ ComPtr<IClassFactory> CModuleLoader::Factory(REFCLSID clsid) const {
   return factory;
 }
 
-ComPtr<IBaseFilter> CModuleLoader::CreateSplitter() const {
+ComPtr<IBaseFilter> ModuleLoader::CreateSplitter() const {
   ComPtr<IBaseFilter> filter;
   HRESULT result = S_OK;
   if (m_module != nullptr) {

@@ -9,14 +9,14 @@
 
 namespace tarvex::host {
 
-class CModuleLoader {
+class ModuleLoader {
  public:
   /// `path` (as NarrowFileName gives it) names a DLL; empty for the registered module. Throws HostError.
-  explicit CModuleLoader(const std::string& path);
+  explicit ModuleLoader(const std::string& path);
   /// Unloads a named DLL unless something in it is still alive.
-  ~CModuleLoader();
-  CModuleLoader(const CModuleLoader&) = delete;
-  CModuleLoader& operator=(const CModuleLoader&) = delete;
+  ~ModuleLoader();
+  ModuleLoader(const ModuleLoader&) = delete;
+  ModuleLoader& operator=(const ModuleLoader&) = delete;
 
   /// A new splitter filter. Throws HostError.
   ComPtr<IBaseFilter> CreateSplitter() const;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "host/system/utf8_reader.h"
+#include "framework/unicode.h"
 
 namespace tarvex::host {
 

@@ -8,15 +8,13 @@
 #include <optional>
 
 #include "framework/critical_section.h"
+#include "framework/media_time.h"
 #include "framework/platform/platform.h"
 
 namespace tarvex {
 
 class CBasePin;
 class PassControl;
-
-/// The value of a stop time or duration that nobody gave.
-inline constexpr REFERENCE_TIME kOpenTime = 0x7FFFFFFFFFFFFFFF;
 
 /// The part of the file that is played. Times in 100 ns units.
 struct PlayRange {

@@ -70,7 +70,7 @@ class CSampleBuffer final : public CMemAllocator {
   std::atomic<bool> m_isExpected{true};
 
   // The rest is under Lock(), which is a leaf.
-  alignas(kCacheLine) CConditionVariable m_spaceFreed;
+  alignas(kCacheLine) ConditionVariable m_spaceFreed;
   RingRegions m_ring;
   std::vector<std::unique_ptr<Sample>> m_samples;  // every sample object, out or not
   CMediaSample* m_free = nullptr;

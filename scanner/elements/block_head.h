@@ -8,12 +8,15 @@
 
 namespace tarvex {
 
+/// How the frames of a block are laced, as its flags say it.
 enum class BlockLacing : std::uint8_t { kNone = 0x00, kXiph = 0x02, kFixed = 0x04, kEbml = 0x06 };
 
 struct BlockHead {
   /// Bytes of the longest: track number, time, flags.
   static constexpr std::size_t kMaxBytes = 8 + 2 + 1;
+  /// In the byte of flags: what BlockLacing is about, and that a SimpleBlock is a key frame.
   static constexpr std::uint8_t kLacingFlags = 0x06;
+  static constexpr std::uint8_t kKeyFrameFlag = 0x80;
 
   std::uint64_t track = 0;
   std::int16_t relativeTime = 0;  ///< ticks

@@ -3,9 +3,9 @@
 namespace tarvex {
 
 // libmatroska would free bytes that are not ours.
-CBorrowedBlock::~CBorrowedBlock() { Data = nullptr; }
+BorrowedBlock::~BorrowedBlock() { Data = nullptr; }
 
-bool CBorrowedBlock::Become(std::uint64_t position, const ElementHeader& header, std::span<const std::uint8_t> data) {
+bool BorrowedBlock::Become(std::uint64_t position, const ElementHeader& header, std::span<const std::uint8_t> data) {
   SizeList.clear();
   SetBuffer(data.data(), static_cast<std::uint32_t>(data.size()));
   SetSizeLength(static_cast<int>(header.sizeLength));

@@ -13,12 +13,12 @@ namespace tarvex {
 
 /// Spares a block's copy of its bytes and its allocations. Has no buffers, as GetBuffer would give them: the frames
 /// lie one after the other, and GetFrameSize tells how long each is.
-class CBorrowedBlock final : public libmatroska::KaxSimpleBlock {
+class BorrowedBlock final : public libmatroska::KaxSimpleBlock {
  public:
-  CBorrowedBlock() = default;
-  CBorrowedBlock(const CBorrowedBlock&) = delete;
-  CBorrowedBlock& operator=(const CBorrowedBlock&) = delete;
-  ~CBorrowedBlock() override;
+  BorrowedBlock() = default;
+  BorrowedBlock(const BorrowedBlock&) = delete;
+  BorrowedBlock& operator=(const BorrowedBlock&) = delete;
+  ~BorrowedBlock() override;
 
   /// Becomes the block whose head stands at `position` of the stream and whose data are `data`, which stay
   /// until it becomes another one. False when they are no block.

@@ -14,7 +14,7 @@ constexpr std::size_t kLargestChunk = 64 * 1024;
 
 bool BeginsLongId(std::uint8_t byte) { return byte >> 4 == 1; }
 
-/// No more than may be looked at, so that what was read up to there is enough.
+/// No more than may be looked at, so that no further bytes have to be read.
 std::size_t HeadBytesBefore(std::uint64_t end, std::uint64_t position) {
   return static_cast<std::size_t>(std::min<std::uint64_t>(ElementHeader::kMaxBytes, end - position));
 }
@@ -23,7 +23,7 @@ bool IsChecksum(const ElementHeader& header) { return header.id == element_ids::
 
 }  // namespace
 
-std::optional<FoundElement> CElementSearch::From(std::uint64_t position) {
+std::optional<FoundElement> ElementSearch::From(std::uint64_t position) {
   const std::uint64_t end = std::min(m_end, m_streamLength + 1);
   for (std::size_t chunk = kFirstChunk; position < end;) {
     auto bytes = m_window.From(position, HeadBytesBefore(end, position), chunk);
@@ -47,20 +47,20 @@ std::optional<FoundElement> CElementSearch::From(std::uint64_t position) {
   return std::nullopt;
 }
 
-std::optional<FoundElement> CElementSearch::At(std::uint64_t position) {
+std::optional<FoundElement> ElementSearch::At(std::uint64_t position) {
   if (position >= m_end) return std::nullopt;
   const auto bytes = m_window.From(position, HeadBytesBefore(m_end, position), ElementHeader::kMaxBytes);
   return LookAt(position,
                 bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), m_end - position))));
 }
 
-bool CElementSearch::MayGoOnAt(std::uint64_t position) {
+bool ElementSearch::MayGoOnAt(std::uint64_t position) {
   if (position >= m_streamLength) return true;
   const auto header = ParseElementHeader(m_window.From(position, ElementHeader::kMaxBytes, kFirstChunk));
   return header && (m_ids.Contains(header->id) || header->id == element_ids::kVoid);
 }
 
-std::optional<FoundElement> CElementSearch::UpperBetween(std::uint64_t begin, std::uint64_t end) {
+std::optional<FoundElement> ElementSearch::UpperBetween(std::uint64_t begin, std::uint64_t end) {
   for (std::uint64_t position = begin; position < end;) {
     const auto bytes = m_window.From(position, ElementHeader::kMaxBytes, kLargestChunk);
     if (bytes.empty()) break;
@@ -78,14 +78,14 @@ std::optional<FoundElement> CElementSearch::UpperBetween(std::uint64_t begin, st
   return std::nullopt;
 }
 
-std::optional<FoundElement> CElementSearch::LookAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
+std::optional<FoundElement> ElementSearch::LookAt(std::uint64_t position, std::span<const std::uint8_t> bytes) {
   const auto header = ParseElementHeader(bytes);
   if (!header || !m_ids.Contains(header->id) || IsChecksum(*header)) return std::nullopt;
   return Create(position, *header);
 }
 
-std::optional<FoundElement> CElementSearch::Create(std::uint64_t position, const ElementHeader& header) const {
-  // The sizes up to which libebml is asked to look, in a stream and in a parent of unknown size.
+std::optional<FoundElement> ElementSearch::Create(std::uint64_t position, const ElementHeader& header) const {
+  // The largest sizes that libebml is to accept, in a stream and in a parent of unknown size.
   constexpr std::uint64_t kLargestInStream = 0xFFFFFFFF;
   const std::uint64_t noEnd = m_unknown == Unknown::kSkip ? limits::kElement : kLargestInStream;
   FoundElement found{nullptr, position, position + header.Length(), 0};
@@ -97,7 +97,7 @@ std::optional<FoundElement> CElementSearch::Create(std::uint64_t position, const
 }
 
 // How far to go from a place where nothing known begins.
-std::size_t CElementSearch::PassUnknown(std::uint64_t position, std::span<const std::uint8_t> bytes) const {
+std::size_t ElementSearch::PassUnknown(std::uint64_t position, std::span<const std::uint8_t> bytes) const {
   constexpr std::uint8_t kSmallestFirstByte = 0x10;
   constexpr std::uint8_t kChecksum = 0xBF;
   if (bytes[0] < kSmallestFirstByte || (m_unknown == Unknown::kPassByteWise && bytes[0] != kChecksum)) return 1;
@@ -108,15 +108,15 @@ std::size_t CElementSearch::PassUnknown(std::uint64_t position, std::span<const 
   return header->Length() + static_cast<std::size_t>(header->size);
 }
 
-// In a parent without an end to be believed nothing stops a search that goes from one head to the next, as noise holds
-// them, except that no such step goes past what belongs further up.
-std::size_t CElementSearch::WithoutHidden(std::uint64_t position, std::size_t step) {
+// Noise looks like element heads too. In a parent whose end is not known nothing would stop a search that follows such
+// heads, so no step goes past an element that belongs further up.
+std::size_t ElementSearch::WithoutHidden(std::uint64_t position, std::size_t step) {
   if (HasEnd() || m_unknown == Unknown::kPassByteWise) return step;
   const auto upper = UpperBetween(position + 1, std::min(position + step, m_streamLength));
   return upper ? static_cast<std::size_t>(upper->position - position) : step;
 }
 
-std::size_t CElementSearch::PassChecksum(std::uint64_t position, const ElementHeader& header) const {
+std::size_t ElementSearch::PassChecksum(std::uint64_t position, const ElementHeader& header) const {
   constexpr std::size_t kSize = 4;
   if (header.size != kSize || !IsSkippable(position, header)) return 1;
   // One that the end of the stream cuts is not skipped.
@@ -124,7 +124,7 @@ std::size_t CElementSearch::PassChecksum(std::uint64_t position, const ElementHe
   return header.Length() + (isWhole ? kSize : 0);
 }
 
-bool CElementSearch::IsSkippable(std::uint64_t position, const ElementHeader& header) const {
+bool ElementSearch::IsSkippable(std::uint64_t position, const ElementHeader& header) const {
   if (!header.sizeKnown || header.size >= limits::kElement) return false;
   return m_end == kNoEnd || header.Length() + header.size <= m_end - position;
 }

@@ -25,11 +25,10 @@ struct FoundElement {
   int upperLevel = 0;  // 0 = child, above 0 = belongs that much further up
 };
 
-/// Decides like libebml what is an element, but asks it only about identifiers that are known here, and
-/// then about one element head with nothing behind it. So a search costs the same for every byte that it
-/// passes, whatever the bytes are. In the last bytes of a stream it also finds what libebml, which reads
-/// some bytes further than it looks, does not get to.
-class CElementSearch {
+/// Decides like libebml what is an element, but asks it only about identifiers that are known here, one head at a time.
+/// So a search costs the same for every byte that it passes, whatever the bytes are. It also finds elements in the last
+/// bytes of a stream, where libebml gives up early.
+class ElementSearch {
  public:
   enum class Unknown : std::uint8_t {
     kPassByteWise,  ///< unknown elements and voids: go one byte further
@@ -38,9 +37,9 @@ class CElementSearch {
 
   static constexpr std::uint64_t kNoEnd = std::numeric_limits<std::uint64_t>::max();
 
-  /// `end` is the parent's, if elements may not pass it.
-  CElementSearch(CByteWindow& window, std::uint64_t streamLength, CKnownIdTables& ids,
-                 const libebml::EbmlSemanticContext& context, Unknown unknown, std::uint64_t end = kNoEnd)
+  /// `end` is where the parent ends; kNoEnd when elements may reach beyond it.
+  ElementSearch(ByteWindow& window, std::uint64_t streamLength, KnownIdTables& ids,
+                const libebml::EbmlSemanticContext& context, Unknown unknown, std::uint64_t end = kNoEnd)
       : m_window(window),
         m_streamLength(streamLength),
         m_context(context),
@@ -61,7 +60,7 @@ class CElementSearch {
   std::optional<FoundElement> UpperBetween(std::uint64_t begin, std::uint64_t end);
 
  private:
-  /// One behind the stream's is none: the parent is cut, or its size is damaged.
+  /// An end behind the stream's does not count: the parent is cut, or its size is damaged.
   bool HasEnd() const { return m_end <= m_streamLength; }
   std::optional<FoundElement> LookAt(std::uint64_t position, std::span<const std::uint8_t> bytes);
   std::size_t PassUnknown(std::uint64_t position, std::span<const std::uint8_t> bytes) const;
@@ -70,10 +69,10 @@ class CElementSearch {
   bool IsSkippable(std::uint64_t position, const ElementHeader& header) const;
   std::optional<FoundElement> Create(std::uint64_t position, const ElementHeader& header) const;
 
-  CByteWindow& m_window;
+  ByteWindow& m_window;
   const std::uint64_t m_streamLength;
   const libebml::EbmlSemanticContext& m_context;
-  const CKnownIds& m_ids;
+  const KnownIds& m_ids;
   const Unknown m_unknown;
   const std::uint64_t m_end;
 };

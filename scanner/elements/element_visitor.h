@@ -1,27 +1,27 @@
-// What the children of a list of elements are shown to, one after the other. Implemented by whoever reads the list;
-// called on that thread.
+// Gets the children of a list of elements, one after the other. Implemented by whoever reads the list; called on that
+// thread.
 #pragma once
 
 #include <ebml/EbmlMaster.h>
 
 namespace tarvex {
 
-class CElementVisitor {
+class ElementVisitor {
  public:
-  /// True: the children of `master` are shown one by one, and then Leave is called, instead of Show with all of it.
+  /// True: instead of Show with all of `master`, its children are shown one by one, and then Leave is called.
   virtual bool Enter(const libebml::EbmlMaster& /*master*/) { return false; }
-  /// Behind the last child of the one that was entered last. False: shown enough.
+  /// After the last child of the element that was entered last. False: show no more.
   virtual bool Leave() { return true; }
-  /// `element` with all below it, which stays during the call only. False: shown enough.
+  /// `element` with all below it, valid during the call only. False: show no more.
   virtual bool Show(libebml::EbmlElement& element) = 0;
-  /// One is not shown, since it would take more memory than it may.
+  /// An element is not shown, since it would take more memory than it may.
   virtual void LeaveOut() {}
 
  protected:
-  CElementVisitor() = default;
-  CElementVisitor(const CElementVisitor&) = default;
-  CElementVisitor& operator=(const CElementVisitor&) = default;
-  ~CElementVisitor() = default;  // never owned through this interface
+  ElementVisitor() = default;
+  ElementVisitor(const ElementVisitor&) = default;
+  ElementVisitor& operator=(const ElementVisitor&) = default;
+  ~ElementVisitor() = default;  // never owned through this interface
 };
 
 }  // namespace tarvex

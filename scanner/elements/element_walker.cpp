@@ -14,18 +14,17 @@
 
 namespace tarvex {
 
-CElementSearch CElementWalker::SearchBelow(const libebml::EbmlElement& parent) {
+ElementSearch ElementWalker::SearchBelow(const libebml::EbmlElement& parent) {
   m_window.Clear();
-  return {m_window, m_source.Length(), m_ids, EBML_CONTEXT(&parent), CElementSearch::Unknown::kPassByteWise};
+  return {m_window, m_source.Length(), m_ids, EBML_CONTEXT(&parent), ElementSearch::Unknown::kPassByteWise};
 }
 
-// A head may count the zero that follows the stream. Beyond that nothing is to be found, and a move there would be
-// refused.
-std::uint64_t CElementWalker::DataPosition(const FoundElement& found) const {
+// A head may reach into the zero that follows the stream. A move beyond the stream would be refused.
+std::uint64_t ElementWalker::DataPosition(const FoundElement& found) const {
   return std::min(found.dataPosition, m_source.Length());
 }
 
-ElementPtr CElementWalker::FindNextChild(const libebml::EbmlElement& parent) {
+ElementPtr ElementWalker::FindNextChild(const libebml::EbmlElement& parent) {
   const std::uint64_t start = Position();
   if (start >= m_source.Length()) return nullptr;
   auto found = SearchBelow(parent).From(start);
@@ -37,21 +36,21 @@ ElementPtr CElementWalker::FindNextChild(const libebml::EbmlElement& parent) {
   return found->upperLevel > 0 ? nullptr : std::move(found->element);
 }
 
-void CElementWalker::ReadMaster(libebml::EbmlMaster& element) {
+void ElementWalker::ReadMaster(libebml::EbmlMaster& element) {
   if (const auto end = m_masterReader.Read(element)) MoveTo(*end);
 }
 
-void CElementWalker::ReadEachChild(libebml::EbmlMaster& element, CMasterReader::Frames frames,
-                                   const CMasterReader::Visitor& visit) {
+void ElementWalker::ReadEachChild(libebml::EbmlMaster& element, MasterReader::Frames frames,
+                                  const MasterReader::Visitor& visit) {
   if (const auto end = m_masterReader.ReadEach(element, frames, visit)) MoveTo(*end);
 }
 
-void CElementWalker::ReadEntries(libebml::EbmlMaster& list, const CMasterReader::DataLimits& limits,
-                                 CElementVisitor& visitor) {
+void ElementWalker::ReadEntries(libebml::EbmlMaster& list, const MasterReader::DataLimits& limits,
+                                ElementVisitor& visitor) {
   if (const auto end = m_masterReader.ReadEntries(list, limits, visitor)) MoveTo(*end);
 }
 
-void CElementWalker::Skip(libebml::EbmlElement& element) {
+void ElementWalker::Skip(libebml::EbmlElement& element) {
   if (element.IsFiniteSize()) {
     MoveTo(element.GetEndPosition());
   } else {
@@ -61,8 +60,8 @@ void CElementWalker::Skip(libebml::EbmlElement& element) {
 
 // Below an element of unknown size another one of unknown size is not descended into: what it holds is
 // passed like everything that is not known here.
-void CElementWalker::SkipUnknownSize(libebml::EbmlElement& element) {
-  CElementSearch search = SearchBelow(element);
+void ElementWalker::SkipUnknownSize(libebml::EbmlElement& element) {
+  ElementSearch search = SearchBelow(element);
   std::uint64_t position = Position();
   while (const auto found = search.From(position)) {
     if (found->upperLevel > 0) {
@@ -76,7 +75,7 @@ void CElementWalker::SkipUnknownSize(libebml::EbmlElement& element) {
   MoveTo(m_source.Length());
 }
 
-std::unique_ptr<libmatroska::KaxSegment> CElementWalker::FindSegment() {
+std::unique_ptr<libmatroska::KaxSegment> ElementWalker::FindSegment() {
   std::array<std::uint8_t, sizeof(element_ids::kEbmlHead)> first{};
   MoveTo(0);
   m_source.read(first.data(), first.size());
@@ -102,7 +101,7 @@ std::unique_ptr<libmatroska::KaxSegment> CElementWalker::FindSegment() {
   return std::unique_ptr<libmatroska::KaxSegment>(segment);
 }
 
-std::unique_ptr<libmatroska::KaxCluster> CElementWalker::FindNextCluster(const libmatroska::KaxSegment& segment) {
+std::unique_ptr<libmatroska::KaxCluster> ElementWalker::FindNextCluster(const libmatroska::KaxSegment& segment) {
   while (ElementPtr element = FindNextChild(segment)) {
     if (auto* cluster = ElementAs<libmatroska::KaxCluster>(element.get())) {
       static_cast<void>(element.release());
@@ -113,7 +112,7 @@ std::unique_ptr<libmatroska::KaxCluster> CElementWalker::FindNextCluster(const l
   return nullptr;
 }
 
-std::uint64_t CElementWalker::SeekHeadPosition(const libmatroska::KaxSegment& segment, const libebml::EbmlId& id) {
+std::uint64_t ElementWalker::SeekHeadPosition(const libmatroska::KaxSegment& segment, const libebml::EbmlId& id) {
   const ElementPtr seekHead = FindNextChild(segment);
   if (ElementAs<libmatroska::KaxSeekHead>(seekHead.get()) == nullptr) return 0;
   while (const ElementPtr child = FindNextChild(*seekHead)) {

@@ -28,26 +28,26 @@ const T* ElementAs(const libebml::EbmlElement* element) {
 }
 
 /// Every walk moves forward and ends at the end of the stream at the latest, whatever the stream holds.
-class CElementWalker {
+class ElementWalker {
  public:
-  CElementWalker(libebml::EbmlStream& stream, CAsyncCallback& source) : m_stream(stream), m_source(source) {}
-  CElementWalker(const CElementWalker&) = delete;
-  CElementWalker& operator=(const CElementWalker&) = delete;
+  ElementWalker(libebml::EbmlStream& stream, CAsyncCallback& source) : m_stream(stream), m_source(source) {}
+  ElementWalker(const ElementWalker&) = delete;
+  ElementWalker& operator=(const ElementWalker&) = delete;
 
-  /// The next element below `parent` from the current position on, positioned at its data. What is
-  /// unknown there, and voids, are passed byte by byte. Null at the end of the stream, and in front of an
-  /// element that belongs further up, where the position then is as it was.
+  /// The next element below `parent` from the current position on; the position moves to its data. Unknown elements and
+  /// voids are passed byte by byte. Null at the end of the stream, and in front of an element that belongs further up:
+  /// then the position stays as it was.
   ElementPtr FindNextChild(const libebml::EbmlElement& parent);
 
-  /// Reads a master with all below it, as far as the limits. Positions at the element that ended it, if
-  /// one did.
+  /// Reads a master with all below it, as far as the limits allow. If an element that belongs further up ends it, the
+  /// position is there.
   void ReadMaster(libebml::EbmlMaster& element);
-  /// As ReadMaster, but shows each child in turn instead of keeping it. When the visitor has seen enough, the
-  /// position is somewhere.
-  void ReadEachChild(libebml::EbmlMaster& element, CMasterReader::Frames frames, const CMasterReader::Visitor& visit);
+  /// As ReadMaster, but shows each child in turn instead of keeping it. When the visitor stops it, the position is
+  /// undefined.
+  void ReadEachChild(libebml::EbmlMaster& element, MasterReader::Frames frames, const MasterReader::Visitor& visit);
 
   /// As ReadEachChild, for a list in a header: what it may have is limited.
-  void ReadEntries(libebml::EbmlMaster& list, const CMasterReader::DataLimits& limits, CElementVisitor& visitor);
+  void ReadEntries(libebml::EbmlMaster& list, const MasterReader::DataLimits& limits, ElementVisitor& visitor);
 
   /// Moves behind an element's data. One that ends behind the stream is not moved behind; one of unknown
   /// size ends at the first element that belongs further up.
@@ -74,7 +74,7 @@ class CElementWalker {
     return std::unique_ptr<T>(found);
   }
 
-  /// The bytes from `position` on, as CByteWindow::From; valid until the next call of any kind.
+  /// The bytes from `position` on, as ByteWindow::From; valid until the next call of any kind.
   std::span<const std::uint8_t> Bytes(std::uint64_t position, std::size_t atLeast, std::size_t chunk) {
     return m_window.From(position, atLeast, chunk);
   }
@@ -90,13 +90,13 @@ class CElementWalker {
  private:
   void SkipUnknownSize(libebml::EbmlElement& element);
   std::uint64_t DataPosition(const FoundElement& found) const;
-  CElementSearch SearchBelow(const libebml::EbmlElement& parent);
+  ElementSearch SearchBelow(const libebml::EbmlElement& parent);
 
   libebml::EbmlStream& m_stream;
   CAsyncCallback& m_source;
-  CByteWindow m_window{m_source};
-  CKnownIdTables m_ids;
-  CMasterReader m_masterReader{m_source, m_window, m_ids};
+  ByteWindow m_window{m_source};
+  KnownIdTables m_ids;
+  MasterReader m_masterReader{m_source, m_window, m_ids};
 };
 
 }  // namespace tarvex

@@ -1,6 +1,5 @@
-// The kept elements of one track entry (or of the segment information), looked up by libmatroska
-// class name. Filled by the scanner while a file is opened; read by pin creation on the same thread
-// and by the worker afterwards.
+// The kept elements of one track entry (or of the segment information), looked up by libmatroska class name. Filled by
+// the scanner on the thread that opens the file; afterwards nobody writes, and pin creation and the worker read.
 #pragma once
 
 #include <ebml/EbmlElement.h>

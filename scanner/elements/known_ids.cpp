@@ -6,7 +6,7 @@
 
 namespace tarvex {
 
-CKnownIds::CKnownIds(const libebml::EbmlSemanticContext& context) {
+KnownIds::KnownIds(const libebml::EbmlSemanticContext& context) {
   for (const auto* level = &context; level != nullptr; level = EBML_CTX_PARENT(*level)) {
     AddLevel(*level);
     AddLevel(level->GetGlobalContext());
@@ -14,17 +14,17 @@ CKnownIds::CKnownIds(const libebml::EbmlSemanticContext& context) {
   }
 }
 
-void CKnownIds::AddLevel(const libebml::EbmlSemanticContext& context) {
+void KnownIds::AddLevel(const libebml::EbmlSemanticContext& context) {
   for (std::size_t index = 0; index < EBML_CTX_SIZE(context); ++index) Add(EBML_CTX_IDX_ID(context, index));
 }
 
-void CKnownIds::Add(const libebml::EbmlId& id) {
+void KnownIds::Add(const libebml::EbmlId& id) {
   const std::uint32_t value = EBML_ID_VALUE(id);
   if (id == EBML_ID(libebml::EbmlVoid) || Contains(value)) return;
   m_ids.push_back(value);
   m_firstBytes.set(value >> (8 * (EBML_ID_LENGTH(id) - 1)));
 }
 
-bool CKnownIds::Contains(std::uint32_t id) const { return std::find(m_ids.begin(), m_ids.end(), id) != m_ids.end(); }
+bool KnownIds::Contains(std::uint32_t id) const { return std::find(m_ids.begin(), m_ids.end(), id) != m_ids.end(); }
 
 }  // namespace tarvex

@@ -11,10 +11,10 @@
 
 namespace tarvex {
 
-class CKnownIds {
+class KnownIds {
  public:
   /// Voids are left out: they are passed like unknown elements.
-  explicit CKnownIds(const libebml::EbmlSemanticContext& context);
+  explicit KnownIds(const libebml::EbmlSemanticContext& context);
 
   /// False: no known identifier begins with this byte.
   bool MayBeginWith(std::uint8_t byte) const { return m_firstBytes[byte]; }
@@ -30,15 +30,15 @@ class CKnownIds {
 };
 
 /// The identifiers of every place that was searched so far.
-class CKnownIdTables {
+class KnownIdTables {
  public:
   /// Stays where it is.
-  const CKnownIds& For(const libebml::EbmlSemanticContext& context) {
+  const KnownIds& For(const libebml::EbmlSemanticContext& context) {
     return m_tables.try_emplace(&context, context).first->second;
   }
 
  private:
-  std::map<const libebml::EbmlSemanticContext*, CKnownIds> m_tables;
+  std::map<const libebml::EbmlSemanticContext*, KnownIds> m_tables;
 };
 
 }  // namespace tarvex

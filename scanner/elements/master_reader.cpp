@@ -18,12 +18,12 @@ namespace tarvex {
 
 namespace {
 
-class CDepth {
+class Depth {
  public:
-  explicit CDepth(int& depth) : m_depth(++depth) {}
-  CDepth(const CDepth&) = delete;
-  CDepth& operator=(const CDepth&) = delete;
-  ~CDepth() { --m_depth; }
+  explicit Depth(int& depth) : m_depth(++depth) {}
+  Depth(const Depth&) = delete;
+  Depth& operator=(const Depth&) = delete;
+  ~Depth() { --m_depth; }
 
  private:
   int& m_depth;
@@ -33,9 +33,10 @@ constexpr std::size_t kLongestHead = BlockHead::kMaxBytes + 1;  // and the numbe
 using BlockHeadBytes = std::array<std::uint8_t, kLongestHead>;
 
 /// Gives a block its head and leaves the rest of its buffer as it is.
-class CBlockHead : public CByteInput {
+class HeadAloneInput : public ByteInput {
  public:
-  CBlockHead(std::uint64_t position, std::span<const std::uint8_t> head) : CByteInput(position, head), m_head(head) {}
+  HeadAloneInput(std::uint64_t position, std::span<const std::uint8_t> head)
+      : ByteInput(position, head), m_head(head) {}
 
   std::uint32_t read(void* buffer, std::size_t size) override {
     std::memcpy(buffer, m_head.data(), std::min(size, m_head.size()));
@@ -51,7 +52,7 @@ bool IsBlock(const libebml::EbmlElement& element) {
   return id == EBML_ID(libmatroska::KaxSimpleBlock) || id == EBML_ID(libmatroska::KaxBlock);
 }
 
-/// A block's first bytes, as one without lacing where what follows them decides nothing. Nothing for a lace
+/// A block's first bytes, changed to those of a block without lacing where that makes no difference. Nothing for a lace
 /// whose frame sizes decide whether it is a block at all.
 std::optional<BlockHeadBytes> HeadAlone(std::span<const std::uint8_t> bytes, std::uint64_t size) {
   BlockHeadBytes head{};
@@ -69,14 +70,14 @@ std::optional<BlockHeadBytes> HeadAlone(std::span<const std::uint8_t> bytes, std
   return head;
 }
 
-/// As an object, without its data. The frames of a block lie in its data; each is an object as well.
+/// Bytes that the element takes as an object, without its data. Each frame of a block is an object as well.
 std::int64_t MemoryOf(const libebml::EbmlElement& element) {
   const unsigned frames =
       IsBlock(element) ? static_cast<const libmatroska::KaxInternalBlock&>(element).NumberFrames() : 0;
   return limits::kElementMemory + limits::kLaceFrameMemory * frames;
 }
 
-/// What becomes of it in memory.
+/// Bytes that its data take in memory.
 std::int64_t DataOf(const libebml::EbmlElement& element) {
   if (element.IsMaster()) return 0;
   const auto size = static_cast<std::int64_t>(element.GetSize());
@@ -84,13 +85,13 @@ std::int64_t DataOf(const libebml::EbmlElement& element) {
   return isText ? size * limits::kMemoryPerTextByte : size;
 }
 
-class CFunctionVisitor final : public CElementVisitor {
+class FunctionVisitor final : public ElementVisitor {
  public:
-  explicit CFunctionVisitor(const CMasterReader::Visitor& visit) : m_visit(visit) {}
+  explicit FunctionVisitor(const MasterReader::Visitor& visit) : m_visit(visit) {}
   bool Show(libebml::EbmlElement& element) override { return m_visit(element); }
 
  private:
-  const CMasterReader::Visitor& m_visit;
+  const MasterReader::Visitor& m_visit;
 };
 
 void RemoveChildren(libebml::EbmlMaster& master) {
@@ -100,31 +101,31 @@ void RemoveChildren(libebml::EbmlMaster& master) {
 
 }  // namespace
 
-struct CMasterReader::Level {
+struct MasterReader::Level {
   libebml::EbmlMaster& master;
-  CElementVisitor* visitor = nullptr;  // null: children are kept
-  bool hasBlocks = false;              // to be shown as they lie in the window
-  std::uint64_t end = 0;               // where the master ends, kNoEnd when that is not known
-  CElementSearch search;
+  ElementVisitor* visitor = nullptr;  // null: children are kept
+  bool hasBlocks = false;             // to be shown as they lie in the window
+  std::uint64_t end = 0;              // where the master ends, kNoEnd when that is not known
+  ElementSearch search;
 };
 
-std::optional<std::uint64_t> CMasterReader::Read(libebml::EbmlMaster& master) {
+std::optional<std::uint64_t> MasterReader::Read(libebml::EbmlMaster& master) {
   m_frames = Frames::kRead;
   m_isHeader = true;
   m_memory = m_entryData = m_data = limits::kHeaderMemory;
   return ReadOutermost(master, nullptr);
 }
 
-std::optional<std::uint64_t> CMasterReader::ReadEach(libebml::EbmlMaster& master, Frames frames, const Visitor& visit) {
+std::optional<std::uint64_t> MasterReader::ReadEach(libebml::EbmlMaster& master, Frames frames, const Visitor& visit) {
   m_frames = frames;
   m_isHeader = false;
   BeginEntry();
-  CFunctionVisitor visitor(visit);
+  FunctionVisitor visitor(visit);
   return ReadOutermost(master, &visitor);
 }
 
-std::optional<std::uint64_t> CMasterReader::ReadEntries(libebml::EbmlMaster& master, const DataLimits& limits,
-                                                        CElementVisitor& visitor) {
+std::optional<std::uint64_t> MasterReader::ReadEntries(libebml::EbmlMaster& master, const DataLimits& limits,
+                                                       ElementVisitor& visitor) {
   m_frames = Frames::kRead;
   m_isHeader = true;
   m_dataLimits = limits;
@@ -134,7 +135,7 @@ std::optional<std::uint64_t> CMasterReader::ReadEntries(libebml::EbmlMaster& mas
   return ReadOutermost(master, &visitor);
 }
 
-std::optional<std::uint64_t> CMasterReader::ReadOutermost(libebml::EbmlMaster& master, CElementVisitor* visitor) {
+std::optional<std::uint64_t> MasterReader::ReadOutermost(libebml::EbmlMaster& master, ElementVisitor* visitor) {
   m_window.Clear();
   m_stopped = m_isTooMuch = m_hasLeftOut = false;
   const LevelEnd end = ReadLevel(master, visitor);
@@ -144,15 +145,15 @@ std::optional<std::uint64_t> CMasterReader::ReadOutermost(libebml::EbmlMaster& m
   return end.upperLevel > 0 ? std::optional(end.position) : std::nullopt;
 }
 
-CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, CElementVisitor* visitor) {
-  const CDepth depth(m_depth);
+MasterReader::LevelEnd MasterReader::ReadLevel(libebml::EbmlMaster& master, ElementVisitor* visitor) {
+  const Depth depth(m_depth);
   RemoveChildren(master);
-  const std::uint64_t end = master.IsFiniteSize() ? master.GetEndPosition() : CElementSearch::kNoEnd;
+  const std::uint64_t end = master.IsFiniteSize() ? master.GetEndPosition() : ElementSearch::kNoEnd;
   const bool hasBlocks =
       visitor != nullptr && m_frames == Frames::kRead && libebml::EbmlId(master) == EBML_ID(libmatroska::KaxCluster);
   Level level{
       master, visitor, hasBlocks, end,
-      CElementSearch(m_window, m_source.Length(), m_ids, EBML_CONTEXT(&master), CElementSearch::Unknown::kSkip, end)};
+      ElementSearch(m_window, m_source.Length(), m_ids, EBML_CONTEXT(&master), ElementSearch::Unknown::kSkip, end)};
   LevelEnd at{0, master.GetDataStart()};
   while (at.upperLevel == 0 && !m_stopped && HasMemory(level)) {
     if (const auto next = level.hasBlocks ? ReadBlockInPlace(level, at.position) : std::nullopt) {
@@ -166,31 +167,31 @@ CMasterReader::LevelEnd CMasterReader::ReadLevel(libebml::EbmlMaster& master, CE
   return at.upperLevel > 0 ? at : LevelEnd{0, std::min(end, m_source.Length())};
 }
 
-// What remains of a master that takes too much is passed over, unless only looking tells where that is.
-bool CMasterReader::HasMemory(const Level& level) {
+// The rest of a master that takes too much is passed over, unless only reading tells where it ends.
+bool MasterReader::HasMemory(const Level& level) {
   if (m_memory >= limits::kElementMemory) return true;
   m_isTooMuch = true;
-  return m_isHeader && level.end == CElementSearch::kNoEnd;
+  return m_isHeader && level.end == ElementSearch::kNoEnd;
 }
 
-// As much of a Cluster as the window holds is read at a time; of one without an end, what reading on brings.
-std::span<const std::uint8_t> CMasterReader::ClusterBytes(const Level& level, std::uint64_t position,
-                                                          std::uint64_t atLeast) {
+// Reads as much of a Cluster at a time as the window holds; little of one whose end is not known.
+std::span<const std::uint8_t> MasterReader::ClusterBytes(const Level& level, std::uint64_t position,
+                                                         std::uint64_t atLeast) {
   constexpr std::uint64_t kLeast = 32 * 1024;
   constexpr std::uint64_t kMost = 1024 * 1024;
-  const bool hasEnd = level.end != CElementSearch::kNoEnd;
+  const bool hasEnd = level.end != ElementSearch::kNoEnd;
   const std::uint64_t wanted = hasEnd ? std::clamp(level.end - position, kLeast, kMost) : kLeast;
   return m_window.From(position, static_cast<std::size_t>(atLeast), static_cast<std::size_t>(wanted));
 }
 
-// A SimpleBlock that is to be shown is found here as the search would find it, but without an element of its own.
-// Nothing when it is for the search, as is one that in a parent without an end is followed by nothing known.
-std::optional<CMasterReader::LevelEnd> CMasterReader::ReadBlockInPlace(Level& level, std::uint64_t position) {
+// Finds a SimpleBlock that is to be shown, as the search would, but makes no element for it. Nothing when it is left to
+// the search: any other element, and, in a parent whose end is not known, a block that nothing known follows.
+std::optional<MasterReader::LevelEnd> MasterReader::ReadBlockInPlace(Level& level, std::uint64_t position) {
   constexpr std::uint64_t kSmallest = 4;
   constexpr std::uint64_t kGroup = 128 * 1024;
   const std::uint64_t end = std::min(level.end, m_source.Length());
   if (position >= end) return std::nullopt;
-  const bool hasEnd = level.end != CElementSearch::kNoEnd;
+  const bool hasEnd = level.end != ElementSearch::kNoEnd;
   const std::uint64_t left = end - position;
   auto bytes = ClusterBytes(level, position, std::min<std::uint64_t>(ElementHeader::kMaxBytes, left));
   const auto header = ParseElementHeader(bytes);
@@ -209,8 +210,8 @@ std::optional<CMasterReader::LevelEnd> CMasterReader::ReadBlockInPlace(Level& le
   return LevelEnd{0, position + whole};
 }
 
-// Where to go on, or that the level has ended.
-CMasterReader::LevelEnd CMasterReader::ReadChild(Level& level, FoundElement found) {
+// Answers where to go on, or that the level has ended.
+MasterReader::LevelEnd MasterReader::ReadChild(Level& level, FoundElement found) {
   if (found.upperLevel > 0) return {found.upperLevel, found.position};
   const std::uint64_t begin = found.dataPosition;
   const LevelEnd end =
@@ -218,23 +219,24 @@ CMasterReader::LevelEnd CMasterReader::ReadChild(Level& level, FoundElement foun
   return end.upperLevel == 0 ? WithoutSwallowed(level, begin, end) : end;
 }
 
-// A child that reaches behind the end of the stream, or, in a parent without an end, is followed by nothing
-// that makes sense, may have been none, and have swallowed what belongs further up. Each byte of the stream
-// is searched for that once at most, on average, so that the time stays in proportion to the stream.
-CMasterReader::LevelEnd CMasterReader::WithoutSwallowed(Level& level, std::uint64_t begin, LevelEnd end) {
+// A child may have been no element at all, and have swallowed elements that belong further up. It is suspect when it
+// reaches behind the end of the stream, or when nothing known follows it in a parent whose end is not known. Its bytes
+// are then searched for such elements. On average each byte of the stream is searched once at most, so that the time
+// stays in proportion to the stream.
+MasterReader::LevelEnd MasterReader::WithoutSwallowed(Level& level, std::uint64_t begin, LevelEnd end) {
   const std::uint64_t length = m_source.Length();
   const std::uint64_t last = std::min(end.position, length);
   const bool isCut = end.position > length;
   if (begin >= last || (!isCut && (level.master.IsFiniteSize() || level.search.MayGoOnAt(last)))) return end;
   if (m_searchedAgain > length) return end;
   m_searchedAgain += last - begin;
-  CElementSearch search(m_window, length, m_ids, EBML_CONTEXT(&level.master), CElementSearch::Unknown::kPassByteWise);
+  ElementSearch search(m_window, length, m_ids, EBML_CONTEXT(&level.master), ElementSearch::Unknown::kPassByteWise);
   const auto upper = search.UpperBetween(begin, last);
   return upper ? LevelEnd{upper->upperLevel, upper->position} : end;
 }
 
-CMasterReader::LevelEnd CMasterReader::ReadValue(Level& level, FoundElement found) {
-  // Reading allocates what the element declares, so that has to be there.
+MasterReader::LevelEnd MasterReader::ReadValue(Level& level, FoundElement found) {
+  // Reading allocates what the element declares, so the stream must have so many bytes.
   const std::uint64_t size = found.element->GetSize();
   if (size > m_source.Length() - std::min(found.dataPosition, m_source.Length())) return {0, m_source.Length() + 1};
   if (!Fits(*found.element)) {
@@ -246,10 +248,10 @@ CMasterReader::LevelEnd CMasterReader::ReadValue(Level& level, FoundElement foun
   return {0, found.dataPosition + size};
 }
 
-void CMasterReader::ReadData(FoundElement& found) {
+void MasterReader::ReadData(FoundElement& found) {
   if (m_frames == Frames::kLeaveOut && IsBlock(*found.element) && ReadBlockHead(found)) return;
   if (const auto data = m_window.Loaded(found.dataPosition, found.element->GetSize())) {
-    CByteInput input(found.dataPosition, *data);
+    ByteInput input(found.dataPosition, *data);
     found.element->ReadData(input, libebml::SCOPE_ALL_DATA);
     return;
   }
@@ -258,16 +260,16 @@ void CMasterReader::ReadData(FoundElement& found) {
 }
 
 // False: the whole of it has to be read.
-bool CMasterReader::ReadBlockHead(FoundElement& found) {
+bool MasterReader::ReadBlockHead(FoundElement& found) {
   const auto bytes = m_window.From(found.dataPosition, kLongestHead, kLongestHead);
   const auto head = HeadAlone(bytes, found.element->GetSize());
   if (!head) return false;
-  CBlockHead input(found.dataPosition, *head);
+  HeadAloneInput input(found.dataPosition, *head);
   found.element->ReadData(input, libebml::SCOPE_ALL_DATA);
   return true;
 }
 
-CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElement found) {
+MasterReader::LevelEnd MasterReader::ReadMasterChild(Level& level, FoundElement found) {
   auto& child = static_cast<libebml::EbmlMaster&>(*found.element);
   const bool finite = child.IsFiniteSize();
   const std::uint64_t childEnd = finite ? child.GetEndPosition() : found.dataPosition;
@@ -282,12 +284,12 @@ CMasterReader::LevelEnd CMasterReader::ReadMasterChild(Level& level, FoundElemen
   }
   if (inner.upperLevel > 1) return {inner.upperLevel - 1, inner.position};
   if (!finite) return {0, inner.position};
-  // A child of ours in the midst of that one, which therefore is damaged.
+  // A child of this level in the midst of that one, which is damaged then.
   const bool isOurs = inner.upperLevel == 1 && level.search.At(inner.position).has_value();
   return {0, isOurs ? inner.position : childEnd};
 }
 
-void CMasterReader::Take(Level& level, ElementPtr element) {
+void MasterReader::Take(Level& level, ElementPtr element) {
   if (level.visitor != nullptr) return Show(level, *element);
   if (!Fits(*element)) return LeaveOut(level);
   m_memory -= MemoryOf(*element);
@@ -296,7 +298,7 @@ void CMasterReader::Take(Level& level, ElementPtr element) {
   static_cast<void>(element.release());
 }
 
-void CMasterReader::Show(const Level& level, libebml::EbmlElement& element) {
+void MasterReader::Show(const Level& level, libebml::EbmlElement& element) {
   if (m_isHeader && (m_isTooMuch || ++m_shown > limits::kHeaderElements)) {
     m_stopped = m_shown > limits::kHeaderElements;
     return LeaveOut(level);
@@ -306,8 +308,8 @@ void CMasterReader::Show(const Level& level, libebml::EbmlElement& element) {
   BeginEntry();
 }
 
-// In an entry that makes the whole entry too much.
-void CMasterReader::LeaveOut(const Level& level) {
+// Below an entry this makes the whole entry too much.
+void MasterReader::LeaveOut(const Level& level) {
   m_isTooMuch = true;
   if (level.visitor == nullptr) return;
   m_hasLeftOut = true;
@@ -315,13 +317,13 @@ void CMasterReader::LeaveOut(const Level& level) {
   BeginEntry();
 }
 
-void CMasterReader::BeginEntry() {
+void MasterReader::BeginEntry() {
   m_isTooMuch = false;
   m_memory = limits::kEntryMemory;
   m_entryData = std::min(m_dataLimits.ofEntry, m_data);
 }
 
-bool CMasterReader::Fits(const libebml::EbmlElement& element) const {
+bool MasterReader::Fits(const libebml::EbmlElement& element) const {
   if (MemoryOf(element) > m_memory) return false;
   const bool isSmall = m_entryData / limits::kMemoryPerTextByte >= static_cast<std::int64_t>(element.GetSize());
   return !m_isHeader || isSmall || DataOf(element) <= m_entryData;

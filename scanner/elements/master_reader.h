@@ -18,20 +18,20 @@
 
 namespace tarvex {
 
-/// Gives what libebml's own reading gives, except that it keeps no unknown elements, voids and checksums,
-/// leaves out an element that the end of the stream cuts, and keeps to the limits whatever the stream holds. What
-/// damage looks like does not hide the next Cluster: that ends the reading where libebml would pass it.
-class CMasterReader {
+/// Gives what libebml's own reading gives, with these differences. It keeps no unknown elements, voids and checksums.
+/// It leaves out an element that the end of the stream cuts. It keeps to the limits, whatever the stream holds. A
+/// Cluster in the midst of damaged elements ends the reading, where libebml would pass it.
+class MasterReader {
  public:
   enum class Frames : std::uint8_t {
     kRead,
     kLeaveOut,  ///< most blocks get only their heads; what stands for their frames is undefined
   };
 
-  /// False: shown enough.
+  /// False: show no more.
   using Visitor = std::function<bool(libebml::EbmlElement&)>;
 
-  CMasterReader(CAsyncCallback& source, CByteWindow& window, CKnownIdTables& ids)
+  MasterReader(CAsyncCallback& source, ByteWindow& window, KnownIdTables& ids)
       : m_source(source), m_window(window), m_ids(ids) {}
 
   /// What the entries of a list in a header may have: bytes of data, one and all together.
@@ -40,9 +40,9 @@ class CMasterReader {
     std::int64_t ofAll = 0;
   };
 
-  /// Gives `master`, which is no Cluster, its children, in place of those it has; what would take more
-  /// memory than a header may is passed over. Where the element stands that ended it, when that was one
-  /// that belongs further up.
+  /// Reads the children of `master`, which is no Cluster, in place of those it has. What would take more memory than a
+  /// header may is passed over. Answers the position of an element that belongs further up, if such a one ended the
+  /// reading.
   std::optional<std::uint64_t> Read(libebml::EbmlMaster& master);
   /// Shows each child in turn instead of keeping it, so that a long list costs no memory. The SimpleBlocks of a Cluster
   /// are shown as they lie in the window: a frame's bytes are not copied.
@@ -50,7 +50,7 @@ class CMasterReader {
   /// The same for a list in a header. Entries that would take more memory than they may are left out, which the log
   /// says once.
   std::optional<std::uint64_t> ReadEntries(libebml::EbmlMaster& master, const DataLimits& limits,
-                                           CElementVisitor& visitor);
+                                           ElementVisitor& visitor);
 
  private:
   /// How the reading of one level ended.
@@ -60,8 +60,8 @@ class CMasterReader {
   };
   struct Level;
 
-  std::optional<std::uint64_t> ReadOutermost(libebml::EbmlMaster& master, CElementVisitor* visitor);
-  LevelEnd ReadLevel(libebml::EbmlMaster& master, CElementVisitor* visitor);
+  std::optional<std::uint64_t> ReadOutermost(libebml::EbmlMaster& master, ElementVisitor* visitor);
+  LevelEnd ReadLevel(libebml::EbmlMaster& master, ElementVisitor* visitor);
   bool HasMemory(const Level& level);
   std::span<const std::uint8_t> ClusterBytes(const Level& level, std::uint64_t position, std::uint64_t atLeast);
   std::optional<LevelEnd> ReadBlockInPlace(Level& level, std::uint64_t position);
@@ -78,10 +78,10 @@ class CMasterReader {
   bool Fits(const libebml::EbmlElement& element) const;
 
   CAsyncCallback& m_source;
-  CByteWindow& m_window;
-  CKnownIdTables& m_ids;
+  ByteWindow& m_window;
+  KnownIdTables& m_ids;
   Frames m_frames = Frames::kRead;
-  CBorrowedBlock m_block;  // the one that is shown
+  BorrowedBlock m_block;  // the one that is shown
   int m_depth = 0;
   bool m_stopped = false;
   std::int64_t m_memory = 0;          // bytes that the objects of this entry may still take

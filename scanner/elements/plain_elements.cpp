@@ -11,7 +11,7 @@ namespace {
 
 namespace id = element_ids;
 
-/// Stores the number of an element that comes once. False when it is none, or was there before.
+/// Stores the number of an element that may come once. False when it is no number, or came before.
 bool StoreOnce(const PlainElement& element, std::optional<std::uint64_t>& value) {
   if (value) return false;
   value = PlainNumber(element.data);

@@ -2,29 +2,29 @@
 
 namespace tarvex {
 
-std::optional<ElementHeader> CPlainWalk::Head() {
+std::optional<ElementHeader> PlainWalk::Head() {
   const auto header = ParseElementHeader(Bytes(ElementHeader::kMaxBytes));
   if (!header || !header->sizeKnown || header->size > m_end - m_position - header->Length()) return std::nullopt;
   return header;
 }
 
-std::span<const std::uint8_t> CPlainWalk::Data(const ElementHeader& header, std::uint64_t count) {
+std::span<const std::uint8_t> PlainWalk::Data(const ElementHeader& header, std::uint64_t count) {
   const std::uint64_t wanted = std::min(count, header.size);
   return BytesAt(m_position + header.Length(), wanted).first(static_cast<std::size_t>(wanted));
 }
 
-CPlainWalk CPlainWalk::Inside(const ElementHeader& header) const {
+PlainWalk PlainWalk::Inside(const ElementHeader& header) const {
   const std::uint64_t begin = m_position + header.Length();
   return {m_walker, begin, begin + header.size, m_readTo, m_step};
 }
 
-void CPlainWalk::Pass(const ElementHeader& header) {
+void PlainWalk::Pass(const ElementHeader& header) {
   const std::uint64_t length = header.Length() + header.size;
   m_step.Note(length);
   m_position += length;
 }
 
-std::span<const std::uint8_t> CPlainWalk::BytesAt(std::uint64_t position, std::uint64_t atLeast) {
+std::span<const std::uint8_t> PlainWalk::BytesAt(std::uint64_t position, std::uint64_t atLeast) {
   const std::uint64_t left = m_end - position;
   const std::uint64_t chunk = std::min<std::uint64_t>(m_step.Bytes(), m_readTo - position);
   const auto bytes =

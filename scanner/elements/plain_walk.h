@@ -13,9 +13,9 @@
 
 namespace tarvex {
 
-/// How much is read at a time by whoever looks at one head after the other: all of it where they are close together,
-/// as each read has its price, else little more than the head.
-class CReadStep {
+/// How much to read at a time for looking at one head after the other. Where heads are close together, large pieces,
+/// since each read has its price; else little more than the head.
+class ReadStep {
  public:
   std::size_t Bytes() const { return m_distance < kFar ? kMany : kFew; }
   /// The next head is so many bytes further on.
@@ -30,10 +30,10 @@ class CReadStep {
 };
 
 /// Over the children between two places, both within the stream.
-class CPlainWalk {
+class PlainWalk {
  public:
-  CPlainWalk(CElementWalker& walker, std::uint64_t begin, std::uint64_t end, CReadStep& step)
-      : CPlainWalk(walker, begin, end, end, step) {}
+  PlainWalk(ElementWalker& walker, std::uint64_t begin, std::uint64_t end, ReadStep& step)
+      : PlainWalk(walker, begin, end, end, step) {}
 
   bool IsAtEnd() const { return m_position >= m_end; }
   std::uint64_t Position() const { return m_position; }
@@ -44,19 +44,19 @@ class CPlainWalk {
   /// Bytes of the child with this head, from its data on: at least `count` if it has so many.
   std::span<const std::uint8_t> Data(const ElementHeader& header, std::uint64_t count);
   /// Over the children of that child.
-  CPlainWalk Inside(const ElementHeader& header) const;
+  PlainWalk Inside(const ElementHeader& header) const;
   void Pass(const ElementHeader& header);
 
  private:
-  CPlainWalk(CElementWalker& walker, std::uint64_t begin, std::uint64_t end, std::uint64_t readTo, CReadStep& step)
+  PlainWalk(ElementWalker& walker, std::uint64_t begin, std::uint64_t end, std::uint64_t readTo, ReadStep& step)
       : m_walker(walker), m_position(begin), m_end(end), m_readTo(readTo), m_step(step) {}
   std::span<const std::uint8_t> BytesAt(std::uint64_t position, std::uint64_t atLeast);
 
-  CElementWalker& m_walker;
+  ElementWalker& m_walker;
   std::uint64_t m_position;
   std::uint64_t m_end;
   std::uint64_t m_readTo;  // the end of the outermost walk
-  CReadStep& m_step;
+  ReadStep& m_step;
 };
 
 }  // namespace tarvex

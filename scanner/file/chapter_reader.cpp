@@ -29,8 +29,8 @@ void ReadDisplay(const KaxChapterDisplay& display, BStr& name) {
   }
 }
 
-// Keeps the atoms around the place that is read, no more than the master reader goes down.
-class CChapterVisitor final : public CElementVisitor {
+// Keeps the atoms around the place that is being read: as many as the master reader goes down at most.
+class ChapterVisitor final : public ElementVisitor {
  public:
   bool Enter(const libebml::EbmlMaster& master) override {
     if (ElementAs<KaxEditionEntry>(&master) != nullptr) return true;
@@ -83,8 +83,8 @@ class CChapterVisitor final : public CElementVisitor {
 
 }  // namespace
 
-std::vector<ScannedChapter> ReadChapters(CElementWalker& walker, libmatroska::KaxChapters& chapters) {
-  CChapterVisitor visitor;
+std::vector<ScannedChapter> ReadChapters(ElementWalker& walker, libmatroska::KaxChapters& chapters) {
+  ChapterVisitor visitor;
   walker.ReadEntries(chapters, {limits::kChapterNames, limits::kChapterNames}, visitor);
   return visitor.TakeChapters();
 }

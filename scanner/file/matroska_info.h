@@ -1,5 +1,5 @@
-// What the scanner learned from a file's headers. Owned by the scanner; filled on the connecting thread,
-// read there and on the worker afterwards.
+// What the scanner learned from a file's headers. Owned by the scanner; filled on the thread that opens the file;
+// afterwards nobody writes, and pin creation and the worker read.
 #pragma once
 
 #include <array>
@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "scanner/elements/heap.h"
-#include "scanner/file/chapter_entry.h"
+#include "scanner/file/scanned_chapter.h"
 
 namespace tarvex {
 

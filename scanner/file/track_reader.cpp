@@ -79,9 +79,9 @@ void ReadTrackEntry(const KaxTrackEntry& entry, CHeap& track) {
   }
 }
 
-class CTrackVisitor final : public CElementVisitor {
+class TrackVisitor final : public ElementVisitor {
  public:
-  CTrackVisitor(CMatroskaInfo& info, const std::function<void()>& onTrack) : m_info(info), m_onTrack(onTrack) {}
+  TrackVisitor(CMatroskaInfo& info, const std::function<void()>& onTrack) : m_info(info), m_onTrack(onTrack) {}
 
   bool Show(libebml::EbmlElement& element) override {
     const auto* entry = ElementAs<KaxTrackEntry>(&element);
@@ -105,9 +105,9 @@ class CTrackVisitor final : public CElementVisitor {
 
 }  // namespace
 
-void ReadTracks(CElementWalker& walker, KaxTracks& tracks, CMatroskaInfo& info, const std::function<void()>& onTrack) {
+void ReadTracks(ElementWalker& walker, KaxTracks& tracks, CMatroskaInfo& info, const std::function<void()>& onTrack) {
   LogText("* Process Tracks Begin");
-  CTrackVisitor visitor(info, onTrack);
+  TrackVisitor visitor(info, onTrack);
   walker.ReadEntries(tracks, {limits::kTrackData, limits::kTracksData}, visitor);
   LogText("* Process Tracks End");
 }

@@ -12,7 +12,7 @@ namespace tarvex {
 
 /// Appends one table for each track entry of `tracks`, at whose data `walker` stands, and calls `onTrack` after
 /// each, up to as many tracks as are allowed. What that throws ends the reading.
-void ReadTracks(CElementWalker& walker, libmatroska::KaxTracks& tracks, CMatroskaInfo& info,
+void ReadTracks(ElementWalker& walker, libmatroska::KaxTracks& tracks, CMatroskaInfo& info,
                 const std::function<void()>& onTrack);
 
 }  // namespace tarvex

@@ -24,25 +24,25 @@ using libmatroska::KaxSimpleBlock;
 namespace {
 
 const std::uint8_t* FirstFrame(KaxInternalBlock& block) {
-  if (const auto* borrowed = dynamic_cast<const CBorrowedBlock*>(&block)) return borrowed->FirstFrame();
+  if (const auto* borrowed = dynamic_cast<const BorrowedBlock*>(&block)) return borrowed->FirstFrame();
   return block.NumberFrames() == 0 ? nullptr : block.GetBuffer(0).Buffer();
 }
 
 }  // namespace
 
-bool CClusterDelivery::DeliverCluster(CElementWalker& walker, KaxCluster* cluster) {
+bool ClusterDelivery::DeliverCluster(ElementWalker& walker, KaxCluster* cluster) {
   if (cluster == nullptr) {
     LogText("CEbmlScanner::DeliverCluster !cluster exiting");
     return false;
   }
   m_clock.BeginCluster();
   bool goesOn = true;
-  walker.ReadEachChild(*cluster, CMasterReader::Frames::kRead,
+  walker.ReadEachChild(*cluster, MasterReader::Frames::kRead,
                        [&](libebml::EbmlElement& child) { return goesOn = DeliverNext(child); });
   return goesOn;
 }
 
-bool CClusterDelivery::DeliverNext(libebml::EbmlElement& child) {
+bool ClusterDelivery::DeliverNext(libebml::EbmlElement& child) {
   if (m_eventsPending()) {
     LogText("CEbmlScanner::DeliverCluster exiting");
     return false;
@@ -50,7 +50,7 @@ bool CClusterDelivery::DeliverNext(libebml::EbmlElement& child) {
   return DeliverChild(child);
 }
 
-bool CClusterDelivery::DeliverChild(libebml::EbmlElement& child) {
+bool ClusterDelivery::DeliverChild(libebml::EbmlElement& child) {
   if (const auto* timecode = ElementAs<KaxClusterTimecode>(&child)) {
     m_clock.SetTimecode(*timecode);
     LogFormat("cluster time: %s", std::to_string(m_clock.ClusterTime()).c_str());
@@ -68,11 +68,11 @@ bool CClusterDelivery::DeliverChild(libebml::EbmlElement& child) {
   return true;
 }
 
-bool CClusterDelivery::DeliverSimpleBlock(KaxSimpleBlock& block) {
+bool ClusterDelivery::DeliverSimpleBlock(KaxSimpleBlock& block) {
   return DeliverFrames(block, block.IsKeyframe(), m_info.DefaultFrameDuration(block.TrackNum()));
 }
 
-bool CClusterDelivery::DeliverBlockGroup(const KaxBlockGroup& group) {
+bool ClusterDelivery::DeliverBlockGroup(const KaxBlockGroup& group) {
   m_groupChildren.clear();
   for (libebml::EbmlElement* child : group) {
     const bool wanted = ElementAs<KaxReferenceBlock>(child) != nullptr ||
@@ -82,7 +82,7 @@ bool CClusterDelivery::DeliverBlockGroup(const KaxBlockGroup& group) {
   return DeliverBlockGroupBlocks(m_groupChildren);
 }
 
-bool CClusterDelivery::DeliverBlockGroupBlocks(std::span<libebml::EbmlElement* const> children) {
+bool ClusterDelivery::DeliverBlockGroupBlocks(std::span<libebml::EbmlElement* const> children) {
   KaxBlock* block = nullptr;
   std::uint64_t duration = 0;
   bool referencesOthers = false;
@@ -101,7 +101,7 @@ bool CClusterDelivery::DeliverBlockGroupBlocks(std::span<libebml::EbmlElement* c
 }
 
 // The frames of a block lie one after the other.
-bool CClusterDelivery::DeliverFrames(KaxInternalBlock& block, bool keyFrame, std::uint64_t duration) {
+bool ClusterDelivery::DeliverFrames(KaxInternalBlock& block, bool keyFrame, std::uint64_t duration) {
   // A larger number must not pass for that of another track.
   if (block.TrackNum() > std::numeric_limits<std::uint32_t>::max()) return true;
   FrameInfo frame;

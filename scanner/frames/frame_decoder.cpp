@@ -8,26 +8,26 @@ namespace tarvex {
 
 namespace {
 
-// So much is asked of zlib at a time; less than that is the end.
+// Bytes asked of zlib at a time; when fewer come, that was the end.
 constexpr std::size_t kChunk = 16384;
 constexpr std::size_t kMostInflated = limits::kInflatedFrame + kChunk;
 
 }  // namespace
 
-void CFrameDecoder::EndInflate::operator()(z_stream* stream) const noexcept {
+void FrameDecoder::EndInflate::operator()(z_stream* stream) const noexcept {
   inflateEnd(stream);
   const std::unique_ptr<z_stream> owner(stream);
 }
 
-// What is there already stays.
-void CFrameDecoder::MakeRoom(std::size_t size) {
+// Keeps the bytes that are there.
+void FrameDecoder::MakeRoom(std::size_t size) {
   if (size <= m_bytes.size()) return;
   const std::size_t room = std::max(size, std::min(m_bytes.size() * 2, kMostInflated));
   m_bytes.reserve(room);  // no more than that
   m_bytes.resize(room);
 }
 
-bool CFrameDecoder::RestoreHeader(std::span<const std::uint8_t> settings, std::span<const std::uint8_t> frame) {
+bool FrameDecoder::RestoreHeader(std::span<const std::uint8_t> settings, std::span<const std::uint8_t> frame) {
   if (settings.size() > limits::kFrame || frame.size() > limits::kFrame - settings.size()) return false;
   m_size = settings.size() + frame.size();
   MakeRoom(m_size);
@@ -35,7 +35,7 @@ bool CFrameDecoder::RestoreHeader(std::span<const std::uint8_t> settings, std::s
   return true;
 }
 
-bool CFrameDecoder::BeginInflate(std::span<const std::uint8_t> frame) {
+bool FrameDecoder::BeginInflate(std::span<const std::uint8_t> frame) {
   if (m_stream) {
     if (inflateReset(m_stream.get()) != Z_OK) return false;
   } else {
@@ -48,7 +48,7 @@ bool CFrameDecoder::BeginInflate(std::span<const std::uint8_t> frame) {
   return true;
 }
 
-bool CFrameDecoder::Inflate(std::span<const std::uint8_t> frame) {
+bool FrameDecoder::Inflate(std::span<const std::uint8_t> frame) {
   if (frame.empty() || !BeginInflate(frame)) return false;
   for (m_size = 0;;) {
     MakeRoom(m_size + kChunk);
@@ -61,7 +61,7 @@ bool CFrameDecoder::Inflate(std::span<const std::uint8_t> frame) {
   }
 }
 
-bool CFrameDecoder::Decode(const CHeap* track, FrameInfo& frame) {
+bool FrameDecoder::Decode(const CHeap* track, FrameInfo& frame) {
   constexpr std::uint64_t kZlib = 0;
   constexpr std::uint64_t kHeaderStripping = 3;
   if (track == nullptr) return false;

@@ -15,7 +15,7 @@
 namespace tarvex {
 
 /// Keeps what zlib needs, and its buffer, from frame to frame: in steady use nothing is allocated.
-class CFrameDecoder {
+class FrameDecoder {
  public:
   /// True: the frame's data and size were replaced; the bytes lie here until the next call. False: the frame is
   /// as it was, since `track` (may be null) is not compressed, or not in a way that can be undone, or the frame is

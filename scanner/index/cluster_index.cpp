@@ -4,11 +4,11 @@
 
 namespace tarvex {
 
-std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker& walker, const libmatroska::KaxSegment& segment,
+std::optional<std::vector<SeekPoint>> IndexFromClusters(ElementWalker& walker, const libmatroska::KaxSegment& segment,
                                                         const CMatroskaInfo& info,
                                                         const std::function<bool()>& eventsPending) {
-  CIndexEntries index;
-  CClusterIndexer indexer(walker, info, index);
+  IndexEntries index;
+  ClusterIndexer indexer(walker, info, index);
   while (const auto cluster = walker.FindNextCluster(segment)) {
     if (eventsPending()) return std::nullopt;
     indexer.Add(*cluster);

@@ -13,7 +13,7 @@ namespace tarvex {
 
 /// One entry for each key frame of the first video track (of track 1 when there is none). Reads every
 /// Cluster from the walker's position on, but for the frames. Nothing when `eventsPending` answered true.
-std::optional<std::vector<SeekPoint>> IndexFromClusters(CElementWalker& walker, const libmatroska::KaxSegment& segment,
+std::optional<std::vector<SeekPoint>> IndexFromClusters(ElementWalker& walker, const libmatroska::KaxSegment& segment,
                                                         const CMatroskaInfo& info,
                                                         const std::function<bool()>& eventsPending);
 

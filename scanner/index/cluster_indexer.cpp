@@ -25,7 +25,7 @@ namespace {
 
 namespace id = element_ids;
 
-/// Elements that say nothing about the index, and what muxers put into them.
+/// Elements that say nothing about the index, and what kind of data they have.
 enum class Content : std::uint8_t { kNumber, kBytes, kElements };
 constexpr struct {
   std::uint32_t parent;
@@ -48,9 +48,9 @@ constexpr struct {
     {id::kBlockMore, id::kBlockAdditional, Content::kBytes},
 };
 
-bool MayBePassed(CPlainWalk& walk, const ElementHeader& header, std::uint32_t parent);
+bool MayBePassed(PlainWalk& walk, const ElementHeader& header, std::uint32_t parent);
 
-bool MayAllBePassed(CPlainWalk walk, std::uint32_t parent) {
+bool MayAllBePassed(PlainWalk walk, std::uint32_t parent) {
   while (!walk.IsAtEnd()) {
     const auto header = walk.Head();
     if (!header || !MayBePassed(walk, *header, parent)) return false;
@@ -60,7 +60,7 @@ bool MayAllBePassed(CPlainWalk walk, std::uint32_t parent) {
 }
 
 // No deeper than the table.
-bool MayBePassed(CPlainWalk& walk, const ElementHeader& header, std::uint32_t parent) {
+bool MayBePassed(PlainWalk& walk, const ElementHeader& header, std::uint32_t parent) {
   constexpr std::uint64_t kLongestNumber = 8;
   constexpr std::uint64_t kChecksumBytes = 4;
   if (header.size >= limits::kElement) return false;
@@ -73,34 +73,34 @@ bool MayBePassed(CPlainWalk& walk, const ElementHeader& header, std::uint32_t pa
   return row->content == Content::kBytes || header.size <= kLongestNumber;
 }
 
-std::optional<BlockHead> BlockHeadAt(CPlainWalk& walk, const ElementHeader& header) {
+std::optional<BlockHead> BlockHeadAt(PlainWalk& walk, const ElementHeader& header) {
   if (header.size >= limits::kElement) return std::nullopt;
   return ParseBlockHead(walk.Data(header, BlockHead::kMaxBytes));
 }
 
 }  // namespace
 
-CClusterIndexer::CClusterIndexer(CElementWalker& walker, const CMatroskaInfo& info, CIndexEntries& index)
+ClusterIndexer::ClusterIndexer(ElementWalker& walker, const CMatroskaInfo& info, IndexEntries& index)
     : m_walker(walker), m_track(TrackOfClusterIndex(info)), m_index(index), m_clock(info.TimecodeScale()) {}
 
-void CClusterIndexer::Add(KaxCluster& cluster) {
+void ClusterIndexer::Add(KaxCluster& cluster) {
   m_position = cluster.GetElementPosition();
   if (AddPlain(cluster)) return;
   m_clock.BeginCluster();
   m_walker.MoveTo(cluster.GetDataStart());
-  m_walker.ReadEachChild(cluster, CMasterReader::Frames::kLeaveOut, [this](const libebml::EbmlElement& child) {
+  m_walker.ReadEachChild(cluster, MasterReader::Frames::kLeaveOut, [this](const libebml::EbmlElement& child) {
     AddChild(child);
     return true;
   });
 }
 
-/// The same as AddChild for each child of the Cluster, which must be as muxers write it: reads the heads of its blocks
-/// and nothing else. False when there is anything else in it; then nothing was added.
-bool CClusterIndexer::AddPlain(const KaxCluster& cluster) {
+/// The quick way, for a Cluster as muxers write it: reads the heads of its blocks and nothing else. Adds what AddChild
+/// would for each child. False when the Cluster holds anything unusual; then nothing was added.
+bool ClusterIndexer::AddPlain(const KaxCluster& cluster) {
   if (!m_walker.IsWhole(cluster)) return false;
   m_found.clear();
   m_clock.BeginCluster();
-  CPlainWalk walk(m_walker, cluster.GetDataStart(), cluster.GetEndPosition(), m_step);
+  PlainWalk walk(m_walker, cluster.GetDataStart(), cluster.GetEndPosition(), m_step);
   while (!walk.IsAtEnd()) {
     const auto header = walk.Head();
     if (!header || !AddPlainChild(walk, *header)) return false;
@@ -111,7 +111,7 @@ bool CClusterIndexer::AddPlain(const KaxCluster& cluster) {
   return true;
 }
 
-bool CClusterIndexer::AddPlainChild(CPlainWalk& walk, const ElementHeader& header) {
+bool ClusterIndexer::AddPlainChild(PlainWalk& walk, const ElementHeader& header) {
   switch (header.id) {
     case id::kSimpleBlock: {
       const auto block = BlockHeadAt(walk, header);
@@ -130,7 +130,7 @@ bool CClusterIndexer::AddPlainChild(CPlainWalk& walk, const ElementHeader& heade
 }
 
 // One block, and perhaps what goes with it.
-bool CClusterIndexer::AddPlainGroup(CPlainWalk walk) {
+bool ClusterIndexer::AddPlainGroup(PlainWalk walk) {
   std::optional<BlockHead> block;
   bool isKeyFrame = true;
   while (!walk.IsAtEnd()) {
@@ -152,14 +152,14 @@ bool CClusterIndexer::AddPlainGroup(CPlainWalk walk) {
 }
 
 // A lace decides by its sizes whether it is a block at all, and so is not plain.
-bool CClusterIndexer::AddPlainBlock(const BlockHead& block, bool isKeyFrame) {
+bool ClusterIndexer::AddPlainBlock(const BlockHead& block, bool isKeyFrame) {
   if (block.track != m_track || !isKeyFrame) return true;
   if (block.lacing != BlockLacing::kNone || m_found.size() == limits::kPlainClusterEntries) return false;
   m_found.push_back({m_position, m_clock.TimeOf(block.relativeTime)});
   return true;
 }
 
-void CClusterIndexer::AddChild(const libebml::EbmlElement& child) {
+void ClusterIndexer::AddChild(const libebml::EbmlElement& child) {
   if (const auto* timecode = ElementAs<KaxClusterTimecode>(&child)) {
     m_clock.SetTimecode(*timecode);
   } else if (const auto* block = ElementAs<KaxSimpleBlock>(&child)) {
@@ -170,7 +170,7 @@ void CClusterIndexer::AddChild(const libebml::EbmlElement& child) {
 }
 
 // The first block's track number is the group's.
-void CClusterIndexer::AddGroup(const KaxBlockGroup& group) {
+void ClusterIndexer::AddGroup(const KaxBlockGroup& group) {
   const auto* first = ElementAs<KaxBlock>(group.FindFirstElt(EBML_INFO(KaxBlock)));
   if (first == nullptr || first->TrackNum() != m_track) return;
   if (group.FindFirstElt(EBML_INFO(KaxReferenceBlock)) != nullptr) return;
@@ -179,7 +179,7 @@ void CClusterIndexer::AddGroup(const KaxBlockGroup& group) {
   }
 }
 
-void CClusterIndexer::AddBlock(const libmatroska::KaxInternalBlock& block) {
+void ClusterIndexer::AddBlock(const libmatroska::KaxInternalBlock& block) {
   m_index.Add({m_position, m_clock.TimeOf(block)});
 }
 

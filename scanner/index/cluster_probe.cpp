@@ -56,7 +56,7 @@ std::optional<std::uint64_t> TimecodeIn(std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
-std::span<const std::uint8_t> CClusterProbe::Bytes(std::uint64_t position, std::size_t atLeast, std::size_t chunk) {
+std::span<const std::uint8_t> ClusterProbe::Bytes(std::uint64_t position, std::size_t atLeast, std::size_t chunk) {
   if (position >= m_limit) return {};
   const std::uint64_t left = m_limit - position;
   const auto bytes = m_walker.Bytes(position, static_cast<std::size_t>(std::min<std::uint64_t>(atLeast, left)),
@@ -64,7 +64,7 @@ std::span<const std::uint8_t> CClusterProbe::Bytes(std::uint64_t position, std::
   return bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), left)));
 }
 
-std::optional<ProbedCluster> CClusterProbe::First(std::uint64_t begin, std::uint64_t end) {
+std::optional<ProbedCluster> ClusterProbe::First(std::uint64_t begin, std::uint64_t end) {
   end = std::min(end, m_limit);
   std::size_t chunk = m_reach.firstChunk;
   for (std::uint64_t position = begin; position < end;) {
@@ -86,7 +86,7 @@ std::optional<ProbedCluster> CClusterProbe::First(std::uint64_t begin, std::uint
   return std::nullopt;
 }
 
-std::optional<ProbedCluster> CClusterProbe::At(std::uint64_t position) {
+std::optional<ProbedCluster> ClusterProbe::At(std::uint64_t position) {
   const auto bytes = Bytes(position, kHeadBytes, kHeadBytes);
   const auto header = ParseElementHeader(bytes);
   if (!header || header->id != id::kCluster) return std::nullopt;
@@ -100,15 +100,15 @@ std::optional<ProbedCluster> CClusterProbe::At(std::uint64_t position) {
   return ProbedCluster{position, *end, static_cast<std::int64_t>(UnitsFromTicks(*ticks, m_scale))};
 }
 
-std::optional<std::uint64_t> CClusterProbe::EndOf(std::uint64_t dataStart, const ElementHeader& header) {
+std::optional<std::uint64_t> ClusterProbe::EndOf(std::uint64_t dataStart, const ElementHeader& header) {
   if (!header.sizeKnown) return EndOfUnknownSize(dataStart);
   if (header.size > m_limit - dataStart || !IsFollowedBySibling(dataStart + header.size)) return std::nullopt;
   return dataStart + header.size;
 }
 
 // At the first element that is none of its children.
-std::optional<std::uint64_t> CClusterProbe::EndOfUnknownSize(std::uint64_t dataStart) {
-  CPlainWalk walk(m_walker, dataStart, m_limit, m_step);
+std::optional<std::uint64_t> ClusterProbe::EndOfUnknownSize(std::uint64_t dataStart) {
+  PlainWalk walk(m_walker, dataStart, m_limit, m_step);
   while (!walk.IsAtEnd()) {
     if (m_lookedAt > m_reach.budget) return std::nullopt;
     // The next one may be of unknown size too.
@@ -122,14 +122,14 @@ std::optional<std::uint64_t> CClusterProbe::EndOfUnknownSize(std::uint64_t dataS
   return IsFollowedBySibling(walk.Position()) ? std::optional(walk.Position()) : std::nullopt;
 }
 
-std::optional<ElementHeader> CClusterProbe::SiblingAt(std::uint64_t position) {
+std::optional<ElementHeader> ClusterProbe::SiblingAt(std::uint64_t position) {
   const auto header = ParseElementHeader(Bytes(position, ElementHeader::kMaxBytes, kHeadBytes));
   return header && Contains(kSiblings, header->id) ? header : std::nullopt;
 }
 
-bool CClusterProbe::IsFollowedBySibling(std::uint64_t end) { return end >= m_limit || SiblingAt(end); }
+bool ClusterProbe::IsFollowedBySibling(std::uint64_t end) { return end >= m_limit || SiblingAt(end); }
 
-std::optional<ProbedCluster> CClusterProbe::Next(const ProbedCluster& cluster) {
+std::optional<ProbedCluster> ClusterProbe::Next(const ProbedCluster& cluster) {
   constexpr int kBetween = 16;
   std::uint64_t position = cluster.end;
   for (int passed = 0; passed < kBetween; ++passed) {

@@ -20,13 +20,13 @@ struct ProbedCluster {
   std::int64_t time = 0;       ///< its Timecode, 100 ns units
 };
 
-/// Takes for a Cluster what begins as muxers begin one, has a Timecode, and ends where another element of the Segment
-/// begins. Frames may hold such a thing as well, but hardly by chance.
-class CClusterProbe {
+/// A Cluster is what begins as muxers begin one, has a Timecode, and ends where another element of the Segment begins.
+/// A frame may hold such bytes too, but hardly by chance.
+class ClusterProbe {
  public:
   /// Clusters lie before `limit`; `scale` is that of the file in nanoseconds. All stay while this is used.
-  CClusterProbe(CElementWalker& walker, std::uint64_t limit, std::uint64_t scale, const SearchReach& reach,
-                const std::function<bool()>& eventsPending)
+  ClusterProbe(ElementWalker& walker, std::uint64_t limit, std::uint64_t scale, const SearchReach& reach,
+               const std::function<bool()>& eventsPending)
       : m_walker(walker), m_limit(limit), m_scale(scale), m_reach(reach), m_eventsPending(eventsPending) {}
 
   /// The first that begins at or behind `begin` and before `end`. Nothing when there is none, and always once
@@ -34,8 +34,8 @@ class CClusterProbe {
   std::optional<ProbedCluster> First(std::uint64_t begin, std::uint64_t end);
   /// The one that begins there.
   std::optional<ProbedCluster> At(std::uint64_t position);
-  /// The one behind `cluster` with nothing but other elements of the Segment between them. Nothing where the Segment
-  /// goes on in another way, or ends.
+  /// The next one behind `cluster`, with nothing but other elements of the Segment between them. Nothing where other
+  /// bytes follow, or the Segment ends.
   std::optional<ProbedCluster> Next(const ProbedCluster& cluster);
 
   /// An event is pending, or too much was looked at in vain.
@@ -49,12 +49,12 @@ class CClusterProbe {
   std::optional<ElementHeader> SiblingAt(std::uint64_t position);
   bool IsFollowedBySibling(std::uint64_t end);
 
-  CElementWalker& m_walker;
+  ElementWalker& m_walker;
   const std::uint64_t m_limit;
   const std::uint64_t m_scale;
   const SearchReach& m_reach;
   const std::function<bool()>& m_eventsPending;
-  CReadStep m_step;
+  ReadStep m_step;
   std::uint64_t m_lookedAt = 0;  // bytes
   bool m_isInterrupted = false;
 };

@@ -10,8 +10,8 @@ namespace tarvex {
 
 namespace {
 
-// A frame may hold what looks like a Cluster. Whoever goes from one of those to the next is on the way of the true
-// ones behind it, so the first few do not count.
+// A frame may hold what looks like a Cluster. Going on from there to the next leads to the true ones after a few steps,
+// so the first few do not count.
 constexpr int kUnsure = 3;
 
 std::uint64_t EndOfClusters(const libmatroska::KaxSegment& segment, std::uint64_t streamLength) {
@@ -20,9 +20,9 @@ std::uint64_t EndOfClusters(const libmatroska::KaxSegment& segment, std::uint64_
 
 }  // namespace
 
-CClusterSearch::CClusterSearch(CElementWalker& walker, const libmatroska::KaxSegment& segment,
-                               const CMatroskaInfo& info, std::uint64_t streamLength, CKnownClusters& known,
-                               const SearchReach& reach, const std::function<bool()>& eventsPending)
+ClusterSearch::ClusterSearch(ElementWalker& walker, const libmatroska::KaxSegment& segment, const CMatroskaInfo& info,
+                             std::uint64_t streamLength, KnownClusters& known, const SearchReach& reach,
+                             const std::function<bool()>& eventsPending)
     : m_walker(walker),
       m_segment(segment),
       m_info(info),
@@ -33,7 +33,7 @@ CClusterSearch::CClusterSearch(CElementWalker& walker, const libmatroska::KaxSeg
       m_probe(walker, EndOfClusters(segment, streamLength), info.TimecodeScale(), reach, eventsPending),
       m_indexer(walker, info, m_entries) {}
 
-bool CClusterSearch::Seen::Add(std::uint64_t position, bool isAfter) {
+bool ClusterSearch::Seen::Add(std::uint64_t position, bool isAfter) {
   if (!std::exchange(hasAny, true)) first = position;
   if (isAfter) return false;
   beforeLast = std::exchange(last, position);
@@ -41,7 +41,7 @@ bool CClusterSearch::Seen::Add(std::uint64_t position, bool isAfter) {
   return true;
 }
 
-CClusterSearch::Result CClusterSearch::Find(std::uint64_t time) {
+ClusterSearch::Result ClusterSearch::Find(std::uint64_t time) {
   if (!MayBeSearched(time) || !Prepare()) return Failed();
   const auto wanted = static_cast<std::int64_t>(time);
   const auto nearest = Nearest(wanted);
@@ -63,14 +63,14 @@ CClusterSearch::Result CClusterSearch::Find(std::uint64_t time) {
   }
 }
 
-CClusterSearch::Result CClusterSearch::Failed() const {
+ClusterSearch::Result ClusterSearch::Failed() const {
   const bool isInterrupted = m_isInterrupted || m_probe.IsInterrupted();
   return {isInterrupted ? Outcome::kInterrupted : Outcome::kReadAll, 0};
 }
 
-// The place in an index is first estimated from its length. For times up to the duration that changes nothing; for
-// those behind it, the length decides.
-bool CClusterSearch::MayBeSearched(std::uint64_t time) const {
+// A lookup in a whole index begins at a place estimated from the index's length. For times up to the duration the
+// estimate changes nothing. For later times the result depends on that length, which is not known here.
+bool ClusterSearch::MayBeSearched(std::uint64_t time) const {
   constexpr std::uint64_t kLatest = std::uint64_t{1} << 62;
   constexpr std::uint64_t kSmallestBlock = 6;
   const bool reachesToTheEnd = !m_segment.IsFiniteSize() || m_segment.GetEndPosition() >= m_streamLength;
@@ -80,8 +80,8 @@ bool CClusterSearch::MayBeSearched(std::uint64_t time) const {
   return time - duration < duration / std::min<std::uint64_t>(limits::kIndexEntries, m_streamLength / kSmallestBlock);
 }
 
-// The first Cluster, and some all over the file, whose times have to rise.
-bool CClusterSearch::Prepare() {
+// Looks at the first Cluster and at some all over the file. False when their times do not rise.
+bool ClusterSearch::Prepare() {
   constexpr std::uint64_t kSamples = 8;
   if (!m_known.Marks().empty()) return true;
   m_walker.MoveTo(m_segment.GetDataStart());
@@ -97,14 +97,14 @@ bool CClusterSearch::Prepare() {
   return false;
 }
 
-std::optional<ProbedCluster> CClusterSearch::Probe(std::uint64_t begin, std::uint64_t end) {
+std::optional<ProbedCluster> ClusterSearch::Probe(std::uint64_t begin, std::uint64_t end) {
   auto found = m_probe.First(begin, end);
   if (found && !m_known.AddMark(*found)) m_isContradictory = true;
   return m_isContradictory ? std::nullopt : found;
 }
 
 // A Cluster that is not after the wanted time, and not far from it.
-std::optional<ProbedCluster> CClusterSearch::Nearest(std::int64_t time) {
+std::optional<ProbedCluster> ClusterSearch::Nearest(std::int64_t time) {
   const auto& marks = m_known.Marks();
   const auto later = std::ranges::partition_point(marks, [&](const auto& mark) { return mark.time <= time; });
   if (later == marks.begin()) return marks.front();
@@ -121,7 +121,7 @@ std::optional<ProbedCluster> CClusterSearch::Nearest(std::int64_t time) {
     const std::uint64_t gap = end - low.end;
     auto ahead = AheadOf(low, gap, time, endTime);
     if (ahead && *ahead <= m_reach.closest) break;
-    if (step % 4 == 0) ahead.reset();  // it may be wrong for ever
+    if (step % 4 == 0) ahead.reset();  // the estimate may never come nearer
     const std::uint64_t aim = low.end + (ahead ? *ahead - m_reach.closest / 2 : gap / 2);
     const auto found = Probe(aim, end);
     if (m_isContradictory || m_probe.HasEnded()) return std::nullopt;
@@ -135,19 +135,19 @@ std::optional<ProbedCluster> CClusterSearch::Nearest(std::int64_t time) {
   return low;
 }
 
-// Bytes between that Cluster and the wanted time, as far as can be told.
-std::optional<std::uint64_t> CClusterSearch::AheadOf(const ProbedCluster& low, std::uint64_t gap, std::int64_t time,
-                                                     std::optional<std::int64_t> highTime) const {
+// Estimated bytes between that Cluster and the wanted time.
+std::optional<std::uint64_t> ClusterSearch::AheadOf(const ProbedCluster& low, std::uint64_t gap, std::int64_t time,
+                                                    std::optional<std::int64_t> highTime) const {
   if (!highTime || *highTime <= time) return std::nullopt;
-  // Damaged ones lie so far apart that integers overflow.
+  // In floating point: times of a damaged file may be so far apart that integers overflow.
   const double whole = static_cast<double>(*highTime) - static_cast<double>(low.time);
   const double part = static_cast<double>(time) - static_cast<double>(low.time);
   if (!(whole > 0)) return std::nullopt;
   return static_cast<std::uint64_t>(static_cast<double>(gap) * std::clamp(part / whole, 0.0, 1.0));
 }
 
-// A Cluster behind which two entries are known that are not after the time, or the first one of the file.
-std::optional<std::uint64_t> CClusterSearch::KnownAnchor(std::uint64_t position, std::int64_t time) const {
+// A known Cluster from which on two entries are not after the time, or the first Cluster of the file.
+std::optional<std::uint64_t> ClusterSearch::KnownAnchor(std::uint64_t position, std::int64_t time) const {
   std::size_t count = 0;
   for (;;) {
     const KnownCluster* cluster = m_known.Find(position);
@@ -160,23 +160,23 @@ std::optional<std::uint64_t> CClusterSearch::KnownAnchor(std::uint64_t position,
   }
 }
 
-// A Cluster for certain, about that far back. Nothing when there is none so near.
-std::optional<std::uint64_t> CClusterSearch::Anchor(const ProbedCluster& nearest, std::uint64_t reach) {
+// A place that surely is a Cluster, about `reach` bytes in front of `nearest`. Nothing when there is none.
+std::optional<std::uint64_t> ClusterSearch::Anchor(const ProbedCluster& nearest, std::uint64_t reach) {
   if (nearest.position - Front() <= reach) return Front();
   auto found = Probe(nearest.position - reach, nearest.position);
   for (int unsure = 0; found && unsure < kUnsure; ++unsure) {
     if (found->position == nearest.position) return std::nullopt;
     found = m_probe.Next(*found);
-    // Behind a Cluster in front of that one, there is that one.
+    // Going on from a true Cluster must lead to `nearest`, and not past it.
     m_isContradictory = !found || found->position > nearest.position || !m_known.AddMark(*found);
     if (m_isContradictory) return std::nullopt;
   }
   return found ? std::optional(found->position) : std::nullopt;
 }
 
-// Over Clusters as reading everything goes over them, until an entry is after the time. Has to come to the one at
-// `through`.
-std::optional<CClusterSearch::Seen> CClusterSearch::Walk(std::uint64_t from, std::uint64_t through, std::int64_t time) {
+// Walks over Clusters one after the other, as reading everything does, until an entry is after the time. The walk must
+// come to the Cluster at `through`, else the file contradicts itself.
+std::optional<ClusterSearch::Seen> ClusterSearch::Walk(std::uint64_t from, std::uint64_t through, std::int64_t time) {
   Seen seen;
   std::optional<std::int64_t> last;
   bool wasThrough = false;
@@ -198,7 +198,7 @@ std::optional<CClusterSearch::Seen> CClusterSearch::Walk(std::uint64_t from, std
   return wasThrough ? std::optional(seen) : std::nullopt;
 }
 
-const KnownCluster* CClusterSearch::Read(std::uint64_t position) {
+const KnownCluster* ClusterSearch::Read(std::uint64_t position) {
   m_walker.MoveTo(position);
   const auto cluster = m_walker.FindNextCluster(m_segment);
   if (!cluster || cluster->GetElementPosition() != position) return nullptr;

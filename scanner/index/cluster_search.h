@@ -1,5 +1,5 @@
-// Finding where to begin for a start time in a file without Cues, by looking only where that time can be. Made for one
-// start; runs on the worker, which has the scanner to itself.
+// Finds where to begin for a start time in a file without Cues, and reads only the places where that time can be. Made
+// for one start; runs on the worker, which has the scanner to itself.
 #pragma once
 
 #include <cstddef>
@@ -17,11 +17,10 @@
 
 namespace tarvex {
 
-/// A file is known by the entries that an index of all its Clusters would have: one for each key frame of one track.
-/// Their times rise in every file that is not damaged, and so do those of the Clusters. That makes it possible to
-/// find the last entry not after a time, and the one before it, from a few Clusters around them. Wherever what is seen
-/// contradicts that, the answer is that everything has to be read.
-class CClusterSearch {
+/// An index of all Clusters would have one entry for each key frame of one track. The times of these entries rise in
+/// every file that is not damaged, and so do those of the Clusters. So a few Clusters are enough to find the last entry
+/// not after a time, and the one before it. Where the times do not rise, the answer is that everything has to be read.
+class ClusterSearch {
  public:
   enum class Outcome : std::uint8_t {
     kFound,        ///< begin at the position
@@ -34,9 +33,9 @@ class CClusterSearch {
   };
 
   /// `known` is what earlier searches found, and grows. `streamLength` in bytes. All stay while this is used.
-  CClusterSearch(CElementWalker& walker, const libmatroska::KaxSegment& segment, const CMatroskaInfo& info,
-                 std::uint64_t streamLength, CKnownClusters& known, const SearchReach& reach,
-                 const std::function<bool()>& eventsPending);
+  ClusterSearch(ElementWalker& walker, const libmatroska::KaxSegment& segment, const CMatroskaInfo& info,
+                std::uint64_t streamLength, KnownClusters& known, const SearchReach& reach,
+                const std::function<bool()>& eventsPending);
 
   /// For a start at `time`, 100 ns units, above 0: the same as FindIndexEntry in an index of everything, and one entry
   /// further back.
@@ -68,16 +67,16 @@ class CClusterSearch {
   std::uint64_t Front() const { return m_known.Marks().front().position; }
   Result Failed() const;
 
-  CElementWalker& m_walker;
+  ElementWalker& m_walker;
   const libmatroska::KaxSegment& m_segment;
   const CMatroskaInfo& m_info;
   const std::uint64_t m_streamLength;
-  CKnownClusters& m_known;
+  KnownClusters& m_known;
   const SearchReach& m_reach;
   const std::function<bool()>& m_eventsPending;
-  CClusterProbe m_probe;
-  CIndexEntries m_entries;  // of the Cluster that is read
-  CClusterIndexer m_indexer;
+  ClusterProbe m_probe;
+  IndexEntries m_entries;  // of the Cluster that is read
+  ClusterIndexer m_indexer;
   bool m_isInterrupted = false;
   bool m_isContradictory = false;
 };

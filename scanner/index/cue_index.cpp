@@ -26,7 +26,7 @@ namespace {
 /// The one that names the earliest Cluster.
 const KaxCueTrackPositions* EarliestPositions(const KaxCuePoint& point) {
   const KaxCueTrackPositions* earliest = nullptr;
-  std::uint64_t position = 0xFFFFFFFFFFFFFFF;  // as libmatroska, which however takes quadratic time
+  std::uint64_t position = 0xFFFFFFFFFFFFFFF;  // libmatroska does the same in quadratic time
   for (const libebml::EbmlElement* child : point) {
     const auto* candidate = ElementAs<KaxCueTrackPositions>(child);
     if (candidate == nullptr || candidate->FindFirstElt(EBML_INFO(KaxCueClusterPosition)) == nullptr) continue;
@@ -37,7 +37,7 @@ const KaxCueTrackPositions* EarliestPositions(const KaxCuePoint& point) {
   return earliest;
 }
 
-void AddCuePoint(const KaxCuePoint& point, const KaxSegment& segment, std::uint64_t scale, CIndexEntries& index) {
+void AddCuePoint(const KaxCuePoint& point, const KaxSegment& segment, std::uint64_t scale, IndexEntries& index) {
   const auto* positions = EarliestPositions(point);
   if (positions == nullptr || positions->TrackNumber() != kIndexedTrack) return;
   std::uint64_t nanoseconds = 0;
@@ -45,8 +45,8 @@ void AddCuePoint(const KaxCuePoint& point, const KaxSegment& segment, std::uint6
   index.Add({segment.GetGlobalPosition(positions->ClusterPosition()), nanoseconds / kNanosecondsPerUnit});
 }
 
-/// Of a stream that reaches to `end`: the bytes from `position` on, at least so many if there are.
-std::span<const std::uint8_t> BytesBefore(CElementWalker& walker, std::uint64_t position, std::uint64_t end,
+/// The bytes from `position` on, at least so many if the stream, which reaches to `end`, has them.
+std::span<const std::uint8_t> BytesBefore(ElementWalker& walker, std::uint64_t position, std::uint64_t end,
                                           std::uint64_t atLeast, std::size_t chunk) {
   const std::uint64_t left = end - position;
   const auto bytes = walker.Bytes(position, static_cast<std::size_t>(std::min(atLeast, left)),
@@ -55,14 +55,14 @@ std::span<const std::uint8_t> BytesBefore(CElementWalker& walker, std::uint64_t 
 }
 
 /// Cues as muxers write them, without an object for each element. Nothing when there is anything else in them.
-std::optional<CIndexEntries> PlainCues(CElementWalker& walker, const KaxCues& cues, const KaxSegment& segment,
-                                       std::uint64_t scale) {
+std::optional<IndexEntries> PlainCues(ElementWalker& walker, const KaxCues& cues, const KaxSegment& segment,
+                                      std::uint64_t scale) {
   constexpr std::size_t kChunk = std::size_t{1} << 20;
   constexpr std::uint64_t kLongestPoint = 1u << 16;
   if (!walker.IsWhole(cues)) return std::nullopt;
   const std::uint64_t start = segment.GetGlobalPosition(0);
   const std::uint64_t end = cues.GetEndPosition();
-  CIndexEntries index;
+  IndexEntries index;
   std::span<const std::uint8_t> bytes;  // those at hand from `position` on
   for (std::uint64_t position = cues.GetDataStart(); position < end;) {
     const auto element = ParsePlainElement(bytes);
@@ -87,14 +87,14 @@ std::optional<CIndexEntries> PlainCues(CElementWalker& walker, const KaxCues& cu
 
 }  // namespace
 
-std::vector<SeekPoint> IndexFromCues(CElementWalker& walker, const KaxSegment& segment, std::uint64_t position,
+std::vector<SeekPoint> IndexFromCues(ElementWalker& walker, const KaxSegment& segment, std::uint64_t position,
                                      std::uint64_t scale) {
   const auto cues = walker.FindAt<KaxCues>(segment, position);
   if (!cues) return {};
   if (auto plain = PlainCues(walker, *cues, segment, scale)) return plain->Take();
-  CIndexEntries index;
+  IndexEntries index;
   walker.MoveTo(cues->GetDataStart());
-  walker.ReadEachChild(*cues, CMasterReader::Frames::kRead, [&](libebml::EbmlElement& child) {
+  walker.ReadEachChild(*cues, MasterReader::Frames::kRead, [&](libebml::EbmlElement& child) {
     const auto* point = ElementAs<KaxCuePoint>(&child);
     if (point != nullptr) AddCuePoint(*point, segment, scale, index);
     return true;

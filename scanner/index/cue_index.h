@@ -1,4 +1,5 @@
-// The seek index of the Cues. A free function; runs on the thread that opens the file, which has the scanner to itself.
+// The seek index of the Cues. A free function; runs on the thread that opens the file, or on the worker if the Cues had
+// not arrived then. Either has the scanner to itself.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +12,7 @@ namespace tarvex {
 
 /// One entry for each cue point of track 1, whatever kind of track that is. Empty without such Cues.
 /// `position` is where they should be, `scale` the length of a tick in nanoseconds.
-std::vector<SeekPoint> IndexFromCues(CElementWalker& walker, const libmatroska::KaxSegment& segment,
+std::vector<SeekPoint> IndexFromCues(ElementWalker& walker, const libmatroska::KaxSegment& segment,
                                      std::uint64_t position, std::uint64_t scale);
 
 }  // namespace tarvex

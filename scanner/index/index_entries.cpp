@@ -7,7 +7,7 @@
 
 namespace tarvex {
 
-void CIndexEntries::Add(const SeekPoint& entry) {
+void IndexEntries::Add(const SeekPoint& entry) {
   if (m_count++ % m_step != 0) return;
   if (m_entries.size() == limits::kIndexEntries) {
     static_assert(limits::kIndexEntries % 2 == 0, "then this entry is one of those that are kept");
@@ -18,11 +18,11 @@ void CIndexEntries::Add(const SeekPoint& entry) {
   m_entries.push_back(entry);
 }
 
-void CIndexEntries::Reserve(std::uint64_t entries) {
+void IndexEntries::Reserve(std::uint64_t entries) {
   m_entries.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(entries, limits::kIndexEntries)));
 }
 
-std::vector<SeekPoint> CIndexEntries::Take() {
+std::vector<SeekPoint> IndexEntries::Take() {
   if (m_entries.capacity() - m_entries.size() > m_entries.size() / 8) m_entries.shrink_to_fit();
   m_step = 1;
   m_count = 0;

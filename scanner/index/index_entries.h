@@ -10,7 +10,7 @@
 
 namespace tarvex {
 
-class CIndexEntries {
+class IndexEntries {
  public:
   /// Keeps every entry until there are limits::kIndexEntries, then every second of all, the coming ones included, and
   /// so on. So a seek leads a little further back, wherever it leads.

@@ -8,7 +8,7 @@
 
 namespace tarvex {
 
-bool CKnownClusters::AddMark(const ProbedCluster& cluster) {
+bool KnownClusters::AddMark(const ProbedCluster& cluster) {
   const auto behind = std::ranges::lower_bound(m_marks, cluster.position, {}, &ProbedCluster::position);
   if (behind != m_marks.end() && behind->position == cluster.position) return behind->time == cluster.time;
   const auto isBefore = [](const ProbedCluster& one, const ProbedCluster& other) {
@@ -20,7 +20,7 @@ bool CKnownClusters::AddMark(const ProbedCluster& cluster) {
   return true;
 }
 
-void CKnownClusters::Add(std::uint64_t position, KnownCluster cluster) {
+void KnownClusters::Add(std::uint64_t position, KnownCluster cluster) {
   if (m_clusters.size() >= limits::kKnownClusters || m_entries > limits::kIndexEntries) {
     m_clusters.clear();
     m_entries = 0;
@@ -29,19 +29,19 @@ void CKnownClusters::Add(std::uint64_t position, KnownCluster cluster) {
   m_clusters.insert_or_assign(position, std::move(cluster));
 }
 
-const KnownCluster* CKnownClusters::Find(std::uint64_t position) const {
+const KnownCluster* KnownClusters::Find(std::uint64_t position) const {
   const auto found = m_clusters.find(position);
   return found == m_clusters.end() ? nullptr : &found->second;
 }
 
-std::uint64_t CKnownClusters::Before(std::uint64_t position) const {
+std::uint64_t KnownClusters::Before(std::uint64_t position) const {
   const auto behind = m_clusters.lower_bound(position);
   if (behind == m_clusters.begin()) return position;
   const auto before = std::prev(behind);
   return before->second.next == position ? before->first : position;
 }
 
-void CKnownClusters::Clear() {
+void KnownClusters::Clear() {
   m_marks.clear();
   m_clusters.clear();
   m_entries = 0;

@@ -18,14 +18,14 @@ struct KnownCluster {
   std::vector<std::int64_t> times;  ///< of its entries, 100 ns units, in file order
 };
 
-class CKnownClusters {
+class KnownClusters {
  public:
-  /// False: it contradicts what is known, since the times of Clusters rise, and none lies within another.
+  /// False: it contradicts what is known. The times of Clusters rise, and none lies within another.
   bool AddMark(const ProbedCluster& cluster);
   /// Clusters in file order, the first of the file among them.
   const std::vector<ProbedCluster>& Marks() const { return m_marks; }
 
-  /// Forgets others when they are too many.
+  /// When there are too many, others are forgotten.
   void Add(std::uint64_t position, KnownCluster cluster);
   /// Null when its entries have not been read. Valid until one is added.
   const KnownCluster* Find(std::uint64_t position) const;

@@ -8,14 +8,14 @@ namespace tarvex {
 
 /// Bytes. Tests take smaller ones, so that small files do.
 struct SearchReach {
-  /// A shorter file is read whole, which takes no more than a search, and leaves nothing uncertain.
+  /// A shorter file is read whole: that takes no longer than a search and leaves nothing uncertain.
   std::uint64_t smallestFile = std::uint64_t{16} << 20;
-  /// What is read first where a Cluster is looked for, and then at a time.
+  /// The first piece that is read where a Cluster is looked for, and the later ones.
   std::size_t firstChunk = std::size_t{128} << 10;
   std::size_t chunk = std::size_t{1} << 20;
-  /// No nearer to the wanted time is looked for: so much is read in passing.
+  /// So near to the wanted time the search ends: walking over this much is as quick.
   std::uint64_t closest = std::uint64_t{2} << 20;
-  /// So much is looked at in one search, and as much of Clusters is walked over, before everything is read instead.
+  /// A search that has looked at so much, or walked over so much, gives up, and everything is read instead.
   std::uint64_t budget = std::uint64_t{192} << 20;
 };
 

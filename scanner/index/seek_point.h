@@ -1,4 +1,4 @@
-// One entry of the seek index: where a Cluster begins and the time of the frame it was indexed for.
+// One entry of the seek index: where a Cluster begins and the time of the frame it was indexed for. A value.
 #pragma once
 
 #include <cstdint>

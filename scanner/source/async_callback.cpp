@@ -20,8 +20,8 @@ constexpr const char* kReadFailed =
 
 void CAsyncCallback::Attach(IAsyncReader* reader) {
   m_reader = reader;
-  ComPtr<CReadAheadReader> readAhead;  // counted by whoever counts the reader
-  if (reader != nullptr) static_cast<void>(reader->QueryInterface(CReadAheadReader::kClass, readAhead.PutVoid()));
+  ComPtr<ReadAheadReader> readAhead;  // counted by whoever counts the reader
+  if (reader != nullptr) static_cast<void>(reader->QueryInterface(ReadAheadReader::kClass, readAhead.PutVoid()));
   m_readAhead = readAhead.Get();
   QueryLength();
 }
@@ -32,7 +32,7 @@ void CAsyncCallback::Detach() noexcept {
 }
 
 std::span<const std::uint8_t> CAsyncCallback::Borrow(std::uint64_t position, std::size_t atLeast, std::size_t wanted) {
-  constexpr std::size_t kMost = static_cast<std::size_t>(CReadAheadReader::kLargestWindow);
+  constexpr std::size_t kMost = static_cast<std::size_t>(ReadAheadReader::kLargestWindow);
   if (m_readAhead == nullptr || atLeast > kMost) return {};
   const auto bytes = m_readAhead->Borrow(static_cast<LONGLONG>(position), static_cast<LONG>(atLeast),
                                          static_cast<LONG>(std::min(wanted, kMost)));
@@ -65,7 +65,7 @@ std::uint32_t CAsyncCallback::read(void* buffer, std::size_t size) {
   if (size > static_cast<std::size_t>(std::numeric_limits<LONG>::max())) throw MessageError(kReadFailed);
   if (size > m_length - m_position) std::memset(buffer, 0, size);
   if (!ReadWhole(buffer, static_cast<LONG>(size))) {
-    // How many bytes came is not said, so those that there are come again, over zeros.
+    // A failed read does not say how many bytes came. So the bytes that exist are read again, over zeros.
     std::memset(buffer, 0, size);
     const LONG there = BytesThere(static_cast<LONG>(size));
     if (there != 0) ReadWhole(buffer, there);
@@ -74,7 +74,8 @@ std::uint32_t CAsyncCallback::read(void* buffer, std::size_t size) {
   return static_cast<std::uint32_t>(size);
 }
 
-// Of so many from the position on: as the reader says now, since what it said before may have been an estimate.
+// How many of `size` bytes from the position on there are. The reader is asked anew: what it said before may have been
+// an estimate.
 LONG CAsyncCallback::BytesThere(LONG size) const {
   LONGLONG total = 0;
   LONGLONG available = 0;
@@ -82,7 +83,7 @@ LONG CAsyncCallback::BytesThere(LONG size) const {
   return static_cast<LONG>(std::clamp<LONGLONG>(total - static_cast<LONGLONG>(m_position), 0, size));
 }
 
-// False for a short read, which is one at the end; some readers call that an error.
+// False for a short read, at the end of the stream. Some readers call that an error.
 bool CAsyncCallback::ReadWhole(void* buffer, LONG size) {
   const HRESULT result = m_reader->SyncRead(static_cast<LONGLONG>(m_position), size, static_cast<BYTE*>(buffer));
   if (result == HRESULT_FROM_WIN32(ERROR_HANDLE_EOF) && BytesThere(size) < size) return false;

@@ -13,7 +13,7 @@
 
 namespace tarvex {
 
-class CReadAheadReader;
+class ReadAheadReader;
 
 /// Positional and unbuffered: one read is one call of the reader. All failures are MessageErrors.
 class CAsyncCallback : public libebml::IOCallback {
@@ -44,14 +44,15 @@ class CAsyncCallback : public libebml::IOCallback {
   std::uint64_t getFilePointer() override { return m_position; }
   void close() override {}
 
-  /// Whether Borrow may give anything.
+  /// False: Borrow never gives anything.
   bool CanBorrow() const noexcept { return m_readAhead != nullptr; }
-  /// The stream's bytes from `position` on where the reader has them in memory: `atLeast`, all before the end of the
-  /// stream, and when they have to be read, `wanted`, if it can. Valid while BorrowNumber stays the same. Nothing when
-  /// it cannot: then they have to be read.
+  /// The stream's bytes from `position` on, in the reader's own memory: at least `atLeast` of them, all before the end
+  /// of the stream. If they have to be read, up to `wanted` are. Valid while BorrowNumber stays the same. Empty when
+  /// the reader cannot do that: then read them.
   std::span<const std::uint8_t> Borrow(std::uint64_t position, std::size_t atLeast, std::size_t wanted);
   std::uint64_t BorrowNumber() const noexcept;
 
+  /// Make a blocked read return, and reads possible again. MessageError without a reader. Any thread.
   HRESULT BeginFlush();
   HRESULT EndFlush();
 
@@ -60,7 +61,7 @@ class CAsyncCallback : public libebml::IOCallback {
   LONG BytesThere(LONG size) const;
 
   IAsyncReader* m_reader = nullptr;
-  CReadAheadReader* m_readAhead = nullptr;  // the same reader, if it is one
+  ReadAheadReader* m_readAhead = nullptr;  // the same reader, if it is one
   std::uint64_t m_position = 0;
   std::uint64_t m_length = 0;
 };

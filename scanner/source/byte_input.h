@@ -11,10 +11,10 @@
 namespace tarvex {
 
 /// Shows libebml these bytes and nothing behind them: a read of more than are left gives nothing.
-class CByteInput : public libebml::IOCallback {
+class ByteInput : public libebml::IOCallback {
  public:
   /// `position` is that of the first byte in the stream. The bytes are not copied.
-  CByteInput(std::uint64_t position, std::span<const std::uint8_t> bytes) : m_position(position), m_bytes(bytes) {}
+  ByteInput(std::uint64_t position, std::span<const std::uint8_t> bytes) : m_position(position), m_bytes(bytes) {}
 
   std::uint32_t read(void* buffer, std::size_t size) override {
     if (size > m_bytes.size()) return 0;

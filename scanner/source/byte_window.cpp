@@ -4,7 +4,7 @@
 
 namespace tarvex {
 
-std::span<const std::uint8_t> CByteWindow::From(std::uint64_t position, std::size_t atLeast, std::size_t chunk) {
+std::span<const std::uint8_t> ByteWindow::From(std::uint64_t position, std::size_t atLeast, std::size_t chunk) {
   const std::uint64_t end = m_source.Length() + 1;
   if (position >= end) return {};
   const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(atLeast, end - position));
@@ -12,15 +12,15 @@ std::span<const std::uint8_t> CByteWindow::From(std::uint64_t position, std::siz
   return std::span(m_bytes, m_size).subspan(static_cast<std::size_t>(position - m_start));
 }
 
-std::optional<std::span<const std::uint8_t>> CByteWindow::Loaded(std::uint64_t position, std::uint64_t size) const {
+std::optional<std::span<const std::uint8_t>> ByteWindow::Loaded(std::uint64_t position, std::uint64_t size) const {
   if (m_borrowed && *m_borrowed != m_source.BorrowNumber()) return std::nullopt;
   if (position < m_start || position - m_start > m_size || size > m_size - (position - m_start)) return std::nullopt;
   return std::span(m_bytes + (position - m_start), static_cast<std::size_t>(size));
 }
 
-// Few bytes are copied, so that they stay when the source reads others. Of many that cannot be borrowed only those are
-// read that are needed: there may be some among the others that cannot be read at all.
-void CByteWindow::Load(std::uint64_t position, std::size_t atLeast, std::size_t chunk) {
+// A few bytes are copied, so that they stay when the source reads others. Many are borrowed from the source. Where that
+// fails, only those that are needed are read: some of the others may not be readable at all.
+void ByteWindow::Load(std::uint64_t position, std::size_t atLeast, std::size_t chunk) {
   constexpr std::size_t kMany = 32 * 1024;
   const std::uint64_t left = m_source.Length() - position;
   const bool isMany = chunk >= kMany && m_source.CanBorrow();
@@ -38,7 +38,7 @@ void CByteWindow::Load(std::uint64_t position, std::size_t atLeast, std::size_t 
   if (bytes == left) m_own[m_size++] = 0;
 }
 
-bool CByteWindow::Borrow(std::uint64_t position, std::size_t atLeast, std::size_t wanted) {
+bool ByteWindow::Borrow(std::uint64_t position, std::size_t atLeast, std::size_t wanted) {
   m_borrowed.reset();
   if (atLeast > m_source.Length() - position) return false;  // with the zero that follows
   const auto bytes = m_source.Borrow(position, atLeast, wanted);
@@ -50,8 +50,8 @@ bool CByteWindow::Borrow(std::uint64_t position, std::size_t atLeast, std::size_
   return true;
 }
 
-// Not a vector, which would write to bytes that are read over at once.
-void CByteWindow::MakeRoom(std::size_t size) {
+// Not a vector, which would first zero the bytes that are read over at once.
+void ByteWindow::MakeRoom(std::size_t size) {
   m_borrowed.reset();
   if (size <= m_capacity) return;
   m_own.reset(new std::uint8_t[size]);

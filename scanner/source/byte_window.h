@@ -12,16 +12,16 @@
 
 namespace tarvex {
 
-class CByteWindow {
+class ByteWindow {
  public:
-  explicit CByteWindow(CAsyncCallback& source) : m_source(source) {}
+  explicit ByteWindow(CAsyncCallback& source) : m_source(source) {}
 
-  /// The bytes from `position` on: at least `atLeast` of them, unless the stream ends before. When they
-  /// have to be read, `chunk` are, if that many can be. One zero byte counts as following the stream, as the
-  /// byte source gives it. Valid until bytes are read again.
+  /// The bytes from `position` on: at least `atLeast` of them, unless the stream ends before. If they have to be read,
+  /// up to `chunk` bytes are. One zero byte counts as following the stream, as the byte source gives it. Valid until
+  /// bytes are read again.
   std::span<const std::uint8_t> From(std::uint64_t position, std::size_t atLeast, std::size_t chunk);
 
-  /// These bytes of the stream when all of them have been read; nothing else is done. Valid as From's.
+  /// `size` bytes from `position` on if all of them are in the window; reads nothing. Valid as long as From's.
   std::optional<std::span<const std::uint8_t>> Loaded(std::uint64_t position, std::uint64_t size) const;
 
   /// Forgets what was read: the stream may be another one by now.

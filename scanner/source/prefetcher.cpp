@@ -8,9 +8,9 @@
 
 namespace tarvex {
 
-CPrefetcher::CPrefetcher(IAsyncReader* upstream, LONG size) : m_upstream(upstream), m_size(size) {}
+Prefetcher::Prefetcher(IAsyncReader* upstream, LONG size) : m_upstream(upstream), m_size(size) {}
 
-CPrefetcher::~CPrefetcher() {
+Prefetcher::~Prefetcher() {
   if (!m_thread) return;
   bool isReading = false;
   {
@@ -19,41 +19,41 @@ CPrefetcher::~CPrefetcher() {
     m_changed.WakeAll();
     isReading = m_isReading;
   }
-  // It may be one that only a flush ends.
+  // The read may be one that only a flush ends.
   if (isReading) m_upstream->BeginFlush();
   m_thread.Join();
   if (isReading) m_upstream->EndFlush();
 }
 
-CPrefetcher::Memory CPrefetcher::TakeMemory() noexcept {
+Prefetcher::Memory Prefetcher::TakeMemory() noexcept {
   const auto spare = std::ranges::find_if(m_spares, [](const Memory& memory) { return memory != nullptr; });
   if (spare != m_spares.end()) return std::move(*spare);
   return Memory(new (std::nothrow) BYTE[2 * static_cast<std::size_t>(m_size)]);
 }
 
-void CPrefetcher::Return(Memory memory) noexcept {
+void Prefetcher::Return(Memory memory) noexcept {
   const CAutoLock hold(m_lock);
   PutBack(std::move(memory));
 }
 
-void CPrefetcher::PutBack(Memory memory) noexcept {
+void Prefetcher::PutBack(Memory memory) noexcept {
   const auto place = std::ranges::find_if(m_spares, [](const Memory& other) { return other == nullptr; });
   if (place != m_spares.end()) *place = std::move(memory);
 }
 
-void CPrefetcher::Forget() noexcept {
+void Prefetcher::Forget() noexcept {
   while (m_count != 0) PutBack(std::move(m_pieces[--m_count].memory));
   m_isOn = false;
   m_isStale = m_isReading;
   m_isClaimed = false;
 }
 
-// Not while a read of something else takes its time: then who wants a piece is sooner done with it himself.
-bool CPrefetcher::IsComing(LONGLONG position) const noexcept {
+// False while a read that nobody wants any more is still running: the caller reads the piece sooner by itself.
+bool Prefetcher::IsComing(LONGLONG position) const noexcept {
   return m_isOn && !m_isStale && m_first == position && m_first < m_end && !IsFirstThere();
 }
 
-void CPrefetcher::Follow(LONGLONG position, LONGLONG end) noexcept {
+void Prefetcher::Follow(LONGLONG position, LONGLONG end) noexcept {
   const CAutoLock hold(m_lock);
   if (m_flushing || (!m_thread && FAILED(m_thread.Start([this] { Run(); })))) return;
   if (!m_isOn || m_first != position) {
@@ -65,12 +65,12 @@ void CPrefetcher::Follow(LONGLONG position, LONGLONG end) noexcept {
   if (MayRead()) m_changed.WakeAll();
 }
 
-bool CPrefetcher::IsReading(LONGLONG position) const {
+bool Prefetcher::IsReading(LONGLONG position) const {
   const CAutoLock hold(m_lock);
   return IsComing(position);
 }
 
-bool CPrefetcher::Take(LONGLONG position, Piece& piece) {
+bool Prefetcher::Take(LONGLONG position, Piece& piece) {
   const CAutoLock hold(m_lock);
   m_changed.WaitUntil(m_lock, INFINITE, [&] { return !IsComing(position); });
   if (!IsFirstThere() || m_first != position) return false;
@@ -82,15 +82,15 @@ bool CPrefetcher::Take(LONGLONG position, Piece& piece) {
   return true;
 }
 
-void CPrefetcher::SetFlushing(bool on) noexcept {
+void Prefetcher::SetFlushing(bool on) noexcept {
   const CAutoLock hold(m_lock);
   m_flushing = on;
   if (!on) return;
-  Forget();  // whoever flushes mostly goes on elsewhere, and what blocked may block again
+  Forget();  // after a flush the caller mostly goes on elsewhere, and what blocked may block again
   m_changed.WakeAll();
 }
 
-void CPrefetcher::Run() {
+void Prefetcher::Run() {
   const CAutoLock hold(m_lock);
   for (;;) {
     m_changed.WaitUntil(m_lock, INFINITE, [this] { return m_ends || MayRead(); });
@@ -100,20 +100,20 @@ void CPrefetcher::Run() {
   }
 }
 
-CPrefetcher::Piece CPrefetcher::Next() noexcept {
+Prefetcher::Piece Prefetcher::Next() noexcept {
   Piece piece{TakeMemory(), m_next, static_cast<LONG>(std::min<LONGLONG>(m_size, m_end - m_next))};
   m_next += piece.bytes;
   return piece;
 }
 
-void CPrefetcher::Keep(Piece piece) noexcept {
+void Prefetcher::Keep(Piece piece) noexcept {
   const auto end = m_pieces.begin() + static_cast<std::ptrdiff_t>(m_count++);
   *end = std::move(piece);
   if (m_count > 1 && end->position < (end - 1)->position) std::swap(*end, *(end - 1));
 }
 
-// With the lock, given up meanwhile.
-void CPrefetcher::ReadOne() {
+// Called with the lock held, which is given up during the read.
+void Prefetcher::ReadOne() {
   Piece piece = Next();
   m_isReading = true;
   m_lock.Unlock();
@@ -127,7 +127,7 @@ void CPrefetcher::ReadOne() {
   Forget();
 }
 
-bool CPrefetcher::Claim(LONGLONG position, Piece& piece) {
+bool Prefetcher::Claim(LONGLONG position, Piece& piece) {
   const CAutoLock hold(m_lock);
   if (!IsComing(position) || Pieces() >= kPieces || m_next >= m_end) return false;
   piece = Next();
@@ -135,7 +135,7 @@ bool CPrefetcher::Claim(LONGLONG position, Piece& piece) {
   return true;
 }
 
-void CPrefetcher::Give(Piece piece, bool isRead) noexcept {
+void Prefetcher::Give(Piece piece, bool isRead) noexcept {
   const CAutoLock hold(m_lock);
   if (!std::exchange(m_isClaimed, false)) return PutBack(std::move(piece.memory));
   if (isRead) return Keep(std::move(piece));

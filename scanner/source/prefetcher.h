@@ -1,5 +1,5 @@
-// Reads a stream on while what came before is worked on. Owned by the read-ahead reader, whose reading thread calls
-// it; a thread of its own does the reading.
+// Reads the next pieces of a stream while the earlier ones are worked on. Owned by the read-ahead reader, whose reading
+// thread calls it. A thread of its own does the reading.
 #pragma once
 
 #include <array>
@@ -14,13 +14,13 @@
 
 namespace tarvex {
 
-/// Some pieces, so that the thread goes on reading while others wait to be taken. Who would have to wait for one may
-/// read another himself meanwhile. A read that fails or comes short ends it: whoever wants the piece then
-/// reads it, and sees why.
+/// Keeps a few pieces, so that its thread reads on while finished ones wait to be taken. A caller that would have to
+/// wait for a piece may read the next one itself: see Claim. A read that fails or comes up short ends the reading
+/// ahead. The caller then reads that piece itself, and sees why.
 ///
 /// Waits here: Take for the piece that is being read, ended by SetFlushing as well; destruction for the same, which
 /// makes the reader below flush.
-class CPrefetcher {
+class Prefetcher {
  public:
   /// A piece's bytes lie in the second half of its memory; the first is left to whoever takes it.
   using Memory = std::unique_ptr<BYTE[]>;
@@ -31,31 +31,32 @@ class CPrefetcher {
   };
 
   /// Pieces have `size` bytes, but for the last.
-  CPrefetcher(IAsyncReader* upstream, LONG size);
-  ~CPrefetcher();
-  CPrefetcher(const CPrefetcher&) = delete;
-  CPrefetcher& operator=(const CPrefetcher&) = delete;
+  Prefetcher(IAsyncReader* upstream, LONG size);
+  ~Prefetcher();
+  Prefetcher(const Prefetcher&) = delete;
+  Prefetcher& operator=(const Prefetcher&) = delete;
 
-  /// Pieces from `position` on will be wanted, as far as `end`. Without memory or a thread nothing happens.
+  /// Reads the pieces from `position` to `end` ahead. Without memory or a thread nothing happens.
   void Follow(LONGLONG position, LONGLONG end) noexcept;
   /// The next piece begins at `position`, and Take would have to wait for it.
   bool IsReading(LONGLONG position) const;
   /// The next piece, if it begins at `position`. False when there is none.
   bool Take(LONGLONG position, Piece& piece);
-  /// The first piece that nobody reads yet, when the one at `position` is not there: the caller reads it, and then
-  /// gives it, or says that it cannot be had. False when there is none to read.
+  /// For a caller that would have to wait for the piece at `position`: the first piece that nobody reads yet. The
+  /// caller reads it and passes it to Give. False when there is none to read.
   bool Claim(LONGLONG position, Piece& piece);
+  /// A claimed piece. `isRead` false: it could not be read.
   void Give(Piece piece, bool isRead) noexcept;
   /// Where the bytes of a piece begin.
   BYTE* BytesOf(const Piece& piece) const noexcept { return piece.memory.get() + m_size; }
-  /// Memory of a piece, for others.
+  /// Takes the memory of a piece back, for later ones.
   void Return(Memory memory) noexcept;
-  /// Forgets what was read and what is to be; while on, nothing new is read, and nobody waits. Any thread.
+  /// Forgets what was read and what was to be read. While on, no read begins and nobody waits. Any thread.
   void SetFlushing(bool on) noexcept;
 
  private:
-  static constexpr std::size_t kAhead = 2;   // as many the thread reads ahead
-  static constexpr std::size_t kPieces = 3;  // that are there or being read
+  static constexpr std::size_t kAhead = 2;   // pieces that the thread reads ahead
+  static constexpr std::size_t kPieces = 3;  // pieces that are there or being read
 
   void Run();
   void ReadOne();
@@ -72,8 +73,8 @@ class CPrefetcher {
   const ComPtr<IAsyncReader> m_upstream;
   const LONG m_size;
 
-  mutable CCritSec m_lock{"CPrefetcher", LockRank::kLeaf};
-  CConditionVariable m_changed;
+  mutable CCritSec m_lock{"Prefetcher", LockRank::kLeaf};
+  ConditionVariable m_changed;
   bool m_isOn = false;  // until a read fails, or a flush
   bool m_isReading = false;
   bool m_isStale = false;  // what the thread is reading
@@ -86,7 +87,7 @@ class CPrefetcher {
   std::size_t m_count = 0;              // of them, from the front
   bool m_isClaimed = false;             // the caller is reading one that is wanted
   std::array<Memory, kPieces + 1> m_spares;
-  CThread m_thread;
+  Thread m_thread;
 };
 
 }  // namespace tarvex

@@ -14,25 +14,25 @@ namespace tarvex {
 
 namespace {
 
-constexpr LONG kPieceCapacity = 2 * CReadAheadReader::kLargestWindow;  // of the prefetcher's memory
+constexpr LONG kPieceCapacity = 2 * ReadAheadReader::kLargestWindow;  // of the prefetcher's memory
 constexpr LONG kLargestSkip = 64 * 1024;
 constexpr LONGLONG kLastPosition = std::numeric_limits<LONGLONG>::max();
 
 ComPtr<IAsyncReader> Below(IAsyncReader* upstream, SourceReads reads) {
   if (reads == SourceReads::kSeveralAtATime) return ComPtr<IAsyncReader>(upstream);
-  return MakeCom<CSerialReader>(upstream);
+  return MakeCom<SerialReader>(upstream);
 }
 
 }  // namespace
 
-CReadAheadReader::CReadAheadReader(IAsyncReader* upstream, SourceReads reads, std::function<void()> beforeRead)
-    : CUnknownImpl("CReadAheadReader", nullptr),
+ReadAheadReader::ReadAheadReader(IAsyncReader* upstream, SourceReads reads, std::function<void()> beforeRead)
+    : UnknownImpl("ReadAheadReader", nullptr),
       m_sourceReads(reads),
       m_upstream(Below(upstream, reads)),
       m_beforeRead(std::move(beforeRead)),
       m_prefetcher(m_upstream.Get(), kLargestWindow) {}
 
-HRESULT CReadAheadReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
+HRESULT ReadAheadReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAsyncReader && out != nullptr) return GiveInterface(static_cast<IAsyncReader*>(this), out);
   if (iid == kClass && out != nullptr) {
     AddRef();
@@ -42,8 +42,7 @@ HRESULT CReadAheadReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
   return CUnknown::NonDelegatingQueryInterface(iid, out);
 }
 
-HRESULT CReadAheadReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
-  ++m_reads;
+HRESULT ReadAheadReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
   const bool sensible = llPosition >= 0 && lLength >= 0 && llPosition <= kLastPosition - lLength && pBuffer != nullptr;
   if (!sensible) return ReadBelow(llPosition, lLength, pBuffer);
   if (m_flushing.load(std::memory_order_acquire)) return VFW_E_WRONG_STATE;
@@ -53,14 +52,13 @@ HRESULT CReadAheadReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuf
   return ReadMissing(llPosition + taken, lLength - taken, pBuffer + taken);
 }
 
-HRESULT CReadAheadReader::ReadBelow(LONGLONG position, LONG length, BYTE* buffer) {
+HRESULT ReadAheadReader::ReadBelow(LONGLONG position, LONG length, BYTE* buffer) {
   if (m_flushing.load(std::memory_order_acquire)) return VFW_E_WRONG_STATE;
-  ++m_upstreamReads;
   if (m_beforeRead) m_beforeRead();
   return m_upstream->SyncRead(position, length, buffer);
 }
 
-LONG CReadAheadReader::TakeFromWindow(LONGLONG position, LONG length, BYTE* buffer) const noexcept {
+LONG ReadAheadReader::TakeFromWindow(LONGLONG position, LONG length, BYTE* buffer) const noexcept {
   const LONGLONG offset = position - m_windowStart;
   if (offset < 0 || offset >= m_windowBytes) return 0;
   const LONG taken = static_cast<LONG>(std::min<LONGLONG>(length, m_windowBytes - offset));
@@ -69,7 +67,7 @@ LONG CReadAheadReader::TakeFromWindow(LONGLONG position, LONG length, BYTE* buff
 }
 
 // None of it is in the window.
-HRESULT CReadAheadReader::ReadMissing(LONGLONG position, LONG length, BYTE* buffer) {
+HRESULT ReadAheadReader::ReadMissing(LONGLONG position, LONG length, BYTE* buffer) {
   AdaptWindow(position);
   if (length < m_windowSize && FillWindow(position, length)) {
     TakeFromWindow(position, length, buffer);
@@ -90,8 +88,8 @@ HRESULT CReadAheadReader::ReadMissing(LONGLONG position, LONG length, BYTE* buff
   return result;
 }
 
-// Who reads much in one go and then goes on from there will want more of it.
-void CReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
+// A caller that has made a large read and goes on behind it will want more.
+void ReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
   constexpr LONG kGrowth = 4;
   const LONG wanted = std::min(std::max(m_windowSize, m_lastLength), kLargestWindow / kGrowth) * kGrowth;
   const bool goesOn = position == m_next || SkipsLittle(position);
@@ -99,24 +97,25 @@ void CReadAheadReader::AdaptWindow(LONGLONG position) noexcept {
   if (!goesOn) m_sourceIsSlow = false;
 }
 
-// Whoever looks at one small thing after the other passes over what is between them.
-bool CReadAheadReader::SkipsLittle(LONGLONG position) const noexcept {
+// A caller that looks at many small things passes over what lies between them.
+bool ReadAheadReader::SkipsLittle(LONGLONG position) const noexcept {
   const LONGLONG skipped = position - (m_windowStart + m_windowBytes);
   return m_windowBytes != 0 && skipped >= 0 && skipped <= std::min(m_windowSize, kLargestSkip);
 }
 
-// Keeps the end of what `position` follows on, and reads what lies between: whoever looks a few bytes ahead comes back
-// to them. False: nothing is known of these bytes, so the reader below has to answer for them.
-bool CReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
+// Reads on from the end of the window, also over a small gap in front of `position`, and keeps the window's last bytes:
+// a caller that looked a few bytes ahead comes back to them. False: the bytes could not be read ahead, so the reader
+// below has to answer for them.
+bool ReadAheadReader::FillWindow(LONGLONG position, LONG atLeast) {
   if (!SkipsLittle(position)) return Advance(position, 0, atLeast);
   const LONG tail = std::min(m_windowBytes, kSmallestWindow);
   const LONGLONG end = m_windowStart + m_windowBytes;
   return Advance(end - tail, tail, static_cast<LONG>(position - end) + atLeast);
 }
 
-// The window then begins with the `tail` bytes at `from`, which it has, and more follow. False when those cannot be
-// had.
-bool CReadAheadReader::Advance(LONGLONG from, LONG tail, LONG atLeast) {
+// Afterwards the window begins with the `tail` bytes at `from`, which it has already, and at least `atLeast` more
+// follow. False when those could not be read.
+bool ReadAheadReader::Advance(LONGLONG from, LONG tail, LONG atLeast) {
   if (TakePrefetched(from, tail)) return m_windowBytes - tail >= atLeast;
   const LONG bytes = BytesToAsk(from + tail, BytesAhead(from + tail, atLeast));
   if (bytes < atLeast || !MoveToFront(from, tail, bytes) || !ReadIntoWindow(bytes)) return false;
@@ -124,13 +123,14 @@ bool CReadAheadReader::Advance(LONGLONG from, LONG tail, LONG atLeast) {
   return true;
 }
 
-// Where reading ahead failed, no more is asked for than is needed: a failing read may take its time.
-LONG CReadAheadReader::BytesAhead(LONGLONG position, LONG atLeast) const noexcept {
+// Where reading ahead failed, no more is asked for than is needed: a failing read may be slow.
+LONG ReadAheadReader::BytesAhead(LONGLONG position, LONG atLeast) const noexcept {
   return IsBroken(position) ? atLeast : std::max(m_windowSize, atLeast);
 }
 
-// Behind what is there. A short read does not tell how much came, and the stream may have more of it next time.
-bool CReadAheadReader::ReadIntoWindow(LONG bytes) {
+// Reads behind the bytes that are there. A short read counts as a failed one: it does not tell how much came, and there
+// may be more next time.
+bool ReadAheadReader::ReadIntoWindow(LONG bytes) {
   const LONGLONG position = m_windowStart + m_windowBytes;
   if (ReadBelow(position, bytes, Window() + m_windowBytes) != S_OK) {
     if (m_flushing.load(std::memory_order_acquire)) return false;
@@ -144,11 +144,11 @@ bool CReadAheadReader::ReadIntoWindow(LONG bytes) {
   return true;
 }
 
-bool CReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
+bool ReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
   const LONGLONG position = from + tail;
   if (position != m_next || tail > kLargestWindow) return false;
   if (m_prefetcher.IsReading(position)) ReadAnother(position);
-  CPrefetcher::Piece piece;
+  Prefetcher::Piece piece;
   if (!m_prefetcher.Take(position, piece)) return false;
   const LONG offset = kLargestWindow - tail;
   if (tail != 0) {
@@ -166,10 +166,10 @@ bool CReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
   return true;
 }
 
-// Instead of waiting for the piece at `position`, where that can be done meanwhile.
-void CReadAheadReader::ReadAnother(LONGLONG position) {
-  constexpr ULONGLONG kSlow = 100;  // ms: longer than that nobody is to wait for what he does not want yet
-  CPrefetcher::Piece piece;
+// While the piece at `position` is being read by the prefetcher, reads the next one here instead of waiting.
+void ReadAheadReader::ReadAnother(LONGLONG position) {
+  constexpr ULONGLONG kSlow = 100;  // ms: a slower source would hold the caller up for bytes that it does not need yet
+  Prefetcher::Piece piece;
   const bool mayRead = m_sourceReads == SourceReads::kSeveralAtATime && !m_sourceIsSlow;
   if (!mayRead || !m_prefetcher.Claim(position, piece)) {
     if (m_beforeRead) m_beforeRead();
@@ -183,14 +183,14 @@ void CReadAheadReader::ReadAnother(LONGLONG position) {
   m_prefetcher.Give(std::move(piece), result == S_OK);
 }
 
-// Only for whoever has read on for a while.
-void CReadAheadReader::PrefetchOn() {
+// Only once the window has grown to its full size, that is after much sequential reading.
+void ReadAheadReader::PrefetchOn() {
   if (m_windowSize != kLargestWindow || IsBroken(m_next)) return;
   if (BytesToAsk(m_next, kLargestWindow) > 0) m_prefetcher.Follow(m_next, m_knownEnd);
 }
 
-// The window then begins with the `tail` bytes at `from`, which it has, and has `room` for more.
-bool CReadAheadReader::MoveToFront(LONGLONG from, LONG tail, LONG room) {
+// Afterwards the window begins with the `tail` bytes at `from`, which it has already, and has `room` for more.
+bool ReadAheadReader::MoveToFront(LONGLONG from, LONG tail, LONG room) {
   const BYTE* kept = Window() + (tail == 0 ? 0 : from - m_windowStart);
   ++m_windowNumber;
   if (m_capacity < tail + room) {
@@ -209,12 +209,12 @@ bool CReadAheadReader::MoveToFront(LONGLONG from, LONG tail, LONG room) {
   return true;
 }
 
-bool CReadAheadReader::HasInWindow(LONGLONG position, LONG length) const noexcept {
+bool ReadAheadReader::HasInWindow(LONGLONG position, LONG length) const noexcept {
   const LONGLONG offset = position - m_windowStart;
   return offset >= 0 && offset <= m_windowBytes && length <= m_windowBytes - offset;
 }
 
-std::span<const BYTE> CReadAheadReader::Borrow(LONGLONG position, LONG atLeast, LONG wanted) {
+std::span<const BYTE> ReadAheadReader::Borrow(LONGLONG position, LONG atLeast, LONG wanted) {
   if (atLeast > kLargestWindow || m_flushing.load(std::memory_order_acquire)) return {};
   if (!HasInWindow(position, atLeast)) {
     const LONGLONG end = m_windowStart + m_windowBytes;
@@ -229,8 +229,8 @@ std::span<const BYTE> CReadAheadReader::Borrow(LONGLONG position, LONG atLeast, 
       .subspan(static_cast<std::size_t>(position - m_windowStart));
 }
 
-// Reading ahead stops where the reader has no more yet: behind it lies the end of the stream, or a wait.
-LONG CReadAheadReader::BytesToAsk(LONGLONG position, LONG wanted) {
+// No more than the reader says is available: behind that a read would meet the end of the stream, or wait.
+LONG ReadAheadReader::BytesToAsk(LONGLONG position, LONG wanted) {
   if (wanted > m_knownEnd - position) {
     LONGLONG total = 0;
     LONGLONG available = 0;
@@ -239,36 +239,36 @@ LONG CReadAheadReader::BytesToAsk(LONGLONG position, LONG wanted) {
   return static_cast<LONG>(std::clamp<LONGLONG>(m_knownEnd - position, 0, wanted));
 }
 
-HRESULT CReadAheadReader::BeginFlush() {
-  // First, so that a read which the flush ends is not followed by another that it does not know of.
+HRESULT ReadAheadReader::BeginFlush() {
+  // First, so that no new read begins after the one that the flush ends.
   m_flushing.store(true, std::memory_order_release);
   m_prefetcher.SetFlushing(true);
   return m_upstream->BeginFlush();
 }
 
-HRESULT CReadAheadReader::EndFlush() {
+HRESULT ReadAheadReader::EndFlush() {
   const HRESULT result = m_upstream->EndFlush();
   m_prefetcher.SetFlushing(false);
   m_flushing.store(false, std::memory_order_release);
   return result;
 }
 
-HRESULT CReadAheadReader::RequestAllocator(IMemAllocator* pPreferred, ALLOCATOR_PROPERTIES* pProps,
-                                           IMemAllocator** ppActual) {
+HRESULT ReadAheadReader::RequestAllocator(IMemAllocator* pPreferred, ALLOCATOR_PROPERTIES* pProps,
+                                          IMemAllocator** ppActual) {
   return m_upstream->RequestAllocator(pPreferred, pProps, ppActual);
 }
 
-HRESULT CReadAheadReader::Request(IMediaSample* pSample, DWORD_PTR dwUser) {
+HRESULT ReadAheadReader::Request(IMediaSample* pSample, DWORD_PTR dwUser) {
   return m_upstream->Request(pSample, dwUser);
 }
 
-HRESULT CReadAheadReader::WaitForNext(DWORD dwTimeout, IMediaSample** ppSample, DWORD_PTR* pdwUser) {
+HRESULT ReadAheadReader::WaitForNext(DWORD dwTimeout, IMediaSample** ppSample, DWORD_PTR* pdwUser) {
   return m_upstream->WaitForNext(dwTimeout, ppSample, pdwUser);
 }
 
-HRESULT CReadAheadReader::SyncReadAligned(IMediaSample* pSample) { return m_upstream->SyncReadAligned(pSample); }
+HRESULT ReadAheadReader::SyncReadAligned(IMediaSample* pSample) { return m_upstream->SyncReadAligned(pSample); }
 
-HRESULT CReadAheadReader::Length(LONGLONG* pTotal, LONGLONG* pAvailable) {
+HRESULT ReadAheadReader::Length(LONGLONG* pTotal, LONGLONG* pAvailable) {
   return m_upstream->Length(pTotal, pAvailable);
 }
 

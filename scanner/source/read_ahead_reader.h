@@ -1,6 +1,7 @@
-// An IAsyncReader over another one that serves small reads from a window read ahead, and while a stream is read
-// from front to back reads the next window on another thread meanwhile. Made by the filter for the upstream reader
-// and given to the scanner. One thread at a time reads; the flush operations may come from any thread during a read.
+// An IAsyncReader over another one. It serves small reads from a window that it reads ahead. While a stream is read
+// from front to back, a prefetcher reads the next windows on a thread of its own. Made by the filter for the upstream
+// reader and given to the scanner. One thread at a time reads; the flush operations may come from any thread during a
+// read.
 #pragma once
 
 #include <atomic>
@@ -15,46 +16,42 @@
 
 namespace tarvex {
 
-/// How many calls of SyncRead at a time the reader below may get. One that is not known to lock what it reads gets one.
+/// How many calls of SyncRead the reader below may get at a time. Only a reader that is known to allow several gets
+/// several.
 enum class SourceReads { kOneAtATime, kSeveralAtATime };
 
 /// Gives the same bytes and results as the reader below. Between begin-flush and end-flush every new
 /// read fails with VFW_E_WRONG_STATE, since not every reader's own flush ends or refuses reads.
-class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
+class ReadAheadReader : public UnknownImpl<IAsyncReader> {
  public:
   static constexpr LONG kSmallestWindow = 4 * 1024;
   static constexpr LONG kLargestWindow = 1024 * 1024;
   /// QueryInterface for it gives the object itself, to code of this module.
   static constexpr IID kClass = {0x6C2A7B1E, 0x52D4, 0x4B0E, {0x9C, 0x3A, 0x71, 0xE4, 0x0B, 0x5D, 0x86, 0x2F}};
 
-  /// `beforeRead`, if there is one, is called on the reading thread before each read below, which may take
-  /// its time.
-  explicit CReadAheadReader(IAsyncReader* upstream, SourceReads reads = SourceReads::kOneAtATime,
-                            std::function<void()> beforeRead = {});
+  /// `beforeRead`, if there is one, is called on the reading thread before each read below, since that may block.
+  explicit ReadAheadReader(IAsyncReader* upstream, SourceReads reads = SourceReads::kOneAtATime,
+                           std::function<void()> beforeRead = {});
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 
   HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override;
-  /// What lies in the window from `position` on: at least so many bytes, which are read into it if need be, and then
-  /// as many as `wanted`, if it can hold them. Valid while WindowNumber stays the same. Nothing when they do not fit,
-  /// or cannot be had like this. For the reading thread.
+  /// The bytes in the window from `position` on, at least `atLeast` of them. If they have to be read, up to `wanted`
+  /// bytes are read, as many as the window holds. Valid while WindowNumber stays the same. Empty when they do not fit
+  /// or cannot be read this way. For the reading thread.
   std::span<const BYTE> Borrow(LONGLONG position, LONG atLeast, LONG wanted);
-  /// Changes whenever what lies in the window does.
+  /// Changes whenever the bytes in the window do.
   std::uint64_t WindowNumber() const noexcept { return m_windowNumber; }
   HRESULT STDMETHODCALLTYPE BeginFlush() override;
   HRESULT STDMETHODCALLTYPE EndFlush() override;
 
-  // These are the reader's below.
+  // Passed on to the reader below.
   HRESULT STDMETHODCALLTYPE RequestAllocator(IMemAllocator* pPreferred, ALLOCATOR_PROPERTIES* pProps,
                                              IMemAllocator** ppActual) override;
   HRESULT STDMETHODCALLTYPE Request(IMediaSample* pSample, DWORD_PTR dwUser) override;
   HRESULT STDMETHODCALLTYPE WaitForNext(DWORD dwTimeout, IMediaSample** ppSample, DWORD_PTR* pdwUser) override;
   HRESULT STDMETHODCALLTYPE SyncReadAligned(IMediaSample* pSample) override;
   HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override;
-
-  /// Calls of SyncRead so far, and those it made below. For the reading thread.
-  std::uint64_t Reads() const noexcept { return m_reads; }
-  std::uint64_t UpstreamReads() const noexcept { return m_upstreamReads; }
 
  private:
   HRESULT ReadBelow(LONGLONG position, LONG length, BYTE* buffer);
@@ -80,7 +77,7 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   const std::function<void()> m_beforeRead;
   std::atomic<bool> m_flushing{false};
 
-  CPrefetcher m_prefetcher;
+  Prefetcher m_prefetcher;
 
   // The rest belongs to the reading thread.
   std::unique_ptr<BYTE[]> m_memory;
@@ -96,8 +93,6 @@ class CReadAheadReader : public CUnknownImpl<IAsyncReader> {
   LONGLONG m_knownEnd = 0;     // reads up to here are whole, as far as the reader said
   LONGLONG m_brokenBegin = 0;  // of the last read ahead that failed
   LONGLONG m_brokenEnd = 0;
-  std::uint64_t m_reads = 0;
-  std::uint64_t m_upstreamReads = 0;
 };
 
 }  // namespace tarvex

@@ -3,9 +3,9 @@
 namespace tarvex {
 
 /// Waits for the calling thread's turn to read, and gives it up at its end.
-class CSerialReader::Turn {
+class SerialReader::Turn {
  public:
-  explicit Turn(CSerialReader& reader) : m_reader(reader) {
+  explicit Turn(SerialReader& reader) : m_reader(reader) {
     const CAutoLock hold(m_reader.m_lock);
     const unsigned before = m_reader.m_flushes;
     const auto isOver = [&] { return !m_reader.m_isReading || m_reader.m_flushes != before; };
@@ -25,23 +25,23 @@ class CSerialReader::Turn {
   explicit operator bool() const noexcept { return m_isOurs; }
 
  private:
-  CSerialReader& m_reader;
+  SerialReader& m_reader;
   bool m_isOurs = false;
 };
 
-CSerialReader::CSerialReader(IAsyncReader* upstream) : CUnknownImpl("CSerialReader", nullptr), m_upstream(upstream) {}
+SerialReader::SerialReader(IAsyncReader* upstream) : UnknownImpl("SerialReader", nullptr), m_upstream(upstream) {}
 
-HRESULT CSerialReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
+HRESULT SerialReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAsyncReader && out != nullptr) return GiveInterface(static_cast<IAsyncReader*>(this), out);
   return CUnknown::NonDelegatingQueryInterface(iid, out);
 }
 
-HRESULT CSerialReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
+HRESULT SerialReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
   const Turn turn(*this);
   return turn ? m_upstream->SyncRead(llPosition, lLength, pBuffer) : VFW_E_WRONG_STATE;
 }
 
-HRESULT CSerialReader::EndFlush() {
+HRESULT SerialReader::EndFlush() {
   constexpr DWORD kPatience = 100;  // milliseconds; not every reader's flush ends reads
   {
     const CAutoLock hold(m_lock);
@@ -50,7 +50,7 @@ HRESULT CSerialReader::EndFlush() {
   return m_upstream->EndFlush();
 }
 
-HRESULT CSerialReader::BeginFlush() {
+HRESULT SerialReader::BeginFlush() {
   {
     const CAutoLock hold(m_lock);
     ++m_flushes;

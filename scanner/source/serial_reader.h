@@ -1,5 +1,5 @@
-// An IAsyncReader over one that takes one read at a time, for readers on several threads. Made by the read-ahead
-// reader, which shares it with its prefetcher. Any thread.
+// Lets several threads read from an IAsyncReader that takes one read at a time. Made by the read-ahead reader, which
+// shares it with its prefetcher. Any thread.
 #pragma once
 
 #include "framework/com_ptr.h"
@@ -13,16 +13,16 @@ namespace tarvex {
 /// progress. Its other methods may be, as the interface says of its flush and its length.
 ///
 /// Waits here: SyncRead for another one to end, ended by begin-flush as well; then VFW_E_WRONG_STATE is the answer.
-class CSerialReader : public CUnknownImpl<IAsyncReader> {
+class SerialReader : public UnknownImpl<IAsyncReader> {
  public:
-  explicit CSerialReader(IAsyncReader* upstream);
+  explicit SerialReader(IAsyncReader* upstream);
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 
   HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override;
   HRESULT STDMETHODCALLTYPE BeginFlush() override;
-  /// Waits a moment for the read that the flush ends: who looks for a flush now and then would miss a short one, and
-  /// the next read would wait behind that one.
+  /// Waits a moment for the read that the flush ends. A reader that only looks for a flush now and then would miss a
+  /// short one, and the next read would wait behind the old one.
   HRESULT STDMETHODCALLTYPE EndFlush() override;
   HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override {
     return m_upstream->Length(pTotal, pAvailable);
@@ -47,8 +47,8 @@ class CSerialReader : public CUnknownImpl<IAsyncReader> {
   class Turn;
 
   const ComPtr<IAsyncReader> m_upstream;
-  CCritSec m_lock{"CSerialReader", LockRank::kLeaf};
-  CConditionVariable m_changed;
+  CCritSec m_lock{"SerialReader", LockRank::kLeaf};
+  ConditionVariable m_changed;
   bool m_isReading = false;  // under m_lock
   unsigned m_flushes = 0;    // under m_lock; begun so far
 };

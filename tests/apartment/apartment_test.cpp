@@ -59,7 +59,7 @@ class SingleThreadedHost : public testing::Test {
   }
 };
 
-void PlayByHand(CSourceFilter& source, IBaseFilter& splitter, const std::vector<ComPtr<CSinkFilter>>& sinks) {
+void PlayByHand(SourceFilter& source, IBaseFilter& splitter, const std::vector<ComPtr<SinkFilter>>& sinks) {
   for (const auto& sink : sinks) ASSERT_TRUE(SUCCEEDED(sink->Pause()));
   ASSERT_TRUE(SUCCEEDED(splitter.Pause()));
   ASSERT_TRUE(SUCCEEDED(source.Pause()));
@@ -71,19 +71,19 @@ void PlayByHand(CSourceFilter& source, IBaseFilter& splitter, const std::vector<
 
 TEST_F(SingleThreadedHost, ReadersAndReceiversCanUseCom) {
   Answers answers;
-  const auto source = CSourceFilter::FromBytes(MakeMovie(kLongMovie));
+  const auto source = SourceFilter::FromBytes(MakeMovie(kLongMovie));
   source->BeforeEachCall([&answers] {
     answers.Ask();
     return S_OK;
   });
   const ComPtr<IBaseFilter> splitter = CreateSplitter();
-  std::vector<ComPtr<IPin>> pins = PinsOf(splitter.Get());
+  std::vector<ComPtr<IPin>> pins = AllPins(splitter.Get());
   ASSERT_EQ(source->Pin()->Connect(pins.front().Get(), nullptr), S_OK);
-  pins = PinsOf(splitter.Get());
-  std::vector<ComPtr<CSinkFilter>> sinks;
+  pins = AllPins(splitter.Get());
+  std::vector<ComPtr<SinkFilter>> sinks;
   for (const auto& pin : pins) {
     if (DirectionOf(pin.Get()) != PINDIR_OUTPUT) continue;
-    sinks.push_back(CSinkFilter::Create(SinkKind::kCounting));
+    sinks.push_back(SinkFilter::Create(SinkKind::kCounting));
     sinks.back()->OnSample([&answers](IMediaSample*) { answers.Ask(); });
     ASSERT_EQ(pin->Connect(sinks.back()->Pin(), nullptr), S_OK);
   }
@@ -95,7 +95,7 @@ TEST_F(SingleThreadedHost, ReadersAndReceiversCanUseCom) {
 }
 
 TEST_F(SingleThreadedHost, AThreadThatThrowsLeavesItsApartment) {
-  CThread thread;
+  Thread thread;
   ASSERT_EQ(thread.Start([] { throw std::runtime_error("thrown on purpose"); }), S_OK);
   thread.Join();
 }

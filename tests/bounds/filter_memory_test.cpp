@@ -100,7 +100,7 @@ TEST_P(FilterMemory, StaysBelowItsLimit) {
   const MemoryCase& one = GetParam();
   std::int64_t peak = 0;
   {
-    const auto source = CSourceFilter::FromBytes(one.make());
+    const auto source = SourceFilter::FromBytes(one.make());
     TestGraph graph;
     ASSERT_EQ(graph.SeparatePins(one.separatePins), S_OK);
     const WholeHeapCount heap;

@@ -49,7 +49,7 @@ ByteString Film(const Track& track, std::size_t framesOfACluster) {
 
 std::uint64_t AllocationsPlaying(const ByteString& film) {
   TestGraph graph;
-  const auto source = CSourceFilter::FromBytes(film);
+  const auto source = SourceFilter::FromBytes(film);
   EXPECT_EQ(graph.Open(source.Get()), S_OK);
   EXPECT_EQ(graph.ConnectSinks(SinkKind::kCounting), S_OK);
   const std::uint64_t before = HeapCount::OfAllThreads();

@@ -10,7 +10,7 @@ using Connecting = ContractTest;
 using ConnectingOutputs = OpenedTest;
 
 // The answer of the splitter itself, without a connecting pin's own opinion about it.
-HRESULT Receive(TestGraph& graph, CSourceFilter& source) {
+HRESULT Receive(TestGraph& graph, SourceFilter& source) {
   const CMediaType type(MEDIATYPE_Stream);
   return graph.InputPin()->ReceiveConnection(source.Pin(), &type);
 }
@@ -22,18 +22,18 @@ TEST_F(Connecting, UnusableSourceIsRefusedAndTheNextOneOpens) {
   const struct {
     const char* what;
     const std::vector<std::uint8_t>& bytes;
-    void (*spoil)(CSourceFilter&);
+    void (*spoil)(SourceFilter&);
     HRESULT expected;
   } cases[] = {
-      {"no Matroska", noise, [](CSourceFilter&) {}, VFW_E_TYPE_NOT_ACCEPTED},
-      {"no codec", lateRefusal, [](CSourceFilter&) {}, VFW_E_TYPE_NOT_ACCEPTED},
-      {"no reader", noise, [](CSourceFilter& source) { source.Pin()->HideReader(); }, E_NOINTERFACE},
-      {"no reading", noise, [](CSourceFilter& source) { source.FailFrom(0, E_FAIL); }, VFW_E_TYPE_NOT_ACCEPTED},
+      {"no Matroska", noise, [](SourceFilter&) {}, VFW_E_TYPE_NOT_ACCEPTED},
+      {"no codec", lateRefusal, [](SourceFilter&) {}, VFW_E_TYPE_NOT_ACCEPTED},
+      {"no reader", noise, [](SourceFilter& source) { source.Pin()->HideReader(); }, E_NOINTERFACE},
+      {"no reading", noise, [](SourceFilter& source) { source.FailFrom(0, E_FAIL); }, VFW_E_TYPE_NOT_ACCEPTED},
   };
   TestGraph graph;
   for (const auto& each : cases) {
     SCOPED_TRACE(each.what);
-    const auto bad = CSourceFilter::FromBytes(each.bytes);
+    const auto bad = SourceFilter::FromBytes(each.bytes);
     each.spoil(*bad);
     EXPECT_EQ(Receive(graph, *bad), each.expected);
     EXPECT_FALSE(IsConnected(graph.InputPin().Get()));
@@ -41,7 +41,7 @@ TEST_F(Connecting, UnusableSourceIsRefusedAndTheNextOneOpens) {
     DWORD streams = 99;
     EXPECT_EQ(QueryFor<IAMStreamSelect>(graph.Splitter())->Count(&streams), S_OK);
     EXPECT_EQ(streams, 0U);
-    const auto source = CSourceFilter::FromBytes(MakeMovie({}));
+    const auto source = SourceFilter::FromBytes(MakeMovie({}));
     ASSERT_EQ(graph.Open(source.Get()), S_OK);
     EXPECT_EQ(graph.OutputPins().size(), 2U);
     EXPECT_EQ(graph.CloseSource(), S_OK);
@@ -50,7 +50,7 @@ TEST_F(Connecting, UnusableSourceIsRefusedAndTheNextOneOpens) {
 
 TEST_F(Connecting, ASourceWithoutTypesIsAskedWithOurs) {
   TestGraph graph;
-  const auto source = CSourceFilter::FromBytes(MakeMovie({}));
+  const auto source = SourceFilter::FromBytes(MakeMovie({}));
   source->Pin()->HideTypes();
   EXPECT_EQ(graph.Open(source.Get()), S_OK);
 }
@@ -58,19 +58,19 @@ TEST_F(Connecting, ASourceWithoutTypesIsAskedWithOurs) {
 TEST_F(Connecting, AnUnopenedRunningFilterTakesNoSource) {
   TestGraph graph;
   ASSERT_TRUE(SUCCEEDED(graph.Splitter()->Pause()));
-  const auto source = CSourceFilter::FromBytes(MakeMovie({}));
+  const auto source = SourceFilter::FromBytes(MakeMovie({}));
   EXPECT_EQ(Receive(graph, *source), VFW_E_NOT_STOPPED);
   EXPECT_TRUE(SUCCEEDED(graph.Splitter()->Stop()));
 }
 
 TEST_F(ConnectingOutputs, WhatCannotBeIsRefusedAndLeavesBothSidesFree) {
-  const auto sink = CSinkFilter::Create(SinkKind::kCounting);
+  const auto sink = SinkFilter::Create(SinkKind::kCounting);
   const CMediaType foreign = TypeOf(Output(1).Get());
   EXPECT_EQ(Output(0)->Connect(nullptr, nullptr), E_POINTER);
   EXPECT_EQ(Graph().InputPin()->ReceiveConnection(nullptr, nullptr), E_POINTER);
   EXPECT_EQ(Output(0)->Connect(Output(1).Get(), nullptr), VFW_E_INVALID_DIRECTION);
   EXPECT_EQ(Output(0)->Connect(sink->Pin(), &foreign), VFW_E_TYPE_NOT_ACCEPTED);
-  const auto picky = CSinkFilter::Create(SinkKind::kCounting);
+  const auto picky = SinkFilter::Create(SinkKind::kCounting);
   picky->Pin()->RefuseAllocators();
   EXPECT_EQ(Output(0)->Connect(picky->Pin(), nullptr), E_ACCESSDENIED);
   EXPECT_FALSE(IsConnected(picky->Pin()));
@@ -82,10 +82,10 @@ TEST_F(ConnectingOutputs, WhatCannotBeIsRefusedAndLeavesBothSidesFree) {
 
 TEST_F(ConnectingOutputs, ConnectedPinsRefuseAnotherPeer) {
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  const auto other = CSourceFilter::FromBytes(MakeMovie({}));
+  const auto other = SourceFilter::FromBytes(MakeMovie({}));
   EXPECT_EQ(Receive(Graph(), *other), VFW_E_ALREADY_CONNECTED);
   EXPECT_EQ(Graph().OutputPins().size(), 2U);
-  const auto sink = CSinkFilter::Create(SinkKind::kCounting);
+  const auto sink = SinkFilter::Create(SinkKind::kCounting);
   EXPECT_EQ(Output(0)->Connect(sink->Pin(), nullptr), VFW_E_ALREADY_CONNECTED);
   EXPECT_FALSE(IsConnected(sink->Pin()));
 }
@@ -93,7 +93,7 @@ TEST_F(ConnectingOutputs, ConnectedPinsRefuseAnotherPeer) {
 TEST_F(ConnectingOutputs, NothingConnectsOrDisconnectsUnlessStopped) {
   ASSERT_EQ(Graph().ConnectSink(Output(1).Get(), SinkKind::kCounting), S_OK);
   ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
-  const auto sink = CSinkFilter::Create(SinkKind::kCounting);
+  const auto sink = SinkFilter::Create(SinkKind::kCounting);
   EXPECT_EQ(Output(0)->Connect(sink->Pin(), nullptr), VFW_E_NOT_STOPPED);
   EXPECT_EQ(Output(1)->Disconnect(), VFW_E_NOT_STOPPED);
   EXPECT_EQ(Graph().InputPin()->Disconnect(), VFW_E_NOT_STOPPED);
@@ -130,7 +130,7 @@ TEST_F(ConnectingOutputs, BothSidesKnowPeerTypeAndAllocator) {
 }
 
 TEST_F(ConnectingOutputs, APartialTypeThatFitsIsEnough) {
-  const auto sink = CSinkFilter::Create(SinkKind::kCounting);
+  const auto sink = SinkFilter::Create(SinkKind::kCounting);
   CMediaType partial(MEDIATYPE_Audio);
   EXPECT_EQ(Output(0)->Connect(sink->Pin(), &partial), VFW_E_NO_ACCEPTABLE_TYPES);
   EXPECT_EQ(Output(1)->Connect(sink->Pin(), &partial), S_OK);
@@ -145,7 +145,7 @@ TEST_F(ConnectingOutputs, ClosingTheSourceFreesEverySinkForAnother) {
   EXPECT_TRUE(Graph().OutputPins().empty());
   for (const auto& sink : Graph().Sinks()) EXPECT_FALSE(IsConnected(sink->Pin()));
   for (const auto& pin : former) EXPECT_FALSE(IsConnected(pin.Get()));
-  const auto other = CSourceFilter::FromBytes(MakeMovie({.videos = 0, .audios = 3}));
+  const auto other = SourceFilter::FromBytes(MakeMovie({.videos = 0, .audios = 3}));
   ASSERT_EQ(Graph().Open(other.Get()), S_OK);
   ASSERT_EQ(Graph().OutputPins().size(), 3U);
   EXPECT_EQ(NameOf(Output(2).Get()), "Audio 2 (lang:eng)");

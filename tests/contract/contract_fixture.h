@@ -37,7 +37,7 @@ class GraphTest : public ContractTest {
   void OpenBytes(std::vector<std::uint8_t> bytes) {
     m_graph.emplace();
     ASSERT_EQ(m_graph->SeparatePins(true), S_OK);
-    m_source = CSourceFilter::FromBytes(std::move(bytes));
+    m_source = SourceFilter::FromBytes(std::move(bytes));
     ASSERT_EQ(m_graph->Open(m_source.Get()), S_OK);
   }
 
@@ -50,7 +50,7 @@ class GraphTest : public ContractTest {
   ComPtr<IPin> Output(std::size_t index) { return Graph().OutputPins().at(index); }
 
   std::optional<TestGraph> m_graph{std::in_place};
-  ComPtr<CSourceFilter> m_source;
+  ComPtr<SourceFilter> m_source;
 };
 
 /// With one in which the movie is open.

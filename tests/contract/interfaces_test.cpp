@@ -56,7 +56,7 @@ TEST_F(Interfaces, TheFilterIsOneObjectOfItsClass) {
 }
 
 TEST_F(Interfaces, EveryPinIsOneObject) {
-  for (const ComPtr<IPin>& pin : PinsOf(Splitter())) {
+  for (const ComPtr<IPin>& pin : AllPins(Splitter())) {
     const bool isInput = DirectionOf(pin.Get()) == PINDIR_INPUT;
     ExpectOneObject(pin.Get(), {IID_IUnknown, IID_IPin, IID_IQualityControl, isInput ? IID_IPin : IID_IMediaSeeking});
     for (const GUID& iid : {kUnheardOf, IID_IBaseFilter, isInput ? IID_IMediaSeeking : IID_IMemInputPin}) {
@@ -115,7 +115,7 @@ TEST_F(Aggregation, ReferencesAreCountedOnTheOuterObject) {
   filter->AddRef();
   EXPECT_EQ(outer.References(), before + 1);
   filter->Release();
-  const std::vector<ComPtr<IPin>> pins = PinsOf(filter.Get());
+  const std::vector<ComPtr<IPin>> pins = AllPins(filter.Get());
   PIN_INFO info{};
   ASSERT_EQ(pins.at(0)->QueryPinInfo(&info), S_OK);
   const auto owner = ComPtr<IBaseFilter>::Attach(info.pFilter);

@@ -31,7 +31,7 @@ TEST_F(Lifetime, APinOfAClosedSourceAnswersThatItBelongsNowhere) {
   ASSERT_EQ(Graph().CloseSource(), S_OK);
   m_source.Reset();
   m_graph.reset();
-  const auto sink = CSinkFilter::Create(SinkKind::kCounting);
+  const auto sink = SinkFilter::Create(SinkKind::kCounting);
   EXPECT_EQ(pin->Connect(sink->Pin(), nullptr), VFW_E_NOT_CONNECTED);
   EXPECT_EQ(pin->ReceiveConnection(sink->Pin(), &type), VFW_E_NOT_CONNECTED);
   EXPECT_EQ(pin->Disconnect(), VFW_E_NOT_CONNECTED);
@@ -86,7 +86,7 @@ TEST_F(Lifetime, AGraphThatIsDroppedWhileRunningLeavesNothing) {
 TEST_F(Lifetime, APinMayLeaveItsFilterWhileOthersUseIt) {
   for (int round = 0; round < 20; ++round) {
     OpenMovie({.frames = 1});
-    CThread user;
+    Thread user;
     ASSERT_EQ(user.Start([pin = Output(0)] {
       for (int i = 0; i < 50; ++i) {
         PIN_INFO info{};
@@ -120,7 +120,7 @@ TEST_F(Unloading, AfterPlayingTheModuleCanBeUnloaded) {
   EXPECT_TRUE(ModuleIsIdle());
   EXPECT_TRUE(LoadUseAndUnload([](ComPtr<IBaseFilter> splitter) {
     TestGraph graph(std::move(splitter));
-    const auto source = CSourceFilter::FromBytes(MakeMovie({}));
+    const auto source = SourceFilter::FromBytes(MakeMovie({}));
     ASSERT_EQ(graph.Open(source.Get()), S_OK);
     ASSERT_EQ(graph.ConnectSinks(SinkKind::kCounting), S_OK);
     ASSERT_TRUE(SUCCEEDED(graph.Run()));

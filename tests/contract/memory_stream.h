@@ -10,10 +10,10 @@
 
 namespace tarvex::test {
 
-class MemoryStream : public CUnknownImpl<IStream> {
+class MemoryStream : public UnknownImpl<IStream> {
  public:
   explicit MemoryStream(std::vector<std::uint8_t> content = {})
-      : CUnknownImpl("MemoryStream", nullptr), bytes(std::move(content)) {}
+      : UnknownImpl("MemoryStream", nullptr), bytes(std::move(content)) {}
 
   HRESULT STDMETHODCALLTYPE Read(void* out, ULONG count, ULONG* read) override {
     const std::size_t given = std::min<std::size_t>(count, bytes.size() - m_position);

@@ -45,7 +45,7 @@ TEST_F(Pins, NextSkipResetAndCloneGoThroughTheList) {
 TEST_F(UnopenedPins, OpeningAndClosingPutEnumeratorsOutOfSync) {
   TestGraph graph;
   const ComPtr<IEnumPins> list = ListOf(graph.Splitter());
-  const auto source = CSourceFilter::FromBytes(MakeMovie({}));
+  const auto source = SourceFilter::FromBytes(MakeMovie({}));
   EXPECT_EQ(NextOf(list.Get()), "Input");
   EXPECT_EQ(NextOf(list.Get()), "nothing");
   ASSERT_EQ(graph.Open(source.Get()), S_OK);
@@ -62,7 +62,7 @@ TEST_F(UnopenedPins, OpeningAndClosingPutEnumeratorsOutOfSync) {
 }
 
 TEST_F(Pins, EveryPinKnowsItsFilterDirectionAndIdentifier) {
-  for (const ComPtr<IPin>& pin : PinsOf(Graph().Splitter())) {
+  for (const ComPtr<IPin>& pin : AllPins(Graph().Splitter())) {
     PIN_INFO info{};
     ASSERT_EQ(pin->QueryPinInfo(&info), S_OK);
     EXPECT_TRUE(IsSameObject(ComPtr<IBaseFilter>::Attach(info.pFilter).Get(), Graph().Splitter()));
@@ -86,7 +86,7 @@ TEST_F(Pins, NullArgumentsAreErrors) {
   EXPECT_EQ(filter.EnumPins(nullptr), E_POINTER);
   EXPECT_EQ(filter.FindPin(OLESTR("Input"), nullptr), E_POINTER);
   EXPECT_EQ(filter.QueryFilterInfo(nullptr), E_POINTER);
-  for (const ComPtr<IPin>& pin : PinsOf(&filter)) {
+  for (const ComPtr<IPin>& pin : AllPins(&filter)) {
     EXPECT_EQ(pin->QueryPinInfo(nullptr), E_POINTER);
     EXPECT_EQ(pin->QueryDirection(nullptr), E_POINTER);
     EXPECT_EQ(pin->QueryId(nullptr), E_POINTER);

@@ -13,7 +13,7 @@ constexpr MovieShape kMovie = {.frames = 300, .framesPerCluster = 25, .frameSize
 class Sources : public GraphTest {
  protected:
   /// Connects the source and a sink for every pin.
-  void Open(ComPtr<CSourceFilter> source) {
+  void Open(ComPtr<SourceFilter> source) {
     m_graph.emplace();
     m_source = std::move(source);
     ASSERT_EQ(Graph().SeparatePins(true), S_OK);
@@ -45,12 +45,12 @@ class Sources : public GraphTest {
 TEST_F(Sources, BytesOnTheirWayAreWaitedForAndNeverMadeUp) {
   const ByteString movie = MakeMovie(kMovie);
   const auto size = static_cast<LONGLONG>(movie.size());
-  Open(CSourceFilter::FromBytes(movie));
+  Open(SourceFilter::FromBytes(movie));
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   const auto expected = DigestsAtTheEnd();
   ASSERT_EQ(expected.at(0).size(), kMovie.frames);
 
-  const auto source = CSourceFilter::FromBytes(movie);
+  const auto source = SourceFilter::FromBytes(movie);
   source->Arrive(2000);  // the headers; opening waits for no more
   Open(source);
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
@@ -69,7 +69,7 @@ TEST_F(Sources, BytesOnTheirWayAreWaitedForAndNeverMadeUp) {
 }
 
 TEST_F(Sources, StopEndsTheWaitForBytesThatDoNotCome) {
-  const auto source = CSourceFilter::FromBytes(MakeMovie(kMovie));
+  const auto source = SourceFilter::FromBytes(MakeMovie(kMovie));
   source->Arrive(1000000);
   Open(source);
   for (int round = 0; round < 2; ++round) {
@@ -87,13 +87,13 @@ TEST_F(Sources, AnEndIsTheSameHoweverTheSourceSaysIt) {
   for (const int cut : {0, 1, 3, 4990, 5010}) {
     ByteString movie = MakeMovie(kMovie);
     movie.erase(movie.end() - cut, movie.end());
-    Open(CSourceFilter::FromBytes(movie));
+    Open(SourceFilter::FromBytes(movie));
     ASSERT_TRUE(SUCCEEDED(Graph().Run()));
     const auto expected = DigestsAtTheEnd();
     EXPECT_GE(expected.at(0).size(), kMovie.frames - kMovie.framesPerCluster);
     for (const HRESULT answer : {S_FALSE, HRESULT_FROM_WIN32(ERROR_HANDLE_EOF)}) {
       SCOPED_TRACE(testing::Message() << cut << " bytes missing, answer " << std::hex << answer);
-      const auto source = CSourceFilter::FromBytes(movie);
+      const auto source = SourceFilter::FromBytes(movie);
       const auto size = static_cast<LONGLONG>(movie.size());
       source->AnswerAtTheEnd(answer);
       source->Estimate(cut == 0 ? size + kTooMuch : size);
@@ -162,7 +162,7 @@ struct LargeFile {
 TEST_F(Sources, PositionsBeyondFourGibibytesAreReadAndSought) {
   LargeFile file;
   ASSERT_GT(file.size, LONGLONG{1} << 32);
-  Open(CSourceFilter::FromParts(file.parts, file.size));
+  Open(SourceFilter::FromParts(file.parts, file.size));
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   const std::vector<std::string> all = DigestsAtTheEnd().at(0);
   ASSERT_EQ(all.size(), 30U) << "from the front to the back";
@@ -183,10 +183,10 @@ TEST_F(Sources, PositionsBeyondFourGibibytesAreReadAndSought) {
 // Its Cues are the last to come, and only a seek needs them.
 TEST_F(Sources, OpeningWaitsForTheHeadersAlone) {
   const LargeFile file;
-  const auto source = CSourceFilter::FromParts(file.parts, file.size);
+  const auto source = SourceFilter::FromParts(file.parts, file.size);
   source->Arrive(4000);
-  CEvent opened;
-  CThread opener;
+  Event opened;
+  Thread opener;
   ASSERT_EQ(opener.Start([&] {
     Open(source);
     opened.Set();

@@ -132,7 +132,7 @@ class StreamSwitch : public StreamSelect {
     Open("multi.mkv");
     ASSERT_EQ(Enable(kJapaneseAudio), S_OK);
     ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-    m_spare = CSinkFilter::Create(SinkKind::kCounting);
+    m_spare = SinkFilter::Create(SinkKind::kCounting);
     ASSERT_EQ(Graph().Graph()->AddFilter(m_spare.Get(), OLESTR("Spare")), S_OK);
   }
   void TearDown() override {
@@ -154,7 +154,7 @@ class StreamSwitch : public StreamSelect {
     EXPECT_EQ(now, state);
   }
 
-  ComPtr<CSinkFilter> m_spare;
+  ComPtr<SinkFilter> m_spare;
 };
 
 TEST_F(StreamSwitch, WhileStopped) { ExpectSwitchIn(State_Stopped); }

@@ -6,11 +6,11 @@
 namespace tarvex::test {
 namespace {
 
-class RenderingGraph : public CFilterGraph {
+class RenderingGraph : public FilterGraph {
  public:
   HRESULT STDMETHODCALLTYPE Render(IPin* pin) override {
     if (refusals-- > 0) return VFW_E_CANNOT_RENDER;
-    const auto sink = CSinkFilter::Create(SinkKind::kCounting);
+    const auto sink = SinkFilter::Create(SinkKind::kCounting);
     const HRESULT result = AddFilter(sink.Get(), OLESTR("Sink"));
     return FAILED(result) ? result : ConnectDirect(pin, sink->Pin(), nullptr);
   }

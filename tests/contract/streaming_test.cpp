@@ -23,7 +23,7 @@ class Streaming : public OpenedTest {
     ASSERT_TRUE(Graph().WaitForEnd());
   }
   // A segment, all samples, the end.
-  static void ExpectOnePass(CSinkFilter& sink, std::size_t frames) {
+  static void ExpectOnePass(SinkFilter& sink, std::size_t frames) {
     const std::vector<SinkEvent> events = sink.Events();
     ASSERT_EQ(events.size(), frames + 2);
     EXPECT_EQ(events.front().kind, Kind::kNewSegment);
@@ -72,7 +72,7 @@ TEST_F(Streaming, RunAfterPauseDoesNotStartOverAndPicturesAreLogged) {
 // Paused, not run: a graph runs its filters one after another once they are paused, and would start this one again.
 TEST_F(Streaming, AStopFromASinkReturns) {
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  CEvent stopped(CEvent::Mode::kManual);
+  Event stopped(Event::Mode::kManual);
   Graph().Sink(0).OnSample([&](IMediaSample* /*sample*/) {
     Splitter()->Stop();
     stopped.Set();

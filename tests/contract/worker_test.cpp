@@ -87,7 +87,7 @@ TEST_F(Worker, SeeksByADistanceFromTwoThreadsAllCount) {
       seeking->SetPositions(&distance, AM_SEEKING_RelativePositioning, nullptr, AM_SEEKING_NoPositioning);
     }
   };
-  CThread other;
+  Thread other;
   ASSERT_EQ(other.Start(step), S_OK);
   step();
   other.Join();

@@ -95,7 +95,7 @@ class Holding : public testing::TestWithParam<First> {
   void SetUp() override { ASSERT_EQ(m_graph.SeparatePins(true), S_OK); }
 
   void Open(const char* words) {
-    m_source = CSourceFilter::FromBytes(Film(words, GetParam()));
+    m_source = SourceFilter::FromBytes(Film(words, GetParam()));
     ASSERT_EQ(m_graph.Open(m_source.Get()), S_OK);
   }
   void OpenAndConnect(const char* words) {
@@ -104,8 +104,8 @@ class Holding : public testing::TestWithParam<First> {
   }
   ComPtr<IPin> VideoPin() const { return m_graph.OutputPins().at(GetParam() == First::kVideo ? 0 : 1); }
   ComPtr<IPin> AudioPin() const { return m_graph.OutputPins().at(GetParam() == First::kVideo ? 1 : 0); }
-  CSinkFilter& Video() const { return m_graph.Sink(GetParam() == First::kVideo ? 0 : 1); }
-  CSinkFilter& Audio() const { return m_graph.Sink(GetParam() == First::kVideo ? 1 : 0); }
+  SinkFilter& Video() const { return m_graph.Sink(GetParam() == First::kVideo ? 0 : 1); }
+  SinkFilter& Audio() const { return m_graph.Sink(GetParam() == First::kVideo ? 1 : 0); }
 
   static void Seek(IPin* pin, std::int64_t from, std::int64_t to) {
     LONGLONG start = from * kMillisecond;
@@ -119,7 +119,7 @@ class Holding : public testing::TestWithParam<First> {
     ASSERT_TRUE(m_graph.WaitForEnd());
   }
 
-  ComPtr<CSourceFilter> m_source;
+  ComPtr<SourceFilter> m_source;
   TestGraph m_graph;
 };
 
@@ -128,7 +128,7 @@ TEST_P(Holding, EveryPinGetsItsFramesInOrderAndOneEnd) {
     SCOPED_TRACE(each.what);
     TestGraph fresh;
     ASSERT_EQ(fresh.SeparatePins(true), S_OK);
-    m_source = CSourceFilter::FromBytes(Film(each.film, GetParam()));
+    m_source = SourceFilter::FromBytes(Film(each.film, GetParam()));
     ASSERT_EQ(fresh.Open(m_source.Get()), S_OK);
     ASSERT_EQ(fresh.ConnectSinks(SinkKind::kCounting), S_OK);
     Seek(fresh.OutputPins().front().Get(), each.from, each.to);

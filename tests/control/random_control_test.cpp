@@ -57,13 +57,13 @@ class RandomControl : public testing::TestWithParam<Scene> {
     const Scene& scene = GetParam();
     RandomController controller(Path(), m_graph, m_dog, scene.sinksSeek);
     const unsigned count = scene.threads == 1 ? 1 : FromEnvironment("TARVEX_THREADS", scene.threads);
-    std::vector<CThread> threads(count);
-    for (CThread& thread : threads) {
+    std::vector<Thread> threads(count);
+    for (Thread& thread : threads) {
       ASSERT_EQ(thread.Start(
                     [&controller, count, own = seed++] { controller.Perform(kOperationsPerRound / count + 1, own); }),
                 S_OK);
     }
-    for (CThread& thread : threads) thread.Join();
+    for (Thread& thread : threads) thread.Join();
     EXPECT_EQ(controller.PlayToTheEnd(), m_expected);
     EXPECT_EQ(controller.SamplesAfterEnd(), 0) << "something came after an end of stream";
   }

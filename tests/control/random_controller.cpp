@@ -166,7 +166,7 @@ void RandomController::SelectStream(Dice& dice) {
   DWORD count = 0;
   EXPECT_EQ(streams->Count(&count), S_OK);
   if (count == 0) return;
-  const auto spare = CSinkFilter::Create(SinkKind::kCounting);
+  const auto spare = SinkFilter::Create(SinkKind::kCounting);
   m_graph.Graph()->AddFilter(spare.Get(), OLESTR("Spare"));
   streams->Enable(static_cast<LONG>(dice(count)), AMSTREAMSELECTENABLE_ENABLE);
   Keep(spare);
@@ -218,7 +218,7 @@ void RandomController::Reopen(Dice& dice) {
 void RandomController::DropSources() {
   m_input->Disconnect();
   std::erase_if(m_sources, [this](const auto& source) {
-    PinsOf(source.Get()).front()->Disconnect();
+    AllPins(source.Get()).front()->Disconnect();
     return m_graph.Graph()->RemoveFilter(source.Get()) == S_OK;
   });
 }
@@ -227,7 +227,8 @@ HRESULT RandomController::OpenSource(const std::string& path) {
   m_sources.push_back(CreateFileSource(path));
   IBaseFilter* source = m_sources.back().Get();
   const HRESULT result = m_graph.Graph()->AddFilter(source, OLESTR("Source"));
-  return FAILED(result) ? result : m_graph.Graph()->ConnectDirect(PinsOf(source).front().Get(), m_input.Get(), nullptr);
+  return FAILED(result) ? result
+                        : m_graph.Graph()->ConnectDirect(AllPins(source).front().Get(), m_input.Get(), nullptr);
 }
 
 void RandomController::DisconnectPin(Dice& dice) {
@@ -251,8 +252,8 @@ void RandomController::ConnectPins(Dice& dice) {
   DropSinks(false);
 }
 
-ComPtr<CSinkFilter> RandomController::Connect(IPin* pin, SinkKind kind) {
-  auto sink = CSinkFilter::Create(kind);
+ComPtr<SinkFilter> RandomController::Connect(IPin* pin, SinkKind kind) {
+  auto sink = SinkFilter::Create(kind);
   if (m_sinksSeek) {
     sink->OnSample(
         [this, seeking = QueryFor<IMediaSeeking>(pin)](IMediaSample* /*sample*/) { SeekFrom(seeking.Get()); });
@@ -275,7 +276,7 @@ void RandomController::SeekFrom(IMediaSeeking* seeking) {
   seeking->SetPositions(&current, AM_SEEKING_AbsolutePositioning, &stop, AM_SEEKING_AbsolutePositioning);
 }
 
-void RandomController::Keep(const ComPtr<CSinkFilter>& sink) {
+void RandomController::Keep(const ComPtr<SinkFilter>& sink) {
   const CAutoLock lock(m_lock);
   m_sinks.push_back(sink);
 }

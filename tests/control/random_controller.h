@@ -45,7 +45,7 @@ class RandomController {
 
  private:
   struct Operation;
-  using Sinks = std::vector<ComPtr<CSinkFilter>>;
+  using Sinks = std::vector<ComPtr<SinkFilter>>;
 
   static const Operation& Draw(Dice& dice);
   void Seek(Dice& dice);
@@ -66,11 +66,11 @@ class RandomController {
   ComPtr<IPin> AnyPin(Dice& dice) const;
   ComPtr<IMediaSeeking> AnySeeking(Dice& dice) const;
   HRESULT Set(const GUID& parameter, VARTYPE type, std::int64_t value);
-  ComPtr<CSinkFilter> Connect(IPin* pin, SinkKind kind);
+  ComPtr<SinkFilter> Connect(IPin* pin, SinkKind kind);
   void DropSources();
   HRESULT OpenSource(const std::string& path);
   void SeekFrom(IMediaSeeking* seeking);
-  void Keep(const ComPtr<CSinkFilter>& sink);
+  void Keep(const ComPtr<SinkFilter>& sink);
   void DropSinks(bool connectedToo);
 
   const std::string m_path;

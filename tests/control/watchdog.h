@@ -58,8 +58,8 @@ class Watchdog {
   std::string m_slowest = "nothing";                      // under m_lock
   StarvedTimes m_starved;                                 // under m_lock
   std::atomic<bool> m_hasBarked{false};
-  CEvent m_done{CEvent::Mode::kManual};
-  CThread m_thread;
+  Event m_done{Event::Mode::kManual};
+  Thread m_thread;
 };
 
 }  // namespace tarvex::test

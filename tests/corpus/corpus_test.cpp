@@ -22,7 +22,7 @@ class CorpusFile : public testing::TestWithParam<std::size_t> {
   // In a thread of its own, which is left behind when it hangs: one bad file must not hide the others.
   static std::shared_ptr<const std::vector<std::string>> CheckWithin(const ManifestFile& file, DWORD milliseconds) {
     auto differences = std::make_shared<std::vector<std::string>>();
-    CThread thread;
+    Thread thread;
     EXPECT_EQ(thread.Start([differences, &file] { *differences = FileCheck(file).Run(); }), S_OK);
     if (thread.JoinFor(milliseconds)) return differences;
     thread.Abandon();

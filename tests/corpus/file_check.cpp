@@ -211,7 +211,7 @@ void FileCheck::Play(TestGraph& graph) {
   }
 }
 
-void FileCheck::CheckStream(CSinkFilter& sink, const ExpectedPin& expected) {
+void FileCheck::CheckStream(SinkFilter& sink, const ExpectedPin& expected) {
   const std::vector<SinkEvent> events = sink.Events();
   const std::vector<SinkEvent> samples = sink.Samples();
   const std::size_t segments = sink.CountOf(SinkEvent::Kind::kNewSegment);

@@ -29,7 +29,7 @@ class FileCheck {
   void CheckMediaType(IPin* pin, const ExpectedPin& expected);
   void CheckDuration(IPin* pin);
   void Play(TestGraph& graph);
-  void CheckStream(CSinkFilter& sink, const ExpectedPin& expected);
+  void CheckStream(SinkFilter& sink, const ExpectedPin& expected);
   void Add(const std::string& difference);
 
   const ManifestFile& m_file;

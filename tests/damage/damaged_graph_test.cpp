@@ -21,7 +21,7 @@ class DamagedGraph : public testing::TestWithParam<std::size_t> {
     {
       TestGraph graph;
       ASSERT_EQ(graph.SeparatePins(seed % 2 == 0), S_OK);
-      if (SUCCEEDED(graph.Open(CSourceFilter::FromBytes(std::move(bytes)).Get()))) Play(graph);
+      if (SUCCEEDED(graph.Open(SourceFilter::FromBytes(std::move(bytes)).Get()))) Play(graph);
     }
     EXPECT_TRUE(ModuleBecomesIdle());
   }

@@ -47,7 +47,7 @@ class HostileValues : public testing::Test {
 
   static void Open(TestGraph& graph, const ByteString& file, bool separatePins = true) {
     ASSERT_EQ(graph.SeparatePins(separatePins), S_OK);
-    ASSERT_EQ(graph.Open(CSourceFilter::FromBytes(file).Get()), S_OK);
+    ASSERT_EQ(graph.Open(SourceFilter::FromBytes(file).Get()), S_OK);
   }
 
   /// Plays to the end and seeks to `times` in turn, again to the end.

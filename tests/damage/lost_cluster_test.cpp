@@ -84,7 +84,7 @@ using Frames = std::set<std::tuple<std::size_t, std::int64_t, std::string>>;  //
 /// Plays from `start` to the end; times count from the front of the film.
 Frames Play(const ByteString& bytes, LONGLONG start = 0) {
   TestGraph graph;
-  EXPECT_EQ(graph.Open(CSourceFilter::FromBytes(bytes).Get()), S_OK);
+  EXPECT_EQ(graph.Open(SourceFilter::FromBytes(bytes).Get()), S_OK);
   EXPECT_EQ(graph.ConnectSinks(SinkKind::kRecording), S_OK);
   if (start != 0) {
     const auto seeking = QueryFor<IMediaSeeking>(graph.OutputPins().at(0).Get());

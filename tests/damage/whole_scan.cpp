@@ -64,7 +64,7 @@ class Consumer : public CMatroskaCallback {
 }  // namespace
 
 ScanResult ScanStream(IAsyncReader& reader, const std::function<void(CEbmlScanner&)>& use) {
-  const auto readAhead = MakeCom<CReadAheadReader>(&reader);
+  const auto readAhead = MakeCom<ReadAheadReader>(&reader);
   ScanResult result;
   CEbmlScanner scanner;
   Consumer consumer(scanner, result);

@@ -24,34 +24,34 @@ HRESULT Downstream::Answer(Call call) {
   return refusal;
 }
 
-CFaultSink::CFaultSink(Downstream& downstream)
-    : CBaseFilter("CFaultSink", nullptr, &m_filterLock, kFaultSinkClass),
+FaultSink::FaultSink(Downstream& downstream)
+    : CBaseFilter("FaultSink", nullptr, &m_filterLock, kFaultSinkClass),
       m_downstream(downstream),
-      m_pin(new CFaultSinkPin(this, &m_filterLock)) {}
+      m_pin(new FaultSinkPin(this, &m_filterLock)) {}
 
-CFaultSink::~CFaultSink() = default;
+FaultSink::~FaultSink() = default;
 
-CBasePin* CFaultSink::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
+CBasePin* FaultSink::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
 
-CFaultSinkPin::CFaultSinkPin(CFaultSink* filter, CCritSec* lock)
-    : CBaseInputPin("CFaultSinkPin", filter, lock, OLESTR("In")), m_sink(*filter) {}
+FaultSinkPin::FaultSinkPin(FaultSink* filter, CCritSec* lock)
+    : CBaseInputPin("FaultSinkPin", filter, lock, OLESTR("In")), m_sink(*filter) {}
 
-HRESULT CFaultSinkPin::Active() {
+HRESULT FaultSinkPin::Active() {
   m_sink.m_ended = false;
   return CBaseInputPin::Active();
 }
 
-HRESULT STDMETHODCALLTYPE CFaultSinkPin::ReceiveConnection(IPin* pConnector, const AM_MEDIA_TYPE* pmt) {
+HRESULT STDMETHODCALLTYPE FaultSinkPin::ReceiveConnection(IPin* pConnector, const AM_MEDIA_TYPE* pmt) {
   const HRESULT answer = m_sink.m_downstream.Answer(Downstream::Call::kReceiveConnection);
   return answer == S_OK ? CBaseInputPin::ReceiveConnection(pConnector, pmt) : answer;
 }
 
-HRESULT STDMETHODCALLTYPE CFaultSinkPin::NotifyAllocator(IMemAllocator* pAllocator, BOOL bReadOnly) {
+HRESULT STDMETHODCALLTYPE FaultSinkPin::NotifyAllocator(IMemAllocator* pAllocator, BOOL bReadOnly) {
   const HRESULT answer = m_sink.m_downstream.Answer(Downstream::Call::kNotifyAllocator);
   return answer == S_OK ? CBaseInputPin::NotifyAllocator(pAllocator, bReadOnly) : answer;
 }
 
-HRESULT STDMETHODCALLTYPE CFaultSinkPin::Receive(IMediaSample* pSample) {
+HRESULT STDMETHODCALLTYPE FaultSinkPin::Receive(IMediaSample* pSample) {
   const HRESULT result = CBaseInputPin::Receive(pSample);
   if (result != S_OK) return result;
   const HRESULT answer = m_sink.m_downstream.Answer(Downstream::Call::kReceive);
@@ -59,40 +59,40 @@ HRESULT STDMETHODCALLTYPE CFaultSinkPin::Receive(IMediaSample* pSample) {
   return answer;
 }
 
-HRESULT STDMETHODCALLTYPE CFaultSinkPin::EndOfStream() {
+HRESULT STDMETHODCALLTYPE FaultSinkPin::EndOfStream() {
   m_sink.m_ended = true;
   m_sink.m_downstream.happened.Set();
   return m_sink.m_downstream.Answer(Downstream::Call::kEndOfStream);
 }
 
-HRESULT STDMETHODCALLTYPE CFaultSinkPin::BeginFlush() {
+HRESULT STDMETHODCALLTYPE FaultSinkPin::BeginFlush() {
   CBaseInputPin::BeginFlush();
   return m_sink.m_downstream.Answer(Downstream::Call::kFlush);
 }
 
-HRESULT STDMETHODCALLTYPE CFaultSinkPin::EndFlush() {
+HRESULT STDMETHODCALLTYPE FaultSinkPin::EndFlush() {
   m_sink.m_ended = false;
   CBaseInputPin::EndFlush();
   return m_sink.m_downstream.Answer(Downstream::Call::kFlush);
 }
 
-HRESULT STDMETHODCALLTYPE CFaultSinkPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
+HRESULT STDMETHODCALLTYPE FaultSinkPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
   CBaseInputPin::NewSegment(tStart, tStop, dRate);
   return m_sink.m_downstream.Answer(Downstream::Call::kNewSegment);
 }
 
-bool CFaultGraph::AllEnded() {
+bool FaultGraph::AllEnded() {
   return std::all_of(m_sinks.begin(), m_sinks.end(),
-                     [](const ComPtr<CFaultSink>& sink) { return !sink->Pin()->IsConnected() || sink->IsEnded(); });
+                     [](const ComPtr<FaultSink>& sink) { return !sink->Pin()->IsConnected() || sink->IsEnded(); });
 }
 
 // The way to the splitter's seeking is made of this program's own lists.
-HRESULT STDMETHODCALLTYPE CFaultGraph::NonDelegatingQueryInterface(REFIID iid, void** out) {
+HRESULT STDMETHODCALLTYPE FaultGraph::NonDelegatingQueryInterface(REFIID iid, void** out) {
   const MeetsNoFaults own;
-  return CFilterGraph::NonDelegatingQueryInterface(iid, out);
+  return FilterGraph::NonDelegatingQueryInterface(iid, out);
 }
 
-HRESULT STDMETHODCALLTYPE CFaultGraph::Notify(LONG EventCode, LONG_PTR EventParam1, LONG_PTR /*EventParam2*/) {
+HRESULT STDMETHODCALLTYPE FaultGraph::Notify(LONG EventCode, LONG_PTR EventParam1, LONG_PTR /*EventParam2*/) {
   if (EventCode != kErrorAbort) return S_OK;
   m_downstream.abortResult = static_cast<HRESULT>(EventParam1);
   ++m_downstream.aborts;
@@ -100,21 +100,21 @@ HRESULT STDMETHODCALLTYPE CFaultGraph::Notify(LONG EventCode, LONG_PTR EventPara
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CFaultGraph::RemoveFilter(IBaseFilter* pFilter) {
+HRESULT STDMETHODCALLTYPE FaultGraph::RemoveFilter(IBaseFilter* pFilter) {
   const MeetsNoFaults own;
-  return CFilterGraph::RemoveFilter(pFilter);
+  return FilterGraph::RemoveFilter(pFilter);
 }
 
-HRESULT STDMETHODCALLTYPE CFaultGraph::Render(IPin* pin) {
+HRESULT STDMETHODCALLTYPE FaultGraph::Render(IPin* pin) {
   const MeetsNoFaults own;
-  m_sinks.push_back(MakeCom<CFaultSink>(m_downstream));
+  m_sinks.push_back(MakeCom<FaultSink>(m_downstream));
   const HRESULT result = AddFilter(m_sinks.back().Get(), OLESTR("Sink"));
   if (FAILED(result)) return result;
   const MeetsFaults theirs;
   return pin->Connect(m_sinks.back()->Pin(), nullptr);
 }
 
-HRESULT STDMETHODCALLTYPE CFaultGraph::WaitForCompletion(LONG msTimeout, LONG* /*pEvCode*/) {
+HRESULT STDMETHODCALLTYPE FaultGraph::WaitForCompletion(LONG msTimeout, LONG* /*pEvCode*/) {
   while (!AllEnded()) {
     if (!m_downstream.happened.Wait(static_cast<DWORD>(msTimeout))) return E_ABORT;
   }

@@ -31,35 +31,35 @@ struct Downstream {
   std::atomic<int> passesEnded{0};
   std::atomic<int> aborts{0};              ///< EC_ERRORABORT
   std::atomic<HRESULT> abortResult{S_OK};  ///< of the last
-  CEvent happened{CEvent::Mode::kAuto};    ///< an end, an abort or a refusal
+  Event happened{Event::Mode::kAuto};      ///< an end, an abort or a refusal
 
   HRESULT Answer(Call call);
 };
 
-class CFaultSinkPin;
+class FaultSinkPin;
 
-class CFaultSink : public CBaseFilter {
+class FaultSink : public CBaseFilter {
  public:
-  explicit CFaultSink(Downstream& downstream);
-  ~CFaultSink() override;
+  explicit FaultSink(Downstream& downstream);
+  ~FaultSink() override;
 
   int GetPinCount() override { return 1; }
   CBasePin* GetPin(int index) override;
-  CFaultSinkPin* Pin() const noexcept { return m_pin.Get(); }
+  FaultSinkPin* Pin() const noexcept { return m_pin.Get(); }
   /// The end of the stream has come, and no flush or start since.
   bool IsEnded() const noexcept { return m_ended; }
 
  private:
-  friend class CFaultSinkPin;
-  CCritSec m_filterLock{"CFaultSink", LockRank::kLastFilter};
+  friend class FaultSinkPin;
+  CCritSec m_filterLock{"FaultSink", LockRank::kLastFilter};
   Downstream& m_downstream;
   std::atomic<bool> m_ended{false};
-  OwnedPin<CFaultSinkPin> m_pin;
+  OwnedPin<FaultSinkPin> m_pin;
 };
 
-class CFaultSinkPin : public CBaseInputPin {
+class FaultSinkPin : public CBaseInputPin {
  public:
-  CFaultSinkPin(CFaultSink* filter, CCritSec* lock);
+  FaultSinkPin(FaultSink* filter, CCritSec* lock);
 
   HRESULT CheckMediaType(const CMediaType* /*type*/) override { return S_OK; }
   HRESULT Active() override;
@@ -73,17 +73,17 @@ class CFaultSinkPin : public CBaseInputPin {
   HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
 
  private:
-  CFaultSink& m_sink;
+  FaultSink& m_sink;
 };
 
-class CFaultGraph : public CFilterGraph {
+class FaultGraph : public FilterGraph {
  public:
-  explicit CFaultGraph(Downstream& downstream) : m_downstream(downstream) {}
+  explicit FaultGraph(Downstream& downstream) : m_downstream(downstream) {}
 
   /// Every sink that is connected has got the end of its stream.
   bool AllEnded();
   /// Sinks stay here when they are disconnected.
-  const std::vector<ComPtr<CFaultSink>>& Sinks() const noexcept { return m_sinks; }
+  const std::vector<ComPtr<FaultSink>>& Sinks() const noexcept { return m_sinks; }
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
   HRESULT STDMETHODCALLTYPE Notify(LONG EventCode, LONG_PTR EventParam1, LONG_PTR EventParam2) override;
@@ -93,7 +93,7 @@ class CFaultGraph : public CFilterGraph {
 
  private:
   Downstream& m_downstream;
-  std::vector<ComPtr<CFaultSink>> m_sinks;  // the test's thread
+  std::vector<ComPtr<FaultSink>> m_sinks;  // the test's thread
 };
 
 }  // namespace tarvex::test

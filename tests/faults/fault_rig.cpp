@@ -42,7 +42,7 @@ const std::vector<std::uint8_t>& BytesOf(const FaultMovie& movie) {
 
 // A sanitizer starts one of its own with the first of the program.
 void StartFirstThread() {
-  static CThread first;
+  static Thread first;
   static const HRESULT started = first.Start([] {});
   if (SUCCEEDED(started)) first.Join();
 }
@@ -88,8 +88,8 @@ FaultRig::FaultRig(const FaultMovie& movie)
       m_bytes(BytesOf(movie)),
       m_nothingIsLeft(movie),
       m_thread(CurrentThreadId()),
-      m_source(CSourceFilter::FromBytes(m_bytes)),
-      m_graph(MakeCom<CFaultGraph>(m_downstream)) {
+      m_source(SourceFilter::FromBytes(m_bytes)),
+      m_graph(MakeCom<FaultGraph>(m_downstream)) {
   m_graph->AddFilter(m_source.Get(), OLESTR("Source"));
 }
 
@@ -100,7 +100,8 @@ FaultRig::NothingIsLeft::NothingIsLeft(const FaultMovie& movie)
 
 FaultRig::NothingIsLeft::~NothingIsLeft() {
   EXPECT_TRUE(BecomesTrue([this] { return Threads() == m_threads; })) << Threads() - m_threads << " threads left";
-  EXPECT_TRUE(BecomesTrue([] { return ModuleCanUnload(); })) << "objects left: " << ModuleObjectCount();
+  EXPECT_TRUE(BecomesTrue([] { return ModuleCanUnload(); }))
+      << "objects left: " << ReportLeftObjects([](const char*) {});
   static std::set<std::string> usedBefore;
   if (usedBefore.insert(m_file).second) return;
   EXPECT_TRUE(BecomesTrue([this] { return LivingBlocks() == m_blocks; }))
@@ -184,7 +185,7 @@ HRESULT FaultRig::Set(const GUID& parameter, bool on) {
 }
 
 bool FaultRig::Open() {
-  const auto input = PinsOf(m_splitter.Get()).front();
+  const auto input = AllPins(m_splitter.Get()).front();
   return SUCCEEDED(Ask([&] { return m_source->Pin()->Connect(input.Get(), nullptr); }));
 }
 
@@ -211,7 +212,7 @@ void FaultRig::AskAboutFile() {
   CAUUID pages{};
   const auto specify = m_splitter.Query<ISpecifyPropertyPages>();
   if (SUCCEEDED(Ask([&] { return specify->GetPages(&pages); }))) CoTaskMemFree(pages.pElems);
-  for (const auto& pin : PinsOf(m_splitter.Get())) AskAboutPin(pin.Get());
+  for (const auto& pin : AllPins(m_splitter.Get())) AskAboutPin(pin.Get());
 }
 
 void FaultRig::AskForChapters() {
@@ -256,7 +257,7 @@ void FaultRig::AskAboutPin(IPin* pin) {
 }
 
 void FaultRig::Render() {
-  for (const auto& pin : PinsOf(m_splitter.Get())) {
+  for (const auto& pin : AllPins(m_splitter.Get())) {
     if (DirectionOf(pin.Get()) != PINDIR_OUTPUT || IsConnected(pin.Get())) continue;
     Ask([&] { return m_graph->Render(pin.Get()); });
   }
@@ -318,7 +319,7 @@ void FaultRig::SwitchStreams() {
 
 // A change that fails has not been made, and can be made later.
 void FaultRig::ChangeSettings() {
-  const std::size_t pins = PinsOf(m_splitter.Get()).size();
+  const std::size_t pins = AllPins(m_splitter.Get()).size();
   bool present = m_movie.separatePins;
   for (const bool separate : {!m_movie.separatePins, m_movie.separatePins}) {
     if (SUCCEEDED(Set(paramSeparatePins, separate)) || SUCCEEDED(Set(paramSeparatePins, separate))) present = separate;
@@ -328,7 +329,7 @@ void FaultRig::ChangeSettings() {
     Set(paramAnnexBOutput, separate);
   }
   if (!m_complained) {
-    EXPECT_EQ(PinsOf(m_splitter.Get()).size(), pins);
+    EXPECT_EQ(AllPins(m_splitter.Get()).size(), pins);
   }
 }
 
@@ -395,7 +396,7 @@ void FaultRig::ExpectRecovery() {
 void FaultRig::CloseFile() {
   Ask([&] { return m_graph->Stop(); });
   for (const auto& sink : m_graph->Sinks()) sink->Pin()->Disconnect();
-  std::vector<ComPtr<IPin>> pins = PinsOf(m_splitter.Get());
+  std::vector<ComPtr<IPin>> pins = AllPins(m_splitter.Get());
   std::reverse(pins.begin(), pins.end());  // the last one, the input, takes the others away
   for (const auto& pin : pins) Ask([&] { return pin->Disconnect(); });
   m_source->Pin()->Disconnect();

@@ -51,7 +51,7 @@ class FaultRig {
   FaultRig& operator=(const FaultRig&) = delete;
 
   Downstream& Sinks() noexcept { return m_downstream; }
-  CSourceFilter& Source() noexcept { return *m_source; }
+  SourceFilter& Source() noexcept { return *m_source; }
 
   /// Creates the splitter, opens the file, asks it everything, plays, seeks, switches streams, plays
   /// again. Goes on after a failure as far as that makes sense.
@@ -126,8 +126,8 @@ class FaultRig {
   const NothingIsLeft m_nothingIsLeft;  // ahead of all that is to go
   const DWORD m_thread;
   Downstream m_downstream;
-  ComPtr<CSourceFilter> m_source;
-  ComPtr<CFaultGraph> m_graph;
+  ComPtr<SourceFilter> m_source;
+  ComPtr<FaultGraph> m_graph;
   ComPtr<IBaseFilter> m_splitter;
   bool m_complained = false;
   bool m_flushByStop = false;

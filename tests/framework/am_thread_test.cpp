@@ -21,7 +21,7 @@ class Worker : public CAMThread {
       Close();
     }
   }
-  CThread Take() { return TakeThread(); }
+  Thread Take() { return TakeThread(); }
 
   std::atomic<DWORD> selfCall{0};
 
@@ -69,15 +69,15 @@ TEST(WorkerThread, SecondEndDuringTheWaitFindsNoThread) {
   Worker worker;
   ASSERT_TRUE(worker.Create());
   worker.CallWorker(kExit);
-  CThread thread = worker.Take();
+  Thread thread = worker.Take();
   EXPECT_FALSE(worker.ThreadExists());
   thread.Join();
   EXPECT_TRUE(worker.Create());
 }
 
 TEST(Event, ManualOneStaysSetAndTheOtherEndsOneWait) {
-  CEvent manual(CEvent::Mode::kManual);
-  CEvent once;
+  Event manual(Event::Mode::kManual);
+  Event once;
   manual.Set();
   once.Set();
   for (const bool first : {true, false}) {

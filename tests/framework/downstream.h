@@ -36,7 +36,7 @@ class Downstream {
   Downstream(const Downstream&) = delete;
   Downstream& operator=(const Downstream&) = delete;
 
-  CSinkPin* Pin() const noexcept { return sink->Pin(); }
+  SinkPin* Pin() const noexcept { return sink->Pin(); }
   /// A sample of `mark` bytes; the caller owns the reference.
   IMediaSample* Sample(int mark) {
     ComPtr<IMediaSample> sample;
@@ -71,8 +71,8 @@ class Downstream {
 
   /// Called for every sample with its length; the answer is Receive's.
   std::function<HRESULT(int)> onSample = [](int) { return S_OK; };
-  ComPtr<CSourceFilter> source = CSourceFilter::FromBytes({});
-  ComPtr<CSinkFilter> sink = CSinkFilter::Create(SinkKind::kCounting);
+  ComPtr<SourceFilter> source = SourceFilter::FromBytes({});
+  ComPtr<SinkFilter> sink = SinkFilter::Create(SinkKind::kCounting);
   ComPtr<CountingAllocator> allocator = MakeCom<CountingAllocator>();
 
  private:

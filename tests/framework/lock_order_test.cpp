@@ -18,7 +18,7 @@ class LockOrderDeathTest : public testing::Test {
   CCritSec m_position{"the position's", LockRank::kPosition};
   CCritSec m_leaf{"one leaf", LockRank::kLeaf};
   CCritSec m_otherLeaf{"another leaf", LockRank::kLeaf};
-  CConditionVariable m_changed;
+  ConditionVariable m_changed;
 };
 
 TEST_F(LockOrderDeathTest, ALockBeforeTheOneHeldEndsTheProcess) {

@@ -69,8 +69,8 @@ TEST_F(OutputQueue, ExactBatchWaitsUntilItIsFullOrTheStreamEnds) {
 }
 
 TEST_F(OutputQueue, SamplesSentAnywayAreFreedOneByOne) {
-  CEvent entered;
-  CEvent go(CEvent::Mode::kManual);
+  Event entered;
+  Event go(Event::Mode::kManual);
   LONG outAtSecond = 0;
   down.onSample = [&](int mark) {
     if (mark == 2) outAtSecond = down.Out();
@@ -87,8 +87,8 @@ TEST_F(OutputQueue, SamplesSentAnywayAreFreedOneByOne) {
 }
 
 TEST_F(OutputQueue, FirstRefusalDropsWhatFollowsAndIsReportedUntilReset) {
-  CEvent refused;
-  CEvent go;
+  Event refused;
+  Event go;
   down.onSample = [&](int mark) {
     if (mark != 1) return S_OK;
     refused.Set();
@@ -122,7 +122,7 @@ TEST_F(OutputQueue, EndOfStreamPassesARefusalUnlessThePinHasSeenTheEnd) {
 }
 
 TEST_F(OutputQueue, FlushDropsWaitingSamplesAndEndsARefusal) {
-  CEvent entered;
+  Event entered;
   down.onSample = [&](int mark) {
     if (mark != 1) return S_OK;
     entered.Set();

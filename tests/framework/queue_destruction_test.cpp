@@ -29,9 +29,9 @@ TEST(QueueDestruction, TakesLessThanASecondWhateverReceiveDoes) {
   for (const Receive receive : {Receive::kReturnsSoon, Receive::kWaitsForAFlush, Receive::kNeverReturns}) {
     SCOPED_TRACE(static_cast<int>(receive));
     Downstream down;
-    CEvent entered;
-    CEvent end(CEvent::Mode::kManual);
-    CEvent left;
+    Event entered;
+    Event end(Event::Mode::kManual);
+    Event left;
     down.onSample = [&](int) {
       entered.Set();
       if (receive == Receive::kWaitsForAFlush) down.WaitForFlush();
@@ -58,8 +58,8 @@ TEST(QueueDestruction, TakesLessThanASecondWhateverReceiveDoes) {
 TEST(QueueDestruction, FromTheQueuesOwnThread) {
   Downstream down;
   auto queue = MakeQueue(down);
-  CEvent sent;
-  CEvent destroyed;
+  Event sent;
+  Event destroyed;
   down.onSample = [&](int) {
     sent.Wait(5000);  // no other call may be in progress when the owner destroys its queue
     queue.reset();
@@ -84,7 +84,7 @@ TEST(QueueDestruction, AFlushMeanwhileIsEndedForDownstream) {
     };
     const std::shared_ptr<COutputQueue> queue = MakeQueue(down);
     for (int mark = 1; mark <= 3; ++mark) Send(*queue, down, mark);
-    CThread seek;
+    Thread seek;
     ASSERT_EQ(seek.Start([&] {
       // Before the end, while it waits for the thread, and while it flushes downstream itself.
       SleepMilliseconds(static_cast<DWORD>(round) * 3);

@@ -93,7 +93,7 @@ TEST(TimeText, OtherTextIsNoTime) {
 }
 
 TEST(TextTable, ColumnsAlignByCharactersNotBytes) {
-  CTextTable table({"name", ">n"});
+  TextTable table({"name", ">n"});
   table.AddRow({"üü", "1"});
   table.AddRow({"a\n", "10"});
   EXPECT_EQ(table.Text(), "  name   n\n  üü     1\n  a\\n   10\n");

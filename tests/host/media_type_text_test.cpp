@@ -13,9 +13,9 @@ namespace {
 
 CMediaType TypeOf(const GUID& major, const GUID& subtype, const GUID& format, const std::vector<std::uint8_t>& block) {
   CMediaType type(major);
-  type.SetSubtype(&subtype);
-  type.SetFormatType(&format);
-  type.SetFormat(block.data(), static_cast<ULONG>(block.size()));
+  type.subtype = subtype;
+  type.formattype = format;
+  std::ranges::copy(block, type.AllocFormatBuffer(static_cast<ULONG>(block.size())));
   return type;
 }
 

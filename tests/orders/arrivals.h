@@ -22,7 +22,7 @@ struct Arrival {
 class Arrivals {
  public:
   /// From now on, for as long as the sink gets samples.
-  void Watch(CSinkFilter& sink) {
+  void Watch(SinkFilter& sink) {
     sink.OnSample([this](IMediaSample* sample) { Note(sample); });
   }
   /// What comes next counts from its first discontinuity on: samples of the former segment may still be on their way.
@@ -51,7 +51,7 @@ class Arrivals {
 
   std::mutex m_lock;
   std::vector<Arrival> m_arrived;
-  CEvent m_shown{CEvent::Mode::kManual};
+  Event m_shown{Event::Mode::kManual};
 };
 
 }  // namespace tarvex::test

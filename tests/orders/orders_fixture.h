@@ -54,7 +54,7 @@ class OrdersTest : public testing::Test {
   }
 
   std::optional<TestGraph> m_graph;
-  ComPtr<CSourceFilter> m_source;
+  ComPtr<SourceFilter> m_source;
 };
 
 }  // namespace tarvex::test

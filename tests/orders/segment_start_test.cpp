@@ -10,7 +10,7 @@ namespace {
 
 class SegmentStart : public OrdersTest, public testing::WithParamInterface<std::uint32_t> {
  protected:
-  static REFERENCE_TIME SegmentOf(CSinkFilter& sink) {
+  static REFERENCE_TIME SegmentOf(SinkFilter& sink) {
     for (const SinkEvent& event : sink.Events()) {
       if (event.kind == SinkEvent::Kind::kNewSegment) return event.start;
     }

@@ -43,7 +43,7 @@ class Together : public OrdersTest {
     m_pictures.Forget();
     m_sound.Forget();
   }
-  static std::vector<SinkEvent> SegmentsOf(CSinkFilter& sink) {
+  static std::vector<SinkEvent> SegmentsOf(SinkFilter& sink) {
     std::vector<SinkEvent> events = sink.Events();
     std::erase_if(events, [](const SinkEvent& event) { return event.kind != SinkEvent::Kind::kNewSegment; });
     return events;
@@ -106,7 +106,7 @@ TEST_P(Switched, TheNewStreamComesFromWhereItWas) {
   constexpr REFERENCE_TIME kWanted = 12 * kSecond;
   constexpr LONG kSecondSoundIndex = 2;
   Open({.seconds = 60, .pictures = 2000000, .sound = 192000, .sounds = 2, .keyFrameEvery = 2000}, SinkKind::kSlow);
-  const auto sink = CSinkFilter::Create(SinkKind::kSlow);
+  const auto sink = SinkFilter::Create(SinkKind::kSlow);
   ASSERT_EQ(m_graph->Graph()->AddFilter(sink.Get(), OLESTR("Spare sink")), S_OK);
   ASSERT_EQ(Seek(kWanted), S_OK);
   if (GetParam() != State_Stopped) {

@@ -9,7 +9,7 @@
 namespace tarvex::test {
 namespace {
 
-RECT RectOf(const CPageFrame& frame, int id) {
+RECT RectOf(const PageFrame& frame, int id) {
   RECT rect{};
   GetWindowRect(frame.Control(id), &rect);
   MapWindowPoints(nullptr, frame.Dialog(), reinterpret_cast<POINT*>(&rect), 2);
@@ -19,7 +19,7 @@ RECT RectOf(const CPageFrame& frame, int id) {
 TEST(AboutPage, ShowsTheTitleTheVersionAndTwoImages) {
   {
     const ComPtr<IBaseFilter> splitter = CreateSplitter();
-    CPageFrame frame(CLSID_MatroskaAboutPage);
+    PageFrame frame(CLSID_MatroskaAboutPage);
     ASSERT_EQ(frame.Open(splitter.Get()), S_OK);
     EXPECT_EQ(TextOf(frame.Window()), L"About");
     EXPECT_EQ(TextOf(frame.Control(1001)), L"Tarvex Matroska Splitter");
@@ -33,7 +33,7 @@ TEST(AboutPage, ShowsTheTitleTheVersionAndTwoImages) {
 
 TEST(AboutPage, KeepsTheLogoCentred) {
   const ComPtr<IBaseFilter> splitter = CreateSplitter();
-  CPageFrame frame(CLSID_MatroskaAboutPage);
+  PageFrame frame(CLSID_MatroskaAboutPage);
   ASSERT_EQ(frame.Open(splitter.Get()), S_OK);
   const RECT before = RectOf(frame, 1003);
   for (const int width : {700, 401}) {
@@ -59,7 +59,7 @@ int WidthOf(HICON icon) {
 // The controls have their new sizes before the dialog learns of the other density.
 TEST(AboutPage, OnADenserMonitorItsImagesAreLarger) {
   const ComPtr<IBaseFilter> splitter = CreateSplitter();
-  CPageFrame frame(CLSID_MatroskaAboutPage);
+  PageFrame frame(CLSID_MatroskaAboutPage);
   ASSERT_EQ(frame.Open(splitter.Get()), S_OK);
   for (const int id : {1003, 1005}) {
     HWND image = frame.Control(id);

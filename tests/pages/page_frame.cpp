@@ -25,28 +25,28 @@ void HandleMessages() {
 
 }  // namespace
 
-HRESULT CPageSite::NonDelegatingQueryInterface(REFIID iid, void** out) {
+HRESULT PageSite::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IidOf<IPropertyPageSite>()) return GiveInterface(static_cast<IPropertyPageSite*>(this), out);
   return CUnknown::NonDelegatingQueryInterface(iid, out);
 }
 
-HRESULT CPageSite::OnStatusChange(DWORD dwFlags) {
+HRESULT PageSite::OnStatusChange(DWORD dwFlags) {
   if ((dwFlags & PROPPAGESTATUS_DIRTY) != 0) ++m_dirty;
   return S_OK;
 }
 
-HRESULT CPageSite::GetLocaleID(LCID* pLocaleID) {
+HRESULT PageSite::GetLocaleID(LCID* pLocaleID) {
   *pLocaleID = LOCALE_USER_DEFAULT;
   return S_OK;
 }
 
-HRESULT CPageSite::GetPageContainer(IUnknown** /*ppUnk*/) { return E_NOTIMPL; }
-HRESULT CPageSite::TranslateAccelerator(MSG* /*pMsg*/) { return S_FALSE; }
+HRESULT PageSite::GetPageContainer(IUnknown** /*ppUnk*/) { return E_NOTIMPL; }
+HRESULT PageSite::TranslateAccelerator(MSG* /*pMsg*/) { return S_FALSE; }
 
-CPageFrame::CPageFrame(REFCLSID page) : CPageFrame(CreatePage(page)) {}
+PageFrame::PageFrame(REFCLSID page) : PageFrame(CreatePage(page)) {}
 
 // A program that says nothing of densities is shown at one it never had.
-CPageFrame::CPageFrame(ComPtr<IPropertyPage> page) : m_page(std::move(page)), m_site(MakeCom<CPageSite>()) {
+PageFrame::PageFrame(ComPtr<IPropertyPage> page) : m_page(std::move(page)), m_site(MakeCom<PageSite>()) {
   SetProcessDPIAware();
   PROPPAGEINFO info{};
   if (FAILED(m_page->GetPageInfo(&info))) throw std::runtime_error("the page does not say what it is");
@@ -58,38 +58,38 @@ CPageFrame::CPageFrame(ComPtr<IPropertyPage> page) : m_page(std::move(page)), m_
   ShowWindow(m_window, SW_SHOWNOACTIVATE);
 }
 
-CPageFrame::~CPageFrame() {
+PageFrame::~PageFrame() {
   m_page->Deactivate();
   m_page->SetObjects(0, nullptr);
   m_page->SetPageSite(nullptr);
   DestroyWindow(m_window);
 }
 
-HRESULT CPageFrame::Open(IUnknown* object) {
+HRESULT PageFrame::Open(IUnknown* object) {
   HRESULT result = m_page->SetPageSite(m_site.Get());
   if (SUCCEEDED(result)) result = m_page->SetObjects(1, &object);
   return FAILED(result) ? result : Activate();
 }
 
-HRESULT CPageFrame::Activate() {
+HRESULT PageFrame::Activate() {
   RECT rect{};
   GetClientRect(m_window, &rect);
   return m_page->Activate(m_window, &rect, FALSE);
 }
 
-void CPageFrame::Resize(int width, int height) {
+void PageFrame::Resize(int width, int height) {
   SetWindowPos(m_window, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
   const RECT rect{0, 0, width, height};
   m_page->Move(&rect);
 }
 
-void CPageFrame::ChangeDensity() {
+void PageFrame::ChangeDensity() {
   constexpr UINT kDensityChanges = 0x02E3;  // WM_DPICHANGED_AFTERPARENT
   SendMessageW(Dialog(), kDensityChanges, 0, 0);
   HandleMessages();
 }
 
-void CPageFrame::Paint() {
+void PageFrame::Paint() {
   HandleMessages();
   RedrawWindow(m_window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
 }

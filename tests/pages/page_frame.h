@@ -9,9 +9,9 @@
 
 namespace tarvex::test {
 
-class CPageSite final : public CUnknownImpl<IPropertyPageSite> {
+class PageSite final : public UnknownImpl<IPropertyPageSite> {
  public:
-  CPageSite() : CUnknownImpl("CPageSite", nullptr) {}
+  PageSite() : UnknownImpl("PageSite", nullptr) {}
   int Dirty() const noexcept { return m_dirty; }
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
@@ -24,15 +24,15 @@ class CPageSite final : public CUnknownImpl<IPropertyPageSite> {
   int m_dirty = 0;
 };
 
-class CPageFrame {
+class PageFrame {
  public:
   /// A frame around a page, which is not told anything yet.
-  explicit CPageFrame(ComPtr<IPropertyPage> page);
+  explicit PageFrame(ComPtr<IPropertyPage> page);
   /// Around a new page of the module under test.
-  explicit CPageFrame(REFCLSID page);
-  ~CPageFrame();
-  CPageFrame(const CPageFrame&) = delete;
-  CPageFrame& operator=(const CPageFrame&) = delete;
+  explicit PageFrame(REFCLSID page);
+  ~PageFrame();
+  PageFrame(const PageFrame&) = delete;
+  PageFrame& operator=(const PageFrame&) = delete;
 
   /// Gives the page its site and `object`, and shows it; what Activate answered.
   HRESULT Open(IUnknown* object);
@@ -44,7 +44,7 @@ class CPageFrame {
   void Paint();
 
   IPropertyPage* Page() const noexcept { return m_page.Get(); }
-  CPageSite& Site() const noexcept { return *m_site; }
+  PageSite& Site() const noexcept { return *m_site; }
   HWND Window() const noexcept { return m_window; }
   /// Null while the page has none.
   HWND Dialog() const noexcept { return FindWindowExW(m_window, nullptr, L"#32770", nullptr); }
@@ -54,7 +54,7 @@ class CPageFrame {
 
  private:
   ComPtr<IPropertyPage> m_page;
-  ComPtr<CPageSite> m_site;
+  ComPtr<PageSite> m_site;
   HWND m_window = nullptr;
 };
 

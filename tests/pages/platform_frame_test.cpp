@@ -60,7 +60,7 @@ HWND FindFrame(const wchar_t* title) {
 
 TEST(PlatformFrame, OfTheHostShowsBothPages) {
   host::test::HostResult result;
-  CThread host;
+  Thread host;
   const HRESULT started = host.Start([&result] {
     const auto file = host::test::SourcePath("tests/data/sample.mkv");
     result = host::test::RunHostWithModule({L"settings", file});

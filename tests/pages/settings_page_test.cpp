@@ -28,7 +28,7 @@ constexpr int kSeparatePins = TARVEX_SETTINGS_SEPARATE_PINS;
 constexpr int kChapters = TARVEX_SETTINGS_CHAPTERS;
 
 /// A filter's settings as the page meets them, with the answers that a test wants.
-class CFakeConfig final : public CUnknownImpl<IModuleConfig> {
+class FakeConfig final : public UnknownImpl<IModuleConfig> {
  public:
   struct Chapter {
     const wchar_t* name;
@@ -40,7 +40,7 @@ class CFakeConfig final : public CUnknownImpl<IModuleConfig> {
     VARIANT value;
   };
 
-  CFakeConfig() : CUnknownImpl("CFakeConfig", nullptr) {}
+  FakeConfig() : UnknownImpl("FakeConfig", nullptr) {}
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override {
     if (iid == IID_IModuleConfig) return GiveInterface(static_cast<IModuleConfig*>(this), out);
@@ -83,14 +83,14 @@ class CFakeConfig final : public CUnknownImpl<IModuleConfig> {
 };
 
 /// Reads the page's message, as a user would, and closes it. A box that never comes leaves the text empty.
-class CBoxReader {
+class BoxReader {
  public:
-  CBoxReader() {
+  BoxReader() {
     EXPECT_EQ(m_thread.Start([this] { Read(); }), S_OK);
   }
-  ~CBoxReader() { m_thread.Join(); }
-  CBoxReader(const CBoxReader&) = delete;
-  CBoxReader& operator=(const CBoxReader&) = delete;
+  ~BoxReader() { m_thread.Join(); }
+  BoxReader(const BoxReader&) = delete;
+  BoxReader& operator=(const BoxReader&) = delete;
 
   const std::wstring& Text() {
     m_thread.Join();
@@ -110,13 +110,13 @@ class CBoxReader {
   }
 
   std::wstring m_text;
-  CThread m_thread;
+  Thread m_thread;
 };
 
 class SettingsPage : public testing::Test {
  protected:
   void TearDown() override { EXPECT_TRUE(ModuleBecomesIdle()) << "something of the module is left"; }
-  static void DoubleClick(const CPageFrame& frame, int line) {
+  static void DoubleClick(const PageFrame& frame, int line) {
     HWND list = frame.Control(kChapters);
     RECT rect{};
     SendMessageW(list, LB_GETITEMRECT, static_cast<WPARAM>(line), reinterpret_cast<LPARAM>(&rect));
@@ -155,13 +155,13 @@ class OpenedSettingsPage : public SettingsPage {
     EXPECT_EQ(CoCreateInstance(kNullRenderer, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, renderer.PutVoid()),
               S_OK);
     EXPECT_EQ(m_graph->Graph()->AddFilter(renderer.Get(), L"Renderer"), S_OK);
-    ComPtr<IPin> input = PinsOf(renderer.Get()).front();
+    ComPtr<IPin> input = AllPins(renderer.Get()).front();
     EXPECT_EQ(m_graph->Graph()->ConnectDirect(m_graph->OutputPins().front().Get(), input.Get(), nullptr), S_OK);
     return input;
   }
 
   std::optional<TestGraph> m_graph{std::in_place};
-  std::optional<CPageFrame> m_frame;
+  std::optional<PageFrame> m_frame;
 };
 
 TEST_F(OpenedSettingsPage, ShowsTheSettingsAndTheChapters) {
@@ -205,7 +205,7 @@ TEST_F(OpenedSettingsPage, WhileItPlaysNothingIsChangedAndTheUserLearnsWhy) {
   ASSERT_GE(control->Pause(), S_OK);
   m_frame->Click(kAnnexB);
   m_frame->Click(kSeparatePins);
-  CBoxReader box;
+  BoxReader box;
   EXPECT_EQ(m_frame->Page()->Apply(), VFW_E_NOT_STOPPED);
   EXPECT_NE(box.Text().find(L"Nothing was changed."), std::wstring::npos) << "no box";
   EXPECT_NE(box.Text().find(L"only while playback is stopped"), std::wstring::npos);
@@ -233,9 +233,9 @@ TEST_F(OpenedSettingsPage, DoubleClickOnAChapterMovesThePosition) {
 }
 
 TEST_F(SettingsPage, ChapterTimesAreWrittenInHoursMinutesAndSeconds) {
-  const auto config = MakeCom<CFakeConfig>();
+  const auto config = MakeCom<FakeConfig>();
   config->chapters = {{L"Intro", 0, 95000000}, {L"Later", 36000000000, 359999 * 10000000LL}, {L"", 0, 0}};
-  CPageFrame frame(CLSID_MatroskaSettingsPage);
+  PageFrame frame(CLSID_MatroskaSettingsPage);
   ASSERT_EQ(frame.Open(config.Get()), S_OK);
   EXPECT_EQ(LineOf(frame.Control(kChapters), 0), L"Intro - (00:00:00 - 00:00:09)");
   EXPECT_EQ(LineOf(frame.Control(kChapters), 1), L"Later - (01:00:00 - 99:59:59)");
@@ -243,10 +243,10 @@ TEST_F(SettingsPage, ChapterTimesAreWrittenInHoursMinutesAndSeconds) {
 }
 
 TEST_F(SettingsPage, BoxesAreWrittenAsOnesAndTheJumpAtOnce) {
-  const auto config = MakeCom<CFakeConfig>();
+  const auto config = MakeCom<FakeConfig>();
   config->chapters = {{L"One", 7, 8}, {L"Two", 9, 10}};
   config->setting = VARIANT_TRUE;
-  CPageFrame frame(CLSID_MatroskaSettingsPage);
+  PageFrame frame(CLSID_MatroskaSettingsPage);
   ASSERT_EQ(frame.Open(config.Get()), S_OK);
   EXPECT_TRUE(frame.IsChecked(kAnnexB));
   EXPECT_EQ(frame.Page()->Apply(), S_OK);
@@ -275,10 +275,10 @@ TEST_F(SettingsPage, BoxesAreWrittenAsOnesAndTheJumpAtOnce) {
 }
 
 TEST_F(SettingsPage, FailuresOfTheFilterArePassedOn) {
-  const auto config = MakeCom<CFakeConfig>();
+  const auto config = MakeCom<FakeConfig>();
   config->chapters = {{L"One", 0, 1}};
   config->chapterResult = E_OUTOFMEMORY;
-  CPageFrame frame(CLSID_MatroskaSettingsPage);
+  PageFrame frame(CLSID_MatroskaSettingsPage);
   EXPECT_EQ(frame.Open(config.Get()), E_OUTOFMEMORY);
   EXPECT_EQ(frame.Dialog(), nullptr);
 
@@ -298,9 +298,9 @@ TEST_F(SettingsPage, FailuresOfTheFilterArePassedOn) {
 // What Windows does to a dialog that comes to a monitor of another density: its controls get other fonts and
 // sizes, and then it learns of it.
 TEST_F(SettingsPage, OnADenserMonitorTheListScrollsFurther) {
-  const auto config = MakeCom<CFakeConfig>();
+  const auto config = MakeCom<FakeConfig>();
   config->chapters = {{L"A name that is longer than the list is wide, so that it has to be scrolled", 0, 1}};
-  CPageFrame frame(CLSID_MatroskaSettingsPage);
+  PageFrame frame(CLSID_MatroskaSettingsPage);
   ASSERT_EQ(frame.Open(config.Get()), S_OK);
   HWND list = frame.Control(kChapters);
   const LRESULT before = SendMessageW(list, LB_GETHORIZONTALEXTENT, 0, 0);
@@ -316,9 +316,9 @@ TEST_F(SettingsPage, OnADenserMonitorTheListScrollsFurther) {
 }
 
 TEST_F(SettingsPage, CallsOutOfTurnAreRefused) {
-  const auto config = MakeCom<CFakeConfig>();
-  const auto stranger = MakeCom<CPageSite>();
-  CPageFrame frame(CLSID_MatroskaSettingsPage);
+  const auto config = MakeCom<FakeConfig>();
+  const auto stranger = MakeCom<PageSite>();
+  PageFrame frame(CLSID_MatroskaSettingsPage);
   std::array<IUnknown*, 2> objects = {nullptr, nullptr};
   EXPECT_EQ(frame.Activate(), E_UNEXPECTED) << "without an object";
   EXPECT_EQ(frame.Page()->SetObjects(1, objects.data()), E_POINTER);
@@ -334,8 +334,8 @@ TEST_F(SettingsPage, CallsOutOfTurnAreRefused) {
 }
 
 TEST_F(SettingsPage, TabGoesThroughThePageAndThenOut) {
-  const auto config = MakeCom<CFakeConfig>();
-  CPageFrame frame(CLSID_MatroskaSettingsPage);
+  const auto config = MakeCom<FakeConfig>();
+  PageFrame frame(CLSID_MatroskaSettingsPage);
   ASSERT_EQ(frame.Open(config.Get()), S_OK);
   const auto press = [&](WPARAM key) {
     MSG message{GetFocus(), WM_KEYDOWN, key, 1, 0, {}};

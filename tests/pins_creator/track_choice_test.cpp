@@ -41,7 +41,7 @@ ByteString FileOf(const std::string& words) {
 /// A splitter with such a file, for a user of this language.
 class Opened {
  public:
-  Opened(const char* userLanguage, const std::string& words) : m_source(CSourceFilter::FromBytes(FileOf(words))) {
+  Opened(const char* userLanguage, const std::string& words) : m_source(SourceFilter::FromBytes(FileOf(words))) {
     OverrideUserLanguageForTests(userLanguage);
     HRESULT result = S_OK;
     m_filter = ComPtr<IUnknown>(CMatroskaSplitter::CreateInstance(nullptr, &result)->Inner()).Query<IBaseFilter>();
@@ -87,7 +87,7 @@ class Opened {
   }
 
  private:
-  ComPtr<CSourceFilter> m_source;
+  ComPtr<SourceFilter> m_source;
   ComPtr<IBaseFilter> m_filter;
   ComPtr<IAMStreamSelect> m_select;
 };

@@ -180,8 +180,8 @@ class Waiter {
  private:
   ComPtr<IMediaSample> m_sample;
   HRESULT m_result = E_FAIL;
-  CEvent m_done{CEvent::Mode::kManual};
-  CThread m_thread;
+  Event m_done{Event::Mode::kManual};
+  Thread m_thread;
 };
 
 TEST(SampleBuffer, WaitEndsWithWhateverMustEndIt) {

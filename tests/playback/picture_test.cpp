@@ -99,7 +99,7 @@ class Playback : public ::testing::TestWithParam<Movie> {
     ASSERT_EQ(CoCreateInstance(CLSID_VideoRenderer, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, renderer.PutVoid()),
               S_OK);
     ASSERT_EQ(m_graph->AddFilter(renderer.Get(), L"Video Renderer"), S_OK);
-    ASSERT_EQ(m_graph->AddFilter(MakeCom<CPlainFormatFilter>().Get(), L"Plain format"), S_OK);
+    ASSERT_EQ(m_graph->AddFilter(MakeCom<PlainFormatFilter>().Get(), L"Plain format"), S_OK);
     const WideString path = WideFromUtf8(MoviePath(GetParam().name + std::string(".mkv")));
     ASSERT_EQ(m_graph->RenderFile(path.c_str(), nullptr), S_OK);
   }

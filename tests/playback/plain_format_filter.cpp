@@ -1,5 +1,7 @@
 #include "tests/playback/plain_format_filter.h"
 
+#include <cstring>
+
 #include "host/graph/tap_input_pin.h"
 #include "host/graph/tap_output_pin.h"
 
@@ -16,9 +18,9 @@ class NoObserver : public host::SampleObserver {
   void OnEndOfStream() override {}
 };
 
-class CInputPin : public host::CTapInputPin {
+class InputPin : public host::TapInputPin {
  public:
-  using CTapInputPin::CTapInputPin;
+  using TapInputPin::TapInputPin;
 
   // Nothing else: whatever takes every type is given the file reader's bytes as well.
   HRESULT CheckMediaType(const CMediaType* type) override {
@@ -28,16 +30,16 @@ class CInputPin : public host::CTapInputPin {
   }
 };
 
-class COutputPin : public host::CTapOutputPin {
+class OutputPin : public host::TapOutputPin {
  public:
-  COutputPin(host::CTapFilter* filter, CCritSec* lock) : CTapOutputPin(filter, lock), m_filter(filter) {}
+  OutputPin(host::TapFilter* filter, CCritSec* lock) : TapOutputPin(filter, lock), m_filter(filter) {}
 
   HRESULT CheckMediaType(const CMediaType* type) override {
     return type->formattype == FORMAT_VideoInfo ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
   }
 
   HRESULT GetMediaType(int position, CMediaType* type) override {
-    const HRESULT result = CTapOutputPin::GetMediaType(position, type);
+    const HRESULT result = TapOutputPin::GetMediaType(position, type);
     if (result != S_OK) return result;
     const auto* from = reinterpret_cast<const VIDEOINFOHEADER2*>(m_filter->InputPin()->CurrentMediaType().pbFormat);
     VIDEOINFOHEADER plain{};
@@ -47,20 +49,20 @@ class COutputPin : public host::CTapOutputPin {
     plain.AvgTimePerFrame = from->AvgTimePerFrame;
     plain.bmiHeader = from->bmiHeader;
     type->formattype = FORMAT_VideoInfo;
-    type->SetFormat(reinterpret_cast<const BYTE*>(&plain), sizeof plain);
+    std::memcpy(type->AllocFormatBuffer(sizeof plain), &plain, sizeof plain);
     return S_OK;
   }
 
  private:
-  host::CTapFilter* const m_filter;
+  host::TapFilter* const m_filter;
 };
 
 }  // namespace
 
-CPlainFormatFilter::CPlainFormatFilter() : CTapFilter(std::make_shared<NoObserver>()) {
+PlainFormatFilter::PlainFormatFilter() : TapFilter(std::make_shared<NoObserver>()) {
   m_output.Reset();
-  m_input = OwnedPin<host::CTapInputPin>(new CInputPin(this, &m_filterLock, std::make_shared<NoObserver>()));
-  m_output = OwnedPin<host::CTapOutputPin>(new COutputPin(this, &m_filterLock));
+  m_input = OwnedPin<host::TapInputPin>(new InputPin(this, &m_filterLock, std::make_shared<NoObserver>()));
+  m_output = OwnedPin<host::TapOutputPin>(new OutputPin(this, &m_filterLock));
 }
 
 }  // namespace tarvex::test

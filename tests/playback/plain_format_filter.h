@@ -6,9 +6,9 @@
 
 namespace tarvex::test {
 
-class CPlainFormatFilter : public host::CTapFilter {
+class PlainFormatFilter : public host::TapFilter {
  public:
-  CPlainFormatFilter();
+  PlainFormatFilter();
 };
 
 }  // namespace tarvex::test

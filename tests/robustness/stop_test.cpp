@@ -142,7 +142,7 @@ TEST_F(Stopping, AStoppedSplitterDeliversNothingMore) {
 
 TEST_F(Stopping, WhileAReadIsBlocked) {
   TestGraph graph;
-  const auto source = CSourceFilter::FromBytes(MakeMovie({.frames = 400, .frameSize = 20000}));
+  const auto source = SourceFilter::FromBytes(MakeMovie({.frames = 400, .frameSize = 20000}));
   ASSERT_EQ(graph.Open(source.Get()), S_OK);
   ASSERT_EQ(graph.ConnectSinks(SinkKind::kSlow), S_OK);
   ASSERT_TRUE(SUCCEEDED(graph.Run()));
@@ -168,7 +168,7 @@ TEST_F(Stopping, WhileAllRingsAreFull) {
 
 TEST_F(Stopping, BeforeAnythingWasDelivered) {
   TestGraph graph;
-  const auto source = CSourceFilter::FromBytes(MakeMovie({.frames = 400, .frameSize = 20000}));
+  const auto source = SourceFilter::FromBytes(MakeMovie({.frames = 400, .frameSize = 20000}));
   ASSERT_EQ(graph.Open(source.Get()), S_OK);
   ASSERT_EQ(graph.ConnectSinks(SinkKind::kCounting), S_OK);
   for (int k = 0; k < Rounds(200, 50) && !HasFailure(); ++k) {

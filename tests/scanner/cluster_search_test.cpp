@@ -60,10 +60,10 @@ class Opened {
   std::int64_t Reads() const { return m_source.reads; }
 
  private:
-  ComPtr<CReadAheadReader> MakeReader() { return MakeCom<CReadAheadReader>(&m_source); }
+  ComPtr<ReadAheadReader> MakeReader() { return MakeCom<ReadAheadReader>(&m_source); }
 
   MemoryReader m_source;
-  const ComPtr<CReadAheadReader> m_reader;
+  const ComPtr<ReadAheadReader> m_reader;
   RecordingCallback m_callback;
   CEbmlScanner m_scanner;
   bool m_isOpen = true;

@@ -20,7 +20,7 @@ constexpr LONGLONG kSize = 9 * kMebibyte + 17;
 
 struct LongStream {
   explicit LongStream(SourceReads sourceReads = SourceReads::kSeveralAtATime)
-      : below(Noise(kSize, 6)), reader(MakeCom<CReadAheadReader>(&below, sourceReads)) {
+      : below(Noise(kSize, 6)), reader(MakeCom<ReadAheadReader>(&below, sourceReads)) {
     below.onRead = [this] { ++(std::this_thread::get_id() == here ? readsHere : readsElsewhere); };
   }
 
@@ -52,7 +52,7 @@ struct LongStream {
   std::atomic<int> readsElsewhere{0};
   std::atomic<int> overtaken{0};
   MemoryReader below;
-  ComPtr<CReadAheadReader> reader;
+  ComPtr<ReadAheadReader> reader;
 };
 
 TEST(Prefetcher, StreamReadOnIsTheSameAndReadOnceByBoth) {

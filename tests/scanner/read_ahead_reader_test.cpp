@@ -26,7 +26,7 @@ struct TwoReaders {
   }
 
   MemoryReader below;
-  ComPtr<CReadAheadReader> readAhead = MakeCom<CReadAheadReader>(&below);
+  ComPtr<ReadAheadReader> readAhead = MakeCom<ReadAheadReader>(&below);
 };
 
 TEST(ReadAheadReader, RandomReadsAreThoseOfTheReaderBelow) {
@@ -82,8 +82,8 @@ TEST(ReadAheadReader, SmallSequentialReadsCostFewReadsBelow) {
       ASSERT_EQ(readers.readAhead->SyncRead(position, lookAhead, bytes), S_OK);
       ASSERT_EQ(readers.readAhead->SyncRead(position, 16, bytes), S_OK);
     }
-    EXPECT_LT(readers.readAhead->UpstreamReads(), 16U);
-    EXPECT_EQ(readers.below.largestRead, CReadAheadReader::kLargestWindow);
+    EXPECT_LT(readers.below.reads, 16);
+    EXPECT_EQ(readers.below.largestRead, ReadAheadReader::kLargestWindow);
   }
 }
 
@@ -94,7 +94,7 @@ TEST(ReadAheadReader, FirstReadAndJumpsAskForLittle) {
   for (int count = 0; count < 100; ++count) {
     ASSERT_EQ(readers.readAhead->SyncRead((random() % 3000) * 1000, 16, bytes), S_OK);
   }
-  EXPECT_EQ(readers.below.largestRead, CReadAheadReader::kSmallestWindow);
+  EXPECT_EQ(readers.below.largestRead, ReadAheadReader::kSmallestWindow);
 }
 
 TEST(ReadAheadReader, FlushFailsNewReadsAlsoOfBytesReadAhead) {

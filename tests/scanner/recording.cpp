@@ -14,7 +14,7 @@ bool RecordingCallback::OnData(const FrameInfo& frame) {
 }
 
 OpenFile::OpenFile(ByteString bytes, Reading reading) : reader(std::move(bytes)) {
-  if (reading == Reading::kAhead) readAhead = MakeCom<CReadAheadReader>(&reader);
+  if (reading == Reading::kAhead) readAhead = MakeCom<ReadAheadReader>(&reader);
   scanner.SetCallback(&callback);
   scanner.CanProcess(readAhead ? static_cast<IAsyncReader*>(readAhead.Get()) : &reader);
 }

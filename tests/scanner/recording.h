@@ -44,7 +44,7 @@ struct OpenFile {
   std::vector<std::int64_t> StartTimes() const;
 
   MemoryReader reader;
-  ComPtr<CReadAheadReader> readAhead;  // null when it reads plainly
+  ComPtr<ReadAheadReader> readAhead;  // null when it reads plainly
   RecordingCallback callback;
   CEbmlScanner scanner;
 };

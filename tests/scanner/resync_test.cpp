@@ -68,7 +68,7 @@ std::vector<Found> Walk(const ByteString& bytes, const libebml::EbmlElement& par
 void ExpectPlainWalk(const ByteString& bytes, const libebml::EbmlElement& parent) {
   const auto plain = Walk(bytes, parent, PlainNextChild);
   const auto ours = Walk(bytes, parent, [](auto& stream, auto& source, auto& master) {
-    return CElementWalker(stream, source).FindNextChild(master);
+    return ElementWalker(stream, source).FindNextChild(master);
   });
   EXPECT_EQ(ours, plain);
 }

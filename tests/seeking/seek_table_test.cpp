@@ -131,7 +131,7 @@ class Player {
   }
 
  private:
-  static std::vector<SinkEvent> AfterTheSeek(CSinkFilter& sink) {
+  static std::vector<SinkEvent> AfterTheSeek(SinkFilter& sink) {
     std::vector<SinkEvent> events = sink.Events();
     const auto flush = std::find_if(events.rbegin(), events.rend(),
                                     [](const auto& event) { return event.kind == SinkEvent::Kind::kEndFlush; });

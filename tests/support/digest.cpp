@@ -18,7 +18,7 @@ std::string Hex(const std::vector<std::uint8_t>& digest) {
 }  // namespace
 
 std::string Sha1Of(Bytes bytes) {
-  CDigest digest(DigestAlgorithm::kSha1);
+  Digest digest(DigestAlgorithm::kSha1);
   digest.Add(bytes);
   return Hex(digest.Finish());
 }

@@ -23,7 +23,7 @@ class Sha256 {
   std::string Finish();
 
  private:
-  CDigest m_digest{DigestAlgorithm::kSha256};
+  Digest m_digest{DigestAlgorithm::kSha256};
 };
 
 }  // namespace tarvex::test

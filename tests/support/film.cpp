@@ -53,10 +53,10 @@ class Writer {
     Put(Join({Id(id::kSimpleBlock), Vint(block.size() + rest, 8), block}));
     Skip(rest);
   }
-  ComPtr<CSourceFilter> Finish() { return CSourceFilter::FromParts(std::move(m_parts), m_position); }
+  ComPtr<SourceFilter> Finish() { return SourceFilter::FromParts(std::move(m_parts), m_position); }
 
  private:
-  CSourceFilter::Parts m_parts;
+  SourceFilter::Parts m_parts;
   LONGLONG m_position = 0;
 };
 
@@ -79,7 +79,7 @@ void PutCluster(Writer& writer, const FilmShape& shape, std::uint32_t from) {
 
 }  // namespace
 
-ComPtr<CSourceFilter> MakeFilm(const FilmShape& shape) {
+ComPtr<SourceFilter> MakeFilm(const FilmShape& shape) {
   Writer writer;
   writer.Put(EbmlHead());
   const LONGLONG segment = writer.Begin(id::kSegment);

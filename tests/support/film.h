@@ -26,7 +26,7 @@ inline constexpr REFERENCE_TIME kSecond = 1000 * kMillisecond;
 inline constexpr REFERENCE_TIME kPictureTime = 40 * kMillisecond;
 inline constexpr REFERENCE_TIME kSoundTime = 20 * kMillisecond;
 
-ComPtr<CSourceFilter> MakeFilm(const FilmShape& shape);
+ComPtr<SourceFilter> MakeFilm(const FilmShape& shape);
 
 /// What a frame of a film begins with.
 struct FrameOrigin {

@@ -46,41 +46,41 @@ const char* NameOf(SinkKind kind) {
   return "?";
 }
 
-ComPtr<CSinkFilter> CSinkFilter::Create(SinkKind kind) { return ComPtr<CSinkFilter>(new CSinkFilter(kind)); }
+ComPtr<SinkFilter> SinkFilter::Create(SinkKind kind) { return ComPtr<SinkFilter>(new SinkFilter(kind)); }
 
-CSinkFilter::CSinkFilter(SinkKind kind)
-    : CBaseFilter("CSinkFilter", nullptr, &m_filterLock, kSinkClass),
+SinkFilter::SinkFilter(SinkKind kind)
+    : CBaseFilter("SinkFilter", nullptr, &m_filterLock, kSinkClass),
       m_kind(kind),
-      m_pin(new CSinkPin(this, &m_filterLock)) {}
+      m_pin(new SinkPin(this, &m_filterLock)) {}
 
-CSinkFilter::~CSinkFilter() = default;
+SinkFilter::~SinkFilter() = default;
 
-CBasePin* CSinkFilter::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
+CBasePin* SinkFilter::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
 
 // What blocks is let go before the filter lock is waited for.
-HRESULT STDMETHODCALLTYPE CSinkFilter::Stop() {
+HRESULT STDMETHODCALLTYPE SinkFilter::Stop() {
   Unblock();
   return CBaseFilter::Stop();
 }
 
-std::vector<SinkEvent> CSinkFilter::Events() {
+std::vector<SinkEvent> SinkFilter::Events() {
   const CAutoLock lock(m_recordLock);
   return m_events;
 }
 
-std::vector<SinkEvent> CSinkFilter::Samples() {
+std::vector<SinkEvent> SinkFilter::Samples() {
   std::vector<SinkEvent> samples = Events();
   std::erase_if(samples, [](const SinkEvent& event) { return event.kind != SinkEvent::Kind::kSample; });
   return samples;
 }
 
-std::size_t CSinkFilter::CountOf(SinkEvent::Kind kind) {
+std::size_t SinkFilter::CountOf(SinkEvent::Kind kind) {
   const CAutoLock lock(m_recordLock);
   return static_cast<std::size_t>(
       std::count_if(m_events.begin(), m_events.end(), [kind](const SinkEvent& event) { return event.kind == kind; }));
 }
 
-void CSinkFilter::Clear() {
+void SinkFilter::Clear() {
   const CAutoLock lock(m_recordLock);
   m_events.clear();
   m_ended.Clear();
@@ -88,13 +88,13 @@ void CSinkFilter::Clear() {
 }
 
 // The samples go outside the lock: releasing one wakes the thread that waits for its memory.
-void CSinkFilter::LetGo() {
+void SinkFilter::LetGo() {
   std::vector<ComPtr<IMediaSample>> held;
   const CAutoLock lock(m_recordLock);
   held.swap(m_held);
 }
 
-HRESULT CSinkFilter::Take(IMediaSample* sample) {
+HRESULT SinkFilter::Take(IMediaSample* sample) {
   Arrive();
   // A flush may have begun since the pin looked.
   if (!RecordUnlessFlushing(Describe(sample, m_kind == SinkKind::kRecording))) return S_FALSE;
@@ -110,61 +110,61 @@ HRESULT CSinkFilter::Take(IMediaSample* sample) {
   return m_kind == SinkKind::kRefusing ? VFW_E_SAMPLE_REJECTED : S_OK;
 }
 
-void CSinkFilter::Record(SinkEvent event) {
+void SinkFilter::Record(SinkEvent event) {
   const CAutoLock lock(m_recordLock);
   if (event.kind == SinkEvent::Kind::kBeginFlush) m_isFlushing = true;
   if (event.kind == SinkEvent::Kind::kEndFlush) m_isFlushing = false;
   m_events.push_back(std::move(event));
 }
 
-bool CSinkFilter::RecordUnlessFlushing(SinkEvent event) {
+bool SinkFilter::RecordUnlessFlushing(SinkEvent event) {
   const CAutoLock lock(m_recordLock);
   if (m_isFlushing) return false;
   m_events.push_back(std::move(event));
   return true;
 }
 
-void CSinkFilter::End() {
+void SinkFilter::End() {
   Arrive();
   Record({.kind = SinkEvent::Kind::kEndOfStream});
   m_isOver = true;
   m_ended.Set();
 }
 
-void CSinkFilter::Unblock() {
+void SinkFilter::Unblock() {
   m_released.Set();
   LetGo();
 }
 
-void CSinkFilter::Block() { m_released.Clear(); }
+void SinkFilter::Block() { m_released.Clear(); }
 
-CSinkPin::CSinkPin(CSinkFilter* filter, CCritSec* lock)
-    : CBaseInputPin("CSinkPin", filter, lock, OLESTR("In")), m_sink(*filter) {}
+SinkPin::SinkPin(SinkFilter* filter, CCritSec* lock)
+    : CBaseInputPin("SinkPin", filter, lock, OLESTR("In")), m_sink(*filter) {}
 
-HRESULT CSinkPin::CheckMediaType(const CMediaType* /*type*/) { return m_refuseTypes ? S_FALSE : S_OK; }
+HRESULT SinkPin::CheckMediaType(const CMediaType* /*type*/) { return m_refuseTypes ? S_FALSE : S_OK; }
 
-HRESULT CSinkPin::Active() {
+HRESULT SinkPin::Active() {
   m_sink.Begin();
   m_sink.Block();
   return CBaseInputPin::Active();
 }
 
-HRESULT CSinkPin::Inactive() {
+HRESULT SinkPin::Inactive() {
   m_sink.Unblock();
   return CBaseInputPin::Inactive();
 }
 
-HRESULT STDMETHODCALLTYPE CSinkPin::Receive(IMediaSample* pSample) {
+HRESULT STDMETHODCALLTYPE SinkPin::Receive(IMediaSample* pSample) {
   const HRESULT result = CBaseInputPin::Receive(pSample);
   return result == S_OK ? m_sink.Take(pSample) : result;
 }
 
-HRESULT STDMETHODCALLTYPE CSinkPin::EndOfStream() {
+HRESULT STDMETHODCALLTYPE SinkPin::EndOfStream() {
   m_sink.End();
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CSinkPin::BeginFlush() {
+HRESULT STDMETHODCALLTYPE SinkPin::BeginFlush() {
   if (m_sink.m_beforeFlush) m_sink.m_beforeFlush();
   m_sink.Record({.kind = SinkEvent::Kind::kBeginFlush});
   const HRESULT result = CBaseInputPin::BeginFlush();
@@ -172,7 +172,7 @@ HRESULT STDMETHODCALLTYPE CSinkPin::BeginFlush() {
   return result;
 }
 
-HRESULT STDMETHODCALLTYPE CSinkPin::EndFlush() {
+HRESULT STDMETHODCALLTYPE SinkPin::EndFlush() {
   m_sink.Record({.kind = SinkEvent::Kind::kEndFlush});
   m_sink.Begin();  // an end that crossed with the flush is dropped by it
   m_sink.m_ended.Clear();
@@ -180,7 +180,7 @@ HRESULT STDMETHODCALLTYPE CSinkPin::EndFlush() {
   return CBaseInputPin::EndFlush();
 }
 
-HRESULT STDMETHODCALLTYPE CSinkPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
+HRESULT STDMETHODCALLTYPE SinkPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
   m_sink.Arrive();
   m_sink.Record({.kind = SinkEvent::Kind::kNewSegment, .start = tStart, .stop = tStop, .rate = dRate});
   return CBaseInputPin::NewSegment(tStart, tStop, dRate);

@@ -42,18 +42,18 @@ struct SinkEvent {
   std::string sha1 = {};  ///< empty unless the sink records
 };
 
-class CSinkPin;
+class SinkPin;
 
-class CSinkFilter : public CBaseFilter {
+class SinkFilter : public CBaseFilter {
  public:
-  static ComPtr<CSinkFilter> Create(SinkKind kind);
-  ~CSinkFilter() override;
+  static ComPtr<SinkFilter> Create(SinkKind kind);
+  ~SinkFilter() override;
 
   int GetPinCount() override { return 1; }
   CBasePin* GetPin(int index) override;
   HRESULT STDMETHODCALLTYPE Stop() override;
 
-  CSinkPin* Pin() const noexcept { return m_pin.Get(); }
+  SinkPin* Pin() const noexcept { return m_pin.Get(); }
   SinkKind Kind() const noexcept { return m_kind; }
 
   std::vector<SinkEvent> Events();
@@ -78,8 +78,8 @@ class CSinkFilter : public CBaseFilter {
   void AnswerWith(std::function<HRESULT(IMediaSample*)> call) { m_answer = std::move(call); }
 
  private:
-  friend class CSinkPin;
-  explicit CSinkFilter(SinkKind kind);
+  friend class SinkPin;
+  explicit SinkFilter(SinkKind kind);
   HRESULT Take(IMediaSample* sample);
   void Record(SinkEvent event);
   bool RecordUnlessFlushing(SinkEvent event);
@@ -90,8 +90,8 @@ class CSinkFilter : public CBaseFilter {
   void Block();
 
   const SinkKind m_kind;
-  CCritSec m_filterLock{"CSinkFilter", LockRank::kLastFilter};
-  CCritSec m_recordLock{"CSinkFilter record", LockRank::kVisited};
+  CCritSec m_filterLock{"SinkFilter", LockRank::kLastFilter};
+  CCritSec m_recordLock{"SinkFilter record", LockRank::kVisited};
   std::vector<SinkEvent> m_events;           // under m_recordLock
   bool m_isFlushing = false;                 // under m_recordLock
   std::vector<ComPtr<IMediaSample>> m_held;  // under m_recordLock
@@ -100,15 +100,15 @@ class CSinkFilter : public CBaseFilter {
   std::function<void()> m_beforeFlush;
   std::atomic<bool> m_isOver{false};  // since an end of stream
   std::atomic<int> m_afterEnd{0};
-  CEvent m_ended{CEvent::Mode::kManual};
-  CEvent m_sampled{CEvent::Mode::kManual};
-  CEvent m_released{CEvent::Mode::kManual};  // ends Receive of a blocking sink
-  OwnedPin<CSinkPin> m_pin;
+  Event m_ended{Event::Mode::kManual};
+  Event m_sampled{Event::Mode::kManual};
+  Event m_released{Event::Mode::kManual};  // ends Receive of a blocking sink
+  OwnedPin<SinkPin> m_pin;
 };
 
-class CSinkPin : public CBaseInputPin {
+class SinkPin : public CBaseInputPin {
  public:
-  explicit CSinkPin(CSinkFilter* filter, CCritSec* lock);
+  explicit SinkPin(SinkFilter* filter, CCritSec* lock);
 
   HRESULT CheckMediaType(const CMediaType* type) override;
   HRESULT Active() override;
@@ -124,13 +124,15 @@ class CSinkPin : public CBaseInputPin {
   HRESULT STDMETHODCALLTYPE EndFlush() override;
   HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
 
+  /// Between a begin-flush and its end-flush.
+  bool IsFlushing() const noexcept { return m_bFlushing; }
   /// From now on no media type is good enough.
   void RefuseTypes() { m_refuseTypes = true; }
   /// From now on no allocator is.
   void RefuseAllocators() { m_refuseAllocators = true; }
 
  private:
-  CSinkFilter& m_sink;
+  SinkFilter& m_sink;
   std::atomic<bool> m_refuseTypes{false};
   std::atomic<bool> m_refuseAllocators{false};
 };

@@ -26,35 +26,35 @@ std::vector<std::uint8_t> ReadWholeFile(const std::string& path) {
   return bytes;
 }
 
-ComPtr<CSourceFilter> CSourceFilter::FromFile(const std::string& path) { return FromBytes(ReadWholeFile(path)); }
+ComPtr<SourceFilter> SourceFilter::FromFile(const std::string& path) { return FromBytes(ReadWholeFile(path)); }
 
-ComPtr<CSourceFilter> CSourceFilter::FromBytes(std::vector<std::uint8_t> bytes) {
+ComPtr<SourceFilter> SourceFilter::FromBytes(std::vector<std::uint8_t> bytes) {
   const auto size = static_cast<LONGLONG>(bytes.size());
   Parts parts;
   parts.emplace(0, std::move(bytes));
   return FromParts(std::move(parts), size);
 }
 
-ComPtr<CSourceFilter> CSourceFilter::FromParts(Parts parts, LONGLONG size) {
-  return ComPtr<CSourceFilter>(new CSourceFilter(std::move(parts), size));
+ComPtr<SourceFilter> SourceFilter::FromParts(Parts parts, LONGLONG size) {
+  return ComPtr<SourceFilter>(new SourceFilter(std::move(parts), size));
 }
 
-CSourceFilter::CSourceFilter(Parts parts, LONGLONG size)
-    : CBaseFilter("CSourceFilter", nullptr, &m_filterLock, kSourceClass),
+SourceFilter::SourceFilter(Parts parts, LONGLONG size)
+    : CBaseFilter("SourceFilter", nullptr, &m_filterLock, kSourceClass),
       m_parts(std::move(parts)),
       m_size(size),
-      m_pin(new CSourcePin(this, &m_filterLock)) {}
+      m_pin(new SourcePin(this, &m_filterLock)) {}
 
-CSourceFilter::~CSourceFilter() = default;
+SourceFilter::~SourceFilter() = default;
 
-CBasePin* CSourceFilter::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
+CBasePin* SourceFilter::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
 
-void CSourceFilter::FailFrom(int read, HRESULT result) {
+void SourceFilter::FailFrom(int read, HRESULT result) {
   m_failure = result;
   m_failFrom = m_reads + read;
 }
 
-void CSourceFilter::BlockFrom(int read, bool ignoreFlush) {
+void SourceFilter::BlockFrom(int read, bool ignoreFlush) {
   m_ignoreFlush = ignoreFlush;
   m_unblocked.Clear();
   m_blocked.Clear();
@@ -62,9 +62,9 @@ void CSourceFilter::BlockFrom(int read, bool ignoreFlush) {
 }
 
 /// A read, from construction to destruction.
-class CSourceFilter::ReadInProgress {
+class SourceFilter::ReadInProgress {
  public:
-  explicit ReadInProgress(CSourceFilter& source) : m_source(source) {
+  explicit ReadInProgress(SourceFilter& source) : m_source(source) {
     if (!m_source.m_isReading.exchange(true)) return;
     std::fputs("two reads at a time of a source that is not the platform's own\n", stderr);
     std::abort();
@@ -74,10 +74,10 @@ class CSourceFilter::ReadInProgress {
   ReadInProgress& operator=(const ReadInProgress&) = delete;
 
  private:
-  CSourceFilter& m_source;
+  SourceFilter& m_source;
 };
 
-HRESULT CSourceFilter::Read(LONGLONG position, LONG length, BYTE* buffer) {
+HRESULT SourceFilter::Read(LONGLONG position, LONG length, BYTE* buffer) {
   const ReadInProgress read(*this);
   const HRESULT result = Gate(m_reads++);
   if (FAILED(result)) return result;
@@ -90,18 +90,18 @@ HRESULT CSourceFilter::Read(LONGLONG position, LONG length, BYTE* buffer) {
 }
 
 // What stands between a read and its bytes.
-HRESULT CSourceFilter::Gate(int number) {
+HRESULT SourceFilter::Gate(int number) {
   if (number >= m_failFrom) return m_failure;
   if (number < m_blockFrom) return S_OK;
   m_blocked.Set();
   while (!m_unblocked.Wait(kPollInterval)) {
-    if (!m_ignoreFlush && m_flushing.Check()) return VFW_E_WRONG_STATE;
+    if (!m_ignoreFlush && m_flushing.Wait(0)) return VFW_E_WRONG_STATE;
   }
   return S_OK;
 }
 
 // False when a flush came first.
-bool CSourceFilter::WaitFor(LONGLONG end) {
+bool SourceFilter::WaitFor(LONGLONG end) {
   while (std::min(end, m_size.load()) > m_arrived) {
     m_isWaiting = true;
     if (m_flushing.Wait(kPollInterval)) break;
@@ -110,7 +110,7 @@ bool CSourceFilter::WaitFor(LONGLONG end) {
   return std::min(end, m_size.load()) <= m_arrived;
 }
 
-HRESULT CSourceFilter::Copy(LONGLONG position, LONG length, BYTE* buffer) const {
+HRESULT SourceFilter::Copy(LONGLONG position, LONG length, BYTE* buffer) const {
   if (position < 0 || length < 0) return E_INVALIDARG;
   const LONGLONG end = position + std::clamp<LONGLONG>(m_size - position, 0, length);
   const bool isWhole = end == position + length;
@@ -128,45 +128,44 @@ HRESULT CSourceFilter::Copy(LONGLONG position, LONG length, BYTE* buffer) const 
   return isWhole ? S_OK : S_FALSE;
 }
 
-void CSourceFilter::BeginFlush() {
+void SourceFilter::BeginFlush() {
   ++m_flushes;
   m_flushing.Set();
 }
 
-void CSourceFilter::EndFlush() { m_flushing.Clear(); }
+void SourceFilter::EndFlush() { m_flushing.Clear(); }
 
-CSourcePin::CSourcePin(CSourceFilter* filter, CCritSec* lock)
-    : CBasePin("CSourcePin", filter, lock, OLESTR("Output"), PINDIR_OUTPUT), m_source(*filter) {}
+SourcePin::SourcePin(SourceFilter* filter, CCritSec* lock)
+    : CBasePin("SourcePin", filter, lock, OLESTR("Output"), PINDIR_OUTPUT), m_source(*filter) {}
 
-HRESULT STDMETHODCALLTYPE CSourcePin::NonDelegatingQueryInterface(REFIID iid, void** out) {
+HRESULT STDMETHODCALLTYPE SourcePin::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAsyncReader && !m_hidden) return GiveInterface(static_cast<IAsyncReader*>(this), out);
   return CBasePin::NonDelegatingQueryInterface(iid, out);
 }
 
-HRESULT STDMETHODCALLTYPE CSourcePin::QueryInterface(REFIID iid, void** out) {
+HRESULT STDMETHODCALLTYPE SourcePin::QueryInterface(REFIID iid, void** out) {
   return CBasePin::QueryInterface(iid, out);
 }
 
-ULONG STDMETHODCALLTYPE CSourcePin::AddRef() { return CBasePin::AddRef(); }
+ULONG STDMETHODCALLTYPE SourcePin::AddRef() { return CBasePin::AddRef(); }
 
-ULONG STDMETHODCALLTYPE CSourcePin::Release() { return CBasePin::Release(); }
+ULONG STDMETHODCALLTYPE SourcePin::Release() { return CBasePin::Release(); }
 
-HRESULT CSourcePin::CheckMediaType(const CMediaType* type) {
+HRESULT SourcePin::CheckMediaType(const CMediaType* type) {
   return type->majortype == MEDIATYPE_Stream ? S_OK : S_FALSE;
 }
 
-HRESULT CSourcePin::GetMediaType(int position, CMediaType* type) {
+HRESULT SourcePin::GetMediaType(int position, CMediaType* type) {
   if (position != 0 || m_typeless) return VFW_S_NO_MORE_ITEMS;
-  type->InitMediaType();
-  type->SetType(&MEDIATYPE_Stream);
+  *type = CMediaType(MEDIATYPE_Stream);
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CSourcePin::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
+HRESULT STDMETHODCALLTYPE SourcePin::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
   return m_source.Read(llPosition, lLength, pBuffer);
 }
 
-HRESULT STDMETHODCALLTYPE CSourcePin::Length(LONGLONG* pTotal, LONGLONG* pAvailable) {
+HRESULT STDMETHODCALLTYPE SourcePin::Length(LONGLONG* pTotal, LONGLONG* pAvailable) {
   const HRESULT fault = m_source.m_fault ? m_source.m_fault() : S_OK;
   if (FAILED(fault)) return fault;
   const LONGLONG length = m_source.m_size;
@@ -177,12 +176,12 @@ HRESULT STDMETHODCALLTYPE CSourcePin::Length(LONGLONG* pTotal, LONGLONG* pAvaila
   return available < length ? VFW_S_ESTIMATED : S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CSourcePin::BeginFlush() {
+HRESULT STDMETHODCALLTYPE SourcePin::BeginFlush() {
   m_source.BeginFlush();
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CSourcePin::EndFlush() {
+HRESULT STDMETHODCALLTYPE SourcePin::EndFlush() {
   m_source.EndFlush();
   return S_OK;
 }

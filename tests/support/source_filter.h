@@ -21,20 +21,20 @@ namespace tarvex::test {
 /// All bytes of a file; throws std::runtime_error when it cannot be read.
 std::vector<std::uint8_t> ReadWholeFile(const std::string& path);
 
-class CSourcePin;
+class SourcePin;
 
-class CSourceFilter : public CBaseFilter {
+class SourceFilter : public CBaseFilter {
  public:
-  static ComPtr<CSourceFilter> FromFile(const std::string& path);
-  static ComPtr<CSourceFilter> FromBytes(std::vector<std::uint8_t> bytes);
+  static ComPtr<SourceFilter> FromFile(const std::string& path);
+  static ComPtr<SourceFilter> FromBytes(std::vector<std::uint8_t> bytes);
   /// So many bytes, zero but for these, which do not overlap, by their positions.
   using Parts = std::map<LONGLONG, std::vector<std::uint8_t>>;
-  static ComPtr<CSourceFilter> FromParts(Parts parts, LONGLONG size);
-  ~CSourceFilter() override;
+  static ComPtr<SourceFilter> FromParts(Parts parts, LONGLONG size);
+  ~SourceFilter() override;
 
   int GetPinCount() override { return 1; }
   CBasePin* GetPin(int index) override;
-  CSourcePin* Pin() const noexcept { return m_pin.Get(); }
+  SourcePin* Pin() const noexcept { return m_pin.Get(); }
 
   /// The read with this number (from 0, counted from now) and all after it fail with `result`.
   void FailFrom(int read, HRESULT result);
@@ -65,10 +65,10 @@ class CSourceFilter : public CBaseFilter {
   int Flushes() const noexcept { return m_flushes; }
 
  private:
-  friend class CSourcePin;
+  friend class SourcePin;
   class ReadInProgress;
   static constexpr int kNever = 0x7FFFFFFF;
-  CSourceFilter(Parts parts, LONGLONG size);
+  SourceFilter(Parts parts, LONGLONG size);
   HRESULT Read(LONGLONG position, LONG length, BYTE* buffer);
   HRESULT Gate(int number);
   bool WaitFor(LONGLONG end);
@@ -76,7 +76,7 @@ class CSourceFilter : public CBaseFilter {
   void BeginFlush();
   void EndFlush();
 
-  CCritSec m_filterLock{"CSourceFilter", LockRank::kUpstreamFilter};
+  CCritSec m_filterLock{"SourceFilter", LockRank::kUpstreamFilter};
   const Parts m_parts;
   std::atomic<LONGLONG> m_size;  // what there is to read
   std::atomic<LONGLONG> m_arrived{std::numeric_limits<LONGLONG>::max()};
@@ -91,15 +91,15 @@ class CSourceFilter : public CBaseFilter {
   std::atomic<HRESULT> m_failure{E_FAIL};
   std::atomic<int> m_blockFrom{kNever};
   std::atomic<bool> m_ignoreFlush{false};
-  CEvent m_flushing{CEvent::Mode::kManual};
-  CEvent m_unblocked{CEvent::Mode::kManual};
-  CEvent m_blocked{CEvent::Mode::kManual};
-  OwnedPin<CSourcePin> m_pin;
+  Event m_flushing{Event::Mode::kManual};
+  Event m_unblocked{Event::Mode::kManual};
+  Event m_blocked{Event::Mode::kManual};
+  OwnedPin<SourcePin> m_pin;
 };
 
-class CSourcePin : public CBasePin, public IAsyncReader {
+class SourcePin : public CBasePin, public IAsyncReader {
  public:
-  CSourcePin(CSourceFilter* filter, CCritSec* lock);
+  SourcePin(SourceFilter* filter, CCritSec* lock);
 
   /// From now on the pin answers no question for IAsyncReader.
   void HideReader() { m_hidden = true; }
@@ -128,7 +128,7 @@ class CSourcePin : public CBasePin, public IAsyncReader {
   HRESULT STDMETHODCALLTYPE EndFlush() override;
 
  private:
-  CSourceFilter& m_source;
+  SourceFilter& m_source;
   std::atomic<bool> m_hidden{false};
   std::atomic<bool> m_typeless{false};
 };

@@ -13,7 +13,7 @@ namespace tarvex::test {
 namespace {
 
 ComPtr<IPin> FirstPin(IBaseFilter* filter, PIN_DIRECTION direction) {
-  for (const ComPtr<IPin>& pin : PinsOf(filter)) {
+  for (const ComPtr<IPin>& pin : AllPins(filter)) {
     if (DirectionOf(pin.Get()) == direction) return pin;
   }
   return nullptr;
@@ -21,12 +21,9 @@ ComPtr<IPin> FirstPin(IBaseFilter* filter, PIN_DIRECTION direction) {
 
 }  // namespace
 
-std::vector<ComPtr<IPin>> PinsOf(IBaseFilter* filter) {
-  std::vector<ComPtr<IPin>> pins;
-  ComPtr<IEnumPins> list;
-  if (FAILED(filter->EnumPins(list.Put()))) throw std::runtime_error("no pin list");
-  ComPtr<IPin> pin;
-  while (list->Next(1, pin.Put(), nullptr) == S_OK) pins.push_back(pin);
+std::vector<ComPtr<IPin>> AllPins(IBaseFilter* filter) {
+  std::vector<ComPtr<IPin>> pins = PinsOf(filter);
+  if (pins.empty()) throw std::runtime_error("no pin list");
   return pins;
 }
 
@@ -41,11 +38,6 @@ std::string NameOf(IPin* pin) {
   if (FAILED(pin->QueryPinInfo(&info))) return {};
   const auto filter = ComPtr<IBaseFilter>::Attach(info.pFilter);
   return Utf8FromWide(info.achName);
-}
-
-bool IsConnected(IPin* pin) {
-  ComPtr<IPin> peer;
-  return SUCCEEDED(pin->ConnectedTo(peer.Put())) && peer;
 }
 
 TestGraph::TestGraph() : TestGraph(CreateSplitter()) {}
@@ -64,7 +56,7 @@ TestGraph::~TestGraph() {
 }
 
 void TestGraph::RemoveFilters() {
-  for (const ComPtr<CSinkFilter>& sink : m_sinks) m_graph->RemoveFilter(sink.Get());
+  for (const ComPtr<SinkFilter>& sink : m_sinks) m_graph->RemoveFilter(sink.Get());
   m_graph->RemoveFilter(m_splitter.Get());
   if (m_source) m_graph->RemoveFilter(m_source.Get());
 }
@@ -101,7 +93,7 @@ HRESULT TestGraph::CloseSource() {
 ComPtr<IPin> TestGraph::InputPin() const { return FirstPin(m_splitter.Get(), PINDIR_INPUT); }
 
 std::vector<ComPtr<IPin>> TestGraph::OutputPins() const {
-  std::vector<ComPtr<IPin>> pins = PinsOf(m_splitter.Get());
+  std::vector<ComPtr<IPin>> pins = AllPins(m_splitter.Get());
   std::erase_if(pins, [](const ComPtr<IPin>& pin) { return DirectionOf(pin.Get()) != PINDIR_OUTPUT; });
   return pins;
 }
@@ -116,7 +108,7 @@ HRESULT TestGraph::ConnectSinks(SinkKind kind) {
 }
 
 HRESULT TestGraph::ConnectSink(IPin* pin, SinkKind kind) {
-  const ComPtr<CSinkFilter> sink = CSinkFilter::Create(kind);
+  const ComPtr<SinkFilter> sink = SinkFilter::Create(kind);
   m_sinks.push_back(sink);
   const HRESULT result = m_graph->AddFilter(sink.Get(), OLESTR("Sink"));
   return FAILED(result) ? result : m_graph->ConnectDirect(pin, sink->Pin(), nullptr);
@@ -130,7 +122,7 @@ HRESULT TestGraph::Stop() { return m_control->Stop(); }
 
 bool TestGraph::WaitForEnd(DWORD milliseconds) const {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-  for (const ComPtr<CSinkFilter>& sink : m_sinks) {
+  for (const ComPtr<SinkFilter>& sink : m_sinks) {
     const auto left =
         std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
     if (!sink->WaitForEnd(left > 0 ? static_cast<DWORD>(left) : 0)) return false;
@@ -155,7 +147,7 @@ bool TestGraph::WaitForEvent(LONG code, DWORD milliseconds) const {
 }
 
 void TestGraph::DisconnectAll() {
-  for (const ComPtr<CSinkFilter>& sink : m_sinks) sink->Pin()->Disconnect();
+  for (const ComPtr<SinkFilter>& sink : m_sinks) sink->Pin()->Disconnect();
   for (const ComPtr<IPin>& pin : OutputPins()) pin->Disconnect();
   InputPin()->Disconnect();
   if (m_source) FirstPin(m_source.Get(), PINDIR_OUTPUT)->Disconnect();

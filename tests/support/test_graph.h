@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "framework/filter_pins.h"
 #include "tests/support/sink_filter.h"
 #include "tests/support/source_filter.h"
 
@@ -43,8 +44,8 @@ class TestGraph {
   /// One on this pin.
   HRESULT ConnectSink(IPin* pin, SinkKind kind);
   /// In the order of the pins they were connected to.
-  const std::vector<ComPtr<CSinkFilter>>& Sinks() const noexcept { return m_sinks; }
-  CSinkFilter& Sink(std::size_t index) const { return *m_sinks.at(index); }
+  const std::vector<ComPtr<SinkFilter>>& Sinks() const noexcept { return m_sinks; }
+  SinkFilter& Sink(std::size_t index) const { return *m_sinks.at(index); }
 
   HRESULT Run();
   HRESULT Pause();
@@ -64,14 +65,13 @@ class TestGraph {
   ComPtr<IMediaControl> m_control;
   ComPtr<IBaseFilter> m_splitter;
   ComPtr<IBaseFilter> m_source;
-  std::vector<ComPtr<CSinkFilter>> m_sinks;
+  std::vector<ComPtr<SinkFilter>> m_sinks;
 };
 
-/// All pins of a filter, in the order in which it lists them.
-std::vector<ComPtr<IPin>> PinsOf(IBaseFilter* filter);
+/// As PinsOf. Throws std::runtime_error when there are none.
+std::vector<ComPtr<IPin>> AllPins(IBaseFilter* filter);
 PIN_DIRECTION DirectionOf(IPin* pin);
 /// As QueryPinInfo gives it, in UTF-8.
 std::string NameOf(IPin* pin);
-bool IsConnected(IPin* pin);
 
 }  // namespace tarvex::test

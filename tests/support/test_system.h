@@ -17,7 +17,7 @@ ComPtr<IGraphBuilder> CreateFilterGraph();
 /// Filters may be added and removed on one thread while another one changes the graph's state.
 bool GraphTakesThreads();
 
-/// The platform's asynchronous file reader, or CSourceFilter, with the file loaded. Throws
+/// The platform's asynchronous file reader, or SourceFilter, with the file loaded. Throws
 /// std::runtime_error.
 ComPtr<IBaseFilter> CreateFileSource(const std::string& path);
 

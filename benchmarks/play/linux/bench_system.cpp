@@ -39,7 +39,7 @@ ComPtr<IBaseFilter> NewSplitter() {
 
 ComPtr<IGraphBuilder> NewGraph() { return nullptr; }
 
-OpenedFile OpenFile(const std::string& path) { return {nullptr, MakeCom<CFileReader>(path)}; }
+OpenedFile OpenFile(const std::string& path) { return {nullptr, MakeCom<FileReader>(path)}; }
 
 CpuTimes ProcessTimes() {
   rusage usage{};

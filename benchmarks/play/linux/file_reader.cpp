@@ -9,21 +9,21 @@
 
 namespace tarvex::bench {
 
-CFileReader::CFileReader(const std::string& path)
-    : CUnknownImpl("CFileReader", nullptr), m_file(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+FileReader::FileReader(const std::string& path)
+    : UnknownImpl("FileReader", nullptr), m_file(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
   struct stat status {};
   if (m_file < 0 || ::fstat(m_file, &status) != 0) throw std::runtime_error("cannot read " + path);
   m_length = status.st_size;
 }
 
-CFileReader::~CFileReader() { ::close(m_file); }
+FileReader::~FileReader() { ::close(m_file); }
 
-HRESULT STDMETHODCALLTYPE CFileReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
+HRESULT STDMETHODCALLTYPE FileReader::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAsyncReader) return GiveInterface(static_cast<IAsyncReader*>(this), out);
   return CUnknown::NonDelegatingQueryInterface(iid, out);
 }
 
-HRESULT STDMETHODCALLTYPE CFileReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
+HRESULT STDMETHODCALLTYPE FileReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
   if (llPosition < 0 || lLength < 0) return E_INVALIDARG;
   LONG done = 0;
   while (done < lLength) {
@@ -35,7 +35,7 @@ HRESULT STDMETHODCALLTYPE CFileReader::SyncRead(LONGLONG llPosition, LONG lLengt
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CFileReader::Length(LONGLONG* pTotal, LONGLONG* pAvailable) {
+HRESULT STDMETHODCALLTYPE FileReader::Length(LONGLONG* pTotal, LONGLONG* pAvailable) {
   if (pTotal != nullptr) *pTotal = m_length;
   if (pAvailable != nullptr) *pAvailable = m_length;
   return S_OK;

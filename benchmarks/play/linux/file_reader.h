@@ -8,13 +8,13 @@
 
 namespace tarvex::bench {
 
-class CFileReader : public CUnknownImpl<IAsyncReader> {
+class FileReader : public UnknownImpl<IAsyncReader> {
  public:
   /// Throws std::runtime_error when the file cannot be opened.
-  explicit CFileReader(const std::string& path);
-  ~CFileReader() override;
-  CFileReader(const CFileReader&) = delete;
-  CFileReader& operator=(const CFileReader&) = delete;
+  explicit FileReader(const std::string& path);
+  ~FileReader() override;
+  FileReader(const FileReader&) = delete;
+  FileReader& operator=(const FileReader&) = delete;
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 

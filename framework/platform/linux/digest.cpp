@@ -21,7 +21,7 @@ void PrepareLibrary() {
 
 }  // namespace
 
-struct CDigest::State {
+struct Digest::State {
   explicit State(DigestAlgorithm wanted) : algorithm(wanted == DigestAlgorithm::kSha1 ? GCRY_MD_SHA1 : GCRY_MD_SHA256) {
     PrepareLibrary();
     if (gcry_md_open(&hash, algorithm, 0) != 0) throw std::runtime_error("libgcrypt makes no checksums");
@@ -34,14 +34,14 @@ struct CDigest::State {
   gcry_md_hd_t hash = nullptr;
 };
 
-CDigest::CDigest(DigestAlgorithm algorithm) : m_state(std::make_unique<State>(algorithm)) {}
-CDigest::~CDigest() = default;
-CDigest::CDigest(CDigest&&) noexcept = default;
-CDigest& CDigest::operator=(CDigest&&) noexcept = default;
+Digest::Digest(DigestAlgorithm algorithm) : m_state(std::make_unique<State>(algorithm)) {}
+Digest::~Digest() = default;
+Digest::Digest(Digest&&) noexcept = default;
+Digest& Digest::operator=(Digest&&) noexcept = default;
 
-void CDigest::Add(std::span<const std::uint8_t> bytes) { gcry_md_write(m_state->hash, bytes.data(), bytes.size()); }
+void Digest::Add(std::span<const std::uint8_t> bytes) { gcry_md_write(m_state->hash, bytes.data(), bytes.size()); }
 
-std::vector<std::uint8_t> CDigest::Finish() {
+std::vector<std::uint8_t> Digest::Finish() {
   const std::uint8_t* digest = gcry_md_read(m_state->hash, m_state->algorithm);
   return {digest, digest + gcry_md_get_algo_dlen(m_state->algorithm)};
 }

@@ -40,18 +40,18 @@ void CCritSec::Unlock() noexcept {
   System().mutex.unlock();
 }
 
-struct CConditionVariable::Native {
+struct ConditionVariable::Native {
   std::condition_variable_any condition;
 };
 
-CConditionVariable::CConditionVariable() {
+ConditionVariable::ConditionVariable() {
   static_assert(sizeof(Native) <= kNativeSize);
   new (m_system) Native;
 }
 
-CConditionVariable::~CConditionVariable() { System().~Native(); }
+ConditionVariable::~ConditionVariable() { System().~Native(); }
 
-bool CConditionVariable::Wait(CCritSec& lock, DWORD milliseconds) noexcept {
+bool ConditionVariable::Wait(CCritSec& lock, DWORD milliseconds) noexcept {
   CheckMayWait(lock);
   auto& mutex = lock.System().mutex;
   if (milliseconds == INFINITE) {
@@ -62,9 +62,9 @@ bool CConditionVariable::Wait(CCritSec& lock, DWORD milliseconds) noexcept {
   return System().condition.wait_until(mutex, end) == std::cv_status::no_timeout;
 }
 
-void CConditionVariable::WakeOne() noexcept { System().condition.notify_one(); }
+void ConditionVariable::WakeOne() noexcept { System().condition.notify_one(); }
 
-void CConditionVariable::WakeAll() noexcept { System().condition.notify_all(); }
+void ConditionVariable::WakeAll() noexcept { System().condition.notify_all(); }
 
 ULONGLONG MonotonicMilliseconds() noexcept {
   const auto now = std::chrono::steady_clock::now().time_since_epoch();
@@ -80,16 +80,16 @@ void SleepMilliseconds(DWORD milliseconds) noexcept {
   std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
-struct CThread::Native {
+struct Thread::Native {
   std::thread thread;
   // Shared with the thread, which may be left behind.
-  std::shared_ptr<CEvent> ended = std::make_shared<CEvent>(CEvent::Mode::kManual);
+  std::shared_ptr<Event> ended = std::make_shared<Event>(Event::Mode::kManual);
 };
 
 namespace {
 
-// What the function owns goes before the apartment does, and both before anybody learns of the end.
-void RunInApartment(CThread::Function& function) noexcept {
+// Destroys what the function owns, then leaves the apartment, and only then reports the end.
+void RunInApartment(Thread::Function& function) noexcept {
   const ThreadApartment apartment;
   static_cast<void>(ComBoundary([&] {
     function();
@@ -100,17 +100,17 @@ void RunInApartment(CThread::Function& function) noexcept {
 
 }  // namespace
 
-CThread::CThread() noexcept = default;
-CThread::~CThread() { Join(); }
-CThread::CThread(CThread&& other) noexcept = default;
+Thread::Thread() noexcept = default;
+Thread::~Thread() { Join(); }
+Thread::Thread(Thread&& other) noexcept = default;
 
-CThread& CThread::operator=(CThread&& other) noexcept {
+Thread& Thread::operator=(Thread&& other) noexcept {
   Join();
   m_native = std::move(other.m_native);
   return *this;
 }
 
-HRESULT CThread::Start(Function function, int /*priority*/) noexcept {
+HRESULT Thread::Start(Function function, int /*priority*/) noexcept {
   if (m_native) return E_UNEXPECTED;
   return ComBoundary([&] {
     auto native = std::make_unique<Native>();
@@ -127,21 +127,21 @@ HRESULT CThread::Start(Function function, int /*priority*/) noexcept {
   });
 }
 
-bool CThread::IsCurrent() const noexcept { return m_native && m_native->thread.get_id() == std::this_thread::get_id(); }
+bool Thread::IsCurrent() const noexcept { return m_native && m_native->thread.get_id() == std::this_thread::get_id(); }
 
-void CThread::Join() noexcept {
+void Thread::Join() noexcept {
   if (!m_native) return;
   m_native->thread.join();
   m_native.reset();
 }
 
-bool CThread::JoinFor(DWORD milliseconds) noexcept {
+bool Thread::JoinFor(DWORD milliseconds) noexcept {
   if (m_native && !m_native->ended->Wait(milliseconds)) return false;
   Join();
   return true;
 }
 
-void CThread::Abandon() noexcept {
+void Thread::Abandon() noexcept {
   if (!m_native) return;
   m_native->thread.detach();
   m_native.reset();

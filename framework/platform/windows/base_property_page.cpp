@@ -34,8 +34,8 @@ SIZE SizeOf(HWND window) noexcept {
   return {rect.right - rect.left, rect.bottom - rect.top};
 }
 
-// From the template's units to pixels only a dialog knows the way, so one is made and never shown. It has the
-// density of its parent.
+// Only a dialog can turn the template's units into pixels, so one is made and never shown. It has the density of its
+// parent.
 HRESULT MeasureDialog(HINSTANCE module, int id, HWND parent, SIZE& size) noexcept {
   HWND window = CreateDialogParamW(module, MAKEINTRESOURCEW(id), parent, &IgnoreMessages, 0);
   if (window == nullptr) return LastError();
@@ -57,7 +57,7 @@ bool IsDown(int key) noexcept { return GetKeyState(key) < 0; }
 }  // namespace
 
 CBasePropertyPage::CBasePropertyPage(const char* name, IUnknown* outer, int dialogId, int titleId)
-    : CUnknownImpl(name, outer), m_dialogId(dialogId), m_titleId(titleId) {}
+    : UnknownImpl(name, outer), m_dialogId(dialogId), m_titleId(titleId) {}
 
 CBasePropertyPage::~CBasePropertyPage() { DestroyPageWindow(); }
 
@@ -154,7 +154,7 @@ void CBasePropertyPage::DestroyPageWindow() noexcept {
   HWND window = m_window;
   if (window == nullptr) return;
   m_window = nullptr;
-  SetWindowLongPtrW(window, DWLP_USER, 0);  // its last messages are nobody's
+  SetWindowLongPtrW(window, DWLP_USER, 0);  // its last messages go to no page
   DestroyWindow(window);
 }
 
@@ -255,7 +255,7 @@ bool CBasePropertyPage::IsKeyForPage(const MSG& message) const noexcept {
   }
 }
 
-// The dialog itself would go round and round, and the frame's buttons would never be reached.
+// The dialog by itself would go round its own controls, and Tab would never reach the frame's buttons.
 bool CBasePropertyPage::TabLeavesPage() const noexcept {
   HWND first = GetNextDlgTabItem(m_window, nullptr, FALSE);
   HWND edge = IsDown(VK_SHIFT) ? first : GetNextDlgTabItem(m_window, first, TRUE);

@@ -33,7 +33,7 @@ BCRYPT_ALG_HANDLE ProviderOf(DigestAlgorithm algorithm) {
 
 }  // namespace
 
-struct CDigest::State {
+struct Digest::State {
   explicit State(DigestAlgorithm algorithm) : length(algorithm == DigestAlgorithm::kSha1 ? 20 : 32) {
     Require(BCryptCreateHash(ProviderOf(algorithm), &hash, nullptr, 0, nullptr, 0, 0));
   }
@@ -45,12 +45,12 @@ struct CDigest::State {
   ULONG length;
 };
 
-CDigest::CDigest(DigestAlgorithm algorithm) : m_state(std::make_unique<State>(algorithm)) {}
-CDigest::~CDigest() = default;
-CDigest::CDigest(CDigest&&) noexcept = default;
-CDigest& CDigest::operator=(CDigest&&) noexcept = default;
+Digest::Digest(DigestAlgorithm algorithm) : m_state(std::make_unique<State>(algorithm)) {}
+Digest::~Digest() = default;
+Digest::Digest(Digest&&) noexcept = default;
+Digest& Digest::operator=(Digest&&) noexcept = default;
 
-void CDigest::Add(std::span<const std::uint8_t> bytes) {
+void Digest::Add(std::span<const std::uint8_t> bytes) {
   constexpr std::size_t kPiece = 1U << 30U;  // the call counts in 32 bits
   for (; !bytes.empty(); bytes = bytes.subspan(std::min(bytes.size(), kPiece))) {
     const auto length = static_cast<ULONG>(std::min(bytes.size(), kPiece));
@@ -58,7 +58,7 @@ void CDigest::Add(std::span<const std::uint8_t> bytes) {
   }
 }
 
-std::vector<std::uint8_t> CDigest::Finish() {
+std::vector<std::uint8_t> Digest::Finish() {
   std::vector<std::uint8_t> digest(m_state->length);
   Require(BCryptFinishHash(m_state->hash, digest.data(), m_state->length, 0));
   return digest;

@@ -10,7 +10,7 @@ namespace tarvex {
 
 namespace {
 
-/// COM on this thread for as long as it lives; a thread that has another model already is fine too.
+/// COM on this thread as long as the object lives. A thread that is in another kind of apartment already stays there.
 class ComApartment {
  public:
   ComApartment() noexcept : m_result(CoInitialize(nullptr)) {}
@@ -67,7 +67,7 @@ class PinRecords {
 };
 
 HRESULT RegisterWith(IFilterMapper2& mapper, const FilterSetup& setup, bool doRegister) {
-  // Registering again replaces what an older version said; nothing to remove is no failure.
+  // Registering again replaces the entry of an older version. That there is nothing to remove is no failure.
   const HRESULT removed = mapper.UnregisterFilter(nullptr, nullptr, *setup.clsid);
   if (!doRegister) return removed == HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND) ? S_OK : removed;
   const PinRecords pins(setup);

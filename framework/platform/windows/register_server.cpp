@@ -1,41 +1,15 @@
 // Registration of a module's classes in the registry.
 #include "framework/register_server.h"
 
-#include <array>
 #include <string>
 
 #include "framework/com_boundary.h"
 #include "framework/filter_setup.h"
+#include "framework/registry_key.h"
 
 namespace tarvex {
 
 namespace {
-
-/// An open registry key.
-class RegistryKey {
- public:
-  RegistryKey() noexcept = default;
-  ~RegistryKey() {
-    if (m_key != nullptr) RegCloseKey(m_key);
-  }
-  RegistryKey(const RegistryKey&) = delete;
-  RegistryKey& operator=(const RegistryKey&) = delete;
-
-  HRESULT Create(HKEY parent, const std::wstring& path) noexcept {
-    const LSTATUS status = RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &m_key, nullptr);
-    return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
-  }
-
-  /// `name` null is the key's default value.
-  HRESULT SetText(const wchar_t* name, const std::wstring& text) noexcept {
-    const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-    const LSTATUS status = RegSetValueExW(m_key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), bytes);
-    return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
-  }
-
- private:
-  HKEY m_key = nullptr;
-};
 
 HRESULT WriteText(const std::wstring& path, const wchar_t* name, const std::wstring& text) {
   RegistryKey key;
@@ -43,11 +17,7 @@ HRESULT WriteText(const std::wstring& path, const wchar_t* name, const std::wstr
   return FAILED(hr) ? hr : key.SetText(name, text);
 }
 
-std::wstring ClassPath(const CLSID& clsid) {
-  std::array<wchar_t, 40> text{};
-  StringFromGUID2(clsid, text.data(), static_cast<int>(text.size()));
-  return std::wstring(L"CLSID\\") + text.data();
-}
+std::wstring ClassPath(const CLSID& clsid) { return L"CLSID\\" + RegistryName(clsid); }
 
 /// The path of the module that holds this code; empty when the system does not say.
 std::wstring ModulePath() {
@@ -74,8 +44,7 @@ HRESULT RegisterClass(const FactoryTemplate& row, const std::wstring& modulePath
 }
 
 HRESULT UnregisterClass(const FactoryTemplate& row) {
-  const LSTATUS status = RegDeleteTreeW(HKEY_CLASSES_ROOT, ClassPath(*row.clsid).c_str());
-  return status == ERROR_FILE_NOT_FOUND ? S_OK : HRESULT_FROM_WIN32(static_cast<DWORD>(status));
+  return DeleteRegistryTree(HKEY_CLASSES_ROOT, ClassPath(*row.clsid));
 }
 
 HRESULT RegisterAll(std::span<const FactoryTemplate> table) {

@@ -34,26 +34,26 @@ void CCritSec::Unlock() noexcept {
   LeaveCriticalSection(&System().section);
 }
 
-struct CConditionVariable::Native {
+struct ConditionVariable::Native {
   CONDITION_VARIABLE condition;
 };
 
-CConditionVariable::CConditionVariable() {
+ConditionVariable::ConditionVariable() {
   static_assert(sizeof(Native) <= kNativeSize);
   new (m_system) Native;
   InitializeConditionVariable(&System().condition);
 }
 
-CConditionVariable::~CConditionVariable() = default;
+ConditionVariable::~ConditionVariable() = default;
 
-bool CConditionVariable::Wait(CCritSec& lock, DWORD milliseconds) noexcept {
+bool ConditionVariable::Wait(CCritSec& lock, DWORD milliseconds) noexcept {
   CheckMayWait(lock);
   return SleepConditionVariableCS(&System().condition, &lock.System().section, milliseconds) != FALSE;
 }
 
-void CConditionVariable::WakeOne() noexcept { WakeConditionVariable(&System().condition); }
+void ConditionVariable::WakeOne() noexcept { WakeConditionVariable(&System().condition); }
 
-void CConditionVariable::WakeAll() noexcept { WakeAllConditionVariable(&System().condition); }
+void ConditionVariable::WakeAll() noexcept { WakeAllConditionVariable(&System().condition); }
 
 ULONGLONG MonotonicMilliseconds() noexcept { return GetTickCount64(); }
 
@@ -61,7 +61,7 @@ DWORD CurrentThreadId() noexcept { return GetCurrentThreadId(); }
 
 void SleepMilliseconds(DWORD milliseconds) noexcept { Sleep(milliseconds); }
 
-struct CThread::Native {
+struct Thread::Native {
   HANDLE handle = nullptr;
   DWORD id = 0;
   ~Native() {
@@ -72,12 +72,12 @@ struct CThread::Native {
 namespace {
 
 struct ThreadStart {
-  CThread::Function function;
+  Thread::Function function;
   HMODULE module = nullptr;
 };
 
-// All objects of the thread are gone when this returns, and last of all its apartment: not with the thread itself,
-// which ends with the loader's lock held, and leaving the last apartment may unload modules.
+// All objects of the thread are gone when this returns, the apartment last. The apartment must not end with the thread
+// itself: a thread ends with the loader's lock held, and leaving the last apartment may unload modules.
 HMODULE RunFunction(void* argument) noexcept {
   const ThreadApartment apartment;
   const std::unique_ptr<ThreadStart> start(static_cast<ThreadStart*>(argument));
@@ -91,7 +91,7 @@ HMODULE RunFunction(void* argument) noexcept {
 
 DWORD WINAPI ThreadEntry(void* argument) noexcept {
   HMODULE module = RunFunction(argument);
-  // Gives up the module and ends the thread in one system call, since the code may be gone after it.
+  // Gives up the module and ends the thread in one system call: afterwards this code may be unloaded.
   if (module != nullptr) FreeLibraryAndExitThread(module, 0);
   return 0;
 }
@@ -107,17 +107,17 @@ HMODULE HoldThisModule() noexcept {
 
 }  // namespace
 
-CThread::CThread() noexcept = default;
-CThread::~CThread() { Join(); }
-CThread::CThread(CThread&& other) noexcept = default;
+Thread::Thread() noexcept = default;
+Thread::~Thread() { Join(); }
+Thread::Thread(Thread&& other) noexcept = default;
 
-CThread& CThread::operator=(CThread&& other) noexcept {
+Thread& Thread::operator=(Thread&& other) noexcept {
   Join();
   m_native = std::move(other.m_native);
   return *this;
 }
 
-HRESULT CThread::Start(Function function, int priority) noexcept {
+HRESULT Thread::Start(Function function, int priority) noexcept {
   if (m_native) return E_UNEXPECTED;
   return ComBoundary([&] {
     auto native = std::make_unique<Native>();
@@ -138,20 +138,20 @@ HRESULT CThread::Start(Function function, int priority) noexcept {
   });
 }
 
-bool CThread::IsCurrent() const noexcept { return m_native && m_native->id == GetCurrentThreadId(); }
+bool Thread::IsCurrent() const noexcept { return m_native && m_native->id == GetCurrentThreadId(); }
 
-void CThread::Join() noexcept {
+void Thread::Join() noexcept {
   if (!m_native) return;
   WaitForSingleObject(m_native->handle, INFINITE);
   m_native.reset();
 }
 
-bool CThread::JoinFor(DWORD milliseconds) noexcept {
+bool Thread::JoinFor(DWORD milliseconds) noexcept {
   if (m_native && WaitForSingleObject(m_native->handle, milliseconds) == WAIT_TIMEOUT) return false;
   m_native.reset();
   return true;
 }
 
-void CThread::Abandon() noexcept { m_native.reset(); }
+void Thread::Abandon() noexcept { m_native.reset(); }
 
 }  // namespace tarvex

@@ -7,11 +7,11 @@
 
 namespace tarvex::test {
 
-CFilterGraph::~CFilterGraph() {
+FilterGraph::~FilterGraph() {
   for (const ComPtr<IBaseFilter>& filter : m_filters) filter->JoinFilterGraph(nullptr, nullptr);
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::NonDelegatingQueryInterface(REFIID iid, void** out) {
+HRESULT STDMETHODCALLTYPE FilterGraph::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IFilterGraph || iid == IID_IGraphBuilder) return GiveInterface(static_cast<IGraphBuilder*>(this), out);
   if (iid == IID_IMediaControl) return GiveInterface(static_cast<IMediaControl*>(this), out);
   if (iid == IID_IMediaEvent) return GiveInterface(static_cast<IMediaEvent*>(this), out);
@@ -20,10 +20,10 @@ HRESULT STDMETHODCALLTYPE CFilterGraph::NonDelegatingQueryInterface(REFIID iid, 
   return CUnknown::NonDelegatingQueryInterface(iid, out);
 }
 
-HRESULT CFilterGraph::FindSeeking(void** out) {
+HRESULT FilterGraph::FindSeeking(void** out) {
   const CAutoLock lock(m_lock);
   for (const ComPtr<IBaseFilter>& filter : m_filters) {
-    for (const ComPtr<IPin>& pin : PinsOf(filter.Get())) {
+    for (const ComPtr<IPin>& pin : AllPins(filter.Get())) {
       if (SUCCEEDED(pin->QueryInterface(IID_IMediaSeeking, out))) return S_OK;
     }
   }
@@ -31,19 +31,19 @@ HRESULT CFilterGraph::FindSeeking(void** out) {
   return E_NOINTERFACE;
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::AddFilter(IBaseFilter* pFilter, LPCWSTR pName) {
+HRESULT STDMETHODCALLTYPE FilterGraph::AddFilter(IBaseFilter* pFilter, LPCWSTR pName) {
   const CAutoLock lock(m_lock);
   const HRESULT result = pFilter->JoinFilterGraph(static_cast<IGraphBuilder*>(this), pName);
   if (SUCCEEDED(result)) m_filters.emplace_back(pFilter);
   return result;
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::RemoveFilter(IBaseFilter* pFilter) {
+HRESULT STDMETHODCALLTYPE FilterGraph::RemoveFilter(IBaseFilter* pFilter) {
   const CAutoLock lock(m_lock);
   const auto found = std::find_if(m_filters.begin(), m_filters.end(),
                                   [pFilter](const ComPtr<IBaseFilter>& filter) { return filter.Get() == pFilter; });
   if (found == m_filters.end()) return E_FAIL;
-  for (const ComPtr<IPin>& pin : PinsOf(pFilter)) {
+  for (const ComPtr<IPin>& pin : AllPins(pFilter)) {
     ComPtr<IPin> peer;
     if (FAILED(pin->ConnectedTo(peer.Put()))) continue;
     if (m_state != State_Stopped) return VFW_E_NOT_STOPPED;
@@ -55,18 +55,18 @@ HRESULT STDMETHODCALLTYPE CFilterGraph::RemoveFilter(IBaseFilter* pFilter) {
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::ConnectDirect(IPin* ppinOut, IPin* ppinIn, const AM_MEDIA_TYPE* pmt) {
+HRESULT STDMETHODCALLTYPE FilterGraph::ConnectDirect(IPin* ppinOut, IPin* ppinIn, const AM_MEDIA_TYPE* pmt) {
   const CAutoLock lock(m_lock);
   return ppinOut->Connect(ppinIn, pmt);
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::Disconnect(IPin* ppin) {
+HRESULT STDMETHODCALLTYPE FilterGraph::Disconnect(IPin* ppin) {
   const CAutoLock lock(m_lock);
   return ppin->Disconnect();
 }
 
 template <class Change>
-HRESULT CFilterGraph::ChangeState(OAFilterState state, Change change) {
+HRESULT FilterGraph::ChangeState(OAFilterState state, Change change) {
   const CAutoLock lock(m_lock);
   HRESULT result = S_OK;
   std::for_each(m_filters.rbegin(), m_filters.rend(), [&](const ComPtr<IBaseFilter>& filter) {
@@ -78,35 +78,35 @@ HRESULT CFilterGraph::ChangeState(OAFilterState state, Change change) {
 }
 
 // Renderers stand at the end and change first, so that they are ready for what comes.
-HRESULT STDMETHODCALLTYPE CFilterGraph::Pause() {
+HRESULT STDMETHODCALLTYPE FilterGraph::Pause() {
   return ChangeState(State_Paused, [](IBaseFilter& filter) { return filter.Pause(); });
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::Run() {
+HRESULT STDMETHODCALLTYPE FilterGraph::Run() {
   const CAutoLock lock(m_lock);
   const HRESULT paused = m_state == State_Stopped ? Pause() : S_OK;
   if (FAILED(paused)) return paused;
   return ChangeState(State_Running, [](IBaseFilter& filter) { return filter.Run(0); });
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::Stop() {
+HRESULT STDMETHODCALLTYPE FilterGraph::Stop() {
   return ChangeState(State_Stopped, [](IBaseFilter& filter) { return filter.Stop(); });
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::GetState(LONG /*msTimeout*/, OAFilterState* pfs) {
+HRESULT STDMETHODCALLTYPE FilterGraph::GetState(LONG /*msTimeout*/, OAFilterState* pfs) {
   *pfs = m_state;
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::Notify(LONG EventCode, LONG_PTR EventParam1, LONG_PTR EventParam2) {
+HRESULT STDMETHODCALLTYPE FilterGraph::Notify(LONG EventCode, LONG_PTR EventParam1, LONG_PTR EventParam2) {
   const CAutoLock lock(m_eventLock);
   m_events.push_back({EventCode, EventParam1, EventParam2});
   m_notified.Set();
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::GetEvent(LONG* lEventCode, LONG_PTR* lParam1, LONG_PTR* lParam2,
-                                                 LONG msTimeout) {
+HRESULT STDMETHODCALLTYPE FilterGraph::GetEvent(LONG* lEventCode, LONG_PTR* lParam1, LONG_PTR* lParam2,
+                                                LONG msTimeout) {
   do {
     const CAutoLock lock(m_eventLock);
     if (m_events.empty()) continue;
@@ -119,10 +119,10 @@ HRESULT STDMETHODCALLTYPE CFilterGraph::GetEvent(LONG* lEventCode, LONG_PTR* lPa
   return E_ABORT;
 }
 
-HRESULT STDMETHODCALLTYPE CFilterGraph::Render(IPin* ppinOut) {
+HRESULT STDMETHODCALLTYPE FilterGraph::Render(IPin* ppinOut) {
   const CAutoLock lock(m_lock);
   for (const ComPtr<IBaseFilter>& filter : m_filters) {
-    for (const ComPtr<IPin>& pin : PinsOf(filter.Get())) {
+    for (const ComPtr<IPin>& pin : AllPins(filter.Get())) {
       if (DirectionOf(pin.Get()) != PINDIR_INPUT || IsConnected(pin.Get())) continue;
       if (SUCCEEDED(ppinOut->Connect(pin.Get(), nullptr))) return S_OK;
     }

@@ -13,10 +13,10 @@
 
 namespace tarvex::test {
 
-class CFilterGraph : public CUnknownImpl<IGraphBuilder, IMediaControl, IMediaEvent, IMediaEventSink> {
+class FilterGraph : public UnknownImpl<IGraphBuilder, IMediaControl, IMediaEvent, IMediaEventSink> {
  public:
-  CFilterGraph() : CUnknownImpl("CFilterGraph", nullptr) {}
-  ~CFilterGraph() override;
+  FilterGraph() : UnknownImpl("FilterGraph", nullptr) {}
+  ~FilterGraph() override;
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
 
@@ -72,7 +72,7 @@ class CFilterGraph : public CUnknownImpl<IGraphBuilder, IMediaControl, IMediaEve
  private:
   HRESULT FindSeeking(void** out);
 
-  struct Event {
+  struct GraphEvent {
     LONG code;
     LONG_PTR first;
     LONG_PTR second;
@@ -80,12 +80,12 @@ class CFilterGraph : public CUnknownImpl<IGraphBuilder, IMediaControl, IMediaEve
   template <class Change>
   HRESULT ChangeState(OAFilterState state, Change change);
 
-  CCritSec m_lock{"CFilterGraph", LockRank::kGraph};  // around every call but questions and events
-  std::vector<ComPtr<IBaseFilter>> m_filters;         // under m_lock
+  CCritSec m_lock{"FilterGraph", LockRank::kGraph};  // around every call but questions and events
+  std::vector<ComPtr<IBaseFilter>> m_filters;        // under m_lock
   std::atomic<OAFilterState> m_state{State_Stopped};
-  CCritSec m_eventLock{"CFilterGraph events", LockRank::kVisited};
-  std::deque<Event> m_events;  // under m_eventLock
-  CEvent m_notified;
+  CCritSec m_eventLock{"FilterGraph events", LockRank::kVisited};
+  std::deque<GraphEvent> m_events;  // under m_eventLock
+  Event m_notified;
 };
 
 }  // namespace tarvex::test

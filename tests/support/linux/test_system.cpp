@@ -15,9 +15,9 @@
 
 namespace tarvex::test {
 
-ComPtr<IGraphBuilder> CreateFilterGraph() { return MakeCom<CFilterGraph>(); }
+ComPtr<IGraphBuilder> CreateFilterGraph() { return MakeCom<FilterGraph>(); }
 
-ComPtr<IBaseFilter> CreateFileSource(const std::string& path) { return CSourceFilter::FromFile(path); }
+ComPtr<IBaseFilter> CreateFileSource(const std::string& path) { return SourceFilter::FromFile(path); }
 
 HRESULT MakeComObject() { return IsInApartment() ? S_OK : CO_E_NOTINITIALIZED; }
 

@@ -1,5 +1,5 @@
-// COM for the main thread, from construction to destruction. Every COM object of the thread must be gone
-// before this is.
+// COM for the main thread, from construction to destruction. On main's stack; every COM object of the thread must be
+// gone before it is.
 #pragma once
 
 #include "framework/platform/platform.h"
@@ -8,16 +8,16 @@
 
 namespace tarvex::host {
 
-class CComApartment {
+class MainThreadApartment {
  public:
   /// Single-threaded, as windows that live on this thread need it. Throws HostError.
-  CComApartment() {
+  MainThreadApartment() {
     const HRESULT result = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     if (FAILED(result)) throw HostError(ExitCode::kInternal, "COM does not start: " + ResultText(result));
   }
-  ~CComApartment() { CoUninitialize(); }
-  CComApartment(const CComApartment&) = delete;
-  CComApartment& operator=(const CComApartment&) = delete;
+  ~MainThreadApartment() { CoUninitialize(); }
+  MainThreadApartment(const MainThreadApartment&) = delete;
+  MainThreadApartment& operator=(const MainThreadApartment&) = delete;
 };
 
 }  // namespace tarvex::host
