@@ -4,28 +4,14 @@
 #include <algorithm>
 #include <utility>
 
+#include "framework/filter_pins.h"
+
 namespace tarvex {
 
 namespace {
 
 constexpr LONG kStatePatience = 1000;       // milliseconds
 constexpr LONG kCompletionPatience = 1000;  // milliseconds
-
-bool IsConnected(IPin* pin) {
-  ComPtr<IPin> peer;
-  return SUCCEEDED(pin->ConnectedTo(peer.Put()));
-}
-
-std::vector<ComPtr<IPin>> PinsOf(IBaseFilter* filter) {
-  std::vector<ComPtr<IPin>> pins;
-  ComPtr<IEnumPins> all;
-  if (FAILED(filter->EnumPins(all.Put()))) return pins;
-  for (;;) {
-    ComPtr<IPin> pin;
-    if (all->Next(1, pin.Put(), nullptr) != S_OK) return pins;
-    pins.push_back(std::move(pin));
-  }
-}
 
 // The filter that a pin's data goes to; null for an input pin or an unconnected one.
 ComPtr<IBaseFilter> FilterFedBy(IPin* pin) {

@@ -19,7 +19,7 @@ HRESULT CStreamInputPin::CompleteConnect(IPin* peer) { return m_splitter->OpenSo
 HRESULT CStreamInputPin::GetMediaType(int position, CMediaType* type) {
   if (position != 0) return VFW_S_NO_MORE_ITEMS;
   *type = CMediaType(MEDIATYPE_Stream);
-  type->SetSubtype(&MEDIASUBTYPE_MatroskaStream);
+  type->subtype = MEDIASUBTYPE_MatroskaStream;
   // Nothing is claimed about the samples, not even what a new type says of them.
   type->bFixedSizeSamples = FALSE;
   type->lSampleSize = 0;

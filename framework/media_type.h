@@ -28,8 +28,6 @@ class CMediaType : public AM_MEDIA_TYPE {
   bool operator==(const AM_MEDIA_TYPE& other) const noexcept;
   bool operator==(const CMediaType& other) const noexcept;
 
-  void SetSubtype(const GUID* type) noexcept { subtype = *type; }
-
   BYTE* Format() const noexcept { return pbFormat; }
   ULONG FormatLength() const noexcept { return cbFormat; }
   std::span<const BYTE> FormatBytes() const noexcept { return {pbFormat, cbFormat}; }

@@ -125,7 +125,7 @@ TEST_F(Streaming, AnEndFromUpstreamInsideAReadHoldsNobodyUp) {
     SCOPED_TRACE(read);
     std::atomic<int> left{0};
     m_graph.emplace();
-    m_source = CSourceFilter::FromBytes(MakeMovie({.videos = 1, .audios = 1, .frames = 400, .frameSize = 60000}));
+    m_source = SourceFilter::FromBytes(MakeMovie({.videos = 1, .audios = 1, .frames = 400, .frameSize = 60000}));
     m_source->BeforeEachCall([&] { return left > 0 && --left == 0 ? Graph().InputPin()->EndOfStream() : S_OK; });
     ASSERT_EQ(Graph().Open(m_source.Get()), S_OK);
     ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
