@@ -34,38 +34,12 @@ json Part(const json& object, const char* key, const json& otherwise) {
   return found == object.end() ? otherwise : *found;
 }
 
-Blob ReadBlob(const json& object, const char* size, const char* sha1) {
-  return {object.at(size).get<std::uint64_t>(), object.at(sha1).get<std::string>()};
-}
-
-bool IsAbsent(const json& object, const char* field) {
-  const auto absent = object.find("absent");
-  return absent != object.end() && std::find(absent->begin(), absent->end(), field) != absent->end();
-}
-
 ManifestTrack ReadTrack(const json& object) {
-  ManifestTrack track;
-  track.number = Optional<std::uint32_t>(object, "number");
-  track.type = Optional<std::uint32_t>(object, "type");
-  if (!IsAbsent(object, "codec_id")) track.codecId = Optional<std::string>(object, "codec_id");
-  track.language = ValueOr<std::string>(object, "language", "eng");
-  track.name = ValueOr<std::string>(object, "name", "");
-  if (object.contains("codec_private") && !object["codec_private"].is_null()) {
-    track.codecPrivate = ReadBlob(object["codec_private"], "size", "sha1");
-  }
-  track.defaultDuration = Optional<std::uint64_t>(object, "default_duration_ns");
-  track.pixelWidth = Optional<std::uint32_t>(object, "pixel_width");
-  track.pixelHeight = Optional<std::uint32_t>(object, "pixel_height");
-  track.displayWidth = ValueOr<std::uint32_t>(object, "display_width", 0);
-  track.displayHeight = ValueOr<std::uint32_t>(object, "display_height", 0);
-  track.samplingFrequency = ValueOr(object, "sampling_frequency", 8000.0);
-  track.channels = ValueOr<std::uint32_t>(object, "channels", 1);
-  track.bitDepth = ValueOr<std::uint32_t>(object, "bit_depth", 0);
-  const auto avcc = object.find("avcc");
-  if (avcc != object.end() && avcc->contains("sequence_header_size")) {
-    track.sequenceHeader = ReadBlob(*avcc, "sequence_header_size", "sequence_header_sha1");
-  }
-  return track;
+  return {.number = Optional<std::uint32_t>(object, "number"),
+          .type = Optional<std::uint32_t>(object, "type"),
+          .codecId = ValueOr<std::string>(object, "codec_id", ""),
+          .language = ValueOr<std::string>(object, "language", "eng"),
+          .name = ValueOr<std::string>(object, "name", "")};
 }
 
 std::vector<ManifestFrame> ReadRows(const json& object, const char* key) {
@@ -105,19 +79,6 @@ void ReadExpectation(const json& expect, ManifestFile& file) {
   }
 }
 
-// A Void is searched byte by byte, so that a Tracks element in the remains of an earlier edition counts,
-// and the one behind it is not read.
-void ApplyDecisions(ManifestFile& file) {
-  if (file.name != "gen/void_stale.mkv") return;
-  ManifestTrack stale;
-  stale.number = 7;
-  stale.type = 2;
-  stale.codecId = "A_PCM/INT/LIT";
-  stale.language = "eng";
-  stale.bitDepth = 16;
-  file.tracks = {stale};
-}
-
 ManifestFile ReadFile(const std::string& folder, const std::string& name, const json& object) {
   ManifestFile file;
   file.name = name;
@@ -132,7 +93,6 @@ ManifestFile ReadFile(const std::string& folder, const std::string& name, const 
   for (const auto& [number, rows] : frames.items()) {
     file.frames[static_cast<std::uint32_t>(std::stoul(number))] = ReadFrames(rows);
   }
-  ApplyDecisions(file);
   return file;
 }
 
@@ -159,7 +119,12 @@ std::string CaseName(const ManifestFile& file) {
 std::vector<ManifestFile> ReadManifest(const std::string& folder) {
   std::ifstream stream(SystemPath(folder + "/manifest.json"));
   if (!stream) throw std::runtime_error("cannot read " + folder + "/manifest.json");
-  const json manifest = json::parse(stream);
+  json manifest = json::parse(stream);
+  std::ifstream ours(SystemPath(SourceDir() + "/tests/data/corpus/decisions.json"));
+  const json decisions = json::parse(ours, nullptr, true, true);
+  for (const auto& [name, changes] : decisions.items()) {
+    if (manifest.at("files").contains(name)) manifest["files"][name].merge_patch(changes);
+  }
   std::vector<ManifestFile> files;
   for (const auto& [name, object] : manifest.at("files").items()) files.push_back(ReadFile(folder, name, object));
   return files;
