@@ -89,6 +89,8 @@ ManifestFile ReadFile(const std::string& folder, const std::string& name, const 
   ReadExpectation(object.at("expect"), file);
   const json tracks = Part(object, "tracks", json::array());
   for (const json& track : tracks) file.tracks.push_back(ReadTrack(track));
+  const json seeks = Part(object, "seeks", json::array());
+  for (const json& seek : seeks) file.seeks.push_back({seek[0], seek[1], seek[2].get<std::vector<std::size_t>>()});
   const json frames = Part(object, "frames", json::object());
   for (const auto& [number, rows] : frames.items()) {
     file.frames[static_cast<std::uint32_t>(std::stoul(number))] = ReadFrames(rows);

@@ -51,6 +51,13 @@ struct ManifestSeekPoint {
   std::int64_t time = 0;
 };
 
+/// A seek and what it must deliver, where no rule tells.
+struct ManifestSeek {
+  std::int64_t start = 0;
+  std::int64_t segment = 0;         ///< the start of what is delivered
+  std::vector<std::size_t> frames;  ///< so many of the last ones of each pin
+};
+
 struct ManifestFile {
   std::string name;  ///< below the corpus folder
   std::string path;
@@ -65,6 +72,7 @@ struct ManifestFile {
   std::vector<ManifestChapter> chapters;
   std::vector<ManifestSeekPoint> seekIndex;
   bool seekIndexIsWhole = false;  ///< a long one is not listed
+  std::vector<ManifestSeek> seeks;
 };
 
 /// The line of the sums: "time duration key size sha1\n".

@@ -39,20 +39,20 @@ inline bool On(long fault) noexcept {
 
 // Stands between an operator and its right side, `a < Less<7>{} < b`, so that nobody has to know where the
 // operands begin and end.
-#define PLANTED_OPERATOR(Name, right, wrong)                                         \
-  template <long Fault>                                                              \
-  struct Name {};                                                                    \
-  template <class Left, long Fault>                                                  \
-  struct Name##Left {                                                                \
-    const Left& value;                                                               \
-  };                                                                                 \
-  template <class Left, long Fault>                                                  \
-  Name##Left<Left, Fault> operator right(const Left& left, Name<Fault>) {            \
-    return {left};                                                                   \
-  }                                                                                  \
-  template <class Left, long Fault, class Right>                                     \
-  auto operator right(const Name##Left<Left, Fault>& left, const Right& value) {     \
-    return On(Fault) ? left.value wrong value : left.value right value;              \
+#define PLANTED_OPERATOR(Name, right, wrong)                                     \
+  template <long Fault>                                                          \
+  struct Name {};                                                                \
+  template <class Left, long Fault>                                              \
+  struct Name##Left {                                                            \
+    const Left& value;                                                           \
+  };                                                                             \
+  template <class Left, long Fault>                                              \
+  Name##Left<Left, Fault> operator right(const Left& left, Name<Fault>) {        \
+    return {left};                                                               \
+  }                                                                              \
+  template <class Left, long Fault, class Right>                                 \
+  auto operator right(const Name##Left<Left, Fault>& left, const Right& value) { \
+    return On(Fault) ? left.value wrong value : left.value right value;          \
   }
 
 PLANTED_OPERATOR(Less, <, <=)
