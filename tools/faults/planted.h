@@ -16,45 +16,37 @@ inline constexpr std::size_t kMost = 1 << 16;
 inline unsigned char* OpenReached() noexcept {
   const char* name = std::getenv("TARVEX_PLANTED_REACHED");
   if (name == nullptr) return nullptr;
-  const int file = open(name, O_RDWR | O_CLOEXEC);
-  if (file < 0) std::abort();
-  void* map = mmap(nullptr, kMost, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-  close(file);
+  void* map = mmap(nullptr, kMost, PROT_READ | PROT_WRITE, MAP_SHARED, open(name, O_RDWR | O_CLOEXEC), 0);
   if (map == MAP_FAILED) std::abort();
   return static_cast<unsigned char*>(map);
 }
 
-inline long ChosenFault() noexcept {
-  const char* number = std::getenv("TARVEX_PLANTED");
-  return number == nullptr ? -1 : std::atol(number);
-}
-
 inline unsigned char* const g_reached = OpenReached();
-inline const long g_chosen = ChosenFault();
+inline const char* const g_chosen = std::getenv("TARVEX_PLANTED");
+inline const long g_fault = g_chosen == nullptr ? -1 : std::atol(g_chosen);
 
 inline bool On(long fault) noexcept {
   if (g_reached != nullptr) g_reached[fault] = 1;
-  return fault == g_chosen;
+  return fault == g_fault;
 }
 
 // Stands between an operator and its right side, `a < Less<7>{} < b`, so that nobody has to know where the
 // operands begin and end.
-#define PLANTED_OPERATOR(Name, right, wrong)                                     \
-  template <long Fault>                                                          \
-  struct Name {};                                                                \
-  template <class Left, long Fault>                                              \
-  struct Name##Left {                                                            \
-    const Left& value;                                                           \
-  };                                                                             \
-  template <class Left, long Fault>                                              \
-  Name##Left<Left, Fault> operator right(const Left& left, Name<Fault>) {        \
-    return {left};                                                               \
-  }                                                                              \
-  template <class Left, long Fault, class Right>                                 \
-  auto operator right(const Name##Left<Left, Fault>& left, const Right& value) { \
-    return On(Fault) ? left.value wrong value : left.value right value;          \
+#define PLANTED_OPERATOR(Name, right, wrong)                                 \
+  template <long Fault>                                                      \
+  struct Name {};                                                            \
+  template <class Left, long Fault>                                          \
+  struct Name##Left {                                                        \
+    const Left& left;                                                        \
+  };                                                                         \
+  template <class Left, long Fault>                                          \
+  Name##Left<Left, Fault> operator right(const Left& left, Name<Fault>) {    \
+    return {left};                                                           \
+  }                                                                          \
+  template <class Left, long Fault, class Right>                             \
+  auto operator right(const Name##Left<Left, Fault>& held, const Right& b) { \
+    return On(Fault) ? held.left wrong b : held.left right b;                \
   }
-
 PLANTED_OPERATOR(Less, <, <=)
 PLANTED_OPERATOR(LessEqual, <=, <)
 PLANTED_OPERATOR(Greater, >, >=)
@@ -65,7 +57,6 @@ PLANTED_OPERATOR(Plus, +, -)
 PLANTED_OPERATOR(Minus, -, +)
 PLANTED_OPERATOR(Times, *, +)
 PLANTED_OPERATOR(Over, /, *)
-
 #undef PLANTED_OPERATOR
 
 }  // namespace planted
