@@ -148,6 +148,7 @@ TEST(MediaTypeText, SubtitleLanguageNeedsNoTerminatingZero) {
   std::fill_n(block.begin() + 8, 512, std::uint8_t{'A'});
   const MediaTypeText text = DescribeMediaType(TypeOf(kTypeSubtitle, kSubtypeAss, kFormatSubtitleInfo, block));
   EXPECT_EQ(Words(text, "language"), "gerX");
+  EXPECT_EQ(text.summary, "language gerX, 3 bytes of codec data");
   EXPECT_EQ(Number(text, "extra_size"), 3);
 }
 
