@@ -139,6 +139,7 @@ TEST(MediaTypeText, VorbisHeaderSizesAreDecoded) {
   const MediaTypeText text = DescribeMediaType(type);
   EXPECT_TRUE(text.temporalCompression);
   EXPECT_EQ(text.summary, "11 Hz, 10 channels, headers 13 + 14 + 15 bytes");
+  EXPECT_EQ(Number(text, "identification_header_size"), 13);
   EXPECT_EQ(Number(text, "setup_header_size"), 15);
 }
 
