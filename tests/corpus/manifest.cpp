@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "tests/corpus/manifest_json.h"
 #include "tests/support/source_dir.h"
 #include "tests/support/test_system.h"
 
@@ -67,11 +68,6 @@ void ReadExpectation(const json& expect, ManifestFile& file) {
   file.opens = expect.at("open") == "open";
   file.message = ValueOr<std::string>(expect, "message", "");
   file.upToDamage = ValueOr<std::string>(expect, "frames", "") == "up to the damage";
-  const json index = Part(expect, "seek_index", json::object());
-  for (const json& entry : Part(index, "entries", json::array())) {
-    file.seekIndex.push_back({entry[0].get<std::uint64_t>(), entry[1].get<std::int64_t>()});
-  }
-  file.seekIndexIsWhole = ValueOr<std::size_t>(index, "count", 0) == file.seekIndex.size();
   const json chapters = Part(expect, "chapters", json::array());
   for (const json& chapter : chapters) {
     file.chapters.push_back({chapter.at("name").get<std::string>(), chapter.at("start").get<std::int64_t>(),
@@ -118,17 +114,22 @@ std::string CaseName(const ManifestFile& file) {
   return name;
 }
 
-std::vector<ManifestFile> ReadManifest(const std::string& folder) {
+nlohmann::json ReadManifestFiles(const std::string& folder) {
   std::ifstream stream(SystemPath(folder + "/manifest.json"));
   if (!stream) throw std::runtime_error("cannot read " + folder + "/manifest.json");
-  json manifest = json::parse(stream);
+  json files = json::parse(stream).at("files");
   std::ifstream ours(SystemPath(SourceDir() + "/tests/data/corpus/decisions.json"));
   const json decisions = json::parse(ours, nullptr, true, true);
   for (const auto& [name, changes] : decisions.items()) {
-    if (manifest.at("files").contains(name)) manifest["files"][name].merge_patch(changes);
+    if (files.contains(name)) files[name].merge_patch(changes);
   }
+  return files;
+}
+
+std::vector<ManifestFile> ReadManifest(const std::string& folder) {
+  const json manifest = ReadManifestFiles(folder);
   std::vector<ManifestFile> files;
-  for (const auto& [name, object] : manifest.at("files").items()) files.push_back(ReadFile(folder, name, object));
+  for (const auto& [name, object] : manifest.items()) files.push_back(ReadFile(folder, name, object));
   return files;
 }
 

@@ -45,12 +45,6 @@ struct ManifestChapter {
   std::int64_t end = 0;
 };
 
-/// Where a Cluster with a key frame begins in the file, and the frame's time.
-struct ManifestSeekPoint {
-  std::uint64_t position = 0;
-  std::int64_t time = 0;
-};
-
 /// A seek and what it must deliver, where no rule tells.
 struct ManifestSeek {
   std::int64_t start = 0;
@@ -70,8 +64,6 @@ struct ManifestFile {
   std::vector<ManifestTrack> tracks;
   std::map<std::uint32_t, ManifestFrames> frames;
   std::vector<ManifestChapter> chapters;
-  std::vector<ManifestSeekPoint> seekIndex;
-  bool seekIndexIsWhole = false;  ///< a long one is not listed
   std::vector<ManifestSeek> seeks;
 };
 
