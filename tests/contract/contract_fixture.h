@@ -28,6 +28,10 @@ class GraphTest : public ContractTest {
  protected:
   void TearDown() override {
     m_source.Reset();
+    if (m_graph) {
+      m_graph->Stop();
+      EXPECT_TRUE(SUCCEEDED(m_graph->DisconnectAll()));
+    }
     m_graph.reset();
     ContractTest::TearDown();
   }

@@ -109,6 +109,26 @@ TEST_F(Worker, StopEndsAReadThatOnlyAFlushEnds) {
   EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 100)) << "our own flush was reported as a failure";
 }
 
+// Downstream may keep its samples through a flush.
+TEST_F(Worker, FlushFromUpstreamEndsTheWaitForRoom) {
+  constexpr std::size_t kRing = 10'485'600;
+  OpenMovie({.videos = 0, .frames = 1500, .frameSize = 10000});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  std::vector<ComPtr<IMediaSample>> kept;
+  kept.reserve(1500);
+  Graph().Sink(0).OnSample([&](IMediaSample* sample) { kept.emplace_back(sample); });
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  const auto await = [](auto condition) {
+    for (DWORD wait = 0; wait < kPatience && !condition(); ++wait) SleepMilliseconds(1);
+    return condition();
+  };
+  ASSERT_TRUE(await([&] { return Graph().Sink(0).Samples().size() == kRing / 10000; }));
+  EXPECT_EQ(Graph().InputPin()->BeginFlush(), S_OK);
+  EXPECT_TRUE(await([&] { return m_log->Contains("CMatroskaSplitter::OnData failed"); })) << "the worker waits on";
+  EXPECT_EQ(Graph().InputPin()->EndFlush(), S_OK);
+  EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+}
+
 TEST_F(Worker, FrameThatNoRingCanHoldAbortsTheGraph) {
   OpenMovie({.videos = 0, .frames = 1, .frameSize = 10'485'601});
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);

@@ -34,7 +34,6 @@ class FileCheck {
 
   const ManifestFile& m_file;
   std::vector<ExpectedPin> m_expected;
-  std::vector<std::uint8_t> m_bytes;
   std::vector<std::string> m_differences;
 };
 

@@ -10,29 +10,13 @@
 
 namespace tarvex::test {
 
-/// Bytes that are known by their length and checksum.
-struct Blob {
-  std::uint64_t size = 0;
-  std::string sha1;
-};
-
-/// One track entry. What is absent in the file is absent here, unless noted.
+/// One track entry.
 struct ManifestTrack {
   std::optional<std::uint32_t> number;
   std::optional<std::uint32_t> type;
-  std::optional<std::string> codecId;
+  std::string codecId;
   std::string language;  ///< "eng" when absent
   std::string name;
-  std::optional<Blob> codecPrivate;
-  std::optional<std::uint64_t> defaultDuration;  ///< nanoseconds
-  std::optional<std::uint32_t> pixelWidth;
-  std::optional<std::uint32_t> pixelHeight;
-  std::uint32_t displayWidth = 0;
-  std::uint32_t displayHeight = 0;
-  double samplingFrequency = 8000.0;  ///< the format's default when absent
-  std::uint32_t channels = 1;
-  std::uint32_t bitDepth = 0;
-  std::optional<Blob> sequenceHeader;  ///< parameter sets of an avcC
 };
 
 /// Times in 100 ns units; the payload is that after content decoding.
@@ -61,10 +45,11 @@ struct ManifestChapter {
   std::int64_t end = 0;
 };
 
-/// Where a Cluster with a key frame begins in the file, and the frame's time.
-struct ManifestSeekPoint {
-  std::uint64_t position = 0;
-  std::int64_t time = 0;
+/// A seek and what it must deliver, where no rule tells.
+struct ManifestSeek {
+  std::int64_t start = 0;
+  std::int64_t segment = 0;         ///< the start of what is delivered
+  std::vector<std::size_t> frames;  ///< so many of the last ones of each pin
 };
 
 struct ManifestFile {
@@ -79,8 +64,7 @@ struct ManifestFile {
   std::vector<ManifestTrack> tracks;
   std::map<std::uint32_t, ManifestFrames> frames;
   std::vector<ManifestChapter> chapters;
-  std::vector<ManifestSeekPoint> seekIndex;
-  bool seekIndexIsWhole = false;  ///< a long one is not listed
+  std::vector<ManifestSeek> seeks;
 };
 
 /// The line of the sums: "time duration key size sha1\n".

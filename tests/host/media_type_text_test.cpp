@@ -134,7 +134,11 @@ TEST(MediaTypeText, SubtypesAreNamedByTheirKind) {
 TEST(MediaTypeText, VorbisHeaderSizesAreDecoded) {
   std::vector<std::uint8_t> block(24);
   for (std::uint32_t i = 0; i < 6; ++i) Put<std::uint32_t>(block, i * 4, 10 + i);
-  const MediaTypeText text = DescribeMediaType(TypeOf(MEDIATYPE_Audio, kSubtypeVorbis2, kFormatVorbis2, block));
+  CMediaType type = TypeOf(MEDIATYPE_Audio, kSubtypeVorbis2, kFormatVorbis2, block);
+  type.bTemporalCompression = TRUE;
+  const MediaTypeText text = DescribeMediaType(type);
+  EXPECT_TRUE(text.temporalCompression);
+  EXPECT_EQ(text.summary, "11 Hz, 10 channels, headers 13 + 14 + 15 bytes");
   EXPECT_EQ(Number(text, "identification_header_size"), 13);
   EXPECT_EQ(Number(text, "setup_header_size"), 15);
 }
@@ -145,6 +149,7 @@ TEST(MediaTypeText, SubtitleLanguageNeedsNoTerminatingZero) {
   std::fill_n(block.begin() + 8, 512, std::uint8_t{'A'});
   const MediaTypeText text = DescribeMediaType(TypeOf(kTypeSubtitle, kSubtypeAss, kFormatSubtitleInfo, block));
   EXPECT_EQ(Words(text, "language"), "gerX");
+  EXPECT_EQ(text.summary, "language gerX, 3 bytes of codec data");
   EXPECT_EQ(Number(text, "extra_size"), 3);
 }
 

@@ -7,8 +7,6 @@
 #include <cstring>
 #include <deque>
 #include <functional>
-#include <map>
-#include <optional>
 #include <random>
 #include <vector>
 
@@ -50,75 +48,55 @@ BYTE* BytesOf(IMediaSample& sample) {
   return bytes;
 }
 
-/// The ring's rules, word by word: an ordered map of what is out, a cursor, and a limit that is moved, not
-/// found.
-class RingModel {
- public:
-  explicit RingModel(std::size_t size) : m_size(size), m_limit(size) {}
-
-  std::optional<std::size_t> Take(std::size_t size) {
-    if (m_out.empty()) {
-      m_cursor = 0;
-      m_limit = m_size;
-    } else if (m_limit - m_cursor < size && m_out.begin()->first > 0) {
-      m_cursor = 0;
-      m_limit = m_out.begin()->first;
-    }
-    if (m_limit - m_cursor < size) return std::nullopt;
-    const std::size_t start = m_cursor;
-    m_cursor += size;
-    m_out[start] = m_cursor;
-    return start;
-  }
-
-  void Give(std::size_t start) {
-    const auto region = m_out.find(start);
-    const auto above = std::next(region);
-    const bool bounds = region->first == m_limit || region->second == m_limit;
-    if (bounds) m_limit = above == m_out.end() ? m_size : above->first;
-    m_out.erase(region);
-  }
-
- private:
-  const std::size_t m_size;
-  std::size_t m_cursor = 0;
-  std::size_t m_limit;
-  std::map<std::size_t, std::size_t> m_out;
-};
-
-/// `disorder` is how far from the oldest a release may reach: 1 is a queue.
-void RunAgainstModel(std::uint32_t seed, std::size_t largest, std::size_t disorder) {
+/// Takes and gives back at random. `disorder` is how far from the oldest a release may reach: 1 is a queue.
+void Churn(std::uint32_t seed, std::size_t largest, std::size_t disorder) {
   SCOPED_TRACE(testing::Message() << "seed " << seed << " largest " << largest << " disorder " << disorder);
+  struct Lent {
+    ComPtr<IMediaSample> sample;
+    const BYTE* begin = nullptr;
+    const BYTE* end = nullptr;
+  };
   std::mt19937 random(seed);
   const auto upTo = [&](std::size_t n) { return std::uniform_int_distribution<std::size_t>(0, n)(random); };
   const auto buffer = MakeBuffer(1, 1000);
   const BYTE* block = BytesOf(*TakeNow(*buffer, 1));
-  RingModel model(1000);
-  std::deque<ComPtr<IMediaSample>> out;
-  const auto startOf = [&](IMediaSample& sample) { return static_cast<std::size_t>(BytesOf(sample) - block); };
+  std::deque<Lent> out;
+  bool isAtFront = false;  // a sample that did not fit behind the others, so the next go to the front
   for (int step = 0; step < 2000; ++step) {
     if (!out.empty() && upTo(1) == 0) {
-      const auto given = out.begin() + static_cast<std::ptrdiff_t>(std::min(upTo(disorder - 1), out.size() - 1));
-      model.Give(startOf(**given));
-      out.erase(given);
+      out.erase(out.begin() + static_cast<std::ptrdiff_t>(std::min(upTo(disorder - 1), out.size() - 1)));
       continue;
     }
-    const std::size_t size = 1 + upTo(largest - 1);
-    ComPtr<IMediaSample> sample;
-    const HRESULT result = buffer->GetSample(sample.Put(), size, false);
-    const auto expected = model.Take(size);
-    ASSERT_EQ(result, expected ? S_OK : S_FALSE) << "step " << step;
-    if (!expected) continue;
-    ASSERT_EQ(startOf(*sample), *expected) << "step " << step;
-    ASSERT_EQ(sample->GetActualDataLength(), static_cast<LONG>(size));
-    out.push_back(std::move(sample));
+    const auto size = static_cast<std::ptrdiff_t>(1 + upTo(largest - 1));
+    Lent lent;
+    const HRESULT result = buffer->GetSample(lent.sample.Put(), static_cast<std::size_t>(size), false);
+    if (result == S_OK) {
+      lent.begin = BytesOf(*lent.sample);
+      lent.end = lent.begin + size;
+      ASSERT_EQ(lent.sample->GetActualDataLength(), size);
+      ASSERT_TRUE(lent.begin >= block && lent.end <= block + 1000);
+      for (const Lent& other : out) ASSERT_TRUE(lent.end <= other.begin || lent.begin >= other.end) << "step " << step;
+      out.push_back(std::move(lent));
+      isAtFront = false;
+      continue;
+    }
+    ASSERT_EQ(result, S_FALSE);
+    ASSERT_FALSE(out.empty());
+    if (disorder != 1) continue;
+    const BYTE* oldest = out.front().begin;
+    const BYTE* newest = out.back().end;
+    const std::ptrdiff_t behind = newest > oldest && !isAtFront ? block + 1000 - newest : 0;
+    ASSERT_GT(size, newest > oldest ? std::max(behind, oldest - block) : oldest - newest);
+    isAtFront = true;
   }
+  out.clear();
+  EXPECT_TRUE(HasRoom(*buffer, 1000));
 }
 
-TEST(SampleBuffer, PlacesAndRefusesAsTheRingsRulesSay) {
+TEST(SampleBuffer, SamplesNeverOverlapAndAQueueWastesNoRoom) {
   for (std::uint32_t seed = 1; seed <= 20; ++seed) {
     for (const std::size_t largest : {3U, 90U, 400U, 1000U}) {
-      for (const std::size_t disorder : {1U, 4U, 1000U}) RunAgainstModel(seed, largest, disorder);
+      for (const std::size_t disorder : {1U, 4U, 1000U}) Churn(seed, largest, disorder);
     }
   }
 }

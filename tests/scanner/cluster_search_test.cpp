@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <random>
 
 #include "framework/com_ptr.h"
@@ -33,9 +34,17 @@ SearchReach SmallReach() {
 /// An opened file that is asked for one start after the other.
 class Opened {
  public:
-  Opened(const ByteString& bytes, const SearchReach& reach) : m_source(bytes), m_reader(MakeReader()) {
-    m_scanner.SetCallback(&m_callback);
+  Opened(const ByteString& bytes, const SearchReach& reach) {
     m_scanner.SetSearchReach(reach);
+    Reopen(bytes);
+  }
+
+  /// Another file, as a filter that is connected to another source.
+  void Reopen(const ByteString& bytes) {
+    m_scanner.Reset();
+    m_source.emplace(bytes);
+    m_reader = MakeCom<ReadAheadReader>(&*m_source);
+    m_scanner.SetCallback(&m_callback);
     try {
       m_scanner.CanProcess(m_reader.Get());
     } catch (const MessageError&) {
@@ -57,13 +66,11 @@ class Opened {
   bool WasInterrupted() const { return m_wasInterrupted; }
   bool IsIndexed() const { return !m_scanner.Index().empty(); }
   CEbmlScanner& Scanner() { return m_scanner; }
-  std::int64_t Reads() const { return m_source.reads; }
+  std::int64_t Reads() const { return m_source->reads; }
 
  private:
-  ComPtr<ReadAheadReader> MakeReader() { return MakeCom<ReadAheadReader>(&m_source); }
-
-  MemoryReader m_source;
-  const ComPtr<ReadAheadReader> m_reader;
+  std::optional<MemoryReader> m_source;
+  ComPtr<ReadAheadReader> m_reader;
   RecordingCallback m_callback;
   CEbmlScanner m_scanner;
   bool m_isOpen = true;
@@ -201,7 +208,7 @@ TEST(ClusterIndex, IsTheSameWhetherClustersArePlainOrNot) {
 }
 
 /// 20 MB in blocks of 100 bytes and 5 ms, the first of each Cluster a key frame.
-ByteString SmallBlocks(std::uint64_t blocksPerCluster) {
+ByteString SmallBlocks(std::uint64_t blocksPerCluster, std::uint64_t from = 0) {
   constexpr std::uint64_t kBlocks = 200000;
   ByteString blocks;
   for (std::uint64_t k = 0; k < blocksPerCluster; ++k) {
@@ -211,7 +218,7 @@ ByteString SmallBlocks(std::uint64_t blocksPerCluster) {
   }
   ByteString clusters;
   for (std::uint64_t k = 0; k < kBlocks; k += blocksPerCluster) {
-    const ByteString cluster = Cluster(k * 5, blocks);
+    const ByteString cluster = Cluster(from + k * 5, blocks);
     clusters.insert(clusters.end(), cluster.begin(), cluster.end());
   }
   return FileOf(clusters);
@@ -236,6 +243,14 @@ TEST(ClusterSearch, TakesFewReadsAndTheIndexOfSmallBlocksTakesLargeOnes) {
     EXPECT_EQ(whole.Scanner().Index().size(), 200000 / blocksPerCluster);
     EXPECT_LE(whole.Reads() - opening, static_cast<std::int64_t>(bytes.size() / (512 * 1024)) + 40);
   }
+}
+
+TEST(ClusterSearch, NothingOfOneFileIsKnownOfTheNext) {
+  const ByteString second = SmallBlocks(1000, 200000);  // milliseconds
+  Opened file(SmallBlocks(1000, 100000), {});           // with its Clusters at the same positions
+  EXPECT_FALSE(file.FramesFrom(5000000000).empty());
+  file.Reopen(second);
+  EXPECT_TRUE(IsSame(file.FramesFrom(6000000000), Opened(second, {}).FramesFrom(6000000000)));
 }
 
 TEST(ClusterSearch, PendingEventEndsItAtOnceAndItIsTriedAgain) {

@@ -146,11 +146,17 @@ bool TestGraph::WaitForEvent(LONG code, DWORD milliseconds) const {
   return false;
 }
 
-void TestGraph::DisconnectAll() {
+HRESULT TestGraph::DisconnectAll() {
+  HRESULT result = S_OK;
+  const auto disconnect = [&result](IPin* pin) {
+    const HRESULT answer = pin->Disconnect();
+    if (FAILED(answer)) result = answer;
+  };
   for (const ComPtr<SinkFilter>& sink : m_sinks) sink->Pin()->Disconnect();
-  for (const ComPtr<IPin>& pin : OutputPins()) pin->Disconnect();
-  InputPin()->Disconnect();
+  for (const ComPtr<IPin>& pin : OutputPins()) disconnect(pin.Get());
+  disconnect(InputPin().Get());
   if (m_source) FirstPin(m_source.Get(), PINDIR_OUTPUT)->Disconnect();
+  return result;
 }
 
 }  // namespace tarvex::test

@@ -55,8 +55,8 @@ class TestGraph {
   /// An event with this code was signalled to the graph in time.
   bool WaitForEvent(LONG code, DWORD milliseconds = kPatience) const;
 
-  /// Disconnects every pin of the splitter, outputs first.
-  void DisconnectAll();
+  /// Disconnects every pin of the splitter, outputs first. The answer of one that refused, if one did.
+  HRESULT DisconnectAll();
 
  private:
   void RemoveFilters();
