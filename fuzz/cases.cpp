@@ -29,7 +29,8 @@ std::vector<CorpusFile> FilesBelow(const fs::path& folder) {
 
 std::string CorpusFile::Letters() const {
   std::string letters = name;
-  std::ranges::replace_if(letters, [](unsigned char letter) { return std::isalnum(letter) == 0; }, '_');
+  std::ranges::replace_if(
+      letters, [](unsigned char letter) { return std::isalnum(letter) == 0; }, '_');
   return letters;
 }
 

@@ -328,7 +328,8 @@ class OneGraph : public testing::Test {
   /// The platform starts a thread of its own at some time; what leaks is left behind again and again.
   template <class Round>
   void ExpectNothingLeftBy(unsigned rounds, Round round) const {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(FromEnvironment("TARVEX_SECONDS", 1000000));
+    const auto end =
+        std::chrono::steady_clock::now() + std::chrono::seconds(FromEnvironment("TARVEX_SECONDS", 1000000));
     for (int chance = 0; chance < 3 && !HasFailure(); ++chance) {
       const Usage before;
       for (unsigned k = 0; k < rounds && !HasFailure() && std::chrono::steady_clock::now() < end; ++k) round();

@@ -15,9 +15,7 @@ constexpr std::uint32_t kSilentTracks = 0x5854, kPreviousSize = 0xAB, kUnknown =
 ByteString Empty(std::uint32_t element) { return Element(element, {}); }
 ByteString Open(std::uint32_t element) { return ElementOfUnknownSize(element, {}); }
 
-ByteString UsualHeaders() {
-  return Join({Element(id::kInfo, {}), Element(id::kTracks, TrackEntry(1, 2, "A_AC3"))});
-}
+ByteString UsualHeaders() { return Join({Element(id::kInfo, {}), Element(id::kTracks, TrackEntry(1, 2, "A_AC3"))}); }
 
 /// A file whose SeekHead leads to a first child of that kind.
 ByteString Led(std::uint32_t element, const ByteString& content) {
@@ -34,16 +32,23 @@ struct Place {
   ByteString (*file)(const ByteString& content);
 };
 constexpr Place kPlaces[] = {
-    {"Level1", [](const ByteString& content) { return MatroskaFile(Join({UsualHeaders(), content})); }},
+    {"Level1",
+     [](const ByteString& content) {
+       return MatroskaFile(Join({UsualHeaders(), content}));
+     }},
     {"Headers", [](const ByteString& content) { return MatroskaFile(content); }},
     {"Cluster",
-     [](const ByteString& content) { return MatroskaFile(Join({UsualHeaders(), Element(id::kCluster, content)})); }},
+     [](const ByteString& content) {
+       return MatroskaFile(Join({UsualHeaders(), Element(id::kCluster, content)}));
+     }},
     {"UnknownCluster",
      [](const ByteString& content) {
        return MatroskaFile(Join({UsualHeaders(), ElementOfUnknownSize(id::kCluster, content)}));
      }},
     {"Front",
-     [](const ByteString& content) { return Join({EbmlHead(), content, Element(id::kSegment, UsualHeaders())}); }},
+     [](const ByteString& content) {
+       return Join({EbmlHead(), content, Element(id::kSegment, UsualHeaders())});
+     }},
     {"Tracks", WithTracks},
     {"Entry", [](const ByteString& content) { return WithTracks(Element(id::kTrackEntry, content)); }},
     {"Cues", [](const ByteString& content) { return Led(id::kCues, content); }},
@@ -134,11 +139,33 @@ std::vector<Content> MakeContents() {
     all.push_back(Of("Laces", LacedBlock(1, 0, lacing, std::vector<ByteString>(256, ByteString{7}))));
     all.back().name += std::to_string(static_cast<int>(lacing));
   }
-  for (const std::uint32_t element :
-       {id::kVoid, id::kCrc32, kUnknown, id::kTags, id::kSeekHead, id::kCluster, id::kInfo, id::kTracks, id::kCues,
-        id::kSegment, id::kEbml, id::kSimpleBlock, id::kBlockGroup, id::kTimecode, kPreviousSize, kSilentTracks,
-        id::kTrackEntry, id::kTrackNumber, id::kVideo, id::kAudio, id::kTrackName, id::kCuePoint,
-        id::kCueTrackPositions, id::kCueTime, id::kEditionEntry, id::kChapterAtom, id::kChapterDisplay}) {
+  for (const std::uint32_t element : {id::kVoid,
+                                      id::kCrc32,
+                                      kUnknown,
+                                      id::kTags,
+                                      id::kSeekHead,
+                                      id::kCluster,
+                                      id::kInfo,
+                                      id::kTracks,
+                                      id::kCues,
+                                      id::kSegment,
+                                      id::kEbml,
+                                      id::kSimpleBlock,
+                                      id::kBlockGroup,
+                                      id::kTimecode,
+                                      kPreviousSize,
+                                      kSilentTracks,
+                                      id::kTrackEntry,
+                                      id::kTrackNumber,
+                                      id::kVideo,
+                                      id::kAudio,
+                                      id::kTrackName,
+                                      id::kCuePoint,
+                                      id::kCueTrackPositions,
+                                      id::kCueTime,
+                                      id::kEditionEntry,
+                                      id::kChapterAtom,
+                                      id::kChapterDisplay}) {
     all.push_back(Of("Empty", Empty(element)));
     all.push_back(Of("Open", Open(element)));
     for (std::size_t back = 1; back <= 2; ++back) all[all.size() - back].name += std::to_string(element);

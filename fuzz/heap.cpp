@@ -116,7 +116,9 @@ void __wrap_free(void* memory) { Free(memory); }
 
 void* operator new(std::size_t size) { return OrThrow(New(size)); }
 void* operator new[](std::size_t size) { return OrThrow(New(size)); }
-void* operator new(std::size_t size, std::align_val_t unit) { return OrThrow(New(size, static_cast<std::size_t>(unit))); }
+void* operator new(std::size_t size, std::align_val_t unit) {
+  return OrThrow(New(size, static_cast<std::size_t>(unit)));
+}
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept { return New(size); }
 void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept { return New(size); }
 void operator delete(void* memory) noexcept { Free(memory); }

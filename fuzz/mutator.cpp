@@ -13,12 +13,28 @@ namespace {
 namespace id = test::id;
 using Random = std::mt19937;
 
-constexpr std::uint32_t kMasters[] = {
-    id::kEbml,           id::kSegment,         id::kSeekHead,           id::kSeek,     id::kInfo,
-    id::kTracks,         id::kTrackEntry,      id::kVideo,              id::kAudio,    id::kContentEncodings,
-    id::kContentEncoding, id::kContentCompression, id::kCluster,         id::kBlockGroup, id::kCues,
-    id::kCuePoint,       id::kCueTrackPositions, id::kChapters,          id::kEditionEntry, id::kChapterAtom,
-    id::kChapterDisplay, id::kTags};
+constexpr std::uint32_t kMasters[] = {id::kEbml,
+                                      id::kSegment,
+                                      id::kSeekHead,
+                                      id::kSeek,
+                                      id::kInfo,
+                                      id::kTracks,
+                                      id::kTrackEntry,
+                                      id::kVideo,
+                                      id::kAudio,
+                                      id::kContentEncodings,
+                                      id::kContentEncoding,
+                                      id::kContentCompression,
+                                      id::kCluster,
+                                      id::kBlockGroup,
+                                      id::kCues,
+                                      id::kCuePoint,
+                                      id::kCueTrackPositions,
+                                      id::kChapters,
+                                      id::kEditionEntry,
+                                      id::kChapterAtom,
+                                      id::kChapterDisplay,
+                                      id::kTags};
 
 std::ptrdiff_t At(std::size_t position) { return static_cast<std::ptrdiff_t>(position); }
 
@@ -50,7 +66,7 @@ Mutator::Bytes Mutator::CutAt(std::size_t size) const {
   return {m_file.begin(), m_file.begin() + At(std::min(size, m_file.size()))};
 }
 
-Mutator::Bytes Mutator::Mutated(std::uint32_t seed) const {
+Mutator::Bytes Mutator::Mutated(std::uint_fast32_t seed) const {
   Random random(seed);
   Bytes bytes = m_file;
   for (auto changes = 1 + random() % 3; changes > 0 && !bytes.empty(); --changes) {
@@ -94,7 +110,9 @@ void Mutator::ChangeElement(Bytes& bytes, Random& random) const {
   const auto source = m_file.begin() + At(from);
   switch (random() % 3) {
     case 0: {
-      const Bytes size = test::Vint(OtherSize(header.size, bytes.size(), random) & ((std::uint64_t{1} << 7 * header.sizeLength) - 1), header.sizeLength);
+      const Bytes size =
+          test::Vint(OtherSize(header.size, bytes.size(), random) & ((std::uint64_t{1} << 7 * header.sizeLength) - 1),
+                     header.sizeLength);
       if (from + header.Length() <= bytes.size()) std::ranges::copy(size, bytes.begin() + At(from + header.idLength));
       break;
     }
@@ -103,8 +121,7 @@ void Mutator::ChangeElement(Bytes& bytes, Random& random) const {
       break;
     default:
       const std::uint64_t whole = header.Length() + (header.sizeKnown ? header.size : 0);
-      bytes.insert(bytes.begin() + At(to), source,
-                   source + At(std::min<std::uint64_t>(whole, m_file.size() - from)));
+      bytes.insert(bytes.begin() + At(to), source, source + At(std::min<std::uint64_t>(whole, m_file.size() - from)));
   }
 }
 

@@ -20,7 +20,7 @@ class Mutator {
   Bytes CutAt(std::size_t size) const;
   /// One to three changes: flipped bits, runs overwritten, lost or put in, other sizes and identifiers of elements,
   /// elements repeated elsewhere. The same seed gives the same bytes.
-  Bytes Mutated(std::uint32_t seed) const;
+  Bytes Mutated(std::uint_fast32_t seed) const;
 
  private:
   struct Place {

@@ -28,9 +28,9 @@ ByteString FileOfChapters(const ByteString& atoms) {
 }
 
 ByteString Atom(std::uint64_t number, const std::string& name) {
-  return Element(id::kChapterAtom,
-                 Join({Unsigned(id::kChapterTimeStart, number * 1000), Unsigned(id::kChapterTimeEnd, number * 1000 + 999),
-                       Element(id::kChapterDisplay, Text(id::kChapterString, name))}));
+  return Element(id::kChapterAtom, Join({Unsigned(id::kChapterTimeStart, number * 1000),
+                                         Unsigned(id::kChapterTimeEnd, number * 1000 + 999),
+                                         Element(id::kChapterDisplay, Text(id::kChapterString, name))}));
 }
 
 ByteString Compression(const ByteString& children) {
@@ -160,7 +160,8 @@ TEST(Limits, NothingIsAllocatedForWhatTheFileDoesNotHold) {
     }
   }
   const auto inflated = [](std::size_t zeros) {
-    return CostOf(FileOf(TrackEntry(1, 2, "A", Compression({})), Cluster(0, SimpleBlock(1, 0, Deflated(Zeros(zeros))))));
+    return CostOf(
+        FileOf(TrackEntry(1, 2, "A", Compression({})), Cluster(0, SimpleBlock(1, 0, Deflated(Zeros(zeros))))));
   };
   EXPECT_EQ(inflated(limits::kLargestSample).largestFrame, limits::kLargestSample);
   const Cost bomb = inflated(std::size_t{64} << 20);
@@ -196,10 +197,9 @@ TEST(Limits, WholeFilterStaysBelowItsMemory) {
       1, 1, "V_VP8", Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 320), Unsigned(id::kPixelHeight, 240)})));
   const ByteString sound = TrackEntry(2, 2, "A_AC3");
   // No second key frame comes: all pins hold what they have.
-  const ByteString later = Cluster(1, Join({Element(id::kSimpleBlock, BlockData(1, 1, 0, Zeros(kMany / 2))),
-                                            SimpleBlock(2, 1, Zeros(kMany / 2))}));
-  const ByteString held =
-      FileOf(Join({picture, sound}), Join({Cluster(0, SimpleBlock(1, 0, {1})), Repeat(later, 32)}));
+  const ByteString later = Cluster(
+      1, Join({Element(id::kSimpleBlock, BlockData(1, 1, 0, Zeros(kMany / 2))), SimpleBlock(2, 1, Zeros(kMany / 2))}));
+  const ByteString held = FileOf(Join({picture, sound}), Join({Cluster(0, SimpleBlock(1, 0, {1})), Repeat(later, 32)}));
   const ByteString tiny = FileOf(sound, Element(id::kCluster, Repeat(SimpleBlock(2, 0, {}), kMany / 6)));
   ByteString tracks;
   for (std::uint64_t number = 1; number <= limits::kTracks; ++number) {

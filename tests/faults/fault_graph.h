@@ -111,8 +111,8 @@ class CFaultGraph : public CFilterGraph {
   /// Sinks stay here when they are disconnected.
   const std::vector<ComPtr<CFaultSink>>& Sinks() const noexcept { return m_sinks; }
   bool AllEnded() const {
-    return std::ranges::all_of(
-        m_sinks, [](const auto& sink) { return !sink->Pin()->IsConnected() || sink->Pin()->IsEnded(); });
+    return std::ranges::all_of(m_sinks,
+                               [](const auto& sink) { return !sink->Pin()->IsConnected() || sink->Pin()->IsEnded(); });
   }
 
   // The way to the splitter's seeking is made of this program's own lists.

@@ -321,7 +321,8 @@ class FaultRig {
     const std::size_t pins = PinsOf(m_splitter.Get()).size();
     bool present = m_movie.separatePins;
     for (const bool separate : {!present, present}) {
-      if (SUCCEEDED(Set(paramSeparatePins, separate)) || SUCCEEDED(Set(paramSeparatePins, separate))) present = separate;
+      if (SUCCEEDED(Set(paramSeparatePins, separate)) || SUCCEEDED(Set(paramSeparatePins, separate)))
+        present = separate;
       VARIANT value{};
       m_splitter.Query<IModuleConfig>()->GetValue(&paramSeparatePins, &value);
       EXPECT_EQ(value.boolVal != 0, present);
@@ -464,9 +465,8 @@ std::vector<Case> Cases() {
   }
   return cases;
 }
-INSTANTIATE_TEST_SUITE_P(Movies, Faults, testing::ValuesIn(Cases()), [](const auto& one) {
-  return std::string(one.param.first.name) + one.param.second.name;
-});
+INSTANTIATE_TEST_SUITE_P(Movies, Faults, testing::ValuesIn(Cases()),
+                         [](const auto& one) { return std::string(one.param.first.name) + one.param.second.name; });
 
 class FailedActivation : public Faults {};
 

@@ -59,25 +59,5 @@ TEST(FrameDecoder, FramesDoNotDependOnThoseBefore) {
   }
 }
 
-TEST(FrameDecoder, LastAlgorithmAndSettingsOfATrackCount) {
-  const auto encoding = [](const ByteString& children) { return Element(id::kContentEncoding, Compression(children)); };
-  const ByteString encodings =
-      Join({encoding(Unsigned(id::kContentCompAlgo, 3)), encoding(Element(id::kContentCompSettings, {1})),
-            encoding(Element(id::kContentCompSettings, {2}))});
-  EXPECT_EQ(Decoded(encodings, {9}), (ByteString{2, 9}));
-}
-
-TEST(FrameDecoder, WhatIsReadAndWhatIsNotIsLogged) {
-  const LogTexts log;
-  const ByteString order = Unsigned(0x5031, 0);
-  const ByteString compression = Compression(Join({Unsigned(id::kContentCompAlgo, 0), order}));
-  const ByteString encodings = Element(id::kContentEncoding, Join({order, compression}));
-  EXPECT_EQ(Decoded(encodings, Deflated({1, 2, 3})), (ByteString{1, 2, 3}));
-  for (const char* text : {"\tKaxContentEncodings", "\t\tKaxContentCompression", "\t\t\tKaxContentCompAlgo 0",
-                           "Unsupported Element in KaxContentEncoding"}) {
-    EXPECT_TRUE(log.Contains(text)) << text;
-  }
-}
-
 }  // namespace
 }  // namespace tarvex::test

@@ -92,14 +92,6 @@ TEST(Prefetcher, WhoWouldWaitReadsOnHimself) {
   EXPECT_LE(stream.below.reads, kSize / kMebibyte + 6) << "nothing twice";
 }
 
-TEST(Prefetcher, LargeReadTakesWhatIsThereAndReadsTheRest) {
-  LongStream stream;
-  LONGLONG position = 0;
-  for (; position < 4 * kMebibyte; position += 1000) ASSERT_EQ(stream.Read(position, 1000), S_OK);
-  EXPECT_EQ(stream.Read(position, 4 * kMebibyte + 1), S_OK);
-  EXPECT_EQ(stream.Read(kSize - 100, 200), S_FALSE);
-}
-
 TEST(Prefetcher, BorrowedBytesAreThoseOfTheStream) {
   LongStream stream;
   ASSERT_GT(stream.ReadOn(0, 1000), kSize - 1000);

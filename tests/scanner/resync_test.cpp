@@ -111,27 +111,5 @@ TEST(Resync, FindsWhatThePlainWalkFinds) {
   }
 }
 
-TEST(Resync, ElementsBelongingFurtherUpAreLeftInPlace) {
-  const libmatroska::KaxSegment segment;
-  ExpectPlainWalk(Join({Noise(20, 1), Element(id::kSegment, Element(id::kTags, {}))}), segment);
-  const libmatroska::KaxSeekHead seekHead;
-  ExpectPlainWalk(Join({Element(id::kSeek, {}), Zeros(3), Element(id::kTags, {})}), seekHead);
-}
-
-TEST(ElementHeader, IsReadInAllItsLengthsAndNeverPastItsEnd) {
-  for (unsigned length = 1; length <= 8; ++length) {
-    const ByteString bytes = Join({Id(id::kCluster), Vint(100, length)});
-    const auto header = ParseElementHeader(bytes);
-    ASSERT_TRUE(header);
-    EXPECT_EQ(header->id, id::kCluster);
-    EXPECT_EQ(header->size, 100U);
-    EXPECT_EQ(header->Length(), 4 + length);
-    for (std::size_t cut = 0; cut < bytes.size(); ++cut) EXPECT_FALSE(ParseElementHeader(std::span(bytes).first(cut)));
-  }
-  EXPECT_FALSE(ParseElementHeader(ElementOfUnknownSize(id::kCluster, {}))->sizeKnown);
-  EXPECT_FALSE(ParseElementHeader(ByteString{0x08, 0x81, 0x81, 0x81, 0x81}));
-  EXPECT_FALSE(ParseElementHeader(Join({{0xEC}, Zeros(9)})));
-}
-
 }  // namespace
 }  // namespace tarvex::test

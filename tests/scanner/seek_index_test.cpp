@@ -1,11 +1,8 @@
 // The seek index: that of every file of a corpus against the manifest, when it is made, and where a start
-// within it leads. Another corpus is taken by TARVEX_CORPUS.
+// within it leads.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <set>
 
@@ -13,6 +10,7 @@
 #include "tests/scanner/recording.h"
 #include "tests/support/digest.h"
 #include "tests/support/source_dir.h"
+#include "tests/support/source_filter.h"
 
 namespace tarvex::test {
 namespace {
@@ -46,17 +44,14 @@ const std::set<std::string> kReadDifferently = {"gen/cluster_huge.mkv", "gen/gro
                                                 "gen/void_stale.mkv"};
 
 TEST(SeekIndex, OfEveryFileIsWhatTheManifestSays) {
-  const char* other = std::getenv("TARVEX_CORPUS");  // NOLINT(concurrency-mt-unsafe): nobody sets it
-  const std::string folder = other != nullptr ? other : SourceDir() + "/tests/data/corpus";
-  std::ifstream text(folder + "/manifest.json");
+  std::ifstream text(SourceDir() + "/tests/data/corpus/manifest.json");
   const json manifest = json::parse(text);
   int compared = 0;
   for (const auto& [name, expected] : manifest.at("files").items()) {
     if (!expected.contains("tracks") || kReadDifferently.contains(name)) continue;
     ++compared;
     SCOPED_TRACE(name);
-    std::ifstream bytes(std::filesystem::path(folder) / name, std::ios::binary);
-    OpenFile file(ByteString(std::istreambuf_iterator<char>(bytes), {}));
+    OpenFile file(ReadWholeFile(SourceDir() + "/tests/data/corpus/" + name));
     file.scanner.BuildIndex();
     CompareIndex(file.scanner.Index(), expected.at("expect").at("seek_index"));
   }
