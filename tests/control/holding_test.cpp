@@ -120,15 +120,6 @@ TEST_P(Holding, EveryPinGetsItsFramesInOrderAndOneEnd) {
   }
 }
 
-TEST_P(Holding, AnUnconnectedVideoPinHoldsNobody) {
-  Open("V0k A0 V40 A20 A40");
-  Video().Pin()->Disconnect();
-  VideoPin()->Disconnect();
-  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
-  ASSERT_TRUE(Audio().WaitForEnd(kPatience));
-  EXPECT_EQ(WordsOf(Audio()), "@0 0! 20 40 end");
-}
-
 TEST_P(Holding, WhatWasHeldAtAStopDoesNotComeInTheNextRun) {
   const char* const film = "V0k A0 V40 A20 | V80k A40";
   Open(film);
