@@ -332,7 +332,10 @@ class OneGraph : public testing::Test {
         std::chrono::steady_clock::now() + std::chrono::seconds(FromEnvironment("TARVEX_SECONDS", 1000000));
     for (int chance = 0; chance < 3 && !HasFailure(); ++chance) {
       const Usage before;
-      for (unsigned k = 0; k < rounds && !HasFailure() && std::chrono::steady_clock::now() < end; ++k) round();
+      unsigned count = 0;
+      do {
+        round();
+      } while (++count < rounds && !HasFailure() && std::chrono::steady_clock::now() < end);
       const bool isBack = before.IsBack();
       std::cout << "before: " << before << "\nafter:  " << Usage{} << '\n';
       if (isBack) return;
