@@ -126,10 +126,7 @@ class Application {
   }
   void Run(Dice& /*dice*/) { m_graph.Run(); }
   void Pause(Dice& /*dice*/) { m_graph.Pause(); }
-  void Stop(Dice& dice) {
-    if (dice(3) == 0) m_graph.Splitter()->Stop();
-    m_graph.Stop();
-  }
+  void Stop(Dice& /*dice*/) { m_graph.Stop(); }
   // A spare filter stands ready for what the switch renders.
   void SelectStream(Dice& dice) {
     const auto streams = QueryFor<IAMStreamSelect>(m_graph.Splitter());
