@@ -1,4 +1,5 @@
-// A splitter whose last reference goes while its threads are at work: nobody has stopped it.
+// A splitter that is stopped and started while the filters around it go on, and one whose last reference goes while
+// its threads are at work: nobody has stopped it.
 #include <gtest/gtest.h>
 
 #include "tests/support/film.h"
@@ -9,7 +10,7 @@ namespace tarvex::test {
 namespace {
 
 // Those around it go first, as they may: a pin of a stopped filter can be disconnected whatever its peer does.
-TEST(Dropped, WhileItRunsItEndsAndLeavesNothing) {
+TEST(Alone, ItStopsStartsAgainAndIsDroppedWhileItRuns) {
   for (const SinkKind kind : {SinkKind::kCounting, SinkKind::kSlow, SinkKind::kHolding, SinkKind::kBlocking}) {
     SCOPED_TRACE(NameOf(kind));
     {
@@ -21,6 +22,11 @@ TEST(Dropped, WhileItRunsItEndsAndLeavesNothing) {
       ASSERT_TRUE(SUCCEEDED(sink->Pause()));
       ASSERT_TRUE(SUCCEEDED(splitter->Run(0)));
       ASSERT_TRUE(sink->WaitForSample(kPatience));
+      EXPECT_TRUE(SUCCEEDED(splitter->Stop()));
+      sink->LetGo();
+      sink->Clear();
+      ASSERT_TRUE(SUCCEEDED(splitter->Run(0)));
+      ASSERT_TRUE(sink->WaitForSample(kPatience)) << "stopped alone, it does not start again";
       EXPECT_TRUE(SUCCEEDED(sink->Stop()));
       EXPECT_EQ(sink->Pin()->Disconnect(), S_OK);
       EXPECT_EQ(source->Pin()->Disconnect(), S_OK);
