@@ -18,6 +18,7 @@
 #include "scanner/limits.h"
 #include "tests/support/memory_reader.h"
 #include "tests/support/source_filter.h"
+#include "tests/support/test_system.h"
 
 namespace tarvex::fuzz {
 namespace {
@@ -94,7 +95,7 @@ class FilledWith : public testing::TestWithParam<std::size_t> {};
 TEST_P(FilledWith, CostsBoundedMemoryAndWorkThatFollowsTheSize) {
   constexpr std::size_t kFactor = 4;
   const std::size_t mebibytes = FromEnvironment("TARVEX_FILLING_MIB", 0);
-  const std::size_t large = mebibytes != 0 ? mebibytes << 20 : std::size_t{1} << 18;
+  const std::size_t large = mebibytes != 0 ? mebibytes << 20 : std::size_t{1} << (IsInstrumented() ? 16 : 18);
   const Watched call(FillingName(GetParam()));
   const Cost one = CostOf(MakeFilling(GetParam(), large / kFactor));
   const Cost four = CostOf(MakeFilling(GetParam(), large));
