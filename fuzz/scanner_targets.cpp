@@ -2,9 +2,9 @@
 #include <initializer_list>
 #include <vector>
 
+#include "fuzz/scan.h"
 #include "fuzz/targets.h"
 #include "scanner/index/index_search.h"
-#include "tests/damage/whole_scan.h"
 #include "tests/support/memory_reader.h"
 
 namespace tarvex::fuzz {
@@ -13,7 +13,7 @@ namespace {
 
 void WithOpenFile(Input file, const std::function<void(CEbmlScanner&)>& use) {
   test::MemoryReader reader(std::vector<std::uint8_t>(file.begin(), file.end()));
-  volatile std::uint64_t used = test::ScanStream(reader, use).sum;
+  volatile std::uint64_t used = ScanStream(reader, use).sum;
   static_cast<void>(used);
 }
 

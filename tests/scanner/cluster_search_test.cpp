@@ -4,205 +4,132 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <optional>
 #include <random>
 
-#include "framework/com_ptr.h"
-#include "scanner/source/read_ahead_reader.h"
+#include "fuzz/cases.h"
+#include "fuzz/mutator.h"
 #include "tests/scanner/generated_file.h"
 #include "tests/scanner/recording.h"
-#include "tests/support/source_dir.h"
+#include "tests/support/source_filter.h"
 
 namespace tarvex::test {
 namespace {
 
-/// So many of each kind, or a part of what the variable says.
-std::uint64_t Files(std::uint64_t usually, std::uint64_t part = 1) {
-  const char* text = std::getenv("TARVEX_SEARCHED_FILES");  // NOLINT(concurrency-mt-unsafe): nobody sets it
-  return text == nullptr ? usually : std::strtoull(text, nullptr, 10) / part;
-}
-
 /// As in the product, but that small files are searched too.
-SearchReach SmallReach() {
-  return {.smallestFile = 0, .firstChunk = 256, .chunk = 1024, .closest = 1024, .budget = std::uint64_t{64} << 20};
+constexpr SearchReach kSmallReach = {
+    .smallestFile = 0, .firstChunk = 256, .chunk = 1024, .closest = 1024, .budget = std::uint64_t{64} << 20};
+
+/// So many of each kind, or a part of what the variable says.
+unsigned Files(unsigned usually, unsigned part = 1) {
+  const unsigned wanted = fuzz::FromEnvironment("TARVEX_SEARCHED_FILES", 0);
+  return wanted == 0 ? usually : wanted / part;
 }
 
-/// An opened file that is asked for one start after the other.
-class Opened {
- public:
-  Opened(const ByteString& bytes, const SearchReach& reach) {
-    m_scanner.SetSearchReach(reach);
-    Reopen(bytes);
-  }
+/// The first frames from there on. `eventAfter` as RecordingCallback has it.
+const std::vector<RecordedFrame>& FramesFrom(OpenFile& file, std::uint64_t time, std::int64_t eventAfter = -1) {
+  file.callback.frames.clear();
+  file.callback.framesToTake = 2;
+  file.callback.eventAfter = eventAfter;
+  file.scanner.SetStartTime(time);
+  file.Process();
+  return file.callback.frames;
+}
 
-  /// Another file, as a filter that is connected to another source.
-  void Reopen(const ByteString& bytes) {
-    m_scanner.Reset();
-    m_source.emplace(bytes);
-    m_reader = MakeCom<ReadAheadReader>(&*m_source);
-    m_scanner.SetCallback(&m_callback);
-    try {
-      m_scanner.CanProcess(m_reader.Get());
-    } catch (const MessageError&) {
-      m_isOpen = false;
-    }
-  }
-
-  /// The first frames from there on. `eventAfter` as RecordingCallback has it.
-  std::vector<RecordedFrame> FramesFrom(std::uint64_t time, std::int64_t eventAfter = -1) {
-    m_callback.frames.clear();
-    m_callback.framesToTake = 2;
-    m_callback.eventAfter = eventAfter;
-    m_scanner.SetStartTime(time);
-    m_wasInterrupted = m_scanner.Process();
-    return m_callback.frames;
-  }
-
-  bool IsOpen() const { return m_isOpen; }
-  bool WasInterrupted() const { return m_wasInterrupted; }
-  bool IsIndexed() const { return !m_scanner.Index().empty(); }
-  CEbmlScanner& Scanner() { return m_scanner; }
-  std::int64_t Reads() const { return m_source->reads; }
-
- private:
-  std::optional<MemoryReader> m_source;
-  ComPtr<ReadAheadReader> m_reader;
-  RecordingCallback m_callback;
-  CEbmlScanner m_scanner;
-  bool m_isOpen = true;
-  bool m_wasInterrupted = false;
-};
-
-/// What came of a number of files.
-struct Tally {
+/// Files at random, and what came of seeks in them.
+struct Searched {
+  std::mt19937 random{1};
   std::uint64_t files = 0;
   std::uint64_t seeks = 0;
   std::uint64_t different = 0;
   std::uint64_t readWhole = 0;  ///< files of which a search said that everything has to be read
+
+  /// Every place with an index of everything, and by searching. A file may be refused.
+  void Compare(const ByteString& bytes, const SearchReach& reach) try {
+    OpenFile whole(bytes, OpenFile::Reading::kAhead);
+    OpenFile searched(bytes, OpenFile::Reading::kAhead);
+    searched.scanner.SetSearchReach(reach);
+    whole.scanner.BuildIndex();
+    ++files;
+    for (const std::uint64_t place : Places(whole.scanner)) {
+      ++seeks;
+      if (FramesFrom(searched, place) != FramesFrom(whole, place)) ++different;
+    }
+    if (!searched.scanner.Index().empty()) ++readWhole;
+  } catch (const MessageError&) {
+  }
+
+  std::vector<std::uint64_t> Places(CEbmlScanner& scanner) {
+    const auto& index = scanner.Index();
+    const std::uint64_t last = index.empty() ? 0 : index.back().time;
+    const std::uint64_t indexed = static_cast<std::int64_t>(last) < 0 ? 0 : last;
+    const std::uint64_t end = std::max<std::uint64_t>({scanner.Duration(), indexed, 1});
+    std::vector<std::uint64_t> places = {1, end, end + 1};
+    for (int k = 0; k < 6; ++k) places.push_back(1 + random() * (end / 0xFFFFFFFF + 1) % end);
+    for (int k = 0; k < 3 && !index.empty(); ++k) {
+      const std::uint64_t time = index[random() % index.size()].time;
+      if (static_cast<std::int64_t>(time) > 1) places.insert(places.end(), {time - 1, time, time + 1});
+    }
+    std::ranges::shuffle(places, random);
+    return places;
+  }
 };
 
-std::vector<std::uint64_t> Places(const std::vector<SeekPoint>& index, std::uint64_t duration, std::mt19937& random) {
-  constexpr int kAnywhere = 6;
-  constexpr int kEntries = 3;
-  const std::uint64_t last = index.empty() ? 0 : index.back().time;
-  const std::uint64_t end =
-      std::max<std::uint64_t>(std::max(duration, static_cast<std::int64_t>(last) < 0 ? 0 : last), 1);
-  std::vector<std::uint64_t> places = {1, end, end + 1};
-  for (int k = 0; k < kAnywhere; ++k) places.push_back(1 + random() * (end / 0xFFFFFFFF + 1) % end);
-  for (int k = 0; k < kEntries && !index.empty(); ++k) {
-    const std::uint64_t time = index[random() % index.size()].time;
-    if (static_cast<std::int64_t>(time) > 1) places.insert(places.end(), {time - 1, time, time + 1});
-  }
-  std::ranges::shuffle(places, random);
-  return places;
-}
-
-bool IsSame(const std::vector<RecordedFrame>& one, const std::vector<RecordedFrame>& other) {
-  return std::ranges::equal(one, other, [](const auto& a, const auto& b) {
-    return a.track == b.track && a.start == b.start && a.data == b.data && a.key == b.key;
-  });
-}
-
-/// Every place with an index of everything, and by searching.
-void Compare(const ByteString& bytes, const SearchReach& reach, std::mt19937& random, Tally& tally) {
-  Opened whole(bytes, {});
-  Opened searched(bytes, reach);
-  ASSERT_EQ(whole.IsOpen(), searched.IsOpen());
-  if (!whole.IsOpen()) return;
-  whole.Scanner().BuildIndex();
-  ++tally.files;
-  for (const std::uint64_t place : Places(whole.Scanner().Index(), whole.Scanner().Duration(), random)) {
-    ++tally.seeks;
-    if (IsSame(searched.FramesFrom(place), whole.FramesFrom(place))) continue;
-    ++tally.different;
-  }
-  if (searched.IsIndexed()) ++tally.readWhole;
-}
-
-void Report(const char* kind, const Tally& tally) {
-  std::printf("%s: %llu files, %llu seeks, %llu different, %llu read whole\n", kind,
-              static_cast<unsigned long long>(tally.files), static_cast<unsigned long long>(tally.seeks),
-              static_cast<unsigned long long>(tally.different), static_cast<unsigned long long>(tally.readWhole));
-}
-
 TEST(ClusterSearch, LeadsWhereTheIndexOfEverythingLeads) {
-  std::mt19937 random(1);
-  Tally tally;
-  for (std::uint64_t k = Files(300); k > 0; --k) Compare(GenerateFile(random), SmallReach(), random, tally);
-  Report("rising", tally);
-  EXPECT_EQ(tally.different, 0U);
-  EXPECT_LT(tally.readWhole, tally.files / 10) << "they are to be searched";
-}
-
-/// No identifier of Cues is left, neither their own nor in a SeekHead.
-ByteString WithoutCues(ByteString bytes) {
-  const ByteString cues = Id(id::kCues);
-  for (auto at = bytes.begin();; *at = 0xEC) {
-    at = std::search(at, bytes.end(), cues.begin(), cues.end());
-    if (at == bytes.end()) return bytes;
-  }
+  Searched searched;
+  for (unsigned k = Files(300); k > 0; --k) searched.Compare(GenerateFile(searched.random), kSmallReach);
+  EXPECT_EQ(searched.different, 0U);
+  EXPECT_LT(searched.readWhole, searched.files / 10) << "they are to be searched";
 }
 
 TEST(ClusterSearch, LeadsWhereTheIndexLeadsInTheCorpusWithItsCuesHidden) {
-  std::mt19937 random(3);
-  Tally tally;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(SourceDir() + "/tests/data/corpus")) {
-    const std::string type = entry.path().extension().string();
-    if (type != ".mkv" && type != ".mka" && type != ".mks" && type != ".webm") continue;
-    std::ifstream file(entry.path(), std::ios::binary);
-    Compare(WithoutCues(ByteString(std::istreambuf_iterator<char>(file), {})), SmallReach(), random, tally);
+  Searched searched;
+  for (const auto& file : fuzz::CorpusFiles()) {
+    ByteString bytes = ReadWholeFile(file.path);
+    const ByteString cues = Id(id::kCues);
+    while (const auto found = std::ranges::search(bytes, cues)) found.front() = id::kVoid;
+    searched.Compare(bytes, kSmallReach);
   }
-  Report("corpus", tally);
-  EXPECT_EQ(tally.different, 0U);
-  EXPECT_GT(tally.files, 100U);
+  EXPECT_EQ(searched.different, 0U);
+  EXPECT_GT(searched.files, 100U);
 }
 
 // Files so small are read whole otherwise. Here they are searched, and damage far from where that looks may mean
 // something to an index: about one seek in 10,000 leads elsewhere.
 TEST(ClusterSearch, LeadsWhereTheIndexLeadsInDamagedFilesToo) {
-  std::mt19937 random(2);
-  Tally tally;
-  for (std::uint64_t k = Files(300); k > 0; --k) {
-    Compare(Damaged(GenerateFile(random), random), SmallReach(), random, tally);
+  Searched searched;
+  for (unsigned k = Files(300); k > 0; --k) {
+    searched.Compare(fuzz::Mutator(GenerateFile(searched.random)).Mutated(searched.random()), kSmallReach);
   }
-  Report("damaged", tally);
-  EXPECT_LE(tally.different, 1 + tally.seeks / 5000);
+  EXPECT_LE(searched.different, 1 + searched.seeks / 5000);
 }
 
 TEST(ClusterSearch, LeadsWhereTheIndexLeadsInLargeFiles) {
   for (const bool isDamaged : {false, true}) {
-    std::mt19937 random(4);
-    Tally tally;
-    for (std::uint64_t k = Files(8, 40); k > 0; --k) {
-      ByteString bytes = GenerateFile(random, {.frameBytes = 1500, .length = 50});
-      if (isDamaged) bytes = Damaged(std::move(bytes), random);
-      if (bytes.size() >= SearchReach().smallestFile) Compare(bytes, {}, random, tally);
+    Searched searched{std::mt19937(4)};
+    for (unsigned k = Files(8, 40); k > 0; --k) {
+      ByteString bytes = GenerateFile(searched.random, {.frameBytes = 1500, .length = 50});
+      if (isDamaged) bytes = fuzz::Mutator(std::move(bytes)).Mutated(searched.random());
+      if (bytes.size() >= SearchReach().smallestFile) searched.Compare(bytes, {});
     }
-    Report(isDamaged ? "large, damaged" : "large", tally);
-    EXPECT_EQ(tally.different, 0U);
-    EXPECT_GT(tally.files, tally.readWhole);
+    EXPECT_EQ(searched.different, 0U);
+    EXPECT_GT(searched.files, searched.readWhole);
   }
-}
-
-std::vector<std::uint64_t> IndexedTimes(const ByteString& bytes) {
-  Opened file(bytes, {});
-  file.Scanner().BuildIndex();
-  std::vector<std::uint64_t> times;
-  for (const SeekPoint& point : file.Scanner().Index()) times.push_back(point.time);
-  return times;
 }
 
 // What the quick way does not know goes through libmatroska.
 TEST(ClusterIndex, IsTheSameWhetherClustersArePlainOrNot) {
+  const auto times = [](const ByteString& bytes) {
+    OpenFile file(bytes, OpenFile::Reading::kAhead);
+    file.scanner.BuildIndex();
+    std::vector<std::uint64_t> all;
+    for (const SeekPoint& point : file.scanner.Index()) all.push_back(point.time);
+    return all;
+  };
   for (unsigned seed = 0; seed < 100; ++seed) {
     std::mt19937 plain(seed);
     std::mt19937 odd(seed);
-    EXPECT_EQ(IndexedTimes(GenerateFile(plain, {.isWhole = true})),
-              IndexedTimes(GenerateFile(odd, {.isWhole = true, .hasUnknown = true})))
+    EXPECT_EQ(times(GenerateFile(plain, {.isWhole = true})),
+              times(GenerateFile(odd, {.isWhole = true, .hasUnknown = true})))
         << seed;
   }
 }
@@ -210,10 +137,10 @@ TEST(ClusterIndex, IsTheSameWhetherClustersArePlainOrNot) {
 /// 20 MB in blocks of 100 bytes and 5 ms, the first of each Cluster a key frame.
 ByteString SmallBlocks(std::uint64_t blocksPerCluster, std::uint64_t from = 0) {
   constexpr std::uint64_t kBlocks = 200000;
+  const ByteString frame = Noise(100, 1);
   ByteString blocks;
   for (std::uint64_t k = 0; k < blocksPerCluster; ++k) {
-    const ByteString block =
-        SimpleBlock(1, static_cast<std::int16_t>(k * 5), Noise(100, static_cast<unsigned>(k)), k == 0);
+    const ByteString block = SimpleBlock(1, static_cast<std::int16_t>(k * 5), frame, k == 0);
     blocks.insert(blocks.end(), block.begin(), block.end());
   }
   ByteString clusters;
@@ -224,44 +151,47 @@ ByteString SmallBlocks(std::uint64_t blocksPerCluster, std::uint64_t from = 0) {
   return FileOf(clusters);
 }
 
+constexpr std::uint64_t kPlace = 5000000000;
+
 TEST(ClusterSearch, TakesFewReadsAndTheIndexOfSmallBlocksTakesLargeOnes) {
   for (const std::uint64_t blocksPerCluster : {1000U, 5U}) {
     const ByteString bytes = SmallBlocks(blocksPerCluster);
-    const auto before = static_cast<std::int64_t>(5000000000 - blocksPerCluster * 50000);  // one entry
-    Opened searched(bytes, {});
-    const std::int64_t opening = searched.Reads();
-    EXPECT_EQ(searched.FramesFrom(5000000000).front().start, before);
-    EXPECT_LE(searched.Reads() - opening, 60);
-    EXPECT_FALSE(searched.IsIndexed());
+    const auto before = static_cast<std::int64_t>(kPlace - blocksPerCluster * 50000);  // one entry
+    OpenFile searched(bytes, OpenFile::Reading::kAhead);
+    const std::int64_t opening = searched.reader.reads;
+    EXPECT_EQ(FramesFrom(searched, kPlace).front().start, before);
+    EXPECT_LE(searched.reader.reads - opening, 60);
+    EXPECT_TRUE(searched.scanner.Index().empty());
     // The same place is known now.
-    const std::int64_t first = searched.Reads();
-    EXPECT_EQ(searched.FramesFrom(5000010000).front().start, before);
-    EXPECT_LE(searched.Reads() - first, 6);
+    const std::int64_t first = searched.reader.reads;
+    EXPECT_EQ(FramesFrom(searched, kPlace + 10000).front().start, before);
+    EXPECT_LE(searched.reader.reads - first, 6);
 
-    Opened whole(bytes, {});
-    whole.Scanner().BuildIndex();
-    EXPECT_EQ(whole.Scanner().Index().size(), 200000 / blocksPerCluster);
-    EXPECT_LE(whole.Reads() - opening, static_cast<std::int64_t>(bytes.size() / (512 * 1024)) + 40);
+    OpenFile whole(bytes, OpenFile::Reading::kAhead);
+    whole.scanner.BuildIndex();
+    EXPECT_EQ(whole.scanner.Index().size(), 200000 / blocksPerCluster);
+    EXPECT_LE(whole.reader.reads - opening, static_cast<std::int64_t>(bytes.size() / (512 * 1024)) + 40);
   }
 }
 
 TEST(ClusterSearch, NothingOfOneFileIsKnownOfTheNext) {
-  const ByteString second = SmallBlocks(1000, 200000);  // milliseconds
-  Opened file(SmallBlocks(1000, 100000), {});           // with its Clusters at the same positions
-  EXPECT_FALSE(file.FramesFrom(5000000000).empty());
-  file.Reopen(second);
-  EXPECT_TRUE(IsSame(file.FramesFrom(6000000000), Opened(second, {}).FramesFrom(6000000000)));
+  OpenFile second(SmallBlocks(1000, 200000), OpenFile::Reading::kAhead);  // milliseconds
+  OpenFile file(SmallBlocks(1000, 100000), OpenFile::Reading::kAhead);    // with its Clusters at the same positions
+  EXPECT_FALSE(FramesFrom(file, 5000000000).empty());
+  file.scanner.Reset();
+  file.scanner.SetCallback(&file.callback);
+  file.scanner.CanProcess(second.readAhead.Get());
+  EXPECT_EQ(FramesFrom(file, 6000000000), FramesFrom(second, 6000000000));
 }
 
 TEST(ClusterSearch, PendingEventEndsItAtOnceAndItIsTriedAgain) {
   const ByteString bytes = SmallBlocks(1000);
-  constexpr std::uint64_t kPlace = 5000000000;
-  const auto frames = Opened(bytes, {}).FramesFrom(kPlace);
+  OpenFile undisturbed(bytes, OpenFile::Reading::kAhead);
+  const auto frames = FramesFrom(undisturbed, kPlace);
   for (std::int64_t polls = 0;; ++polls) {
-    Opened file(bytes, {});
-    if (!file.FramesFrom(kPlace, polls).empty()) break;
-    EXPECT_TRUE(file.WasInterrupted());
-    EXPECT_TRUE(IsSame(file.FramesFrom(kPlace), frames));
+    OpenFile file(bytes, OpenFile::Reading::kAhead);
+    if (!FramesFrom(file, kPlace, polls).empty()) break;
+    EXPECT_EQ(FramesFrom(file, kPlace), frames);
     ASSERT_LT(polls, 100) << "it does not come to an end";
   }
 }

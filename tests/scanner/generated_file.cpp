@@ -132,30 +132,4 @@ class Generator {
 
 ByteString GenerateFile(std::mt19937& random, const GeneratedShape& shape) { return Generator(random, shape).Make(); }
 
-ByteString Damaged(ByteString bytes, std::mt19937& random) {
-  constexpr std::size_t kHeaders = 150;  // these decide whether it opens at all
-  for (auto times = 1 + random() % 4; times > 0 && bytes.size() > 2 * kHeaders; --times) {
-    const std::size_t at = kHeaders + random() % (bytes.size() - kHeaders);
-    const std::size_t length = std::min<std::size_t>(1 + random() % 400, bytes.size() - at);
-    const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(at);
-    const auto end = begin + static_cast<std::ptrdiff_t>(length);
-    switch (random() % 4) {
-      case 0:
-        std::generate(begin, end, [&] { return static_cast<std::uint8_t>(random()); });
-        break;
-      case 1:
-        *begin = static_cast<std::uint8_t>(random());
-        break;
-      case 2:
-        bytes.erase(begin, end);
-        break;
-      default:
-        const ByteString part(begin, end);
-        bytes.insert(begin, part.begin(), part.end());
-        break;
-    }
-  }
-  return bytes;
-}
-
 }  // namespace tarvex::test

@@ -17,7 +17,5 @@ struct GeneratedShape {
 
 /// Without Cues. No two frames are the same.
 ByteString GenerateFile(std::mt19937& random, const GeneratedShape& shape = {});
-/// With bytes changed, lost, doubled or cut off.
-ByteString Damaged(ByteString bytes, std::mt19937& random);
 
 }  // namespace tarvex::test

@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <random>
 #include <thread>
 
 #include "scanner/source/read_ahead_reader.h"
@@ -90,29 +89,6 @@ TEST(Prefetcher, WhoWouldWaitReadsOnHimself) {
   EXPECT_GT(stream.ReadOn(0, 1000), kSize - 1000);
   EXPECT_GE(stream.overtaken, 1);
   EXPECT_LE(stream.below.reads, kSize / kMebibyte + 6) << "nothing twice";
-}
-
-TEST(Prefetcher, LargeReadTakesWhatIsThereAndReadsTheRest) {
-  LongStream stream;
-  LONGLONG position = 0;
-  for (; position < 4 * kMebibyte; position += 1000) ASSERT_EQ(stream.Read(position, 1000), S_OK);
-  EXPECT_EQ(stream.Read(position, 4 * kMebibyte + 1), S_OK);
-  EXPECT_EQ(stream.Read(kSize - 100, 200), S_FALSE);
-}
-
-TEST(Prefetcher, BorrowedBytesAreThoseOfTheStream) {
-  LongStream stream;
-  ASSERT_GT(stream.ReadOn(0, 1000), kSize - 1000);
-  std::mt19937 random(7);
-  for (LONGLONG position = 0; position < kSize - kMebibyte;) {
-    const auto length = static_cast<LONG>(random() % kMebibyte);
-    const BYTE* bytes = stream.reader->Borrow(position, length, length).data();
-    ASSERT_NE(bytes, nullptr);
-    EXPECT_TRUE(std::equal(bytes, bytes + length, stream.below.bytes.begin() + position)) << position;
-    position += length;
-    EXPECT_EQ(stream.Read(position, 12), S_OK);  // the next head
-    if (random() % 20 == 0) position = static_cast<LONGLONG>(random() % (kSize / 2));
-  }
 }
 
 template <class Stream>

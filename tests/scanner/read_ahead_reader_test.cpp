@@ -1,9 +1,12 @@
+// What stands between libebml and the reader upstream: the read-ahead reader, which gives the same bytes, results and
+// errors as the reader below, and the byte source on top of it.
 #include "scanner/source/read_ahead_reader.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
+#include "scanner/source/async_callback.h"
 #include "tests/support/ebml_writer.h"
 #include "tests/support/memory_reader.h"
 
@@ -39,24 +42,6 @@ TEST(ReadAheadReader, RandomReadsAreThoseOfTheReaderBelow) {
     readers.ExpectSame(position, length);
     position += length;
   }
-}
-
-TEST(ReadAheadReader, BrokenPlaceFailsOnlyReadsThatTouchIt) {
-  TwoReaders readers;
-  readers.below.brokenFrom = 5000;
-  for (LONGLONG position = 0; position < 6000; position += 100) readers.ExpectSame(position, 100);
-  readers.ExpectSame(0, 5000);
-  readers.ExpectSame(0, 5001);
-}
-
-TEST(ReadAheadReader, NonsenseIsAnsweredByTheReaderBelow) {
-  TwoReaders readers;
-  BYTE byte = 0;
-  EXPECT_EQ(readers.readAhead->SyncRead(-1, 1, &byte), readers.below.SyncRead(-1, 1, &byte));
-  EXPECT_EQ(readers.readAhead->SyncRead(0, -1, &byte), readers.below.SyncRead(0, -1, &byte));
-  EXPECT_EQ(readers.readAhead->SyncRead(0, 0, &byte), S_OK);
-  const LONGLONG last = std::numeric_limits<LONGLONG>::max();
-  EXPECT_EQ(readers.readAhead->SyncRead(last - 1, 1, &byte), S_FALSE);
 }
 
 TEST(ReadAheadReader, EndOfTheStreamIsShortAlikeAlsoAfterItGrew) {
@@ -122,6 +107,36 @@ TEST(ReadAheadReader, FlushDuringAReadDoesNotWaitForIt) {
   BYTE bytes[16];
   EXPECT_EQ(readers.readAhead->SyncRead(0, 16, bytes), S_OK);
   EXPECT_EQ(readers.readAhead->SyncRead(16, 16, bytes), VFW_E_WRONG_STATE);
+}
+
+struct Source {
+  explicit Source(std::size_t size) : reader(Noise(size, 1)) { callback.Attach(&reader); }
+
+  MemoryReader reader;
+  CAsyncCallback callback;
+};
+
+// What the reader does not give is zero, also when the stream is shorter than it said.
+TEST(AsyncCallback, ShortReadCountsWholeAndEndsInZeros) {
+  for (const std::size_t shrunk : {100U, 50U}) {
+    Source source(100);
+    source.reader.bytes.resize(shrunk);
+    source.callback.setFilePointer(static_cast<std::int64_t>(shrunk) - 2);
+    ByteString buffer(4, 1);
+    EXPECT_EQ(source.callback.read(buffer.data(), 4), 4U);
+    EXPECT_EQ(source.callback.getFilePointer(), shrunk + 2);
+    EXPECT_EQ(buffer, (ByteString{source.reader.bytes[shrunk - 2], source.reader.bytes[shrunk - 1], 0, 0}));
+  }
+}
+
+TEST(AsyncCallback, ReadAtTheEndStillAsksTheReader) {
+  Source source(100);
+  source.callback.setFilePointer(100);
+  std::uint8_t byte = 7;
+  EXPECT_EQ(source.callback.read(&byte, 1), 1U);
+  EXPECT_EQ(byte, 0);
+  EXPECT_EQ(source.callback.read(&byte, 1), 0U);
+  EXPECT_EQ(source.reader.reads, 1);
 }
 
 }  // namespace

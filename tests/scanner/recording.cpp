@@ -1,9 +1,5 @@
 #include "tests/scanner/recording.h"
 
-#include <algorithm>
-
-#include "framework/log.h"
-
 namespace tarvex::test {
 
 bool RecordingCallback::OnData(const FrameInfo& frame) {
@@ -32,16 +28,6 @@ ByteString Headers(std::uint64_t trackType, const ByteString& trackChildren) {
 
 ByteString FileOf(const ByteString& clusters, const ByteString& headers) {
   return MatroskaFile(Join({headers, clusters}));
-}
-
-LogTexts::LogTexts() {
-  SetLogSink([](void* self, const char* text) { static_cast<LogTexts*>(self)->texts.emplace_back(text); }, this);
-}
-
-LogTexts::~LogTexts() { SetLogSink(nullptr, nullptr); }
-
-bool LogTexts::Contains(const std::string& text) const {
-  return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
 
 }  // namespace tarvex::test

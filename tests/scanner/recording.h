@@ -1,4 +1,4 @@
-// A scanner callback that keeps what it is given, and the log texts of a test. Owned by one test.
+// A scanner callback that keeps what it is given. Owned by one test.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +19,8 @@ struct RecordedFrame {
   std::int64_t start = 0;
   std::int64_t duration = 0;
   ByteString data;
+
+  friend bool operator==(const RecordedFrame&, const RecordedFrame&) = default;
 };
 
 class RecordingCallback : public CMatroskaCallback {
@@ -53,18 +55,6 @@ struct OpenFile {
 ByteString Headers(std::uint64_t trackType = 2, const ByteString& trackChildren = {});
 /// A file of these headers and the given Clusters.
 ByteString FileOf(const ByteString& clusters, const ByteString& headers = Headers());
-
-/// The log texts from construction to destruction.
-class LogTexts {
- public:
-  LogTexts();
-  ~LogTexts();
-  LogTexts(const LogTexts&) = delete;
-  LogTexts& operator=(const LogTexts&) = delete;
-
-  std::vector<std::string> texts;
-  bool Contains(const std::string& text) const;
-};
 
 /// The text of the MessageError that `action` throws, or nothing of one.
 template <class Action>

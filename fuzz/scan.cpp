@@ -1,5 +1,5 @@
-// See whole_scan.h.
-#include "tests/damage/whole_scan.h"
+// See scan.h.
+#include "fuzz/scan.h"
 
 #include <algorithm>
 #include <map>
@@ -12,13 +12,15 @@
 #include "pins/output/annex_b_converter.h"
 #include "scanner/source/read_ahead_reader.h"
 
-namespace tarvex::test {
+namespace tarvex::fuzz {
 namespace {
 
 /// Looks at every byte that would be delivered.
 class Consumer : public CMatroskaCallback {
  public:
-  Consumer(CEbmlScanner& scanner, ScanResult& result) : m_scanner(scanner), m_result(result) {}
+  Consumer(CEbmlScanner& scanner, ScanResult& result) : m_scanner(scanner), m_result(result) {
+    m_records.SetH264Form(true);
+  }
   virtual ~Consumer() = default;
 
   void OnTrack(std::uint32_t heapIndex) override {
@@ -47,12 +49,10 @@ class Consumer : public CMatroskaCallback {
 
  private:
   std::optional<AnnexBConverter>& ConverterOf(std::uint32_t track) {
-    const auto found = m_converters.find(track);
-    if (found != m_converters.end()) return found->second;
-    m_records.SetH264Form(true);
+    const auto [place, isNew] = m_converters.try_emplace(track);
     TrackPinInfo record;
-    const bool known = m_records.GetTrackInfoByNumber(track, record);
-    return m_converters[track] = known ? AnnexBConverter::For(record.mediaType) : std::nullopt;
+    if (isNew && m_records.GetTrackInfoByNumber(track, record)) place->second = AnnexBConverter::For(record.mediaType);
+    return place->second;
   }
 
   CEbmlScanner& m_scanner;
@@ -74,7 +74,6 @@ ScanResult ScanStream(IAsyncReader& reader, const std::function<void(CEbmlScanne
     result.opened = true;
     use(scanner);
   } catch (const MessageError&) {
-    result.stopped = true;
   }
   result.chapters = scanner.Chapters().size();
   result.indexEntries = scanner.Index().size();
@@ -88,4 +87,4 @@ void ScanWhole(CEbmlScanner& scanner) {
   scanner.Process();
 }
 
-}  // namespace tarvex::test
+}  // namespace tarvex::fuzz

@@ -1,5 +1,5 @@
-// A stream read without a graph: everything of the module that a file's bytes reach before they get to a pin. For
-// damaged files, fillings and fuzzers. Free functions; any thread.
+// A stream read without a graph: everything of the module that a file's bytes reach before they get to a pin, on the
+// calling thread. Free functions; any thread.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +8,10 @@
 #include "framework/platform/platform.h"
 #include "scanner/ebml_scanner.h"
 
-namespace tarvex::test {
+namespace tarvex::fuzz {
 
 struct ScanResult {
   bool opened = false;
-  bool stopped = false;  ///< by a MessageError
   std::uint64_t tracks = 0;
   std::uint64_t chapters = 0;
   std::uint64_t indexEntries = 0;
@@ -28,4 +27,4 @@ ScanResult ScanStream(IAsyncReader& reader, const std::function<void(CEbmlScanne
 /// For ScanStream: all clusters, the index, and again from the middle.
 void ScanWhole(CEbmlScanner& scanner);
 
-}  // namespace tarvex::test
+}  // namespace tarvex::fuzz

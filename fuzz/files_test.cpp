@@ -1,0 +1,112 @@
+// Files that nobody wrote: those of a corpus cut short and changed at random, and files filled with one thing. Reading
+// and playing them ends, without a report of the sanitizers, in bounded memory, with work that follows the size.
+// TARVEX_LONG=1 takes every cut and 10,000 mutations of each file; TARVEX_SEED makes others of them;
+// TARVEX_FILLING_MIB=64 makes the fillings that large.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <random>
+
+#include "fuzz/cases.h"
+#include "fuzz/fillings.h"
+#include "fuzz/heap.h"
+#include "fuzz/mutator.h"
+#include "fuzz/scan.h"
+#include "fuzz/targets.h"
+#include "fuzz/watch.h"
+#include "scanner/limits.h"
+#include "tests/support/memory_reader.h"
+#include "tests/support/source_filter.h"
+#include "tests/support/test_system.h"
+
+namespace tarvex::fuzz {
+namespace {
+
+using Bytes = Mutator::Bytes;
+using limits::kMebibyte;
+
+struct Cost : ScanResult {
+  std::int64_t left = 0;  ///< bytes, at the end and at most
+  std::int64_t peak = 0;
+  std::uint64_t allocations = 0;
+  std::uint64_t reads = 0;  ///< of the reader below
+};
+
+Cost CostOf(Bytes file) {
+  MemoryReader reader(std::move(file));
+  Cost cost;
+  const HeapCount heap;
+  static_cast<ScanResult&>(cost) = ScanStream(reader, ScanWhole);
+  cost.left = heap.Now();
+  cost.peak = heap.Peak();
+  cost.allocations = heap.Allocations();
+  cost.reads = static_cast<std::uint64_t>(reader.reads);
+  return cost;
+}
+
+class DamagedFile : public testing::TestWithParam<std::size_t> {
+ protected:
+  // One inflated frame of the largest size that can be delivered, what is read ahead, and for what the file holds its
+  // elements as objects, large for a few bytes.
+  void Read(Bytes bytes, const std::string& what) {
+    const Watched call(m_file.name + ": " + what);
+    const auto most = 12 * kMebibyte + 32 * static_cast<std::int64_t>(bytes.size());
+    Cost cost = CostOf(bytes);
+    if (cost.left != 0) cost = CostOf(bytes);  // some things are made once in a program
+    ASSERT_EQ(cost.left, 0) << what;
+    ASSERT_LE(cost.peak, most) << what;
+  }
+  void Play(Bytes bytes, std::uint32_t seed) {
+    constexpr std::array<std::uint8_t, 7> kScript = {0x60, 0xC0, 0x60, 0x20, 0x90, 0x60, 0x00};
+    const Watched call(m_file.name + ": played, mutation " + std::to_string(seed));
+    bytes.push_back(static_cast<std::uint8_t>(0x40 + seed % 2));  // all pins or one of each kind
+    bytes.insert(bytes.end(), kScript.begin(), kScript.end());
+    FuzzFilter(bytes);
+  }
+
+  const CorpusFile& m_file = CorpusFiles()[GetParam()];
+  const Mutator m_mutator{ReadWholeFile(m_file.path)};
+  const std::uint32_t m_seed = FromEnvironment("TARVEX_SEED", 1) + static_cast<std::uint32_t>(GetParam()) * 10000;
+};
+
+TEST_P(DamagedFile, CutAnywhereIsReadToItsEnd) {
+  std::mt19937 random(m_seed);
+  const std::size_t size = m_mutator.Whole().size();
+  for (std::size_t k = 0; k < Many(30, 66000) && !HasFailure(); ++k) {
+    const std::size_t at = Many(0, 1) != 0 && k < 65000 ? k : random() % (size + 1);
+    if (at <= size) Read(m_mutator.CutAt(at), "cut at " + std::to_string(at));
+  }
+}
+
+TEST_P(DamagedFile, MutatedIsReadAndPlayedToItsEnd) {
+  for (std::uint32_t k = 0; k < Many(30, 10000) && !HasFailure(); ++k) {
+    const Bytes bytes = m_mutator.Mutated(m_seed + k);
+    Read(bytes, "mutation " + std::to_string(m_seed + k));
+    if (k < Many(1, 100)) Play(bytes, m_seed + k);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Corpus, DamagedFile, testing::Range<std::size_t>(0, CorpusFiles().size()),
+                         [](const auto& file) { return CorpusFiles()[file.param].Letters(); });
+
+class FilledWith : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(FilledWith, CostsBoundedMemoryAndWorkThatFollowsTheSize) {
+  constexpr std::size_t kFactor = 4;
+  const std::size_t mebibytes = FromEnvironment("TARVEX_FILLING_MIB", 0);
+  const std::size_t large = mebibytes != 0 ? mebibytes << 20 : std::size_t{1} << (IsInstrumented() ? 16 : 18);
+  const Watched call(FillingName(GetParam()));
+  const Cost one = CostOf(MakeFilling(GetParam(), large / kFactor));
+  const Cost four = CostOf(MakeFilling(GetParam(), large));
+  // Twice as much as proportion, and what is done once.
+  EXPECT_LE(four.reads, 2 * kFactor * one.reads + 30);
+  EXPECT_LE(four.allocations, 2 * kFactor * one.allocations + 1000);
+  EXPECT_LE(four.peak, 64 * kMebibyte + 3 * static_cast<std::int64_t>(large));
+}
+
+INSTANTIATE_TEST_SUITE_P(Fillings, FilledWith, testing::Range<std::size_t>(0, FillingCount()),
+                         [](const auto& filling) { return FillingName(filling.param); });
+
+}  // namespace
+}  // namespace tarvex::fuzz
