@@ -4,6 +4,7 @@
 
 #include "fuzz/heap.h"
 #include "fuzz/scan.h"
+#include "pins/limits.h"
 #include "scanner/limits.h"
 #include "tests/support/deflated.h"
 #include "tests/support/log_capture.h"
