@@ -7,28 +7,26 @@
 namespace tarvex::test {
 namespace {
 
-constexpr LONG kEcErrorAbort = 3;
 constexpr MovieShape kMovie = {.frames = 300, .framesPerCluster = 25, .frameSize = 5000};
 
 class Sources : public GraphTest {
  protected:
   /// Connects the source and a sink for every pin.
-  void Open(ComPtr<CSourceFilter> source) {
-    m_graph.emplace();
-    m_source = std::move(source);
-    ASSERT_EQ(Graph().SeparatePins(true), S_OK);
-    ASSERT_EQ(Graph().Open(m_source.Get()), S_OK);
+  void OpenWithSinks(ComPtr<CSourceFilter> source) {
+    Open(std::move(source));
     ASSERT_EQ(Graph().ConnectSinks(SinkKind::kRecording), S_OK);
   }
+  /// Of all samples that each sink gets.
   std::vector<std::vector<std::string>> DigestsAtTheEnd() {
-    std::vector<std::vector<std::string>> all;
+    EXPECT_TRUE(SUCCEEDED(Graph().Run()));
     EXPECT_TRUE(Graph().WaitForEnd());
+    EXPECT_FALSE(IsAborted());
+    EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+    std::vector<std::vector<std::string>> all;
     for (const auto& sink : Graph().Sinks()) {
       std::vector<std::string>& digests = all.emplace_back();
       for (const SinkEvent& sample : sink->Samples()) digests.push_back(sample.sha1);
     }
-    EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 50));
-    EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
     return all;
   }
   std::size_t SamplesSoFar() {
@@ -36,49 +34,41 @@ class Sources : public GraphTest {
     for (const auto& sink : Graph().Sinks()) samples += sink->CountOf(SinkEvent::Kind::kSample);
     return samples;
   }
-  void AwaitUntil(const std::function<bool()>& isDone) {
-    for (DWORD waited = 0; waited < kPatience && !isDone(); ++waited) SleepMilliseconds(1);
-    EXPECT_TRUE(isDone());
+  bool WaitsForBytes() {
+    return Eventually([this] { return m_source->Pin()->isWaiting.load(); });
   }
 };
 
 TEST_F(Sources, BytesOnTheirWayAreWaitedForAndNeverMadeUp) {
   const ByteString movie = MakeMovie(kMovie);
   const auto size = static_cast<LONGLONG>(movie.size());
-  Open(CSourceFilter::FromBytes(movie));
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  OpenWithSinks(CSourceFilter::FromBytes(movie));
   const auto expected = DigestsAtTheEnd();
   ASSERT_EQ(expected.at(0).size(), kMovie.frames);
 
   const auto source = CSourceFilter::FromBytes(movie);
   source->Arrive(2000);  // the headers; opening waits for no more
-  Open(source);
+  OpenWithSinks(source);
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    EXPECT_TRUE(WaitsForBytes());
+    EXPECT_TRUE(SUCCEEDED(Graph().Stop())) << "which ends the wait";
+    EXPECT_FALSE(source->Pin()->isWaiting);
+    EXPECT_FALSE(IsAborted());
+  }
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  AwaitUntil([&] { return source->IsWaitingForBytes(); });
+  EXPECT_TRUE(WaitsForBytes());
   EXPECT_EQ(SamplesSoFar(), 0U);
   const std::size_t aCluster = 2 * kMovie.framesPerCluster;
   for (LONGLONG arrived = 2000; arrived < size; arrived += 123457) {
     source->Arrive(arrived);
     // What is there is played, but for the Cluster that is not whole yet.
     const auto whole = static_cast<std::size_t>(arrived * 2 * kMovie.frames / size);
-    AwaitUntil([&] { return SamplesSoFar() + 2 * aCluster >= whole; });
+    EXPECT_TRUE(Eventually([&] { return SamplesSoFar() + 2 * aCluster >= whole; }));
     EXPECT_LE(SamplesSoFar(), whole);
   }
   source->Arrive(size);
   EXPECT_EQ(DigestsAtTheEnd(), expected);
-}
-
-TEST_F(Sources, StopEndsTheWaitForBytesThatDoNotCome) {
-  const auto source = CSourceFilter::FromBytes(MakeMovie(kMovie));
-  source->Arrive(1000000);
-  Open(source);
-  for (int round = 0; round < 2; ++round) {
-    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-    AwaitUntil([&] { return source->IsWaitingForBytes(); });
-    EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
-    EXPECT_FALSE(source->IsWaitingForBytes());
-  }
-  EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 50));
 }
 
 // The end is nearer than it was thought to be when the stream was opened, or the file is cut: reads cross it.
@@ -87,20 +77,18 @@ TEST_F(Sources, AnEndIsTheSameHoweverTheSourceSaysIt) {
   for (const int cut : {0, 1, 3, 4990, 5010}) {
     ByteString movie = MakeMovie(kMovie);
     movie.erase(movie.end() - cut, movie.end());
-    Open(CSourceFilter::FromBytes(movie));
-    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    OpenWithSinks(CSourceFilter::FromBytes(movie));
     const auto expected = DigestsAtTheEnd();
     EXPECT_GE(expected.at(0).size(), kMovie.frames - kMovie.framesPerCluster);
     for (const HRESULT answer : {S_FALSE, HRESULT_FROM_WIN32(ERROR_HANDLE_EOF)}) {
       SCOPED_TRACE(testing::Message() << cut << " bytes missing, answer " << std::hex << answer);
       const auto source = CSourceFilter::FromBytes(movie);
       const auto size = static_cast<LONGLONG>(movie.size());
-      source->AnswerAtTheEnd(answer);
-      source->Estimate(cut == 0 ? size + kTooMuch : size);
-      source->Arrive(size - kTooMuch);
-      Open(source);
+      source->Pin()->answerAtTheEnd = answer;
+      source->Arrive(size - kTooMuch, cut == 0 ? size + kTooMuch : size);
+      OpenWithSinks(source);
       ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-      AwaitUntil([&] { return source->IsWaitingForBytes(); });
+      EXPECT_TRUE(WaitsForBytes());
       source->Arrive(size);
       EXPECT_EQ(DigestsAtTheEnd(), expected);
     }
@@ -159,49 +147,35 @@ struct LargeFile {
   LONGLONG size = 0;
 };
 
-TEST_F(Sources, PositionsBeyondFourGibibytesAreReadAndSought) {
+// Its Cues are the last to come, and only a seek needs them.
+TEST_F(Sources, PositionsBeyondFourGibibytesAreReadAndSoughtAndOpeningWaitsForTheHeadersAlone) {
   LargeFile file;
   ASSERT_GT(file.size, LONGLONG{1} << 32);
-  Open(CSourceFilter::FromParts(file.parts, file.size));
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  const std::vector<std::string> all = DigestsAtTheEnd().at(0);
-  ASSERT_EQ(all.size(), 30U) << "from the front to the back";
-  const int readsToPlay = m_source->Reads();
-  EXPECT_LT(readsToPlay, 100) << "the tags are not read";
-
-  LONGLONG wanted = 20'000'000;  // the last Cluster
-  const auto seeking = QueryFor<IMediaSeeking>(Output(0).Get());
-  ASSERT_EQ(seeking->SetPositions(&wanted, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning), S_OK);
-  Graph().Sink(0).Clear();
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  EXPECT_EQ(DigestsAtTheEnd().at(0), std::vector<std::string>(all.begin() + 20, all.end()));
-  EXPECT_EQ(Graph().Sink(0).Events().front().start, wanted) << "the segment's";
-  EXPECT_EQ(Graph().Sink(0).Samples().front().start, 0);
-  EXPECT_LT(m_source->Reads() - readsToPlay, 20) << "nothing in between is read";
-}
-
-// Its Cues are the last to come, and only a seek needs them.
-TEST_F(Sources, OpeningWaitsForTheHeadersAlone) {
-  const LargeFile file;
   const auto source = CSourceFilter::FromParts(file.parts, file.size);
   source->Arrive(4000);
   CEvent opened;
   CThread opener;
   ASSERT_EQ(opener.Start([&] {
-    Open(source);
+    OpenWithSinks(source);
     opened.Set();
   }),
             S_OK);
-  const bool isEarly = opened.Wait(5000);
+  const bool isEarly = opened.Wait(kPatience);
   source->Arrive(file.size);
   opener.Join();
   ASSERT_TRUE(isEarly);
-  LONGLONG wanted = 20'000'000;
-  const auto seeking = QueryFor<IMediaSeeking>(Output(0).Get());
-  ASSERT_EQ(seeking->SetPositions(&wanted, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning), S_OK);
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  EXPECT_EQ(DigestsAtTheEnd().at(0).size(), 10U);
-  EXPECT_LT(source->Reads(), 100) << "by the Cues";
+  const std::vector<std::string> all = DigestsAtTheEnd().at(0);
+  ASSERT_EQ(all.size(), 30U) << "from the front to the back";
+  const int readsToPlay = m_source->Reads();
+  EXPECT_LT(readsToPlay, 100) << "the tags are not read";
+
+  constexpr LONGLONG kWanted = 2 * kSecond;  // the last Cluster
+  ASSERT_EQ(Seek(kWanted), S_OK);
+  Graph().Sink(0).Clear();
+  EXPECT_EQ(DigestsAtTheEnd().at(0), std::vector<std::string>(all.begin() + 20, all.end()));
+  EXPECT_EQ(Graph().Sink(0).Events().front().start, kWanted) << "the segment's";
+  EXPECT_EQ(Graph().Sink(0).Samples().front().start, 0);
+  EXPECT_LT(m_source->Reads() - readsToPlay, 20) << "nothing in between is read";
 }
 
 }  // namespace

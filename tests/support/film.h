@@ -1,8 +1,9 @@
-// A film of any rate and length, as a source whose frames say where they come from. Most of its bytes are zeros that
-// nobody has to keep. Free functions; any thread.
+// Films of any rate and length, made in memory: frames say where they come from, and most of their bytes are zeros
+// that nobody has to keep. Free functions; any thread.
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "tests/support/source_filter.h"
 
@@ -34,5 +35,19 @@ struct FrameOrigin {
   REFERENCE_TIME time = 0;  ///< in the file
 };
 FrameOrigin OriginOf(IMediaSample* sample);
+
+/// Tracks are numbered from 1: videos first, then audio, then subtitles. Every frame is a key frame and
+/// lasts 40 ms; every track has one at each time.
+struct MovieShape {
+  unsigned videos = 1;
+  unsigned audios = 1;
+  unsigned subtitles = 0;
+  unsigned frames = 100;  ///< of each track
+  unsigned framesPerCluster = 25;
+  std::uint32_t frameSize = 200;  ///< bytes, with those that say where it comes from
+  std::uint32_t duration = 0;     ///< milliseconds that the file says it lasts; 0: nothing
+};
+/// The whole file.
+std::vector<std::uint8_t> MakeMovie(const MovieShape& shape);
 
 }  // namespace tarvex::test

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "tests/support/patience.h"
+
 namespace tarvex::test {
 
 LogCapture::LogCapture(IUnknown* object) {
@@ -19,24 +21,19 @@ void STDMETHODCALLTYPE LogCapture::Take(void* context, const char* text) {
   self.m_texts.emplace_back(text);
 }
 
-std::vector<std::string> LogCapture::Texts() {
-  const CAutoLock lock(m_lock);
-  return m_texts;
-}
-
 std::size_t LogCapture::CountOf(std::string_view text) {
   const CAutoLock lock(m_lock);
   return static_cast<std::size_t>(std::count(m_texts.begin(), m_texts.end(), text));
 }
 
-void LogCapture::Clear() {
-  const CAutoLock lock(m_lock);
-  m_texts.clear();
+bool LogCapture::WaitFor(std::string_view text) {
+  return Eventually([&] { return Contains(text); });
 }
 
 std::string LogCapture::Joined() {
+  const CAutoLock lock(m_lock);
   std::string all;
-  for (const std::string& text : Texts()) all += text + '\n';
+  for (const std::string& text : m_texts) all += text + '\n';
   return all;
 }
 

@@ -20,11 +20,11 @@ class LogCapture {
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
 
-  std::vector<std::string> Texts();
   /// Number of texts that are exactly this.
   std::size_t CountOf(std::string_view text);
   bool Contains(std::string_view text) { return CountOf(text) != 0; }
-  void Clear();
+  /// Until it was logged.
+  bool WaitFor(std::string_view text);
   /// All texts, one a line, for a failure's message.
   std::string Joined();
 

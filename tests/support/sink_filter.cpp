@@ -1,17 +1,13 @@
 // See sink_filter.h.
 #include "tests/support/sink_filter.h"
 
-#include <algorithm>
 #include <utility>
 
-#include "framework/thread.h"
 #include "tests/support/digest.h"
 
 namespace tarvex::test {
 namespace {
 
-// {5D3C9E51-7E6B-4A52-9B0F-3B8C5B3E2C11}
-constexpr GUID kSinkClass = {0x5D3C9E51, 0x7E6B, 0x4A52, {0x9B, 0x0F, 0x3B, 0x8C, 0x5B, 0x3E, 0x2C, 0x11}};
 constexpr DWORD kSlowness = 5;  // milliseconds
 
 SinkEvent Describe(IMediaSample* sample, bool withChecksum) {
@@ -29,38 +25,8 @@ SinkEvent Describe(IMediaSample* sample, bool withChecksum) {
 }  // namespace
 
 const char* NameOf(SinkKind kind) {
-  switch (kind) {
-    case SinkKind::kRecording:
-      return "recording";
-    case SinkKind::kCounting:
-      return "counting";
-    case SinkKind::kSlow:
-      return "slow";
-    case SinkKind::kHolding:
-      return "holding";
-    case SinkKind::kBlocking:
-      return "blocking";
-    case SinkKind::kRefusing:
-      return "refusing";
-  }
-  return "?";
-}
-
-ComPtr<CSinkFilter> CSinkFilter::Create(SinkKind kind) { return ComPtr<CSinkFilter>(new CSinkFilter(kind)); }
-
-CSinkFilter::CSinkFilter(SinkKind kind)
-    : CBaseFilter("CSinkFilter", nullptr, &m_filterLock, kSinkClass),
-      m_kind(kind),
-      m_pin(new CSinkPin(this, &m_filterLock)) {}
-
-CSinkFilter::~CSinkFilter() = default;
-
-CBasePin* CSinkFilter::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
-
-// What blocks is let go before the filter lock is waited for.
-HRESULT STDMETHODCALLTYPE CSinkFilter::Stop() {
-  Unblock();
-  return CBaseFilter::Stop();
+  static constexpr const char* kNames[] = {"recording", "counting", "forgetful", "slow", "holding", "blocking"};
+  return kNames[static_cast<int>(kind)];
 }
 
 std::vector<SinkEvent> CSinkFilter::Events() {
@@ -76,13 +42,13 @@ std::vector<SinkEvent> CSinkFilter::Samples() {
 
 std::size_t CSinkFilter::CountOf(SinkEvent::Kind kind) {
   const CAutoLock lock(m_recordLock);
-  return static_cast<std::size_t>(
-      std::count_if(m_events.begin(), m_events.end(), [kind](const SinkEvent& event) { return event.kind == kind; }));
+  return m_counts.at(static_cast<std::size_t>(kind));
 }
 
 void CSinkFilter::Clear() {
   const CAutoLock lock(m_recordLock);
   m_events.clear();
+  m_counts = {};
   m_ended.Clear();
   m_sampled.Clear();
 }
@@ -95,9 +61,9 @@ void CSinkFilter::LetGo() {
 }
 
 HRESULT CSinkFilter::Take(IMediaSample* sample) {
-  Arrive();
+  m_afterEnd += m_isOver ? 1 : 0;
   // A flush may have begun since the pin looked.
-  if (!RecordUnlessFlushing(Describe(sample, m_kind == SinkKind::kRecording))) return S_FALSE;
+  if (!Record(Describe(sample, m_kind == SinkKind::kRecording), false)) return S_FALSE;
   m_sampled.Set();
   if (m_onSample) m_onSample(sample);
   if (m_answer) return m_answer(sample);
@@ -107,28 +73,18 @@ HRESULT CSinkFilter::Take(IMediaSample* sample) {
     const CAutoLock lock(m_recordLock);
     m_held.emplace_back(sample);
   }
-  return m_kind == SinkKind::kRefusing ? VFW_E_SAMPLE_REJECTED : S_OK;
+  return S_OK;
 }
 
-void CSinkFilter::Record(SinkEvent event) {
+// False where a flush keeps it out.
+bool CSinkFilter::Record(SinkEvent event, bool passesFlush) {
   const CAutoLock lock(m_recordLock);
-  if (event.kind == SinkEvent::Kind::kBeginFlush) m_isFlushing = true;
-  if (event.kind == SinkEvent::Kind::kEndFlush) m_isFlushing = false;
-  m_events.push_back(std::move(event));
-}
-
-bool CSinkFilter::RecordUnlessFlushing(SinkEvent event) {
-  const CAutoLock lock(m_recordLock);
-  if (m_isFlushing) return false;
-  m_events.push_back(std::move(event));
+  if (event.kind == SinkEvent::Kind::kBeginFlush) m_pin.m_isFlushing = true;
+  if (event.kind == SinkEvent::Kind::kEndFlush) m_pin.m_isFlushing = false;
+  if (m_pin.m_isFlushing && !passesFlush) return false;
+  ++m_counts.at(static_cast<std::size_t>(event.kind));
+  if (m_kind != SinkKind::kForgetful) m_events.push_back(std::move(event));
   return true;
-}
-
-void CSinkFilter::End() {
-  Arrive();
-  Record({.kind = SinkEvent::Kind::kEndOfStream});
-  m_isOver = true;
-  m_ended.Set();
 }
 
 void CSinkFilter::Unblock() {
@@ -136,54 +92,89 @@ void CSinkFilter::Unblock() {
   LetGo();
 }
 
-void CSinkFilter::Block() { m_released.Clear(); }
+CSinkPin::CSinkPin(CSinkFilter& sink) : PlainPin(sink, PINDIR_INPUT), m_sink(sink) {}
 
-CSinkPin::CSinkPin(CSinkFilter* filter, CCritSec* lock)
-    : CBaseInputPin("CSinkPin", filter, lock, OLESTR("In")), m_sink(*filter) {}
-
-HRESULT CSinkPin::CheckMediaType(const CMediaType* /*type*/) { return m_refuseTypes ? S_FALSE : S_OK; }
-
-HRESULT CSinkPin::Active() {
-  m_sink.Begin();
-  m_sink.Block();
-  return CBaseInputPin::Active();
-}
-
-HRESULT CSinkPin::Inactive() {
-  m_sink.Unblock();
-  return CBaseInputPin::Inactive();
-}
-
-HRESULT STDMETHODCALLTYPE CSinkPin::Receive(IMediaSample* pSample) {
-  const HRESULT result = CBaseInputPin::Receive(pSample);
-  return result == S_OK ? m_sink.Take(pSample) : result;
-}
-
-HRESULT STDMETHODCALLTYPE CSinkPin::EndOfStream() {
-  m_sink.End();
+HRESULT STDMETHODCALLTYPE CSinkPin::QueryInterface(REFIID iid, void** out) {
+  if (iid != IID_IMemInputPin) return PlainPin::QueryInterface(iid, out);
+  *out = static_cast<IMemInputPin*>(this);
+  AddRef();
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE CSinkPin::BeginFlush() {
-  if (m_sink.m_beforeFlush) m_sink.m_beforeFlush();
-  m_sink.Record({.kind = SinkEvent::Kind::kBeginFlush});
-  const HRESULT result = CBaseInputPin::BeginFlush();
+HRESULT STDMETHODCALLTYPE CSinkPin::ReceiveConnection(IPin* pConnector, const AM_MEDIA_TYPE* pmt) {
+  const HRESULT answer = m_sink.Ask(SinkCall::kConnection);
+  return FAILED(answer) ? answer : PlainPin::ReceiveConnection(pConnector, pmt);
+}
+
+HRESULT STDMETHODCALLTYPE CSinkPin::GetAllocator(IMemAllocator** ppAllocator) {
+  m_allocator.CopyTo(ppAllocator);
+  return m_allocator ? S_OK : VFW_E_NO_ALLOCATOR;
+}
+
+HRESULT STDMETHODCALLTYPE CSinkPin::NotifyAllocator(IMemAllocator* pAllocator, BOOL bReadOnly) {
+  const HRESULT answer = m_sink.Ask(SinkCall::kAllocator);
+  if (FAILED(answer)) return answer;
+  m_allocator = ComPtr<IMemAllocator>(pAllocator);
+  m_isReadOnly = bReadOnly != FALSE;
+  return S_OK;
+}
+
+void CSinkPin::Begin() {
+  m_sink.m_isOver = false;
+  m_sink.m_released.Clear();
+}
+
+// A renderer gives up the memory of its connection when it stops.
+void CSinkPin::End() {
   m_sink.Unblock();
+  m_isFlushing = false;
+  if (m_allocator) m_allocator->Decommit();
+  if (!IsConnected()) m_allocator.Reset();
+}
+
+HRESULT STDMETHODCALLTYPE CSinkPin::Receive(IMediaSample* pSample) {
+  if (!IsConnected()) return VFW_E_NOT_CONNECTED;
+  if (m_isFlushing) return S_FALSE;
+  if (IsStopped()) return VFW_E_WRONG_STATE;
+  const HRESULT answer = m_sink.Ask(SinkCall::kSample);
+  return FAILED(answer) ? answer : m_sink.Take(pSample);
+}
+
+HRESULT STDMETHODCALLTYPE CSinkPin::ReceiveMultiple(IMediaSample** pSamples, LONG nSamples, LONG* nSamplesProcessed) {
+  HRESULT result = S_OK;
+  for (*nSamplesProcessed = 0; *nSamplesProcessed < nSamples; ++*nSamplesProcessed) {
+    result = Receive(pSamples[*nSamplesProcessed]);
+    if (result != S_OK) break;
+  }
   return result;
+}
+
+HRESULT STDMETHODCALLTYPE CSinkPin::EndOfStream() {
+  m_sink.m_afterEnd += m_sink.m_isOver ? 1 : 0;
+  m_sink.Record({.kind = SinkEvent::Kind::kEndOfStream});
+  m_sink.m_isOver = true;
+  m_sink.m_ended.Set();
+  return m_sink.Ask(SinkCall::kEndOfStream);
+}
+
+HRESULT STDMETHODCALLTYPE CSinkPin::BeginFlush() {
+  const HRESULT answer = m_sink.Ask(SinkCall::kBeginFlush);
+  m_sink.Record({.kind = SinkEvent::Kind::kBeginFlush});
+  m_sink.Unblock();
+  return answer;
 }
 
 HRESULT STDMETHODCALLTYPE CSinkPin::EndFlush() {
   m_sink.Record({.kind = SinkEvent::Kind::kEndFlush});
-  m_sink.Begin();  // an end that crossed with the flush is dropped by it
-  m_sink.m_ended.Clear();
-  m_sink.Block();
-  return CBaseInputPin::EndFlush();
+  m_sink.m_ended.Clear();  // an end that crossed with the flush is dropped by it
+  Begin();
+  return m_sink.Ask(SinkCall::kEndFlush);
 }
 
 HRESULT STDMETHODCALLTYPE CSinkPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
-  m_sink.Arrive();
+  m_sink.m_afterEnd += m_sink.m_isOver ? 1 : 0;
   m_sink.Record({.kind = SinkEvent::Kind::kNewSegment, .start = tStart, .stop = tStop, .rate = dRate});
-  return CBaseInputPin::NewSegment(tStart, tStop, dRate);
+  return m_sink.Ask(SinkCall::kNewSegment);
 }
 
 }  // namespace tarvex::test

@@ -3,26 +3,24 @@
 // and reads its record from any thread.
 #pragma once
 
-#include <atomic>
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "framework/base_filter.h"
-#include "framework/base_input_pin.h"
 #include "framework/event.h"
-#include "framework/owned_pin.h"
+#include "tests/support/plain_filter.h"
 
 namespace tarvex::test {
 
 enum class SinkKind {
   kRecording,  ///< takes and writes down every sample
   kCounting,   ///< the same without checksums
+  kForgetful,  ///< only counts, and so needs no memory for what it gets
   kSlow,       ///< takes a few milliseconds for each
   kHolding,    ///< keeps samples until it is stopped, flushed or told to let go
-  kBlocking,   ///< stays in Receive until it is stopped or flushed
-  kRefusing    ///< answers VFW_E_SAMPLE_REJECTED
+  kBlocking    ///< stays in Receive until it is stopped or flushed
 };
 inline constexpr SinkKind kAllSinkKinds[] = {SinkKind::kRecording, SinkKind::kSlow, SinkKind::kHolding,
                                              SinkKind::kBlocking};
@@ -42,18 +40,54 @@ struct SinkEvent {
   std::string sha1 = {};  ///< empty unless the sink records
 };
 
-class CSinkPin;
+/// What a sink can be told to refuse.
+enum class SinkCall { kConnection, kAllocator, kSample, kNewSegment, kEndOfStream, kBeginFlush, kEndFlush };
 
-class CSinkFilter : public CBaseFilter {
+class CSinkFilter;
+
+class CSinkPin : public PlainPin, public IMemInputPin {
  public:
-  static ComPtr<CSinkFilter> Create(SinkKind kind);
-  ~CSinkFilter() override;
+  explicit CSinkPin(CSinkFilter& sink);
 
-  int GetPinCount() override { return 1; }
-  CBasePin* GetPin(int index) override;
-  HRESULT STDMETHODCALLTYPE Stop() override;
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
+  ULONG STDMETHODCALLTYPE AddRef() override { return PlainPin::AddRef(); }
+  ULONG STDMETHODCALLTYPE Release() override { return PlainPin::Release(); }
 
-  CSinkPin* Pin() const noexcept { return m_pin.Get(); }
+  HRESULT STDMETHODCALLTYPE Connect(IPin* /*pReceivePin*/, const AM_MEDIA_TYPE* /*pmt*/) override { return E_UNEXPECTED; }
+  HRESULT STDMETHODCALLTYPE ReceiveConnection(IPin* pConnector, const AM_MEDIA_TYPE* pmt) override;
+  HRESULT STDMETHODCALLTYPE EndOfStream() override;
+  HRESULT STDMETHODCALLTYPE BeginFlush() override;
+  HRESULT STDMETHODCALLTYPE EndFlush() override;
+  HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
+
+  /// What it was notified of; VFW_E_NO_ALLOCATOR before.
+  HRESULT STDMETHODCALLTYPE GetAllocator(IMemAllocator** ppAllocator) override;
+  HRESULT STDMETHODCALLTYPE NotifyAllocator(IMemAllocator* pAllocator, BOOL bReadOnly) override;
+  HRESULT STDMETHODCALLTYPE GetAllocatorRequirements(ALLOCATOR_PROPERTIES* /*pProps*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Receive(IMediaSample* pSample) override;
+  HRESULT STDMETHODCALLTYPE ReceiveMultiple(IMediaSample** pSamples, LONG nSamples, LONG* nSamplesProcessed) override;
+  HRESULT STDMETHODCALLTYPE ReceiveCanBlock() override { return S_OK; }
+
+  bool IsFlushing() const noexcept { return m_isFlushing; }
+  bool IsReadOnly() const noexcept { return m_isReadOnly; }
+
+ protected:
+  void Begin() override;
+  void End() override;
+
+ private:
+  friend class CSinkFilter;
+  CSinkFilter& m_sink;
+  ComPtr<IMemAllocator> m_allocator;
+  std::atomic<bool> m_isReadOnly{false};
+  std::atomic<bool> m_isFlushing{false};
+};
+
+class CSinkFilter : public PlainFilter {
+ public:
+  static ComPtr<CSinkFilter> Create(SinkKind kind) { return ComPtr<CSinkFilter>(new CSinkFilter(kind)); }
+
+  CSinkPin* Pin() noexcept { return &m_pin; }
   SinkKind Kind() const noexcept { return m_kind; }
 
   std::vector<SinkEvent> Events();
@@ -70,69 +104,37 @@ class CSinkFilter : public CBaseFilter {
   bool WaitForSample(DWORD milliseconds) { return m_sampled.Wait(milliseconds); }
   /// A holding sink gives all its samples back.
   void LetGo();
+  /// Asked ahead of every call, on the caller's thread; a failure is the answer. To be set before anybody calls.
+  void BeforeEachCall(std::function<HRESULT(SinkCall)> call) { m_fault = std::move(call); }
   /// Called in Receive, on the thread that delivers, after the sample was written down.
   void OnSample(std::function<void(IMediaSample*)> call) { m_onSample = std::move(call); }
-  /// Called in BeginFlush, before the pin begins to flush.
-  void BeforeFlush(std::function<void()> call) { m_beforeFlush = std::move(call); }
   /// The same as OnSample; the answer is Receive's.
   void AnswerWith(std::function<HRESULT(IMediaSample*)> call) { m_answer = std::move(call); }
 
  private:
   friend class CSinkPin;
-  explicit CSinkFilter(SinkKind kind);
+  explicit CSinkFilter(SinkKind kind) : PlainFilter(LockRank::kLastFilter), m_kind(kind) {}
+  PlainPin& OnlyPin() noexcept override { return m_pin; }
+  void BeforeStop() override { Unblock(); }
+  HRESULT Ask(SinkCall call) { return m_fault ? m_fault(call) : S_OK; }
   HRESULT Take(IMediaSample* sample);
-  void Record(SinkEvent event);
-  bool RecordUnlessFlushing(SinkEvent event);
-  void End();
-  void Begin() { m_isOver = false; }
-  void Arrive() { m_afterEnd += m_isOver ? 1 : 0; }
+  bool Record(SinkEvent event, bool passesFlush = true);
   void Unblock();
-  void Block();
 
   const SinkKind m_kind;
-  CCritSec m_filterLock{"CSinkFilter", LockRank::kLastFilter};
   CCritSec m_recordLock{"CSinkFilter record", LockRank::kVisited};
   std::vector<SinkEvent> m_events;           // under m_recordLock
-  bool m_isFlushing = false;                 // under m_recordLock
+  std::array<std::size_t, 5> m_counts{};     // under m_recordLock
   std::vector<ComPtr<IMediaSample>> m_held;  // under m_recordLock
+  std::function<HRESULT(SinkCall)> m_fault;
   std::function<void(IMediaSample*)> m_onSample;
   std::function<HRESULT(IMediaSample*)> m_answer;
-  std::function<void()> m_beforeFlush;
   std::atomic<bool> m_isOver{false};  // since an end of stream
   std::atomic<int> m_afterEnd{0};
   CEvent m_ended{CEvent::Mode::kManual};
   CEvent m_sampled{CEvent::Mode::kManual};
   CEvent m_released{CEvent::Mode::kManual};  // ends Receive of a blocking sink
-  OwnedPin<CSinkPin> m_pin;
-};
-
-class CSinkPin : public CBaseInputPin {
- public:
-  explicit CSinkPin(CSinkFilter* filter, CCritSec* lock);
-
-  HRESULT CheckMediaType(const CMediaType* type) override;
-  HRESULT Active() override;
-  HRESULT Inactive() override;
-
-  HRESULT STDMETHODCALLTYPE Receive(IMediaSample* pSample) override;
-  HRESULT STDMETHODCALLTYPE ReceiveCanBlock() override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE NotifyAllocator(IMemAllocator* pAllocator, BOOL bReadOnly) override {
-    return m_refuseAllocators ? E_ACCESSDENIED : CBaseInputPin::NotifyAllocator(pAllocator, bReadOnly);
-  }
-  HRESULT STDMETHODCALLTYPE EndOfStream() override;
-  HRESULT STDMETHODCALLTYPE BeginFlush() override;
-  HRESULT STDMETHODCALLTYPE EndFlush() override;
-  HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
-
-  /// From now on no media type is good enough.
-  void RefuseTypes() { m_refuseTypes = true; }
-  /// From now on no allocator is.
-  void RefuseAllocators() { m_refuseAllocators = true; }
-
- private:
-  CSinkFilter& m_sink;
-  std::atomic<bool> m_refuseTypes{false};
-  std::atomic<bool> m_refuseAllocators{false};
+  CSinkPin m_pin{*this};
 };
 
 }  // namespace tarvex::test

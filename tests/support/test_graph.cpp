@@ -58,6 +58,7 @@ TestGraph::TestGraph(ComPtr<IBaseFilter> splitter, ComPtr<IGraphBuilder> graph)
 }
 
 TestGraph::~TestGraph() {
+  if (!m_graph) return;
   Stop();
   DisconnectAll();
   RemoveFilters();
@@ -152,6 +153,17 @@ bool TestGraph::WaitForEvent(LONG code, DWORD milliseconds) const {
     if (found == code) return true;
   }
   return false;
+}
+
+// The ends hold on to the splitter's pins, and those to them: a circle that only the ends can open.
+void TestGraph::Abandon() {
+  for (const ComPtr<CSinkFilter>& sink : m_sinks) sink->Pin()->Forget();
+  static_cast<CSourceFilter&>(*m_source).Pin()->Forget();
+  m_sinks.clear();
+  m_source.Reset();
+  m_splitter.Reset();
+  m_control.Reset();
+  m_graph.Reset();
 }
 
 void TestGraph::DisconnectAll() {

@@ -5,13 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/patience.h"
 #include "tests/support/sink_filter.h"
 #include "tests/support/source_filter.h"
 
 namespace tarvex::test {
-
-/// Longest that a test waits for what must happen.
-inline constexpr DWORD kPatience = 20000;  // milliseconds
 
 class TestGraph {
  public:
@@ -54,6 +52,9 @@ class TestGraph {
   /// An event with this code was signalled to the graph in time.
   bool WaitForEvent(LONG code, DWORD milliseconds = kPatience) const;
 
+  /// Lets go of everything as it is, while it plays: nothing is stopped or disconnected before. For a source of ours.
+  /// Nothing else may be asked afterwards.
+  void Abandon();
   /// Disconnects every pin of the splitter, outputs first.
   void DisconnectAll();
 
