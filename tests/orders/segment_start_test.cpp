@@ -19,15 +19,15 @@ class SegmentStart : public OrdersTest, public testing::WithParamInterface<std::
   void ExpectSegment(REFERENCE_TIME wanted) {
     Arrivals pictures;
     Arrivals sound;
-    pictures.Watch(m_graph->Sink(0));
-    sound.Watch(m_graph->Sink(1));
+    pictures.Watch(Graph().Sink(0));
+    sound.Watch(Graph().Sink(1));
     ASSERT_EQ(Seek(wanted), S_OK);
-    ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
     ASSERT_TRUE(pictures.WaitUntilShown(kPatience));
     ASSERT_TRUE(sound.WaitUntilShown(kPatience));
     ExpectQuickStop();
-    const REFERENCE_TIME origin = SegmentOf(m_graph->Sink(0));
-    EXPECT_EQ(SegmentOf(m_graph->Sink(1)), origin);
+    const REFERENCE_TIME origin = SegmentOf(Graph().Sink(0));
+    EXPECT_EQ(SegmentOf(Graph().Sink(1)), origin);
     EXPECT_TRUE(origin == wanted || origin == wanted / kPictureTime * kPictureTime) << origin;
     for (const Arrival& each : pictures.All()) {
       EXPECT_EQ(each.start, each.origin.time - origin);
@@ -48,7 +48,7 @@ TEST_P(SegmentStart, IsWhereItWasWanted) {
          {REFERENCE_TIME{0}, 20 * kMillisecond, kSecond, 15 * kSecond, 19970 * kMillisecond, 20 * kSecond,
           41015 * kMillisecond, 49900 * kMillisecond}) {
       SCOPED_TRACE(std::to_string(megabits) + " Mbit/s, wanted " + std::to_string(wanted / kMillisecond));
-      Open(shape, SinkKind::kCounting);
+      OpenFilm(shape, SinkKind::kCounting);
       ExpectSegment(wanted);
     }
   }

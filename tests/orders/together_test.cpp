@@ -16,10 +16,10 @@ constexpr std::uint64_t kSecondSound = 3;
 
 class Together : public OrdersTest {
  protected:
-  void Open(const FilmShape& shape, SinkKind sinks) {
-    OrdersTest::Open(shape, sinks);
-    m_pictures.Watch(m_graph->Sink(0));
-    m_sound.Watch(m_graph->Sink(1));
+  void OpenWatched(const FilmShape& shape) {
+    OpenFilm(shape, SinkKind::kSlow);
+    m_pictures.Watch(Graph().Sink(0));
+    m_sound.Watch(Graph().Sink(1));
   }
 
   /// What is shown first of each kind: the file's times are at most a frame apart, and the clock's are the same.
@@ -54,20 +54,20 @@ class Together : public OrdersTest {
 };
 
 TEST_F(Together, AfterSeeksPausesAndRuns) {
-  Open({.seconds = 60, .pictures = 2000000, .sound = 192000, .keyFrameEvery = 2000}, SinkKind::kSlow);
-  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+  OpenWatched({.seconds = 60, .pictures = 2000000, .sound = 192000, .keyFrameEvery = 2000});
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   ExpectTogether(kFirstSound);
   REFERENCE_TIME wanted = 0;
   for (int step = 0; step < 12; ++step) {
     SCOPED_TRACE(step);
     wanted = (wanted + 17 * kSecond + 130 * kMillisecond) % (50 * kSecond);
     if (step % 3 == 1) {
-      EXPECT_TRUE(SUCCEEDED(m_graph->Pause()));
+      EXPECT_TRUE(SUCCEEDED(Graph().Pause()));
     }
     if (step % 3 == 2) ExpectQuickStop();
     Forget();
     ASSERT_EQ(Seek(wanted), S_OK);
-    EXPECT_TRUE(SUCCEEDED(m_graph->Run()));
+    EXPECT_TRUE(SUCCEEDED(Graph().Run()));
     ExpectTogether(kFirstSound);
   }
   ExpectQuickStop();
@@ -76,24 +76,21 @@ TEST_F(Together, AfterSeeksPausesAndRuns) {
 // The range that is played is open until somebody asks for it. What the first sound has before the second begins is
 // more than its ring holds, so that the second begins only after the question.
 TEST_F(Together, OneRangeForAllPinsWhoeverAsksInBetween) {
-  m_graph.emplace();
-  ASSERT_EQ(m_graph->SeparatePins(true), S_OK);
-  m_source = MakeFilm({.seconds = 8, .pictures = 1000, .sound = 4000000, .sounds = 2, .lastSoundFrom = 5000});
-  ASSERT_EQ(m_graph->Open(m_source.Get()), S_OK);
-  const ComPtr<IPin> pin = m_graph->OutputPins().at(1);
-  ASSERT_EQ(m_graph->ConnectSink(pin.Get(), SinkKind::kCounting), S_OK);
-  ASSERT_EQ(m_graph->ConnectSink(m_graph->OutputPins().at(2).Get(), SinkKind::kCounting), S_OK);
-  m_graph->Sink(0).OnSample([&](IMediaSample* /*sample*/) {
+  Open(MakeFilm({.seconds = 8, .pictures = 1000, .sound = 4000000, .sounds = 2, .lastSoundFrom = 5000}));
+  const ComPtr<IPin> pin = Output(1);
+  ASSERT_EQ(Graph().ConnectSink(pin.Get(), SinkKind::kCounting), S_OK);
+  ASSERT_EQ(Graph().ConnectSink(Output(2).Get(), SinkKind::kCounting), S_OK);
+  Graph().Sink(0).OnSample([&](IMediaSample* /*sample*/) {
     LONGLONG start = 0;
     LONGLONG stop = 0;
     EXPECT_EQ(QueryFor<IMediaSeeking>(pin.Get())->GetPositions(&start, &stop), S_OK);
     EXPECT_EQ(QueryFor<IMediaSeeking>(pin.Get())->SetRate(2.0), S_OK);
   });
-  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
-  ASSERT_TRUE(m_graph->WaitForEnd());
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ASSERT_TRUE(Graph().WaitForEnd());
   ExpectQuickStop();
-  const auto first = SegmentsOf(m_graph->Sink(0));
-  const auto second = SegmentsOf(m_graph->Sink(1));
+  const auto first = SegmentsOf(Graph().Sink(0));
+  const auto second = SegmentsOf(Graph().Sink(1));
   ASSERT_EQ(first.size(), 1U);
   ASSERT_EQ(second.size(), 1U);
   EXPECT_EQ(first.front().stop, second.front().stop);
@@ -105,21 +102,25 @@ class Switched : public Together, public testing::WithParamInterface<FILTER_STAT
 TEST_P(Switched, TheNewStreamComesFromWhereItWas) {
   constexpr REFERENCE_TIME kWanted = 12 * kSecond;
   constexpr LONG kSecondSoundIndex = 2;
-  Open({.seconds = 60, .pictures = 2000000, .sound = 192000, .sounds = 2, .keyFrameEvery = 2000}, SinkKind::kSlow);
+  OpenWatched({.seconds = 60, .pictures = 2000000, .sound = 192000, .sounds = 2, .keyFrameEvery = 2000});
   const auto sink = CSinkFilter::Create(SinkKind::kSlow);
-  ASSERT_EQ(m_graph->Graph()->AddFilter(sink.Get(), OLESTR("Spare sink")), S_OK);
+  ASSERT_EQ(Graph().Graph()->AddFilter(sink.Get(), OLESTR("Spare sink")), S_OK);
   ASSERT_EQ(Seek(kWanted), S_OK);
   if (GetParam() != State_Stopped) {
-    ASSERT_TRUE(SUCCEEDED(GetParam() == State_Paused ? m_graph->Pause() : m_graph->Run()));
+    ASSERT_TRUE(SUCCEEDED(GetParam() == State_Paused ? Graph().Pause() : Graph().Run()));
     ExpectTogether(kFirstSound);
   }
   m_sound.Watch(*sink);
-  m_graph->Sink(1).OnSample(nullptr);
+  Graph().Sink(1).OnSample(nullptr);
   Forget();
 
-  ASSERT_EQ(QueryFor<IAMStreamSelect>(m_graph->Splitter())->Enable(kSecondSoundIndex, AMSTREAMSELECTENABLE_ENABLE),
+  ASSERT_EQ(QueryFor<IAMStreamSelect>(Graph().Splitter())->Enable(kSecondSoundIndex, AMSTREAMSELECTENABLE_ENABLE),
             S_OK);
-  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+  OAFilterState state = State_Stopped;
+  EXPECT_TRUE(SUCCEEDED(QueryFor<IMediaControl>(Graph().Graph())->GetState(static_cast<LONG>(kPatience), &state)));
+  EXPECT_EQ(state, GetParam());
+  EXPECT_FALSE(IsConnected(Graph().Sink(1).Pin())) << "the old stream's renderer is still connected";
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   ASSERT_TRUE(m_pictures.WaitUntilShown(kPatience));
   ASSERT_TRUE(m_sound.WaitUntilShown(kPatience));
   const Arrival first = FirstShown(m_sound, kSecondSound);
@@ -128,10 +129,10 @@ TEST_P(Switched, TheNewStreamComesFromWhereItWas) {
   const auto segments = SegmentsOf(*sink);
   ASSERT_FALSE(segments.empty());
   EXPECT_EQ(segments.back().start, first.origin.time - first.start);
-  EXPECT_EQ(SegmentsOf(m_graph->Sink(0)).back().start, segments.back().start);
+  EXPECT_EQ(SegmentsOf(Graph().Sink(0)).back().start, segments.back().start);
   ExpectQuickStop();
   sink->Pin()->Disconnect();
-  m_graph->Graph()->RemoveFilter(sink.Get());
+  Graph().Graph()->RemoveFilter(sink.Get());
 }
 
 INSTANTIATE_TEST_SUITE_P(
