@@ -52,7 +52,8 @@ TEST_F(Interfaces, FilterAndPinsAreOneObjectEach) {
   for (const ComPtr<IPin>& pin : PinsOf(Splitter())) {
     const GUID& own = DirectionOf(pin.Get()) == PINDIR_INPUT ? IID_IPin : IID_IMediaSeeking;
     const GUID& foreign = DirectionOf(pin.Get()) == PINDIR_INPUT ? IID_IMediaSeeking : IID_IMemInputPin;
-    ExpectOneObject(pin.Get(), {IID_IUnknown, IID_IPin, IID_IQualityControl, own}, {kUnheardOf, IID_IBaseFilter, foreign});
+    ExpectOneObject(pin.Get(), {IID_IUnknown, IID_IPin, IID_IQualityControl, own},
+                    {kUnheardOf, IID_IBaseFilter, foreign});
   }
 }
 

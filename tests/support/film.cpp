@@ -17,10 +17,12 @@ constexpr std::uint32_t kSoundMs = 20;
 /// `period`: milliseconds from one frame to the next.
 ByteString TrackOf(std::uint64_t number, std::uint64_t type, std::uint32_t period) {
   const ByteString duration = Unsigned(id::kDefaultDuration, period * std::uint64_t{1000000});
-  const ByteString picture = Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 320), Unsigned(id::kPixelHeight, 240)}));
+  const ByteString picture =
+      Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 320), Unsigned(id::kPixelHeight, 240)}));
   const ByteString sound = Element(id::kAudio, Join({Unsigned(id::kChannels, 2), Unsigned(id::kBitDepth, 16)}));
   if (type == 1) return TrackEntry(number, type, "V_VP8", Join({duration, picture}));
-  if (type == 2) return TrackEntry(number, type, period == kSoundMs ? "A_AC3" : "A_PCM/INT/LIT", Join({duration, sound}));
+  if (type == 2)
+    return TrackEntry(number, type, period == kSoundMs ? "A_AC3" : "A_PCM/INT/LIT", Join({duration, sound}));
   return TrackEntry(number, type, "S_TEXT/UTF8", duration);
 }
 

@@ -1,6 +1,7 @@
 // An IAsyncReader over bytes in memory, with the manners of a real one: short reads at the end, reads that fail, that
 // block until they are flushed or that wait for bytes to come, a stream that grows or shrinks. Made by a test, on its
-// stack and not counted, or part of a CSourcePin. Any threads read; settings may change meanwhile where they are atomic.
+// stack and not counted, or part of a CSourcePin. Any threads read; settings may change meanwhile where they are
+// atomic.
 #pragma once
 
 #include <atomic>
@@ -33,12 +34,12 @@ class MemoryReader : public IAsyncReader {
   std::atomic<LONGLONG> size;                     ///< of what there is to read, where it is more than `bytes`
   std::atomic<LONGLONG> reportedLength;           ///< what Length says, which does not follow `bytes`
   std::atomic<LONGLONG> arrived{std::numeric_limits<LONGLONG>::max()};  ///< reads behind it wait
-  std::atomic<std::int64_t> failingRead{-1};      ///< this read (counted from 0) and all after it fail
-  std::atomic<HRESULT> failure{E_FAIL};           ///< what they answer
-  std::atomic<std::int64_t> blockingRead{-1};     ///< this read and all after it wait for a flush, or for `unblocked`
-  std::atomic<HRESULT> answerAtTheEnd{S_FALSE};   ///< of a read beyond the last byte; a failure gives nothing
-  std::atomic<LONGLONG> brokenFrom{-1};           ///< reads that touch this position or one behind it fail
-  std::function<void()> onRead;                   ///< called inside every SyncRead
+  std::atomic<std::int64_t> failingRead{-1};     ///< this read (counted from 0) and all after it fail
+  std::atomic<HRESULT> failure{E_FAIL};          ///< what they answer
+  std::atomic<std::int64_t> blockingRead{-1};    ///< this read and all after it wait for a flush, or for `unblocked`
+  std::atomic<HRESULT> answerAtTheEnd{S_FALSE};  ///< of a read beyond the last byte; a failure gives nothing
+  std::atomic<LONGLONG> brokenFrom{-1};          ///< reads that touch this position or one behind it fail
+  std::function<void()> onRead;                  ///< called inside every SyncRead
   std::function<HRESULT()> fault;  ///< asked ahead of every read and Length: a failure is the answer, S_FALSE halves it
   CEvent unblocked{CEvent::Mode::kManual};
   CEvent blocked{CEvent::Mode::kManual};  ///< a read waits

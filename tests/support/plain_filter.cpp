@@ -54,8 +54,7 @@ class OnePin final : public IEnumPins {
 }  // namespace
 
 HRESULT STDMETHODCALLTYPE PlainFilter::QueryInterface(REFIID iid, void** out) {
-  const bool isOurs =
-      iid == IID_IUnknown || iid == IID_IPersist || iid == IID_IMediaFilter || iid == IID_IBaseFilter;
+  const bool isOurs = iid == IID_IUnknown || iid == IID_IPersist || iid == IID_IMediaFilter || iid == IID_IBaseFilter;
   *out = nullptr;
   return isOurs ? Give(static_cast<IBaseFilter*>(this), out) : E_NOINTERFACE;
 }

@@ -53,7 +53,9 @@ class CSinkPin : public PlainPin, public IMemInputPin {
   ULONG STDMETHODCALLTYPE AddRef() override { return PlainPin::AddRef(); }
   ULONG STDMETHODCALLTYPE Release() override { return PlainPin::Release(); }
 
-  HRESULT STDMETHODCALLTYPE Connect(IPin* /*pReceivePin*/, const AM_MEDIA_TYPE* /*pmt*/) override { return E_UNEXPECTED; }
+  HRESULT STDMETHODCALLTYPE Connect(IPin* /*pReceivePin*/, const AM_MEDIA_TYPE* /*pmt*/) override {
+    return E_UNEXPECTED;
+  }
   HRESULT STDMETHODCALLTYPE ReceiveConnection(IPin* pConnector, const AM_MEDIA_TYPE* pmt) override;
   HRESULT STDMETHODCALLTYPE EndOfStream() override;
   HRESULT STDMETHODCALLTYPE BeginFlush() override;
