@@ -109,15 +109,6 @@ ComPtr<CSourceFilter> MakeFilm(const FilmShape& shape) {
   return writer.Finish();
 }
 
-FrameOrigin OriginOf(IMediaSample* sample) {
-  FrameOrigin origin;
-  BYTE* bytes = nullptr;
-  if (SUCCEEDED(sample->GetPointer(&bytes)) && sample->GetActualDataLength() >= static_cast<LONG>(sizeof(origin))) {
-    std::memcpy(&origin, bytes, sizeof(origin));
-  }
-  return origin;
-}
-
 std::vector<std::uint8_t> MakeMovie(const MovieShape& shape) {
   const unsigned all = shape.videos + shape.audios + shape.subtitles;
   ByteString tracks;

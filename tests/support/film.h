@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "tests/support/sink_filter.h"
 #include "tests/support/source_filter.h"
 
 namespace tarvex::test {
@@ -28,13 +29,6 @@ inline constexpr REFERENCE_TIME kPictureTime = 40 * kMillisecond;
 inline constexpr REFERENCE_TIME kSoundTime = 20 * kMillisecond;
 
 ComPtr<CSourceFilter> MakeFilm(const FilmShape& shape);
-
-/// What a frame of a film begins with.
-struct FrameOrigin {
-  std::uint64_t track = 0;
-  REFERENCE_TIME time = 0;  ///< in the file
-};
-FrameOrigin OriginOf(IMediaSample* sample);
 
 /// Tracks are numbered from 1: videos first, then audio, then subtitles. Every frame is a key frame and
 /// lasts 40 ms; every track has one at each time.

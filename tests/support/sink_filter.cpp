@@ -1,6 +1,7 @@
 // See sink_filter.h.
 #include "tests/support/sink_filter.h"
 
+#include <cstring>
 #include <utility>
 
 #include "tests/support/digest.h"
@@ -18,7 +19,9 @@ SinkEvent Describe(IMediaSample* sample, bool withChecksum) {
   event.preroll = sample->IsPreroll() == S_OK;
   event.size = static_cast<std::uint32_t>(sample->GetActualDataLength());
   BYTE* data = nullptr;
-  if (withChecksum && SUCCEEDED(sample->GetPointer(&data))) event.sha1 = Sha1Of({data, event.size});
+  if (FAILED(sample->GetPointer(&data))) return event;
+  if (event.size >= sizeof(event.origin)) std::memcpy(&event.origin, data, sizeof(event.origin));
+  if (withChecksum) event.sha1 = Sha1Of({data, event.size});
   return event;
 }
 

@@ -26,6 +26,12 @@ inline constexpr SinkKind kAllSinkKinds[] = {SinkKind::kRecording, SinkKind::kSl
                                              SinkKind::kBlocking};
 const char* NameOf(SinkKind kind);
 
+/// What each frame of a film that is made for a test begins with.
+struct FrameOrigin {
+  std::uint64_t track = 0;
+  REFERENCE_TIME time = 0;  ///< in the file
+};
+
 /// One thing that reached a sink, in order.
 struct SinkEvent {
   enum class Kind { kNewSegment, kSample, kEndOfStream, kBeginFlush, kEndFlush };
@@ -37,7 +43,8 @@ struct SinkEvent {
   bool discontinuity = false;
   bool preroll = false;
   std::uint32_t size = 0;
-  std::string sha1 = {};  ///< empty unless the sink records
+  FrameOrigin origin = {};  ///< of a sample that is large enough for it
+  std::string sha1 = {};    ///< empty unless the sink records
 };
 
 /// What a sink can be told to refuse.
