@@ -45,8 +45,9 @@ TEST_F(Settings, AreOffAtFirstAndReadAsOnesAndWhatIsNoneIsRefused) {
   EXPECT_EQ(m_config->IsDirty(), S_FALSE);
   for (const GUID& parameter : {paramAnnexBOutput, paramSeparatePins}) {
     EXPECT_EQ(GetBool(parameter), 0);
+    EXPECT_EQ(SetBool(parameter, 0), S_OK);
+    EXPECT_EQ(m_config->IsDirty(), S_OK) << "even without a change";
     EXPECT_EQ(SetBool(parameter, 0xFFFF), S_OK);
-    EXPECT_EQ(m_config->IsDirty(), S_OK);
     EXPECT_EQ(GetBool(parameter), 1);
     EXPECT_EQ(SetBool(parameter, 0), S_OK);
     EXPECT_EQ(GetBool(parameter), 0);
@@ -112,24 +113,18 @@ TEST_F(Settings, ChapterListAndDocTypeAnswerByTheCallersType) {
   EXPECT_EQ(m_config->GetValue(&paramDocType, &value), E_FAIL) << "nothing is open";
   ASSERT_EQ(Graph().Open(CorpusFile("opus.webm")), S_OK);
   EXPECT_EQ(m_config->GetValue(&paramDocType, &value), S_OK);
-  EXPECT_EQ(value.ulVal, 1U);
-  EXPECT_EQ(value.vt, VT_R8);
-  value = EmptyVariant(VT_PTR);
-  EXPECT_EQ(m_config->GetValue(&paramChapterList, &value), E_INVALIDARG);
-  value = EmptyVariant(VT_BOOL);
-  EXPECT_EQ(m_config->GetValue(&paramChapterList, &value), E_INVALIDARG);
+  EXPECT_TRUE(value.ulVal == 1 && value.vt == VT_R8);
+  for (const VARTYPE type : {VT_PTR, VT_BOOL}) {
+    value = EmptyVariant(static_cast<VARTYPE>(type));
+    EXPECT_EQ(m_config->GetValue(&paramChapterList, &value), E_INVALIDARG);
+  }
 }
 
 // What a graph file holds: the version as text, then a byte for each setting.
-std::vector<std::uint8_t> SavedBytes(std::uint8_t annexB, std::uint8_t separate,
-                                     const std::string& version = "00000000000 ") {
+std::vector<std::uint8_t> SavedBytes(std::uint8_t annexB, std::uint8_t separate, const char* version = "00000000000 ") {
   std::vector<std::uint8_t> bytes;
-  for (const char letter : version) {
-    bytes.push_back(static_cast<std::uint8_t>(letter));
-    bytes.push_back(0);
-  }
-  bytes.push_back(annexB);
-  bytes.push_back(separate);
+  for (; *version != 0; ++version) bytes.insert(bytes.end(), {static_cast<std::uint8_t>(*version), 0});
+  bytes.insert(bytes.end(), {annexB, separate});
   return bytes;
 }
 

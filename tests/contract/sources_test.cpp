@@ -95,63 +95,46 @@ TEST_F(Sources, AnEndIsTheSameHoweverTheSourceSaysIt) {
   }
 }
 
-/// One Cluster in front and two behind 5 GiB of tags, with the Cues behind them.
-struct LargeFile {
-  static constexpr std::uint64_t kFilling = std::uint64_t{1} << 30;
-  static constexpr int kFillings = 5;
-
-  LargeFile() {
-    const ByteString video =
-        Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 320), Unsigned(id::kPixelHeight, 240)}));
-    const ByteString tracks = Element(id::kTracks, TrackEntry(1, 1, "V_VP8", video));
-    const ByteString info =
-        Element(id::kInfo, Join({Unsigned(id::kTimecodeScale, 1000000), Float(id::kDuration, 3000)}));
-    const ByteString front = Join({info, tracks, Pictures(0)});
-    const ByteString tags = Join({Id(id::kTags), Vint(kFilling, 8)});
-    constexpr std::uint64_t kSeekHead = 24;
-    const std::uint64_t behind = kSeekHead + front.size() + kFillings * (tags.size() + kFilling);
-    const ByteString back = Join({Pictures(1000), Pictures(2000)});
-    const std::uint64_t cuesAt = behind + back.size();
-    const ByteString cues = Element(id::kCues, Join({Cue(0, kSeekHead + info.size() + tracks.size()), Cue(1000, behind),
-                                                     Cue(2000, behind + back.size() / 2)}));
-    const ByteString head = Join({EbmlHead(), Id(id::kSegment), Vint(cuesAt + cues.size(), 8)});
-    auto position = static_cast<LONGLONG>(head.size());
-    const auto put = [&](const ByteString& bytes) {
-      parts[position] = bytes;
-      position += static_cast<LONGLONG>(bytes.size());
-    };
-    put(Join({SeekHeadFor(id::kCues, cuesAt), front}));
-    for (int k = 0; k < kFillings; ++k) {
-      put(tags);
-      position += kFilling;
-    }
-    put(Join({back, cues}));
-    parts[0] = head;
-    size = position;
-  }
-
-  static ByteString Pictures(std::uint64_t time) {
+/// One Cluster in front of 5 GiB of tags and two behind them, with the Cues at the end.
+ComPtr<CSourceFilter> LargeFile() {
+  constexpr std::uint64_t kTags = std::uint64_t{1} << 30;  // of each, as there are bounds to an element
+  constexpr int kCount = 5;
+  const auto pictures = [](std::uint64_t time) {
     ByteString blocks;
     for (std::int16_t k = 0; k < 10; ++k) {
-      const ByteString frame(100, static_cast<std::uint8_t>(time / 100 + static_cast<std::uint64_t>(k)));
-      blocks = Join({blocks, SimpleBlock(1, static_cast<std::int16_t>(k * 100), frame)});
+      const auto content = static_cast<std::uint8_t>(time / 100 + static_cast<std::uint64_t>(k));
+      blocks = Join({blocks, SimpleBlock(1, static_cast<std::int16_t>(k * 100), ByteString(100, content))});
     }
     return Cluster(time, blocks);
-  }
-  static ByteString Cue(std::uint64_t time, std::uint64_t position) {
+  };
+  const auto cue = [](std::uint64_t time, std::uint64_t position) {
     const ByteString place = Join({Unsigned(id::kCueTrack, 1), Unsigned(id::kCueClusterPosition, position)});
     return Element(id::kCuePoint, Join({Unsigned(id::kCueTime, time), Element(id::kCueTrackPositions, place)}));
-  }
-
-  std::map<LONGLONG, ByteString> parts;
-  LONGLONG size = 0;
-};
+  };
+  const ByteString video = Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 320), Unsigned(id::kPixelHeight, 240)}));
+  const ByteString front =
+      Join({Element(id::kInfo, Join({Unsigned(id::kTimecodeScale, 1000000), Float(id::kDuration, 3000)})),
+            Element(id::kTracks, TrackEntry(1, 1, "V_VP8", video))});
+  const ByteString tags = Join({Id(id::kTags), Vint(kTags, 8)});
+  const std::uint64_t first = SeekHeadFor(id::kCues, 0).size() + front.size();
+  const std::uint64_t behind = first + pictures(0).size() + kCount * (tags.size() + kTags);
+  const ByteString back = Join({pictures(1000), pictures(2000)});
+  const std::uint64_t cuesAt = behind + back.size();
+  const ByteString cues =
+      Element(id::kCues, Join({cue(0, first), cue(1000, behind), cue(2000, behind + back.size() / 2)}));
+  const ByteString head = Join({EbmlHead(), Id(id::kSegment), Vint(cuesAt + cues.size(), 8)});
+  const auto size = static_cast<LONGLONG>(head.size() + cuesAt + cues.size());
+  CSourceFilter::Parts parts;
+  parts[0] = Join({head, SeekHeadFor(id::kCues, cuesAt), front, pictures(0)});
+  auto position = static_cast<LONGLONG>(parts[0].size());
+  for (int k = 0; k < kCount; ++k, position += static_cast<LONGLONG>(tags.size() + kTags)) parts[position] = tags;
+  parts[position] = Join({back, cues});
+  return CSourceFilter::FromParts(parts, size);
+}
 
 // Its Cues are the last to come, and only a seek needs them.
 TEST_F(Sources, PositionsBeyondFourGibibytesAreReadAndSoughtAndOpeningWaitsForTheHeadersAlone) {
-  LargeFile file;
-  ASSERT_GT(file.size, LONGLONG{1} << 32);
-  const auto source = CSourceFilter::FromParts(file.parts, file.size);
+  const auto source = LargeFile();
   source->Arrive(4000);
   CEvent opened;
   CThread opener;
@@ -161,7 +144,7 @@ TEST_F(Sources, PositionsBeyondFourGibibytesAreReadAndSoughtAndOpeningWaitsForTh
   }),
             S_OK);
   const bool isEarly = opened.Wait(kPatience);
-  source->Arrive(file.size);
+  source->Arrive(static_cast<LONGLONG>(source->Size()));
   opener.Join();
   ASSERT_TRUE(isEarly);
   const std::vector<std::string> all = DigestsAtTheEnd().at(0);

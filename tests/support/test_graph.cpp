@@ -1,7 +1,7 @@
 // See test_graph.h.
 #include "tests/support/test_graph.h"
 
-#include <chrono>
+#include <algorithm>
 #include <stdexcept>
 
 #include "framework/text_conversion.h"
@@ -130,21 +130,19 @@ HRESULT TestGraph::Pause() { return m_control->Pause(); }
 HRESULT TestGraph::Stop() { return m_control->Stop(); }
 
 bool TestGraph::WaitForEnd(DWORD milliseconds) const {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-  for (const ComPtr<CSinkFilter>& sink : m_sinks) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
-    if (!sink->WaitForEnd(left > 0 ? static_cast<DWORD>(left) : 0)) return false;
-  }
-  return true;
+  const ULONGLONG begin = MonotonicMilliseconds();
+  return std::ranges::all_of(m_sinks, [&](const ComPtr<CSinkFilter>& sink) {
+    const ULONGLONG passed = MonotonicMilliseconds() - begin;
+    return sink->WaitForEnd(passed < milliseconds ? milliseconds - static_cast<DWORD>(passed) : 0);
+  });
 }
 
 // Asked again and again: a graph may answer that there is nothing before the time is over.
 bool TestGraph::WaitForEvent(LONG code, DWORD milliseconds) const {
   constexpr LONG kInterval = 20;  // milliseconds
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  const ULONGLONG begin = MonotonicMilliseconds();
   const ComPtr<IMediaEvent> events = m_graph.Query<IMediaEvent>();
-  while (events && std::chrono::steady_clock::now() < deadline) {
+  while (events && MonotonicMilliseconds() - begin < milliseconds) {
     LONG found = 0;
     LONG_PTR first = 0;
     LONG_PTR second = 0;
