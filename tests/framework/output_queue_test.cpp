@@ -49,12 +49,9 @@ class OutputQueue : public ::testing::Test {
   }
 
   /// As an output pin makes it: with its own thread and exact batches, which are sent anyway.
-  static std::shared_ptr<COutputQueue> QueueTo(IPin* pin, LONG batchSize, HRESULT& result) {
-    return std::make_shared<COutputQueue>(pin, &result, false, true, batchSize, true, 4);
-  }
   void Make(LONG batchSize = 200) {
     HRESULT result = S_OK;
-    m_queue = QueueTo(m_sink->Pin(), batchSize, result);
+    m_queue = std::make_shared<COutputQueue>(m_sink->Pin(), &result, false, true, batchSize, true, 4);
     ASSERT_EQ(result, S_OK);
   }
   /// Of `mark` bytes; not sent before the batch is full.
@@ -192,12 +189,6 @@ TEST_F(OutputQueue, AFlushDropsWaitingSamplesAndEndsARefusalAlsoFromTheQueuesOwn
   Send(1);
   ExpectHeard({"1", "flush", "flushed", "9"});
   EXPECT_EQ(Send(10), S_OK);
-}
-
-TEST_F(OutputQueue, APinWithoutMemInputPinIsRefused) {
-  HRESULT result = S_OK;
-  QueueTo(m_source->Pin(), 1, result);
-  EXPECT_EQ(result, E_NOINTERFACE);
 }
 
 enum class Receive { kReturnsSoon, kWaitsForAFlush, kNeverReturns };

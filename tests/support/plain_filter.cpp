@@ -10,10 +10,10 @@ HRESULT Give(IUnknown* object, void** out) {
   return S_OK;
 }
 
-/// The list of the one pin.
+/// The list of the one pin, as far as graphs go through it.
 class OnePin final : public IEnumPins {
  public:
-  OnePin(IPin* pin, bool given) : m_pin(pin), m_given(given) {}
+  explicit OnePin(IPin* pin) : m_pin(pin) {}
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
     *out = nullptr;
     return iid == IID_IUnknown || iid == IID_IEnumPins ? Give(this, out) : E_NOINTERFACE;
@@ -31,23 +31,16 @@ class OnePin final : public IEnumPins {
     if (pcFetched != nullptr) *pcFetched = gives ? 1 : 0;
     return cPins == (gives ? 1U : 0U) ? S_OK : S_FALSE;
   }
-  HRESULT STDMETHODCALLTYPE Skip(ULONG cPins) override {
-    const bool can = cPins == 0 || (cPins == 1 && !m_given);
-    m_given = m_given || cPins > 0;
-    return can ? S_OK : S_FALSE;
-  }
+  HRESULT STDMETHODCALLTYPE Skip(ULONG /*cPins*/) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE Reset() override {
     m_given = false;
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE Clone(IEnumPins** ppEnum) override {
-    ComPtr<IEnumPins>(new OnePin(m_pin.Get(), m_given)).CopyTo(ppEnum);
-    return S_OK;
-  }
+  HRESULT STDMETHODCALLTYPE Clone(IEnumPins** /*ppEnum*/) override { return E_NOTIMPL; }
 
  private:
   const ComPtr<IPin> m_pin;
-  bool m_given;
+  bool m_given = false;
   std::atomic<ULONG> m_references{0};
 };
 
@@ -63,11 +56,6 @@ ULONG STDMETHODCALLTYPE PlainFilter::Release() {
   const ULONG left = --m_references;
   if (left == 0) delete this;
   return left;
-}
-
-HRESULT STDMETHODCALLTYPE PlainFilter::GetClassID(CLSID* pClassID) {
-  *pClassID = GUID_NULL;
-  return S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE PlainFilter::Stop() {
@@ -88,19 +76,9 @@ HRESULT STDMETHODCALLTYPE PlainFilter::GetState(DWORD /*dwMilliSecsTimeout*/, FI
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE PlainFilter::GetSyncSource(IReferenceClock** pClock) {
-  *pClock = nullptr;
-  return S_OK;
-}
-
 HRESULT STDMETHODCALLTYPE PlainFilter::EnumPins(IEnumPins** ppEnum) {
-  ComPtr<IEnumPins>(new OnePin(&OnlyPin(), false)).CopyTo(ppEnum);
+  ComPtr<IEnumPins>(new OnePin(&OnlyPin())).CopyTo(ppEnum);
   return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE PlainFilter::FindPin(LPCWSTR /*Id*/, IPin** ppPin) {
-  *ppPin = nullptr;
-  return VFW_E_NOT_FOUND;
 }
 
 HRESULT STDMETHODCALLTYPE PlainFilter::QueryFilterInfo(FILTER_INFO* pInfo) {

@@ -23,15 +23,15 @@ class PlainFilter : public IBaseFilter {
   ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
   ULONG STDMETHODCALLTYPE Release() override;
 
-  HRESULT STDMETHODCALLTYPE GetClassID(CLSID* pClassID) override;
+  HRESULT STDMETHODCALLTYPE GetClassID(CLSID* /*pClassID*/) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE Stop() override;
   HRESULT STDMETHODCALLTYPE Pause() override { return Change(State_Paused); }
   HRESULT STDMETHODCALLTYPE Run(REFERENCE_TIME /*tStart*/) override { return Change(State_Running); }
   HRESULT STDMETHODCALLTYPE GetState(DWORD dwMilliSecsTimeout, FILTER_STATE* State) override;
   HRESULT STDMETHODCALLTYPE SetSyncSource(IReferenceClock* /*pClock*/) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE GetSyncSource(IReferenceClock** pClock) override;
+  HRESULT STDMETHODCALLTYPE GetSyncSource(IReferenceClock** /*pClock*/) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE EnumPins(IEnumPins** ppEnum) override;
-  HRESULT STDMETHODCALLTYPE FindPin(LPCWSTR Id, IPin** ppPin) override;
+  HRESULT STDMETHODCALLTYPE FindPin(LPCWSTR /*Id*/, IPin** /*ppPin*/) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE QueryFilterInfo(FILTER_INFO* pInfo) override;
   HRESULT STDMETHODCALLTYPE JoinFilterGraph(IFilterGraph* pGraph, LPCWSTR pName) override;
   HRESULT STDMETHODCALLTYPE QueryVendorInfo(LPWSTR* /*pVendorInfo*/) override { return E_NOTIMPL; }
