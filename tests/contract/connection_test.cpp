@@ -79,12 +79,13 @@ TEST_F(ConnectingOutputs, ConnectedOrActivePinsStayAsTheyAre) {
 }
 
 TEST_F(ConnectingOutputs, BothSidesKnowPeerTypeAndAllocatorUntilTheSourceIsClosed) {
-  CMediaType ours;
-  EXPECT_EQ(Output(0)->ConnectionMediaType(&ours), VFW_E_NOT_CONNECTED);
+  AM_MEDIA_TYPE none{};
+  EXPECT_EQ(Output(0)->ConnectionMediaType(&none), VFW_E_NOT_CONNECTED);
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
   for (const ComPtr<IPin>& pin : Graph().OutputPins()) {
     ComPtr<IPin> peer;
     ASSERT_EQ(pin->ConnectedTo(peer.Put()), S_OK);
+    CMediaType ours;
     CMediaType theirs;
     ASSERT_EQ(pin->ConnectionMediaType(&ours), S_OK);
     ASSERT_EQ(peer->ConnectionMediaType(&theirs), S_OK);
