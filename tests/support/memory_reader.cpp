@@ -106,9 +106,10 @@ HRESULT STDMETHODCALLTYPE MemoryReader::EndFlush() {
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE MemoryReader::QueryInterface(REFIID /*riid*/, void** ppvObject) {
-  *ppvObject = static_cast<IAsyncReader*>(this);
-  return S_OK;
+HRESULT STDMETHODCALLTYPE MemoryReader::QueryInterface(REFIID riid, void** ppvObject) {
+  const bool isOurs = riid == IID_IUnknown || riid == IID_IAsyncReader;
+  *ppvObject = isOurs ? static_cast<IAsyncReader*>(this) : nullptr;
+  return isOurs ? S_OK : E_NOINTERFACE;
 }
 
 }  // namespace tarvex::test
