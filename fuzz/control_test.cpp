@@ -229,13 +229,13 @@ class Application {
     m_sources.push_back(CreateFileSource(path));
     IBaseFilter* source = m_sources.back().Get();
     m_graph.Graph()->AddFilter(source, OLESTR("Source"));
-    return m_graph.Graph()->ConnectDirect(PinsOf(source).front().Get(), m_input.Get(), nullptr);
+    return m_graph.Graph()->ConnectDirect(AllPins(source).front().Get(), m_input.Get(), nullptr);
   }
   // Another thread may run the graph again at any moment, and then they stay.
   void DropSources() {
     m_input->Disconnect();
     std::erase_if(m_sources, [this](const auto& source) {
-      PinsOf(source.Get()).front()->Disconnect();
+      AllPins(source.Get()).front()->Disconnect();
       return m_graph.Graph()->RemoveFilter(source.Get()) == S_OK;
     });
   }

@@ -7,8 +7,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "framework/thread.h"
-#include "tests/support/movie.h"
+#include "tests/support/film.h"
 #include "tests/support/splitter_module.h"
 #include "tests/support/test_graph.h"
 #include "tests/support/test_system.h"
@@ -16,35 +15,12 @@
 namespace tarvex::test {
 namespace {
 
-// Long enough to be read ahead.
-constexpr MovieShape kLongMovie = {.frames = 1000, .frameSize = 10000};
-
 /// What a thread is answered that enters no apartment itself.
 HRESULT AnswerToABareThread() {
   HRESULT answer = S_OK;
   std::thread([&answer] { answer = MakeComObject(); }).join();
   return answer;
 }
-
-/// What each thread that called out was answered by COM.
-class Answers {
- public:
-  void Ask() {
-    const HRESULT answer = MakeComObject();
-    const std::lock_guard hold(m_mutex);
-    HRESULT& ofThread = m_answers.try_emplace(std::this_thread::get_id(), S_OK).first->second;
-    if (answer != S_OK) ofThread = answer;
-  }
-  void ExpectAllFrom(std::size_t atLeast) {
-    const std::lock_guard hold(m_mutex);
-    EXPECT_GE(m_answers.size(), atLeast);
-    for (const auto& [thread, answer] : m_answers) EXPECT_EQ(answer, S_OK) << std::hex << answer;
-  }
-
- private:
-  std::mutex m_mutex;
-  std::map<std::thread::id, HRESULT> m_answers;
-};
 
 class SingleThreadedHost : public testing::Test {
  protected:
@@ -59,36 +35,34 @@ class SingleThreadedHost : public testing::Test {
   }
 };
 
-void PlayByHand(SourceFilter& source, IBaseFilter& splitter, const std::vector<ComPtr<SinkFilter>>& sinks) {
-  for (const auto& sink : sinks) ASSERT_TRUE(SUCCEEDED(sink->Pause()));
-  ASSERT_TRUE(SUCCEEDED(splitter.Pause()));
-  ASSERT_TRUE(SUCCEEDED(source.Pause()));
+TEST_F(SingleThreadedHost, ReadersAndReceiversCanUseCom) {
+  std::mutex mutex;
+  std::map<std::thread::id, HRESULT> answers;  // what each thread that called out was answered by COM
+  const auto ask = [&] {
+    const HRESULT answer = MakeComObject();
+    const std::lock_guard hold(mutex);
+    HRESULT& ofThread = answers.try_emplace(std::this_thread::get_id(), S_OK).first->second;
+    if (answer != S_OK) ofThread = answer;
+    return S_OK;
+  };
+  const auto source = SourceFilter::FromBytes(MakeMovie({.frames = 1000, .frameSize = 10000}));  // is read ahead
+  source->BeforeEachCall(ask);
+  const ComPtr<IBaseFilter> splitter = CreateSplitter();
+  ASSERT_EQ(source->Pin()->Connect(AllPins(splitter.Get()).front().Get(), nullptr), S_OK);
+  std::vector<ComPtr<SinkFilter>> sinks;
+  const std::vector<ComPtr<IPin>> pins = AllPins(splitter.Get());
+  for (std::size_t k = 1; k < pins.size(); ++k) {
+    sinks.push_back(SinkFilter::Create(SinkKind::kCounting));
+    sinks.back()->OnSample([&](IMediaSample*) { ask(); });
+    ASSERT_EQ(pins[k]->Connect(sinks.back()->Pin(), nullptr), S_OK);
+    ASSERT_EQ(sinks.back()->Pause(), S_OK);
+  }
+  ASSERT_TRUE(SUCCEEDED(splitter->Pause()));
   for (const auto& sink : sinks) EXPECT_TRUE(sink->WaitForEnd(kPatience));
   for (const auto& sink : sinks) sink->Stop();
-  EXPECT_TRUE(SUCCEEDED(splitter.Stop()));
-  source.Stop();
-}
-
-TEST_F(SingleThreadedHost, ReadersAndReceiversCanUseCom) {
-  Answers answers;
-  const auto source = SourceFilter::FromBytes(MakeMovie(kLongMovie));
-  source->BeforeEachCall([&answers] {
-    answers.Ask();
-    return S_OK;
-  });
-  const ComPtr<IBaseFilter> splitter = CreateSplitter();
-  std::vector<ComPtr<IPin>> pins = AllPins(splitter.Get());
-  ASSERT_EQ(source->Pin()->Connect(pins.front().Get(), nullptr), S_OK);
-  pins = AllPins(splitter.Get());
-  std::vector<ComPtr<SinkFilter>> sinks;
-  for (const auto& pin : pins) {
-    if (DirectionOf(pin.Get()) != PINDIR_OUTPUT) continue;
-    sinks.push_back(SinkFilter::Create(SinkKind::kCounting));
-    sinks.back()->OnSample([&answers](IMediaSample*) { answers.Ask(); });
-    ASSERT_EQ(pin->Connect(sinks.back()->Pin(), nullptr), S_OK);
-  }
-  PlayByHand(*source, *splitter, sinks);
-  answers.ExpectAllFrom(1 + 1 + 1 + sinks.size());  // ours, the worker, who reads ahead, and the queues
+  EXPECT_TRUE(SUCCEEDED(splitter->Stop()));
+  EXPECT_GE(answers.size(), 1 + 1 + 1 + sinks.size());  // ours, the worker, who reads ahead, and the queues
+  for (const auto& [thread, answer] : answers) EXPECT_EQ(answer, S_OK) << std::hex << answer;
   for (const auto& pin : pins) pin->Disconnect();
   for (const auto& sink : sinks) sink->Pin()->Disconnect();
   source->Pin()->Disconnect();

@@ -1,7 +1,8 @@
-// IMediaSeeking of the output pins: capabilities, time formats, and every operation on positions.
+// IMediaSeeking of the output pins: capabilities, time formats, and every operation on positions. And what
+// IAMExtendedSeeking offers; the corpus tests compare the markers.
 #include <limits>
 
-#include "filter/interface_ids.h"
+#include "framework/bstr.h"
 #include "tests/contract/contract_fixture.h"
 #include "tests/support/log_capture.h"
 
@@ -15,11 +16,11 @@ constexpr DWORD kIncremental = AM_SEEKING_IncrementalPositioning;
 constexpr LONGLONG kDuration = 1000000000;
 
 /// A connected video pin and an unconnected audio pin of one filter.
-class Seeking : public OpenedTest {
+class Seeking : public GraphTest {
  protected:
-  void SetUp() override { OpenLasting(kDuration / 10000); }
-  void OpenLasting(std::uint32_t milliseconds) {
-    OpenMovie({.duration = milliseconds});
+  void SetUp() override { OpenLasting(kDuration / kMillisecond); }
+  void OpenLasting(LONGLONG milliseconds) {
+    OpenMovie({.duration = static_cast<std::uint32_t>(milliseconds)});
     ASSERT_EQ(Graph().ConnectSink(Output(0).Get(), SinkKind::kCounting), S_OK);
     m_video = QueryFor<IMediaSeeking>(Output(0).Get());
     m_audio = QueryFor<IMediaSeeking>(Output(1).Get());
@@ -27,7 +28,7 @@ class Seeking : public OpenedTest {
   void TearDown() override {
     m_video.Reset();
     m_audio.Reset();
-    OpenedTest::TearDown();
+    GraphTest::TearDown();
   }
 
   void SetRange(LONGLONG start, LONGLONG stop) {
@@ -45,62 +46,39 @@ class Seeking : public OpenedTest {
   ComPtr<IMediaSeeking> m_audio;
 };
 
-TEST_F(Seeking, CapabilitiesAreTheFiveThatASplitterHas) {
+TEST_F(Seeking, CapabilitiesFormatsAndConversions) {
   DWORD bits = 0;
   EXPECT_EQ(m_video->GetCapabilities(&bits), S_OK);
   EXPECT_EQ(bits, 0x37U);
   EXPECT_EQ(m_video->CheckCapabilities(&bits), S_OK);
   bits = AM_SEEKING_CanGetCurrentPos | AM_SEEKING_CanGetDuration;
   EXPECT_EQ(m_video->CheckCapabilities(&bits), S_FALSE);
-  LONGLONG current = 0;
-  EXPECT_EQ(m_video->GetCurrentPosition(&current), E_NOTIMPL);
-}
 
-TEST_F(Seeking, TimeFormatIsOneForAllPinsAndOnlyVideoCountsFrames) {
-  EXPECT_EQ(m_video->IsFormatSupported(&TIME_FORMAT_MEDIA_TIME), S_OK);
   EXPECT_EQ(m_video->IsFormatSupported(&TIME_FORMAT_FRAME), S_OK);
   EXPECT_EQ(m_video->IsFormatSupported(&TIME_FORMAT_SAMPLE), S_FALSE);
-  EXPECT_EQ(m_audio->SetTimeFormat(&TIME_FORMAT_FRAME), E_FAIL);
+  EXPECT_EQ(m_audio->SetTimeFormat(&TIME_FORMAT_FRAME), E_FAIL) << "only pictures are counted";
   EXPECT_EQ(m_video->IsUsingTimeFormat(&TIME_FORMAT_MEDIA_TIME), S_OK);
-  EXPECT_EQ(m_video->SetTimeFormat(&TIME_FORMAT_FRAME), S_OK);
-  EXPECT_EQ(m_audio->IsUsingTimeFormat(&TIME_FORMAT_FRAME), S_OK);
-  EXPECT_EQ(m_audio->IsUsingTimeFormat(&TIME_FORMAT_MEDIA_TIME), S_FALSE);
-  GUID format{};
-  EXPECT_EQ(m_audio->GetTimeFormat(&format), S_OK);
-  EXPECT_TRUE(format == TIME_FORMAT_FRAME);
-  EXPECT_EQ(m_audio->QueryPreferredFormat(&format), S_OK);
-  EXPECT_TRUE(format == TIME_FORMAT_MEDIA_TIME);
-}
 
-TEST_F(Seeking, ConversionsDivideBothWays) {
   LONGLONG target = -1;
   EXPECT_EQ(m_video->ConvertTimeFormat(&target, &TIME_FORMAT_FRAME, 4000000, nullptr), S_OK);
   EXPECT_EQ(target, 10);
   EXPECT_EQ(m_video->ConvertTimeFormat(&target, nullptr, 10, &TIME_FORMAT_FRAME), S_OK);
-  EXPECT_EQ(target, 0);
+  EXPECT_EQ(target, 0) << "both ways divide";
   EXPECT_EQ(m_video->ConvertTimeFormat(&target, &TIME_FORMAT_SAMPLE, 7, &TIME_FORMAT_SAMPLE), S_OK);
   EXPECT_EQ(target, 7);
   EXPECT_EQ(m_video->ConvertTimeFormat(&target, &TIME_FORMAT_SAMPLE, 8, nullptr), E_INVALIDARG);
   EXPECT_EQ(target, 7);
-}
 
-TEST_F(Seeking, PositionsAreTheFiltersInThePinsFormat) {
   SetRange(4000000, kDuration);
   EXPECT_EQ(m_video->SetTimeFormat(&TIME_FORMAT_FRAME), S_OK);
+  EXPECT_EQ(m_audio->IsUsingTimeFormat(&TIME_FORMAT_FRAME), S_OK) << "one format for all pins";
   ExpectRange(10, 2500);
-  LONGLONG first = -1;
-  LONGLONG last = -1;
-  EXPECT_EQ(m_video->GetStopPosition(&last), S_OK);
-  EXPECT_EQ(last, 2500);
-  EXPECT_EQ(m_video->GetDuration(&last), S_OK);
-  EXPECT_EQ(last, 2500);
-  EXPECT_EQ(m_video->GetAvailable(&first, &last), S_OK);
-  EXPECT_EQ(first, 0);
-  EXPECT_EQ(last, kDuration) << "not converted";
-  EXPECT_EQ(m_video->GetAvailable(nullptr, nullptr), S_OK);
-  EXPECT_EQ(m_video->GetPreroll(&last), S_OK);
-  EXPECT_EQ(last, 0);
-  EXPECT_EQ(m_video->GetPositions(&first, nullptr), E_POINTER);
+  EXPECT_EQ(m_video->GetStopPosition(&target), S_OK);
+  EXPECT_EQ(target, 2500);
+  EXPECT_EQ(m_video->GetDuration(&target), S_OK);
+  EXPECT_EQ(target, 2500);
+  EXPECT_EQ(m_video->GetAvailable(nullptr, &target), S_OK);
+  EXPECT_EQ(target, kDuration) << "not converted";
 }
 
 TEST_F(Seeking, EveryOperationOnPositions) {
@@ -132,26 +110,21 @@ TEST_F(Seeking, EveryOperationOnPositions) {
     ExpectRange(each.newStart, each.newStop);
     EXPECT_EQ(current, each.currentBack);
     EXPECT_EQ(stop, each.stopBack);
-    double rate = 0;
-    EXPECT_EQ(m_video->GetRate(&rate), S_OK);
-    EXPECT_EQ(rate, 2.5);
   }
-}
+  double rate = 0;
+  EXPECT_EQ(m_video->GetRate(&rate), S_OK);
+  EXPECT_EQ(rate, 2.5);
 
-// Applications give a null stop with AM_SEEKING_NoPositioning.
-TEST_F(Seeking, NullPositionStaysAsItIs) {
-  LogCapture log(Graph().Splitter());
+  // Applications give a null stop with AM_SEEKING_NoPositioning. What is null stays as it is.
+  LogCapture log(Splitter());
   SetRange(5, 600);
   LONGLONG time = 100;
   EXPECT_EQ(m_video->SetPositions(&time, kAbsolute, nullptr, kNone), S_OK);
   ExpectRange(100, 600);
   EXPECT_EQ(log.CountOf("CMatroskaOutputPin::SetPositions 100\n"), 1U);
-  EXPECT_EQ(log.CountOf("AM_SEEKING_AbsolutePositioning 100"), 1U);
   EXPECT_EQ(m_video->SetPositions(nullptr, kRelative, &time, kRelative), S_OK);
   ExpectRange(100, 700);
-}
 
-TEST_F(Seeking, SumsStayWithinTheRangeOfTimes) {
   OpenLasting(0);
   for (LONGLONG edge : {std::numeric_limits<LONGLONG>::min(), std::numeric_limits<LONGLONG>::max()}) {
     SetRange(edge, edge);
@@ -173,14 +146,49 @@ TEST_F(Seeking, OnlyTheFirstConnectedPinMovesThePositions) {
   ExpectRange(50, 50);
 }
 
-TEST_F(Seeking, SegmentHasTheStopAndRateOfItsRange) {
+TEST_F(Seeking, StepsFromTwoThreadsAllCountAndNothingStartsBeforeTheGraphRuns) {
+  constexpr int kSteps = 2000;
+  LogCapture log(Splitter());
   SetRange(0, 20000000);
+  const auto step = [&] {
+    for (int k = 0; k < kSteps; ++k) {
+      LONGLONG distance = 1;
+      m_video->SetPositions(&distance, kRelative, nullptr, kNone);
+    }
+  };
+  Thread other;
+  ASSERT_EQ(other.Start(step), S_OK);
+  step();
+  other.Join();
+  ExpectRange(2 * kSteps, 20000000);
   EXPECT_EQ(m_video->SetRate(2.0), S_OK);
+  EXPECT_FALSE(log.Contains("BeginFlush"));
+  EXPECT_FALSE(log.Contains("CMatroskaSplitter::ThreadProc tm_start"));
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   ASSERT_TRUE(Graph().WaitForEnd());
   const SinkEvent segment = Graph().Sink(0).Events().front();
   EXPECT_EQ(segment.stop, 20000000);
   EXPECT_EQ(segment.rate, 2.0);
+}
+
+using Markers = GraphTest;
+
+TEST_F(Markers, CapabilitiesFollowFromVideoAndChaptersAndOtherNumbersAreNone) {
+  for (const auto& [file, expected] : {std::pair{"aac.mka", 49}, {"multi.mkv", 65}, {"chapters_edges.mkv", 69}}) {
+    Graph().CloseSource();
+    ASSERT_EQ(Graph().Open(CorpusFile(file)), S_OK);
+    LONG capabilities = 0;
+    EXPECT_EQ(Ask<IAMExtendedSeeking>()->get_ExSeekCapabilities(&capabilities), S_OK);
+    EXPECT_EQ(capabilities, expected) << file;
+  }
+  for (const LONG number : {0, 6, -1, 0x7FFFFFFF}) {
+    double time = -7;
+    BStr name;
+    EXPECT_EQ(Ask<IAMExtendedSeeking>()->GetMarkerTime(number, &time), S_OK);
+    EXPECT_EQ(Ask<IAMExtendedSeeking>()->GetMarkerName(number, name.Put()), S_OK);
+    EXPECT_EQ(time, -7);
+    EXPECT_EQ(name.Get(), nullptr);
+  }
 }
 
 }  // namespace

@@ -7,28 +7,26 @@
 namespace tarvex::test {
 namespace {
 
-constexpr LONG kEcErrorAbort = 3;
 constexpr MovieShape kMovie = {.frames = 300, .framesPerCluster = 25, .frameSize = 5000};
 
 class Sources : public GraphTest {
  protected:
   /// Connects the source and a sink for every pin.
-  void Open(ComPtr<SourceFilter> source) {
-    m_graph.emplace();
-    m_source = std::move(source);
-    ASSERT_EQ(Graph().SeparatePins(true), S_OK);
-    ASSERT_EQ(Graph().Open(m_source.Get()), S_OK);
+  void OpenWithSinks(ComPtr<SourceFilter> source) {
+    Open(std::move(source));
     ASSERT_EQ(Graph().ConnectSinks(SinkKind::kRecording), S_OK);
   }
+  /// Of all samples that each sink gets.
   std::vector<std::vector<std::string>> DigestsAtTheEnd() {
-    std::vector<std::vector<std::string>> all;
+    EXPECT_TRUE(SUCCEEDED(Graph().Run()));
     EXPECT_TRUE(Graph().WaitForEnd());
+    EXPECT_FALSE(IsAborted());
+    EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+    std::vector<std::vector<std::string>> all;
     for (const auto& sink : Graph().Sinks()) {
       std::vector<std::string>& digests = all.emplace_back();
       for (const SinkEvent& sample : sink->Samples()) digests.push_back(sample.sha1);
     }
-    EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 50));
-    EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
     return all;
   }
   std::size_t SamplesSoFar() {
@@ -36,49 +34,41 @@ class Sources : public GraphTest {
     for (const auto& sink : Graph().Sinks()) samples += sink->CountOf(SinkEvent::Kind::kSample);
     return samples;
   }
-  void AwaitUntil(const std::function<bool()>& isDone) {
-    for (DWORD waited = 0; waited < kPatience && !isDone(); ++waited) SleepMilliseconds(1);
-    EXPECT_TRUE(isDone());
+  bool WaitsForBytes() {
+    return Eventually([this] { return m_source->Pin()->isWaiting.load(); });
   }
 };
 
 TEST_F(Sources, BytesOnTheirWayAreWaitedForAndNeverMadeUp) {
   const ByteString movie = MakeMovie(kMovie);
   const auto size = static_cast<LONGLONG>(movie.size());
-  Open(SourceFilter::FromBytes(movie));
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  OpenWithSinks(SourceFilter::FromBytes(movie));
   const auto expected = DigestsAtTheEnd();
   ASSERT_EQ(expected.at(0).size(), kMovie.frames);
 
   const auto source = SourceFilter::FromBytes(movie);
   source->Arrive(2000);  // the headers; opening waits for no more
-  Open(source);
+  OpenWithSinks(source);
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    EXPECT_TRUE(WaitsForBytes());
+    EXPECT_TRUE(SUCCEEDED(Graph().Stop())) << "which ends the wait";
+    EXPECT_FALSE(source->Pin()->isWaiting);
+    EXPECT_FALSE(IsAborted());
+  }
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  AwaitUntil([&] { return source->IsWaitingForBytes(); });
+  EXPECT_TRUE(WaitsForBytes());
   EXPECT_EQ(SamplesSoFar(), 0U);
   const std::size_t aCluster = 2 * kMovie.framesPerCluster;
   for (LONGLONG arrived = 2000; arrived < size; arrived += 123457) {
     source->Arrive(arrived);
     // What is there is played, but for the Cluster that is not whole yet.
     const auto whole = static_cast<std::size_t>(arrived * 2 * kMovie.frames / size);
-    AwaitUntil([&] { return SamplesSoFar() + 2 * aCluster >= whole; });
+    EXPECT_TRUE(Eventually([&] { return SamplesSoFar() + 2 * aCluster >= whole; }));
     EXPECT_LE(SamplesSoFar(), whole);
   }
   source->Arrive(size);
   EXPECT_EQ(DigestsAtTheEnd(), expected);
-}
-
-TEST_F(Sources, StopEndsTheWaitForBytesThatDoNotCome) {
-  const auto source = SourceFilter::FromBytes(MakeMovie(kMovie));
-  source->Arrive(1000000);
-  Open(source);
-  for (int round = 0; round < 2; ++round) {
-    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-    AwaitUntil([&] { return source->IsWaitingForBytes(); });
-    EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
-    EXPECT_FALSE(source->IsWaitingForBytes());
-  }
-  EXPECT_FALSE(Graph().WaitForEvent(kEcErrorAbort, 50));
 }
 
 // The end is nearer than it was thought to be when the stream was opened, or the file is cut: reads cross it.
@@ -87,121 +77,88 @@ TEST_F(Sources, AnEndIsTheSameHoweverTheSourceSaysIt) {
   for (const int cut : {0, 1, 3, 4990, 5010}) {
     ByteString movie = MakeMovie(kMovie);
     movie.erase(movie.end() - cut, movie.end());
-    Open(SourceFilter::FromBytes(movie));
-    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    OpenWithSinks(SourceFilter::FromBytes(movie));
     const auto expected = DigestsAtTheEnd();
     EXPECT_GE(expected.at(0).size(), kMovie.frames - kMovie.framesPerCluster);
     for (const HRESULT answer : {S_FALSE, HRESULT_FROM_WIN32(ERROR_HANDLE_EOF)}) {
       SCOPED_TRACE(testing::Message() << cut << " bytes missing, answer " << std::hex << answer);
       const auto source = SourceFilter::FromBytes(movie);
       const auto size = static_cast<LONGLONG>(movie.size());
-      source->AnswerAtTheEnd(answer);
-      source->Estimate(cut == 0 ? size + kTooMuch : size);
-      source->Arrive(size - kTooMuch);
-      Open(source);
+      source->Pin()->answerAtTheEnd = answer;
+      source->Arrive(size - kTooMuch, cut == 0 ? size + kTooMuch : size);
+      OpenWithSinks(source);
       ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-      AwaitUntil([&] { return source->IsWaitingForBytes(); });
+      EXPECT_TRUE(WaitsForBytes());
       source->Arrive(size);
       EXPECT_EQ(DigestsAtTheEnd(), expected);
     }
   }
 }
 
-/// One Cluster in front and two behind 5 GiB of tags, with the Cues behind them.
-struct LargeFile {
-  static constexpr std::uint64_t kFilling = std::uint64_t{1} << 30;
-  static constexpr int kFillings = 5;
-
-  LargeFile() {
-    const ByteString video =
-        Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 320), Unsigned(id::kPixelHeight, 240)}));
-    const ByteString tracks = Element(id::kTracks, TrackEntry(1, 1, "V_VP8", video));
-    const ByteString info =
-        Element(id::kInfo, Join({Unsigned(id::kTimecodeScale, 1000000), Float(id::kDuration, 3000)}));
-    const ByteString front = Join({info, tracks, Pictures(0)});
-    const ByteString tags = Join({Id(id::kTags), Vint(kFilling, 8)});
-    constexpr std::uint64_t kSeekHead = 24;
-    const std::uint64_t behind = kSeekHead + front.size() + kFillings * (tags.size() + kFilling);
-    const ByteString back = Join({Pictures(1000), Pictures(2000)});
-    const std::uint64_t cuesAt = behind + back.size();
-    const ByteString cues = Element(id::kCues, Join({Cue(0, kSeekHead + info.size() + tracks.size()), Cue(1000, behind),
-                                                     Cue(2000, behind + back.size() / 2)}));
-    const ByteString head = Join({EbmlHead(), Id(id::kSegment), Vint(cuesAt + cues.size(), 8)});
-    auto position = static_cast<LONGLONG>(head.size());
-    const auto put = [&](const ByteString& bytes) {
-      parts[position] = bytes;
-      position += static_cast<LONGLONG>(bytes.size());
-    };
-    put(Join({SeekHeadFor(id::kCues, cuesAt), front}));
-    for (int k = 0; k < kFillings; ++k) {
-      put(tags);
-      position += kFilling;
-    }
-    put(Join({back, cues}));
-    parts[0] = head;
-    size = position;
-  }
-
-  static ByteString Pictures(std::uint64_t time) {
+/// One Cluster in front of 5 GiB of tags and two behind them, with the Cues at the end.
+ComPtr<SourceFilter> LargeFile() {
+  constexpr std::uint64_t kTags = std::uint64_t{1} << 30;  // of each, as there are bounds to an element
+  constexpr int kCount = 5;
+  const auto pictures = [](std::uint64_t time) {
     ByteString blocks;
     for (std::int16_t k = 0; k < 10; ++k) {
-      const ByteString frame(100, static_cast<std::uint8_t>(time / 100 + static_cast<std::uint64_t>(k)));
-      blocks = Join({blocks, SimpleBlock(1, static_cast<std::int16_t>(k * 100), frame)});
+      const auto content = static_cast<std::uint8_t>(time / 100 + static_cast<std::uint64_t>(k));
+      blocks = Join({blocks, SimpleBlock(1, static_cast<std::int16_t>(k * 100), ByteString(100, content))});
     }
     return Cluster(time, blocks);
-  }
-  static ByteString Cue(std::uint64_t time, std::uint64_t position) {
+  };
+  const auto cue = [](std::uint64_t time, std::uint64_t position) {
     const ByteString place = Join({Unsigned(id::kCueTrack, 1), Unsigned(id::kCueClusterPosition, position)});
     return Element(id::kCuePoint, Join({Unsigned(id::kCueTime, time), Element(id::kCueTrackPositions, place)}));
-  }
+  };
+  const ByteString video = Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 320), Unsigned(id::kPixelHeight, 240)}));
+  const ByteString front =
+      Join({Element(id::kInfo, Join({Unsigned(id::kTimecodeScale, 1000000), Float(id::kDuration, 3000)})),
+            Element(id::kTracks, TrackEntry(1, 1, "V_VP8", video))});
+  const ByteString tags = Join({Id(id::kTags), Vint(kTags, 8)});
+  const std::uint64_t first = SeekHeadFor(id::kCues, 0).size() + front.size();
+  const std::uint64_t behind = first + pictures(0).size() + kCount * (tags.size() + kTags);
+  const ByteString back = Join({pictures(1000), pictures(2000)});
+  const std::uint64_t cuesAt = behind + back.size();
+  const ByteString cues =
+      Element(id::kCues, Join({cue(0, first), cue(1000, behind), cue(2000, behind + back.size() / 2)}));
+  const ByteString head = Join({EbmlHead(), Id(id::kSegment), Vint(cuesAt + cues.size(), 8)});
+  const auto size = static_cast<LONGLONG>(head.size() + cuesAt + cues.size());
+  SourceFilter::Parts parts;
+  parts[0] = Join({head, SeekHeadFor(id::kCues, cuesAt), front, pictures(0)});
+  auto position = static_cast<LONGLONG>(parts[0].size());
+  for (int k = 0; k < kCount; ++k, position += static_cast<LONGLONG>(tags.size() + kTags)) parts[position] = tags;
+  parts[position] = Join({back, cues});
+  return SourceFilter::FromParts(parts, size);
+}
 
-  std::map<LONGLONG, ByteString> parts;
-  LONGLONG size = 0;
-};
-
-TEST_F(Sources, PositionsBeyondFourGibibytesAreReadAndSought) {
-  LargeFile file;
-  ASSERT_GT(file.size, LONGLONG{1} << 32);
-  Open(SourceFilter::FromParts(file.parts, file.size));
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+// Its Cues are the last to come, and only a seek needs them.
+TEST_F(Sources, PositionsBeyondFourGibibytesAreReadAndSoughtAndOpeningWaitsForTheHeadersAlone) {
+  const auto source = LargeFile();
+  source->Arrive(4000);
+  Event opened;
+  Thread opener;
+  ASSERT_EQ(opener.Start([&] {
+    OpenWithSinks(source);
+    opened.Set();
+  }),
+            S_OK);
+  const bool isEarly = opened.Wait(kPatience);
+  source->Arrive(static_cast<LONGLONG>(source->Size()));
+  opener.Join();
+  ASSERT_TRUE(isEarly);
   const std::vector<std::string> all = DigestsAtTheEnd().at(0);
   ASSERT_EQ(all.size(), 30U) << "from the front to the back";
   const int readsToPlay = m_source->Reads();
   EXPECT_LT(readsToPlay, 100) << "the tags are not read";
 
-  LONGLONG wanted = 20'000'000;  // the last Cluster
-  const auto seeking = QueryFor<IMediaSeeking>(Output(0).Get());
-  ASSERT_EQ(seeking->SetPositions(&wanted, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning), S_OK);
+  constexpr LONGLONG kWanted = 2 * kSecond;  // the last Cluster
+  ASSERT_EQ(Seek(kWanted), S_OK);
   Graph().Sink(0).Clear();
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   EXPECT_EQ(DigestsAtTheEnd().at(0), std::vector<std::string>(all.begin() + 20, all.end()));
-  EXPECT_EQ(Graph().Sink(0).Events().front().start, wanted) << "the segment's";
+  EXPECT_EQ(Graph().Sink(0).Events().front().start, kWanted) << "the segment's";
   EXPECT_EQ(Graph().Sink(0).Samples().front().start, 0);
   EXPECT_LT(m_source->Reads() - readsToPlay, 20) << "nothing in between is read";
-}
-
-// Its Cues are the last to come, and only a seek needs them.
-TEST_F(Sources, OpeningWaitsForTheHeadersAlone) {
-  const LargeFile file;
-  const auto source = SourceFilter::FromParts(file.parts, file.size);
-  source->Arrive(4000);
-  Event opened;
-  Thread opener;
-  ASSERT_EQ(opener.Start([&] {
-    Open(source);
-    opened.Set();
-  }),
-            S_OK);
-  const bool isEarly = opened.Wait(5000);
-  source->Arrive(file.size);
-  opener.Join();
-  ASSERT_TRUE(isEarly);
-  LONGLONG wanted = 20'000'000;
-  const auto seeking = QueryFor<IMediaSeeking>(Output(0).Get());
-  ASSERT_EQ(seeking->SetPositions(&wanted, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning), S_OK);
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  EXPECT_EQ(DigestsAtTheEnd().at(0).size(), 10U);
-  EXPECT_LT(source->Reads(), 100) << "by the Cues";
 }
 
 }  // namespace

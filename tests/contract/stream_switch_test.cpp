@@ -23,56 +23,38 @@ class RenderingGraph : public FilterGraph {
   int completionWaits = 0;
 };
 
-class RefusedSwitch : public ContractTest {
- protected:
-  static constexpr LONG kEnglishSubtitles = 5;
-  static constexpr LONG kFrenchSubtitles = 6;
+using RefusedSwitch = GraphTest;
 
-  void SetUp() override {
-    ASSERT_EQ(m_graph->Open(CorpusFile("multi.mkv")), S_OK);
-    for (const ComPtr<IPin>& pin : m_graph->OutputPins()) ASSERT_EQ(m_rendering->Render(pin.Get()), S_OK);
-    ASSERT_TRUE(IsEnabled(kFrenchSubtitles));
-  }
-  void TearDown() override {
-    m_graph.reset();
-    m_rendering.Reset();
-    ContractTest::TearDown();
-  }
-
-  HRESULT Enable(LONG index) {
-    return QueryFor<IAMStreamSelect>(m_graph->Splitter())->Enable(index, AMSTREAMSELECTENABLE_ENABLE);
-  }
-  bool IsEnabled(LONG index) {
+TEST_F(RefusedSwitch, PutsTheOldStreamBackAndWaitsForARunningGraphOnly) {
+  constexpr LONG kEnglish = 5;
+  constexpr LONG kFrench = 6;
+  const auto rendering = MakeCom<RenderingGraph>();
+  m_graph.emplace(CreateSplitter(), ComPtr<IGraphBuilder>(rendering.Get()));
+  ASSERT_EQ(Graph().Open(CorpusFile("multi.mkv")), S_OK);
+  for (const ComPtr<IPin>& pin : Graph().OutputPins()) ASSERT_EQ(rendering->Render(pin.Get()), S_OK);
+  const auto select = Ask<IAMStreamSelect>();
+  const auto isEnabled = [&](LONG index) {
     DWORD flags = 0;
-    QueryFor<IAMStreamSelect>(m_graph->Splitter())
-        ->Info(index, nullptr, &flags, nullptr, nullptr, nullptr, nullptr, nullptr);
+    select->Info(index, nullptr, &flags, nullptr, nullptr, nullptr, nullptr, nullptr);
     return flags == AMSTREAMSELECTINFO_ENABLED;
-  }
+  };
+  rendering->refusals = 1;
+  EXPECT_EQ(select->Enable(kEnglish, AMSTREAMSELECTENABLE_ENABLE), S_OK);
+  EXPECT_TRUE(isEnabled(kFrench));
+  for (const ComPtr<IPin>& pin : Graph().OutputPins()) EXPECT_TRUE(IsConnected(pin.Get()));
 
-  ComPtr<RenderingGraph> m_rendering = MakeCom<RenderingGraph>();
-  std::optional<TestGraph> m_graph{std::in_place, CreateSplitter(), ComPtr<IGraphBuilder>(m_rendering.Get())};
-};
+  ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
+  EXPECT_EQ(select->Enable(kEnglish, AMSTREAMSELECTENABLE_ENABLE), S_OK);
+  EXPECT_TRUE(isEnabled(kEnglish));
+  EXPECT_EQ(rendering->completionWaits, 0);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  EXPECT_EQ(select->Enable(kFrench, AMSTREAMSELECTENABLE_ENABLE), S_OK);
+  EXPECT_EQ(rendering->completionWaits, 1);
 
-TEST_F(RefusedSwitch, PutsTheOldStreamBackWhenTheNewOneCannotBeRendered) {
-  m_rendering->refusals = 1;
-  EXPECT_EQ(Enable(kEnglishSubtitles), S_OK);
-  EXPECT_TRUE(IsEnabled(kFrenchSubtitles));
-  for (const ComPtr<IPin>& pin : m_graph->OutputPins()) EXPECT_TRUE(IsConnected(pin.Get()));
-}
-
-TEST_F(RefusedSwitch, OnlyARunningGraphIsWaitedFor) {
-  ASSERT_TRUE(SUCCEEDED(m_graph->Pause()));
-  EXPECT_EQ(Enable(kEnglishSubtitles), S_OK);
-  EXPECT_EQ(m_rendering->completionWaits, 0);
-  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
-  EXPECT_EQ(Enable(kFrenchSubtitles), S_OK);
-  EXPECT_EQ(m_rendering->completionWaits, 1);
-}
-
-TEST_F(RefusedSwitch, OutsideAGraphAConnectedPinStaysAsItIs) {
-  m_graph->Splitter()->JoinFilterGraph(nullptr, nullptr);
-  EXPECT_EQ(Enable(kEnglishSubtitles), VFW_E_NOT_IN_GRAPH);
-  EXPECT_TRUE(IsEnabled(kFrenchSubtitles));
+  ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
+  Splitter()->JoinFilterGraph(nullptr, nullptr);
+  EXPECT_EQ(select->Enable(kEnglish, AMSTREAMSELECTENABLE_ENABLE), VFW_E_NOT_IN_GRAPH);
+  EXPECT_TRUE(isEnabled(kFrench));
 }
 
 }  // namespace

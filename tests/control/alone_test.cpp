@@ -18,8 +18,8 @@ TEST(Alone, ItStopsStartsAgainAndIsDroppedWhileItRuns) {
       const auto source = MakeFilm({.seconds = 60, .pictures = 4000000, .sound = 1000000});
       const auto sink = SinkFilter::Create(kind);
       const ComPtr<IBaseFilter> splitter = CreateSplitter();
-      ASSERT_EQ(source->Pin()->Connect(PinsOf(splitter.Get()).front().Get(), nullptr), S_OK);
-      ASSERT_EQ(PinsOf(splitter.Get()).at(1)->Connect(sink->Pin(), nullptr), S_OK);
+      ASSERT_EQ(source->Pin()->Connect(AllPins(splitter.Get()).front().Get(), nullptr), S_OK);
+      ASSERT_EQ(AllPins(splitter.Get()).at(1)->Connect(sink->Pin(), nullptr), S_OK);
       ASSERT_TRUE(SUCCEEDED(sink->Pause()));
       ASSERT_TRUE(SUCCEEDED(splitter->Run(0)));
       ASSERT_TRUE(sink->WaitForSample(kPatience));

@@ -210,11 +210,11 @@ class FaultRig {
   }
   bool Open() {
     Set(paramSeparatePins, m_movie.separatePins);
-    const auto input = PinsOf(m_splitter.Get()).front();
+    const auto input = AllPins(m_splitter.Get()).front();
     return SUCCEEDED(Ask([&] { return m_source->Pin()->Connect(input.Get(), nullptr); }));
   }
   void Render() {
-    for (const auto& pin : PinsOf(m_splitter.Get())) {
+    for (const auto& pin : AllPins(m_splitter.Get())) {
       if (DirectionOf(pin.Get()) == PINDIR_OUTPUT && !IsConnected(pin.Get())) {
         Ask([&] { return m_graph->Render(pin.Get()); });
       }
@@ -254,7 +254,7 @@ class FaultRig {
     CAUUID pages{};
     const auto specify = m_splitter.Query<ISpecifyPropertyPages>();
     if (SUCCEEDED(Ask([&] { return specify->GetPages(&pages); }))) CoTaskMemFree(pages.pElems);
-    for (const auto& pin : PinsOf(m_splitter.Get())) AskAboutPin(pin.Get());
+    for (const auto& pin : AllPins(m_splitter.Get())) AskAboutPin(pin.Get());
   }
   void AskAboutPin(IPin* pin) {
     CoTaskMem<OLECHAR> id;
@@ -318,7 +318,7 @@ class FaultRig {
   }
   // A change that fails has not been made, and can be made later.
   void ChangeSettings() {
-    const std::size_t pins = PinsOf(m_splitter.Get()).size();
+    const std::size_t pins = AllPins(m_splitter.Get()).size();
     bool present = m_movie.separatePins;
     for (const bool separate : {!present, present}) {
       if (SUCCEEDED(Set(paramSeparatePins, separate)) || SUCCEEDED(Set(paramSeparatePins, separate)))
@@ -328,7 +328,7 @@ class FaultRig {
       EXPECT_EQ(value.boolVal != 0, present);
       Set(paramAnnexBOutput, separate);
     }
-    EXPECT_TRUE(complained || PinsOf(m_splitter.Get()).size() == pins);
+    EXPECT_TRUE(complained || AllPins(m_splitter.Get()).size() == pins);
   }
 
   static void STDMETHODCALLTYPE TakeText(void* context, const char* text) {
@@ -366,7 +366,7 @@ class FaultRig {
   void CloseFile() {
     Stop();
     for (const auto& sink : m_graph->Sinks()) sink->Pin()->Disconnect();
-    std::vector<ComPtr<IPin>> pins = PinsOf(m_splitter.Get());
+    std::vector<ComPtr<IPin>> pins = AllPins(m_splitter.Get());
     std::ranges::reverse(pins);  // the last one, the input, takes the others away
     for (const auto& pin : pins) Ask([&] { return pin->Disconnect(); });
     m_source->Pin()->Disconnect();

@@ -1,89 +1,51 @@
-// The worker thread's request channel where nobody answers: no wait may be without end. And what it waits with.
+// The worker thread's request channel where nobody answers: no wait may be without end.
 #include "framework/am_thread.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <stdexcept>
-
-#include "framework/event.h"
 
 namespace tarvex::test {
 namespace {
 
-enum Command : DWORD { kEcho = 1, kThrow = 2, kCallSelf = 3, kExit = 99 };
+enum Command : DWORD { kEcho, kThrow, kCallSelf, kExit };
+constexpr auto kNoReply = static_cast<DWORD>(E_UNEXPECTED);
 
 class Worker : public CAMThread {
  public:
   ~Worker() override {
-    if (ThreadExists()) {
-      CallWorker(kExit);
-      Close();
-    }
+    CallWorker(kExit);
+    Close();
   }
   Thread Take() { return TakeThread(); }
-
-  std::atomic<DWORD> selfCall{0};
 
  protected:
   DWORD ThreadProc() override {
     for (;;) {
-      switch (GetRequest()) {
-        case kThrow:
-          throw std::runtime_error("worker failed");
-        case kCallSelf:
-          Reply(0);
-          selfCall = CallWorker(kEcho);
-          break;
-        case kExit:
-          Reply(7);
-          return 0;
-        default:
-          Reply(42);
-          break;
-      }
+      const DWORD command = GetRequest();
+      if (command == kThrow) throw std::runtime_error("worker failed");
+      Reply(command == kCallSelf ? CallWorker(kEcho) : 42);
+      if (command == kExit) return 0;
     }
   }
 };
 
-TEST(WorkerThread, ExceptionEndsTheThreadAndReleasesTheCaller) {
+TEST(WorkerThread, NobodyWaitsForOneThatThrewThatIsGoneOrThatIsItself) {
   Worker worker;
+  EXPECT_EQ(worker.CallWorker(kEcho), kNoReply) << "there is no thread";
   ASSERT_TRUE(worker.Create());
-  EXPECT_EQ(worker.CallWorker(kThrow), static_cast<DWORD>(E_UNEXPECTED));
-  EXPECT_EQ(worker.CallWorker(kEcho), static_cast<DWORD>(E_UNEXPECTED));
+  EXPECT_EQ(worker.CallWorker(kCallSelf), kNoReply);
+  EXPECT_EQ(worker.CallWorker(kEcho), 42u);
+  EXPECT_EQ(worker.CallWorker(kThrow), kNoReply);
+  EXPECT_EQ(worker.CallWorker(kEcho), kNoReply);
   worker.Close();
-  EXPECT_EQ(worker.CallWorker(kEcho), static_cast<DWORD>(E_UNEXPECTED)) << "there is no thread";
-  ASSERT_TRUE(worker.Create());
-  EXPECT_EQ(worker.CallWorker(kEcho), 42u);
-}
-
-TEST(WorkerThread, CallFromTheWorkerItselfDoesNotWaitForItself) {
-  Worker worker;
-  ASSERT_TRUE(worker.Create());
-  EXPECT_EQ(worker.CallWorker(kCallSelf), 0u);
-  EXPECT_EQ(worker.CallWorker(kEcho), 42u);
-  EXPECT_EQ(worker.selfCall, static_cast<DWORD>(E_UNEXPECTED));
-}
-
-TEST(WorkerThread, SecondEndDuringTheWaitFindsNoThread) {
-  Worker worker;
   ASSERT_TRUE(worker.Create());
   worker.CallWorker(kExit);
   Thread thread = worker.Take();
-  EXPECT_FALSE(worker.ThreadExists());
+  EXPECT_FALSE(worker.ThreadExists()) << "a second end during the wait finds no thread";
   thread.Join();
-  EXPECT_TRUE(worker.Create());
-}
-
-TEST(Event, ManualOneStaysSetAndTheOtherEndsOneWait) {
-  Event manual(Event::Mode::kManual);
-  Event once;
-  manual.Set();
-  once.Set();
-  for (const bool first : {true, false}) {
-    EXPECT_TRUE(manual.Wait(0));
-    EXPECT_EQ(once.Wait(0), first);
-  }
+  ASSERT_TRUE(worker.Create());
+  EXPECT_EQ(worker.CallWorker(kEcho), 42u);
 }
 
 }  // namespace

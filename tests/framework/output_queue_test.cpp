@@ -1,170 +1,279 @@
-// The output queue's order, batches, refusals and flushes.
+// The output queue's contract as its pins rely on it: order, batches, refusals, flushes, and an end whatever
+// downstream does. Downstream is a sink that runs.
 #include "framework/output_queue.h"
 
 #include <gtest/gtest.h>
 
-#include "tests/framework/downstream.h"
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "framework/mem_allocator.h"
+#include "tests/support/patience.h"
+#include "tests/support/sink_filter.h"
+#include "tests/support/source_filter.h"
 
 namespace tarvex::test {
 namespace {
 
 using Words = std::vector<std::string>;
 
-/// As an output pin of this system makes it: own thread, exact batches that are sent anyway.
-class OutputQueue : public ::testing::Test {
- protected:
-  std::unique_ptr<COutputQueue> Make(LONG batchSize = 200) {
-    HRESULT hr = S_OK;
-    auto queue = std::make_unique<COutputQueue>(down.Pin(), &hr, batchSize, 4);
-    EXPECT_EQ(hr, S_OK);
-    return queue;
+class CountingAllocator : public CMemAllocator {
+ public:
+  LONG Out() {
+    const CAutoLock hold(Lock());
+    return LentCount();
   }
-  HRESULT Send(COutputQueue& queue, int mark) {
-    const HRESULT hr = queue.Receive(down.Sample(mark));
-    queue.SendAnyway();
-    return hr;
-  }
-  void WaitUntilIdle(const COutputQueue& queue) {
-    while (!queue.IsIdle()) SleepMilliseconds(1);
-  }
-
-  Downstream down;
 };
 
-TEST_F(OutputQueue, KeepsSamplesSegmentsAndEndInOrder) {
-  const auto queue = Make();
-  Words expected;
-  for (int i = 0; i < 40; ++i) {
-    if (i % 10 == 0) {
-      queue->NewSegment(i, 100, 1.0);
-      expected.push_back("segment:" + std::to_string(i));
-    }
-    EXPECT_EQ(Send(*queue, i), S_OK);
-    expected.push_back("s:" + std::to_string(i));
+class OutputQueue : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    const CMediaType type(MEDIATYPE_Stream);
+    ASSERT_EQ(m_source->Pin()->Connect(m_sink->Pin(), &type), S_OK);
+    m_sink->AnswerWith(
+        [this](IMediaSample* sample) { return onSample(static_cast<int>(sample->GetActualDataLength())); });
+    ASSERT_EQ(m_sink->Pause(), S_OK);
+    ALLOCATOR_PROPERTIES request{64, 64, 1, 0};
+    ALLOCATOR_PROPERTIES actual{};
+    ASSERT_EQ(m_allocator->SetProperties(&request, &actual), S_OK);
+    ASSERT_EQ(m_allocator->Commit(), S_OK);
   }
-  queue->EOS();
-  expected.emplace_back("eos");
-  ASSERT_TRUE(down.WaitForWords(expected.size()));
-  EXPECT_EQ(down.Words(), expected);
-}
+  // Samples that were downstream come back, and the others never went there.
+  void TearDown() override {
+    m_queue.reset();
+    EXPECT_TRUE(Eventually([this] { return m_allocator->Out() == 0; }));
+    m_sink->Stop();
+    m_source->Pin()->Disconnect();
+    m_sink->Pin()->Disconnect();
+  }
 
-TEST_F(OutputQueue, ExactBatchWaitsUntilItIsFullOrTheStreamEnds) {
+  /// As an output pin makes it: with its own thread and exact batches, which are sent anyway.
+  void Make(LONG batchSize = 200) {
+    HRESULT result = S_OK;
+    m_queue = std::make_shared<COutputQueue>(m_sink->Pin(), &result, batchSize, 4);
+    ASSERT_EQ(result, S_OK);
+  }
+  /// Of `mark` bytes; not sent before the batch is full.
+  HRESULT Put(int mark) {
+    ComPtr<IMediaSample> sample;
+    EXPECT_EQ(m_allocator->GetBuffer(sample.Put(), nullptr, nullptr, 0), S_OK);
+    EXPECT_EQ(sample->SetActualDataLength(mark), S_OK);
+    return m_queue->Receive(sample.Detach());
+  }
+  HRESULT Send(int mark) {
+    const HRESULT result = Put(mark);
+    m_queue->SendAnyway();
+    return result;
+  }
+
+  /// Everything that reached the pin.
+  Words Heard() {
+    Words words;
+    for (const SinkEvent& event : m_sink->Events()) {
+      static constexpr const char* kWords[] = {"segment ", "", "end", "flush", "flushed"};
+      const bool isNumbered = event.kind <= SinkEvent::Kind::kSample;
+      const auto number = event.kind == SinkEvent::Kind::kSample ? event.size : event.start;
+      words.push_back(kWords[static_cast<int>(event.kind)] + (isNumbered ? std::to_string(number) : ""));
+    }
+    return words;
+  }
+  void ExpectHeard(const Words& expected) {
+    EXPECT_TRUE(Eventually([&] { return Heard().size() >= expected.size() && (!m_queue || m_queue->IsIdle()); }));
+    EXPECT_EQ(Heard(), expected);
+  }
+  bool WaitForFlush() {
+    return Eventually([this] { return m_sink->CountOf(SinkEvent::Kind::kBeginFlush) != 0; });
+  }
+
+  std::function<HRESULT(int)> onSample = [](int) { return S_OK; };  // the answer is Receive's
+  ComPtr<SourceFilter> m_source = SourceFilter::FromBytes({});
+  ComPtr<SinkFilter> m_sink = SinkFilter::Create(SinkKind::kCounting);
+  ComPtr<CountingAllocator> m_allocator = MakeCom<CountingAllocator>();
+  std::shared_ptr<COutputQueue> m_queue;
+};
+
+TEST_F(OutputQueue, KeepsEverythingInOrderAndSamplesUntilTheirBatchIsFullOrReleased) {
   LONG outAtSecond = 0;
-  down.onSample = [&](int mark) {
-    if (mark == 2) outAtSecond = down.Out();
+  onSample = [&](int mark) {
+    if (mark == 2) outAtSecond = m_allocator->Out();
     return S_OK;
   };
-  const auto queue = Make(3);
-  queue->Receive(down.Sample(1));
-  queue->Receive(down.Sample(2));
+  Make(3);
+  Put(1);
+  Put(2);
   SleepMilliseconds(20);
-  EXPECT_TRUE(down.Words().empty());
-  queue->Receive(down.Sample(3));
-  ASSERT_TRUE(down.WaitForWords(3));
-  EXPECT_EQ(outAtSecond, 3) << "not in one batch";
-  queue->Receive(down.Sample(4));
-  queue->EOS();
-  ASSERT_TRUE(down.WaitForWords(5));
-  EXPECT_EQ(down.Words(), (Words{"s:1", "s:2", "s:3", "s:4", "eos"}));
-}
+  EXPECT_TRUE(Heard().empty());
+  Put(3);
+  ExpectHeard({"1", "2", "3"});
+  EXPECT_EQ(outAtSecond, 3) << "in one batch";
+  Put(4);
+  m_queue->NewSegment(7, 100, 1.0);
+  Put(5);
+  m_queue->EOS();
+  ExpectHeard({"1", "2", "3", "4", "segment 7", "5", "end"});
 
-TEST_F(OutputQueue, SamplesSentAnywayAreFreedOneByOne) {
   Event entered;
   Event go(Event::Mode::kManual);
-  LONG outAtSecond = 0;
-  down.onSample = [&](int mark) {
-    if (mark == 2) outAtSecond = down.Out();
+  onSample = [&](int mark) {
+    if (mark == 2) outAtSecond = m_allocator->Out();
     entered.Set();
-    go.Wait(5000);
+    go.Wait(kPatience);
     return S_OK;
   };
-  const auto queue = Make();
-  for (int mark = 1; mark <= 3; ++mark) Send(*queue, mark);
-  ASSERT_TRUE(entered.Wait(5000));
+  m_sink->Clear();
+  Make();
+  for (int mark = 1; mark <= 3; ++mark) Send(mark);
+  ASSERT_TRUE(entered.Wait(kPatience));
   go.Set();
-  ASSERT_TRUE(down.WaitForWords(3));
-  EXPECT_EQ(outAtSecond, 2);
+  ExpectHeard({"1", "2", "3"});
+  EXPECT_EQ(outAtSecond, 2) << "each is free as soon as downstream is done with it";
 }
 
-TEST_F(OutputQueue, FirstRefusalDropsWhatFollowsAndIsReportedUntilReset) {
+TEST_F(OutputQueue, ARefusalDropsWhatFollowsAndIsReportedUntilResetButTheEndPasses) {
   Event refused;
   Event go;
-  down.onSample = [&](int mark) {
+  onSample = [&](int mark) {
     if (mark != 1) return S_OK;
     refused.Set();
-    go.Wait(5000);
+    go.Wait(kPatience);
     return E_ACCESSDENIED;
   };
-  const auto queue = Make();
-  Send(*queue, 1);
-  ASSERT_TRUE(refused.Wait(5000));
-  Send(*queue, 2);
+  Make();
+  Send(1);
+  ASSERT_TRUE(refused.Wait(kPatience));
+  Send(2);
   go.Set();
-  WaitUntilIdle(*queue);
-  EXPECT_EQ(Send(*queue, 3), E_ACCESSDENIED);
-  EXPECT_EQ(down.Words(), Words{"s:1"});
-  EXPECT_EQ(down.Out(), 0);
-  queue->Reset();
-  EXPECT_EQ(Send(*queue, 4), S_OK);
-}
-
-TEST_F(OutputQueue, EndOfStreamPassesARefusalUnlessThePinHasSeenTheEnd) {
+  ExpectHeard({"1"});
+  EXPECT_EQ(Send(3), E_ACCESSDENIED);
+  m_queue->Reset();
+  EXPECT_EQ(Send(4), S_OK);
+  ExpectHeard({"1", "4"});
   for (const HRESULT refusal : {S_FALSE, VFW_E_SAMPLE_REJECTED_EOS}) {
-    const std::size_t before = down.Words().size();
-    down.onSample = [refusal](int) { return refusal; };
-    const auto queue = Make();
-    Send(*queue, 1);
-    WaitUntilIdle(*queue);
-    queue->EOS();
-    WaitUntilIdle(*queue);
-    EXPECT_EQ(down.Words().size() - before, refusal == S_FALSE ? 2U : 1U);
+    m_sink->Clear();
+    onSample = [refusal](int) { return refusal; };
+    Make();
+    Send(5);
+    ExpectHeard({"5"});
+    m_queue->EOS();
+    ExpectHeard(refusal == S_FALSE ? Words{"5", "end"} : Words{"5"});  // who has seen the end is not told
   }
 }
 
-TEST_F(OutputQueue, FlushDropsWaitingSamplesAndEndsARefusal) {
+TEST_F(OutputQueue, AFlushDropsWaitingSamplesAndEndsARefusalAlsoFromTheQueuesOwnThread) {
   Event entered;
-  down.onSample = [&](int mark) {
+  onSample = [&](int mark) {
     if (mark != 1) return S_OK;
     entered.Set();
-    return down.WaitForFlush() ? S_FALSE : E_FAIL;
+    return WaitForFlush() ? S_FALSE : E_FAIL;
   };
-  const auto queue = Make();
-  Send(*queue, 1);
-  ASSERT_TRUE(entered.Wait(5000));
-  Send(*queue, 2);
-  queue->BeginFlush();
-  EXPECT_EQ(Send(*queue, 3), S_FALSE);
-  queue->EndFlush();
-  EXPECT_EQ(Send(*queue, 4), S_OK);
-  ASSERT_TRUE(down.WaitForWords(4));
-  EXPECT_EQ(down.Words(), (Words{"s:1", "flush", "endflush", "s:4"}));
-  WaitUntilIdle(*queue);
-  EXPECT_EQ(down.Out(), 0);
-}
+  Make();
+  Send(1);
+  ASSERT_TRUE(entered.Wait(kPatience));
+  Send(2);
+  m_queue->BeginFlush();
+  EXPECT_EQ(Send(3), S_FALSE);
+  m_queue->EndFlush();
+  EXPECT_EQ(Send(4), S_OK);
+  ExpectHeard({"1", "flush", "flushed", "4"});
 
-TEST_F(OutputQueue, FlushFromTheQueuesOwnThreadDoesNotWaitForItself) {
-  const auto queue = Make();
-  down.onSample = [&](int mark) {
+  m_sink->Clear();
+  onSample = [&](int mark) {
     if (mark != 1) return S_OK;
-    EXPECT_EQ(Send(*queue, 2), S_OK);
-    queue->BeginFlush();
-    queue->EndFlush();
-    EXPECT_EQ(Send(*queue, 9), S_OK);
+    EXPECT_EQ(Send(2), S_OK);
+    m_queue->BeginFlush();
+    m_queue->EndFlush();
+    EXPECT_EQ(Send(9), S_OK);
     return E_FAIL;  // belongs to the time before the flush: must not refuse the sample after it
   };
-  Send(*queue, 1);
-  ASSERT_TRUE(down.WaitForWords(4));
-  WaitUntilIdle(*queue);
-  EXPECT_EQ(down.Words(), (Words{"s:1", "flush", "endflush", "s:9"}));
-  EXPECT_EQ(Send(*queue, 10), S_OK);
+  Send(1);
+  ExpectHeard({"1", "flush", "flushed", "9"});
+  EXPECT_EQ(Send(10), S_OK);
 }
 
-TEST_F(OutputQueue, PinWithoutMemInputPinIsRefusedAtConstruction) {
-  HRESULT hr = S_OK;
-  COutputQueue queue(down.source->Pin(), &hr, 1, 1);
-  EXPECT_EQ(hr, E_NOINTERFACE);
-  EXPECT_EQ(queue.Receive(down.Sample(1)), E_UNEXPECTED);
-  EXPECT_EQ(down.Out(), 0);
+enum class Receive { kReturnsSoon, kWaitsForAFlush, kNeverReturns };
+
+TEST_F(OutputQueue, EndsWhateverReceiveDoes) {
+  for (const Receive receive : {Receive::kReturnsSoon, Receive::kWaitsForAFlush, Receive::kNeverReturns}) {
+    SCOPED_TRACE(static_cast<int>(receive));
+    Event entered;
+    Event end(Event::Mode::kManual);
+    Event left;
+    onSample = [&](int) {
+      entered.Set();
+      if (receive == Receive::kWaitsForAFlush) WaitForFlush();
+      if (receive != Receive::kWaitsForAFlush) end.Wait(receive == Receive::kReturnsSoon ? 30 : INFINITE);
+      left.Set();
+      return S_OK;
+    };
+    m_sink->Clear();
+    Make();
+    for (int mark = 1; mark <= 20; ++mark) Send(mark);
+    ASSERT_TRUE(entered.Wait(kPatience));
+    m_queue.reset();
+    end.Set();
+    ASSERT_TRUE(left.Wait(kPatience));
+    EXPECT_TRUE(Eventually([this] { return m_allocator->Out() == 0; }));
+    if (receive != Receive::kReturnsSoon || Heard() != Words{"1"}) ExpectHeard({"1", "flush", "flushed"});
+  }
+}
+
+TEST_F(OutputQueue, EndsFromItsOwnThreadAndQuietlyWhenIdle) {
+  Event sent;
+  Event destroyed;
+  onSample = [&](int) {
+    sent.Wait(kPatience);  // no other call may be in progress when the owner destroys its queue
+    m_queue.reset();
+    destroyed.Set();
+    return S_OK;
+  };
+  Make();
+  Put(1);
+  m_queue->EOS();
+  sent.Set();
+  ASSERT_TRUE(destroyed.Wait(kPatience));
+  ExpectHeard({"1"});
+  for (int i = 0; i < 50; ++i) Make();
+  ExpectHeard({"1"});
+}
+
+// A seek's flush meets a stop: whichever comes second must not leave downstream flushing.
+TEST_F(OutputQueue, AFlushMeanwhileIsEndedForDownstream) {
+  onSample = [&](int) {
+    WaitForFlush();
+    return S_OK;
+  };
+  for (DWORD round = 0; round < 20; ++round) {
+    m_sink->Clear();
+    Make();
+    for (int mark = 1; mark <= 3; ++mark) Send(mark);
+    Thread seek;
+    ASSERT_EQ(seek.Start([&] {
+      // Before the end, while it waits for the thread, and while it flushes downstream itself.
+      SleepMilliseconds(round * 3);
+      m_queue->BeginFlush();
+      m_queue->EndFlush();
+    }),
+              S_OK);
+    COutputQueue::End(std::span(&m_queue, 1));
+    seek.Join();
+    EXPECT_FALSE(m_sink->Pin()->IsFlushing()) << "round " << round;
+    EXPECT_EQ(m_sink->CountOf(SinkEvent::Kind::kBeginFlush), m_sink->CountOf(SinkEvent::Kind::kEndFlush));
+  }
+  // The same, where the end has come and gone while downstream is being told of the flush.
+  onSample = [](int) { return S_OK; };
+  Make();
+  Send(1);
+  m_sink->BeforeEachCall([&](SinkCall call) {
+    if (call == SinkCall::kBeginFlush) COutputQueue::End(std::span(&m_queue, 1));
+    return S_OK;
+  });
+  for (int flush = 0; flush < 2; ++flush) {
+    m_queue->BeginFlush();
+    m_queue->EndFlush();
+    EXPECT_FALSE(m_sink->Pin()->IsFlushing()) << "nobody would end it, whose queue has ended";
+    m_sink->BeforeEachCall(nullptr);
+  }
 }
 
 }  // namespace

@@ -40,25 +40,25 @@ TEST_P(FirstSample, ReachesEveryPausedRenderer) {
       if (pictures.still && keyFrames != 0) continue;
       SCOPED_TRACE(std::string(sound.name) + ", key frames " + std::to_string(keyFrames));
       const std::uint32_t rate = sound.rate + (pictures.still ? 0 : pictures.rate);
-      Open({.seconds = std::min(kLongest, kMostBytes / rate),
-            .pictures = pictures.rate,
-            .sound = sound.rate,
-            .keyFrameEvery = keyFrames,
-            .still = pictures.still},
-           SinkKind::kBlocking);
-      ASSERT_TRUE(SUCCEEDED(m_graph->Pause()));
+      OpenFilm({.seconds = std::min(kLongest, kMostBytes / rate),
+                .pictures = pictures.rate,
+                .sound = sound.rate,
+                .keyFrameEvery = keyFrames,
+                .still = pictures.still},
+               SinkKind::kBlocking);
+      ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
       ASSERT_TRUE(EverySinkHasASample());
-      for (const auto& sink : m_graph->Sinks()) EXPECT_EQ(sink->Samples().front().start, 0);
+      for (const auto& sink : Graph().Sinks()) EXPECT_EQ(sink->Samples().front().start, 0);
       ExpectQuickStop();
-      EXPECT_FALSE(m_graph->WaitForEvent(kEcErrorAbort, 20));
+      EXPECT_FALSE(IsAborted());
     }
   }
 }
 
 // More sound than its ring holds lies in front of the first picture.
 TEST_F(BadlyInterleaved, PicturesArriveThoughSoundFillsItsRing) {
-  Open({.seconds = 10, .pictures = 25000, .sound = 4000000, .picturesLag = 4000}, SinkKind::kBlocking);
-  ASSERT_TRUE(SUCCEEDED(m_graph->Pause()));
+  OpenFilm({.seconds = 10, .pictures = 25000, .sound = 4000000, .picturesLag = 4000}, SinkKind::kBlocking);
+  ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
   EXPECT_TRUE(EverySinkHasASample());
   ExpectQuickStop();
 }

@@ -16,14 +16,14 @@ constexpr FilmShape kLongFilm = {.seconds = 60, .pictures = 4000000, .sound = 10
 class Stopping : public OrdersTest {
  protected:
   void Start(SinkKind sinks) {
-    Open(kLongFilm, sinks);
-    ASSERT_TRUE(SUCCEEDED(sinks == SinkKind::kBlocking ? m_graph->Pause() : m_graph->Run()));
+    OpenFilm(kLongFilm, sinks);
+    ASSERT_TRUE(SUCCEEDED(sinks == SinkKind::kBlocking ? Graph().Pause() : Graph().Run()));
     ASSERT_TRUE(EverySinkHasASample());
     SleepMilliseconds(20);  // until the rings are full
   }
   IBaseFilter* Filter(int number) {
-    if (number == 0) return m_graph->Splitter();
-    return &m_graph->Sink(static_cast<std::size_t>(number) - 1);
+    if (number == 0) return Graph().Splitter();
+    return &Graph().Sink(static_cast<std::size_t>(number) - 1);
   }
   void StopOneByOne(const std::array<int, 3>& order, DWORD delay) {
     for (const int number : order) {
@@ -33,7 +33,7 @@ class Stopping : public OrdersTest {
   }
   ComPtr<IMemAllocator> RingOf(std::size_t sink) {
     ComPtr<IMemAllocator> ring;
-    EXPECT_EQ(m_graph->Sink(sink).Pin()->GetAllocator(ring.Put()), S_OK);
+    EXPECT_EQ(Graph().Sink(sink).Pin()->GetAllocator(ring.Put()), S_OK);
     return ring;
   }
 };
@@ -59,10 +59,10 @@ TEST_F(Stopping, TheNextRunPlaysAgain) {
   for (int run = 0; run < 5; ++run) {
     StopOneByOne({1, 2, 0}, 5);
     ExpectQuickStop();
-    for (const auto& sink : m_graph->Sinks()) sink->Clear();
-    ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+    for (const auto& sink : Graph().Sinks()) sink->Clear();
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
     EXPECT_TRUE(EverySinkHasASample());
-    for (const auto& sink : m_graph->Sinks()) EXPECT_EQ(sink->Samples().front().start, 0);
+    for (const auto& sink : Graph().Sinks()) EXPECT_EQ(sink->Samples().front().start, 0);
   }
   ExpectQuickStop();
   ExpectNoEnd();
@@ -76,7 +76,7 @@ TEST_F(Stopping, OneBranchAloneAndStartedAgain) {
     EXPECT_TRUE(SUCCEEDED(Filter(branch)->Run(0)));
     SleepMilliseconds(20);
     EXPECT_EQ(Seek(10 * kSecond), S_OK);
-    m_graph->Sink(static_cast<std::size_t>(branch) - 1).Clear();
+    Graph().Sink(static_cast<std::size_t>(branch) - 1).Clear();
     EXPECT_TRUE(EverySinkHasASample()) << "a seek starts all branches again";
     ExpectQuickStop();
     ExpectNoEnd();
@@ -86,9 +86,9 @@ TEST_F(Stopping, OneBranchAloneAndStartedAgain) {
 TEST_F(Stopping, ARingThatAPeerDecommitsIsNoError) {
   for (const DWORD moment : {0U, 1U, 3U, 10U, 30U}) {
     for (const std::size_t sink : {0U, 1U}) {
-      Open(kLongFilm, SinkKind::kSlow);
+      OpenFilm(kLongFilm, SinkKind::kSlow);
       const ComPtr<IMemAllocator> ring = RingOf(sink);
-      ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+      ASSERT_TRUE(SUCCEEDED(Graph().Run()));
       SleepMilliseconds(moment);
       EXPECT_EQ(ring->Decommit(), S_OK);
       SleepMilliseconds(20);
@@ -101,10 +101,10 @@ TEST_F(Stopping, ARingThatAPeerDecommitsIsNoError) {
 // A peer that says no in the middle says so itself where its documents tell it to.
 TEST_F(Stopping, WhatARendererRefusesIsForItToReport) {
   for (const HRESULT refusal : {VFW_E_NOT_COMMITTED, VFW_E_WRONG_STATE, E_OUTOFMEMORY, E_UNEXPECTED}) {
-    Open(kLongFilm, SinkKind::kCounting);
-    m_graph->Sink(0).AnswerWith([refusal](IMediaSample* /*sample*/) { return refusal; });
-    ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
-    ASSERT_TRUE(m_graph->Sink(0).WaitForSample(kPatience));
+    OpenFilm(kLongFilm, SinkKind::kCounting);
+    Graph().Sink(0).AnswerWith([refusal](IMediaSample* /*sample*/) { return refusal; });
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    ASSERT_TRUE(Graph().Sink(0).WaitForSample(kPatience));
     SleepMilliseconds(20);
     ExpectNoEnd();
     ExpectQuickStop();

@@ -3,72 +3,46 @@
 #include <string>
 #include <vector>
 
-#include "framework/thread.h"
-#include "tests/orders/arrivals.h"
 #include "tests/orders/orders_fixture.h"
 
 namespace tarvex::test {
 namespace {
 
-constexpr std::uint64_t kPictures = 1;
-constexpr std::uint64_t kFirstSound = 2;
-constexpr std::uint64_t kSecondSound = 3;
-
 class Together : public OrdersTest {
  protected:
-  void Open(const FilmShape& shape, SinkKind sinks) {
-    OrdersTest::Open(shape, sinks);
-    m_pictures.Watch(m_graph->Sink(0));
-    m_sound.Watch(m_graph->Sink(1));
-  }
-
-  /// What is shown first of each kind: the file's times are at most a frame apart, and the clock's are the same.
-  void ExpectTogether(std::uint64_t soundTrack) {
-    ASSERT_TRUE(m_pictures.WaitUntilShown(kPatience));
-    ASSERT_TRUE(m_sound.WaitUntilShown(kPatience));
-    const Arrival picture = FirstShown(m_pictures, kPictures);
-    const Arrival sound = FirstShown(m_sound, soundTrack);
-    EXPECT_EQ(picture.origin.time - picture.start, sound.origin.time - sound.start) << "two segments";
-    EXPECT_LE(std::abs(picture.origin.time - sound.origin.time), kPictureTime);
-  }
-  static Arrival FirstShown(Arrivals& arrivals, std::uint64_t track) {
-    Arrival first;
-    for (const Arrival& each : arrivals.All()) {
-      EXPECT_EQ(each.origin.track, track);
-      if (first.stop <= 0) first = each;
-    }
-    return first;
+  /// The last segment of each sink is one and the same, and what is shown first of each is at most a picture apart.
+  void ExpectTogether(SinkFilter& sound, std::uint64_t soundTrack) {
+    const auto pictures = ShownSegmentOf(Graph().Sink(0));
+    const auto heard = ShownSegmentOf(sound);
+    EXPECT_EQ(pictures.front().start, heard.front().start) << "two segments";
+    const auto picture = std::ranges::find_if(pictures, IsShown);
+    const auto first = std::ranges::find_if(heard, IsShown);
+    EXPECT_EQ(picture->start, picture->origin.time - pictures.front().start);
+    EXPECT_EQ(first->start, first->origin.time - pictures.front().start);
+    EXPECT_EQ(first->origin.track, soundTrack);
+    EXPECT_LE(std::abs(picture->origin.time - first->origin.time), kPictureTime);
   }
   void Forget() {
-    m_pictures.Forget();
-    m_sound.Forget();
+    for (const auto& sink : Graph().Sinks()) sink->Clear();
   }
-  static std::vector<SinkEvent> SegmentsOf(SinkFilter& sink) {
-    std::vector<SinkEvent> events = sink.Events();
-    std::erase_if(events, [](const SinkEvent& event) { return event.kind != SinkEvent::Kind::kNewSegment; });
-    return events;
-  }
-
-  Arrivals m_pictures;
-  Arrivals m_sound;
 };
 
 TEST_F(Together, AfterSeeksPausesAndRuns) {
-  Open({.seconds = 60, .pictures = 2000000, .sound = 192000, .keyFrameEvery = 2000}, SinkKind::kSlow);
-  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
-  ExpectTogether(kFirstSound);
+  OpenFilm({.seconds = 60, .pictures = 2000000, .sound = 192000, .keyFrameEvery = 2000}, SinkKind::kSlow);
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ExpectTogether(Graph().Sink(1), 2);
   REFERENCE_TIME wanted = 0;
   for (int step = 0; step < 12; ++step) {
     SCOPED_TRACE(step);
     wanted = (wanted + 17 * kSecond + 130 * kMillisecond) % (50 * kSecond);
     if (step % 3 == 1) {
-      EXPECT_TRUE(SUCCEEDED(m_graph->Pause()));
+      EXPECT_TRUE(SUCCEEDED(Graph().Pause()));
     }
     if (step % 3 == 2) ExpectQuickStop();
     Forget();
     ASSERT_EQ(Seek(wanted), S_OK);
-    EXPECT_TRUE(SUCCEEDED(m_graph->Run()));
-    ExpectTogether(kFirstSound);
+    EXPECT_TRUE(SUCCEEDED(Graph().Run()));
+    ExpectTogether(Graph().Sink(1), 2);
   }
   ExpectQuickStop();
 }
@@ -76,62 +50,52 @@ TEST_F(Together, AfterSeeksPausesAndRuns) {
 // The range that is played is open until somebody asks for it. What the first sound has before the second begins is
 // more than its ring holds, so that the second begins only after the question.
 TEST_F(Together, OneRangeForAllPinsWhoeverAsksInBetween) {
-  m_graph.emplace();
-  ASSERT_EQ(m_graph->SeparatePins(true), S_OK);
-  m_source = MakeFilm({.seconds = 8, .pictures = 1000, .sound = 4000000, .sounds = 2, .lastSoundFrom = 5000});
-  ASSERT_EQ(m_graph->Open(m_source.Get()), S_OK);
-  const ComPtr<IPin> pin = m_graph->OutputPins().at(1);
-  ASSERT_EQ(m_graph->ConnectSink(pin.Get(), SinkKind::kCounting), S_OK);
-  ASSERT_EQ(m_graph->ConnectSink(m_graph->OutputPins().at(2).Get(), SinkKind::kCounting), S_OK);
-  m_graph->Sink(0).OnSample([&](IMediaSample* /*sample*/) {
+  Open(MakeFilm({.seconds = 8, .pictures = 1000, .sound = 4000000, .sounds = 2, .lastSoundFrom = 5000}));
+  const auto seeking = QueryFor<IMediaSeeking>(Output(1).Get());
+  for (const std::size_t sound : {1U, 2U}) {
+    ASSERT_EQ(Graph().ConnectSink(Output(sound).Get(), SinkKind::kCounting), S_OK);
+  }
+  Graph().Sink(0).OnSample([&](IMediaSample* /*sample*/) {
     LONGLONG start = 0;
     LONGLONG stop = 0;
-    EXPECT_EQ(QueryFor<IMediaSeeking>(pin.Get())->GetPositions(&start, &stop), S_OK);
-    EXPECT_EQ(QueryFor<IMediaSeeking>(pin.Get())->SetRate(2.0), S_OK);
+    EXPECT_EQ(seeking->GetPositions(&start, &stop), S_OK);
+    EXPECT_EQ(seeking->SetRate(2.0), S_OK);
   });
-  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
-  ASSERT_TRUE(m_graph->WaitForEnd());
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ASSERT_TRUE(Graph().WaitForEnd());
   ExpectQuickStop();
-  const auto first = SegmentsOf(m_graph->Sink(0));
-  const auto second = SegmentsOf(m_graph->Sink(1));
-  ASSERT_EQ(first.size(), 1U);
-  ASSERT_EQ(second.size(), 1U);
-  EXPECT_EQ(first.front().stop, second.front().stop);
-  EXPECT_EQ(first.front().rate, second.front().rate);
+  for (const auto& sink : Graph().Sinks()) EXPECT_EQ(sink->CountOf(SinkEvent::Kind::kNewSegment), 1U);
+  EXPECT_EQ(LastSegmentOf(Graph().Sink(0)).front().stop, LastSegmentOf(Graph().Sink(1)).front().stop);
+  EXPECT_EQ(LastSegmentOf(Graph().Sink(0)).front().rate, LastSegmentOf(Graph().Sink(1)).front().rate);
 }
 
 class Switched : public Together, public testing::WithParamInterface<FILTER_STATE> {};
 
 TEST_P(Switched, TheNewStreamComesFromWhereItWas) {
   constexpr REFERENCE_TIME kWanted = 12 * kSecond;
-  constexpr LONG kSecondSoundIndex = 2;
-  Open({.seconds = 60, .pictures = 2000000, .sound = 192000, .sounds = 2, .keyFrameEvery = 2000}, SinkKind::kSlow);
-  const auto sink = SinkFilter::Create(SinkKind::kSlow);
-  ASSERT_EQ(m_graph->Graph()->AddFilter(sink.Get(), OLESTR("Spare sink")), S_OK);
+  constexpr LONG kSecondSound = 2;
+  OpenFilm({.seconds = 60, .pictures = 2000000, .sound = 192000, .sounds = 2, .keyFrameEvery = 2000}, SinkKind::kSlow);
+  const auto spare = SinkFilter::Create(SinkKind::kSlow);
+  ASSERT_EQ(Graph().Graph()->AddFilter(spare.Get(), OLESTR("Spare sink")), S_OK);
   ASSERT_EQ(Seek(kWanted), S_OK);
   if (GetParam() != State_Stopped) {
-    ASSERT_TRUE(SUCCEEDED(GetParam() == State_Paused ? m_graph->Pause() : m_graph->Run()));
-    ExpectTogether(kFirstSound);
+    ASSERT_TRUE(SUCCEEDED(GetParam() == State_Paused ? Graph().Pause() : Graph().Run()));
+    ExpectTogether(Graph().Sink(1), 2);
   }
-  m_sound.Watch(*sink);
-  m_graph->Sink(1).OnSample(nullptr);
   Forget();
-
-  ASSERT_EQ(QueryFor<IAMStreamSelect>(m_graph->Splitter())->Enable(kSecondSoundIndex, AMSTREAMSELECTENABLE_ENABLE),
-            S_OK);
-  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
-  ASSERT_TRUE(m_pictures.WaitUntilShown(kPatience));
-  ASSERT_TRUE(m_sound.WaitUntilShown(kPatience));
-  const Arrival first = FirstShown(m_sound, kSecondSound);
-  EXPECT_GE(first.origin.time, kWanted - kPictureTime);
-  EXPECT_LE(first.origin.time, kWanted + 10 * kSecond);
-  const auto segments = SegmentsOf(*sink);
-  ASSERT_FALSE(segments.empty());
-  EXPECT_EQ(segments.back().start, first.origin.time - first.start);
-  EXPECT_EQ(SegmentsOf(m_graph->Sink(0)).back().start, segments.back().start);
+  ASSERT_EQ(Ask<IAMStreamSelect>()->Enable(kSecondSound, AMSTREAMSELECTENABLE_ENABLE), S_OK);
+  OAFilterState state = State_Stopped;
+  EXPECT_TRUE(SUCCEEDED(QueryFor<IMediaControl>(Graph().Graph())->GetState(static_cast<LONG>(kPatience), &state)));
+  EXPECT_EQ(state, GetParam());
+  EXPECT_FALSE(IsConnected(Graph().Sink(1).Pin())) << "the old stream's renderer is still connected";
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ExpectTogether(*spare, 3);
+  const REFERENCE_TIME start = LastSegmentOf(*spare).front().start;
+  EXPECT_GE(start, kWanted - kPictureTime);
+  EXPECT_LE(start, kWanted + 10 * kSecond);
   ExpectQuickStop();
-  sink->Pin()->Disconnect();
-  m_graph->Graph()->RemoveFilter(sink.Get());
+  spare->Pin()->Disconnect();
+  Graph().Graph()->RemoveFilter(spare.Get());
 }
 
 INSTANTIATE_TEST_SUITE_P(

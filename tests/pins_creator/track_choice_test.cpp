@@ -8,7 +8,7 @@
 #include "framework/co_task_mem.h"
 #include "framework/text_conversion.h"
 #include "tests/support/ebml_writer.h"
-#include "tests/support/source_filter.h"
+#include "tests/support/test_graph.h"
 
 namespace tarvex::test {
 namespace {
@@ -38,58 +38,43 @@ ByteString FileOf(const std::string& words) {
   return MatroskaFile(Join({Element(id::kInfo, {}), Element(id::kTracks, entries), Cluster(0, {})}));
 }
 
-/// A splitter with such a file, for a user of this language.
-class Opened {
+// Not the module's, whose user cannot be told a language.
+ComPtr<IBaseFilter> LinkedSplitter() {
+  HRESULT result = S_OK;
+  return ComPtr<IUnknown>(CMatroskaSplitter::CreateInstance(nullptr, &result)->Inner()).Query<IBaseFilter>();
+}
+
+/// A graph with such a file, for a user of this language.
+class Opened : public TestGraph {
  public:
-  Opened(const char* userLanguage, const std::string& words) : m_source(SourceFilter::FromBytes(FileOf(words))) {
+  Opened(const char* userLanguage, const std::string& words) : TestGraph(LinkedSplitter()) {
     OverrideUserLanguageForTests(userLanguage);
-    HRESULT result = S_OK;
-    m_filter = ComPtr<IUnknown>(CMatroskaSplitter::CreateInstance(nullptr, &result)->Inner()).Query<IBaseFilter>();
-    EXPECT_EQ(m_source->Pin()->Connect(Pin(0).Get(), nullptr), S_OK);
-    m_select = m_filter.Query<IAMStreamSelect>();
-  }
-  ~Opened() {
-    Pin(0)->Disconnect();
-    m_source->Pin()->Disconnect();
+    EXPECT_EQ(Open(SourceFilter::FromBytes(FileOf(words)).Get()), S_OK);
     OverrideUserLanguageForTests(nullptr);
   }
-  Opened(const Opened&) = delete;
-  Opened& operator=(const Opened&) = delete;
 
-  ComPtr<IPin> Pin(ULONG index) const {
-    ComPtr<IEnumPins> pins;
-    ComPtr<IPin> pin;
-    m_filter->EnumPins(pins.Put());
-    pins->Skip(index);
-    pins->Next(1, pin.Put(), nullptr);
-    return pin;
-  }
-  /// Of the pin, which gets the stream before.
-  CMediaType TypeOf(LONG stream, ULONG pin) const {
-    EXPECT_EQ(m_select->Enable(stream, AMSTREAMSELECTENABLE_ENABLE), S_OK);
+  /// Of the last pin, which gets the stream before.
+  CMediaType TypeOf(LONG stream) const {
+    EXPECT_EQ(QueryFor<IAMStreamSelect>(Splitter())->Enable(stream, AMSTREAMSELECTENABLE_ENABLE), S_OK);
     ComPtr<IEnumMediaTypes> types;
     AM_MEDIA_TYPE* type = nullptr;
-    EXPECT_EQ(Pin(pin)->EnumMediaTypes(types.Put()), S_OK);
+    EXPECT_EQ(OutputPins().back()->EnumMediaTypes(types.Put()), S_OK);
     EXPECT_EQ(types->Next(1, &type, nullptr), S_OK);
     return CMediaType(*MediaTypePtr(type));
   }
   /// Kind and number of each, + for those that have the pin, "none" for the entry without subtitles.
   std::string Streams() const {
+    const auto select = QueryFor<IAMStreamSelect>(Splitter());
     std::string all;
     DWORD flags = 0;
     CoTaskMem<WCHAR> wide;
-    for (LONG k = 0; m_select->Info(k, nullptr, &flags, nullptr, nullptr, wide.Put(), nullptr, nullptr) == S_OK; ++k) {
+    for (LONG k = 0; select->Info(k, nullptr, &flags, nullptr, nullptr, wide.Put(), nullptr, nullptr) == S_OK; ++k) {
       const std::string name = Utf8FromWide(wide.Get());
       all += name == "No Subtitles" ? "none" : name.substr(0, 1) + name.substr(3, name.find(" [") - 3);
       all += (flags & AMSTREAMSELECTINFO_ENABLED) != 0 ? "+ " : " ";
     }
     return all;
   }
-
- private:
-  ComPtr<SourceFilter> m_source;
-  ComPtr<IBaseFilter> m_filter;
-  ComPtr<IAMStreamSelect> m_select;
 };
 
 TEST(TrackChoice, OneStreamOfEveryKindHasThePin) {
@@ -121,16 +106,13 @@ TEST(TrackChoice, OneStreamOfEveryKindHasThePin) {
 TEST(TrackChoice, NoSubtitlesLookLikeTheChosenOnes) {
   const Opened opened("German", "V1 S2~ S3:ger");
   EXPECT_EQ(opened.Streams(), "V1+ S2 S3+ none ");
-  EXPECT_TRUE(opened.TypeOf(3, 2) == opened.TypeOf(2, 2));
-  EXPECT_FALSE(opened.TypeOf(3, 2) == opened.TypeOf(1, 2));
+  EXPECT_TRUE(opened.TypeOf(3) == opened.TypeOf(2));
+  EXPECT_FALSE(opened.TypeOf(3) == opened.TypeOf(1));
 }
 
 TEST(TrackChoice, PinNamesWidenOddLanguagesByteByByte) {
   const Opened opened("German", "A1:\xE4\xFF");
-  PIN_INFO info{};
-  ASSERT_EQ(opened.Pin(1)->QueryPinInfo(&info), S_OK);
-  const auto filter = ComPtr<IBaseFilter>::Attach(info.pFilter);
-  EXPECT_EQ(WideString(info.achName), OLESTR("Audio 0 (lang:\u00E4\u00FF)"));
+  EXPECT_EQ(NameOf(opened.OutputPins().front().Get()), "Audio 0 (lang:\u00E4\u00FF)");
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
-// A film of any rate and length, as a source whose frames say where they come from. Most of its bytes are zeros that
-// nobody has to keep. Free functions; any thread.
+// Films of any rate and length, made in memory: frames say where they come from, and most of their bytes are zeros
+// that nobody has to keep. Free functions; any thread.
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
+#include "tests/support/sink_filter.h"
 #include "tests/support/source_filter.h"
 
 namespace tarvex::test {
@@ -28,11 +30,18 @@ inline constexpr REFERENCE_TIME kSoundTime = 20 * kMillisecond;
 
 ComPtr<SourceFilter> MakeFilm(const FilmShape& shape);
 
-/// What a frame of a film begins with.
-struct FrameOrigin {
-  std::uint64_t track = 0;
-  REFERENCE_TIME time = 0;  ///< in the file
+/// Tracks are numbered from 1: videos first, then audio, then subtitles. Every frame is a key frame and
+/// lasts 40 ms; every track has one at each time.
+struct MovieShape {
+  unsigned videos = 1;
+  unsigned audios = 1;
+  unsigned subtitles = 0;
+  unsigned frames = 100;  ///< of each track
+  unsigned framesPerCluster = 25;
+  std::uint32_t frameSize = 200;  ///< bytes, with those that say where it comes from
+  std::uint32_t duration = 0;     ///< milliseconds that the file says it lasts; 0: nothing
 };
-FrameOrigin OriginOf(IMediaSample* sample);
+/// The whole file.
+std::vector<std::uint8_t> MakeMovie(const MovieShape& shape);
 
 }  // namespace tarvex::test

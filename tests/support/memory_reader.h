@@ -1,33 +1,50 @@
-// An IAsyncReader over bytes in memory, with the manners of a real one: short reads at the end, reads
-// that fail, a stream that grows. Made by a test, on its stack; not counted. Any threads read; what is set beforehand
-// stays while they do.
+// An IAsyncReader over bytes in memory, with the manners of a real one: short reads at the end, reads that fail, that
+// block until they are flushed or that wait for bytes to come, a stream that grows or shrinks. Made by a test, on its
+// stack and not counted, or part of a SourcePin. Any threads read; settings may change meanwhile where they are
+// atomic.
 #pragma once
 
-#include <algorithm>
 #include <atomic>
 #include <cstdint>
-#include <cstring>
 #include <functional>
-#include <utility>
+#include <limits>
+#include <map>
 #include <vector>
 
+#include "framework/event.h"
 #include "framework/platform/platform.h"
 
 namespace tarvex::test {
 
-class MemoryReader final : public IAsyncReader {
+class MemoryReader : public IAsyncReader {
  public:
-  explicit MemoryReader(std::vector<std::uint8_t> content) : bytes(std::move(content)) {
-    reportedLength = static_cast<LONGLONG>(bytes.size());
-  }
+  /// So many bytes, zero but for these, which do not overlap, by their positions.
+  using Parts = std::map<LONGLONG, std::vector<std::uint8_t>>;
+  explicit MemoryReader(std::vector<std::uint8_t> content);
+  MemoryReader(Parts parts, LONGLONG size);
+  virtual ~MemoryReader() = default;
   MemoryReader(const MemoryReader&) = delete;
   MemoryReader& operator=(const MemoryReader&) = delete;
 
-  std::vector<std::uint8_t> bytes;
-  LONGLONG reportedLength = 0;            ///< what Length says, which does not follow `bytes`
-  std::int64_t failingRead = -1;          ///< this read (counted from 0) and all after it fail
-  std::atomic<LONGLONG> brokenFrom{-1};   ///< reads that touch this position or one behind it fail
-  std::function<void()> onRead;           ///< called inside every SyncRead
+ private:
+  Parts m_parts;
+
+ public:
+  std::vector<std::uint8_t>& bytes = m_parts[0];  ///< of a reader of bytes: all, and more may be added
+  std::atomic<LONGLONG> size;                     ///< of what there is to read, where it is more than `bytes`
+  std::atomic<LONGLONG> reportedLength;           ///< what Length says, which does not follow `bytes`
+  std::atomic<LONGLONG> arrived{std::numeric_limits<LONGLONG>::max()};  ///< reads behind it wait
+  std::atomic<std::int64_t> failingRead{-1};     ///< this read (counted from 0) and all after it fail
+  std::atomic<HRESULT> failure{E_FAIL};          ///< what they answer
+  std::atomic<std::int64_t> blockingRead{-1};    ///< this read and all after it wait for a flush, or for `unblocked`
+  std::atomic<HRESULT> answerAtTheEnd{S_FALSE};  ///< of a read beyond the last byte; a failure gives nothing
+  std::atomic<LONGLONG> brokenFrom{-1};          ///< reads that touch this position or one behind it fail
+  std::function<void()> onRead;                  ///< called inside every SyncRead
+  std::function<HRESULT()> fault;  ///< asked ahead of every read and Length: a failure is the answer, S_FALSE halves it
+  Event unblocked{Event::Mode::kManual};
+  Event blocked{Event::Mode::kManual};  ///< a read waits
+  Event flushing{Event::Mode::kManual};
+  std::atomic<bool> isWaiting{false};     ///< for bytes to arrive
   std::atomic<int> brokenReads{0};        ///< reads that failed since they touch `brokenFrom`
   std::atomic<std::int64_t> reads{0};     ///< calls of SyncRead
   std::atomic<LONG> largestRead{0};       ///< bytes asked for in one call
@@ -35,35 +52,15 @@ class MemoryReader final : public IAsyncReader {
   std::atomic<int> beginFlushes{0};
   std::atomic<int> endFlushes{0};
 
-  HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override {
-    const std::int64_t number = reads++;
-    if (m_inside++ != 0) hadTwoAtOnce = true;
-    const HRESULT result = Read(number, llPosition, lLength, pBuffer);
-    --m_inside;
-    return result;
-  }
-  HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override {
-    *pTotal = reportedLength;
-    *pAvailable = reportedLength;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE BeginFlush() override {
-    ++beginFlushes;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE EndFlush() override {
-    ++endFlushes;
-    return S_OK;
-  }
+  HRESULT STDMETHODCALLTYPE SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) override;
+  HRESULT STDMETHODCALLTYPE Length(LONGLONG* pTotal, LONGLONG* pAvailable) override;
+  HRESULT STDMETHODCALLTYPE BeginFlush() override;
+  HRESULT STDMETHODCALLTYPE EndFlush() override;
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-    *out = nullptr;
-    if (iid != IID_IUnknown && iid != IID_IAsyncReader) return E_NOINTERFACE;
-    *out = static_cast<IAsyncReader*>(this);
-    return S_OK;
-  }
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppvObject) override;
   ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
   ULONG STDMETHODCALLTYPE Release() override { return 1; }
+  // What the splitter never asks.
   HRESULT STDMETHODCALLTYPE RequestAllocator(IMemAllocator*, ALLOCATOR_PROPERTIES*, IMemAllocator**) override {
     return E_NOTIMPL;
   }
@@ -72,22 +69,11 @@ class MemoryReader final : public IAsyncReader {
   HRESULT STDMETHODCALLTYPE SyncReadAligned(IMediaSample*) override { return E_NOTIMPL; }
 
  private:
-  HRESULT Read(std::int64_t number, LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
-    LONG largest = largestRead;
-    while (lLength > largest && !largestRead.compare_exchange_weak(largest, lLength)) {
-    }
-    if (onRead) onRead();
-    if (llPosition < 0 || lLength < 0) return E_INVALIDARG;
-    if (failingRead >= 0 && number >= failingRead) return E_FAIL;
-    if (brokenFrom >= 0 && llPosition + lLength > brokenFrom) {
-      ++brokenReads;
-      return E_FAIL;
-    }
-    const auto size = static_cast<LONGLONG>(bytes.size());
-    const LONGLONG there = std::clamp<LONGLONG>(size - llPosition, 0, lLength);
-    if (there > 0) std::memcpy(pBuffer, bytes.data() + llPosition, static_cast<std::size_t>(there));
-    return there == lLength ? S_OK : S_FALSE;
-  }
+  HRESULT Read(std::int64_t number, LONGLONG position, LONG length, BYTE* buffer);
+  template <class Condition>
+  bool WaitUntil(Condition isDone);
+  HRESULT Copy(LONGLONG position, LONG length, BYTE* buffer) const;
+  LONGLONG Size() const;
 
   std::atomic<int> m_inside{0};
 };

@@ -1,17 +1,14 @@
 // See sink_filter.h.
 #include "tests/support/sink_filter.h"
 
-#include <algorithm>
+#include <cstring>
 #include <utility>
 
-#include "framework/thread.h"
 #include "tests/support/digest.h"
 
 namespace tarvex::test {
 namespace {
 
-// {5D3C9E51-7E6B-4A52-9B0F-3B8C5B3E2C11}
-constexpr GUID kSinkClass = {0x5D3C9E51, 0x7E6B, 0x4A52, {0x9B, 0x0F, 0x3B, 0x8C, 0x5B, 0x3E, 0x2C, 0x11}};
 constexpr DWORD kSlowness = 5;  // milliseconds
 
 SinkEvent Describe(IMediaSample* sample, bool withChecksum) {
@@ -22,45 +19,17 @@ SinkEvent Describe(IMediaSample* sample, bool withChecksum) {
   event.preroll = sample->IsPreroll() == S_OK;
   event.size = static_cast<std::uint32_t>(sample->GetActualDataLength());
   BYTE* data = nullptr;
-  if (withChecksum && SUCCEEDED(sample->GetPointer(&data))) event.sha1 = Sha1Of({data, event.size});
+  if (FAILED(sample->GetPointer(&data))) return event;
+  if (event.size >= sizeof(event.origin)) std::memcpy(&event.origin, data, sizeof(event.origin));
+  if (withChecksum) event.sha1 = Sha1Of({data, event.size});
   return event;
 }
 
 }  // namespace
 
 const char* NameOf(SinkKind kind) {
-  switch (kind) {
-    case SinkKind::kRecording:
-      return "recording";
-    case SinkKind::kCounting:
-      return "counting";
-    case SinkKind::kSlow:
-      return "slow";
-    case SinkKind::kHolding:
-      return "holding";
-    case SinkKind::kBlocking:
-      return "blocking";
-    case SinkKind::kRefusing:
-      return "refusing";
-  }
-  return "?";
-}
-
-ComPtr<SinkFilter> SinkFilter::Create(SinkKind kind) { return ComPtr<SinkFilter>(new SinkFilter(kind)); }
-
-SinkFilter::SinkFilter(SinkKind kind)
-    : CBaseFilter("SinkFilter", nullptr, &m_filterLock, kSinkClass),
-      m_kind(kind),
-      m_pin(new SinkPin(this, &m_filterLock)) {}
-
-SinkFilter::~SinkFilter() = default;
-
-CBasePin* SinkFilter::GetPin(int index) { return index == 0 ? m_pin.Get() : nullptr; }
-
-// What blocks is let go before the filter lock is waited for.
-HRESULT STDMETHODCALLTYPE SinkFilter::Stop() {
-  Unblock();
-  return CBaseFilter::Stop();
+  static constexpr const char* kNames[] = {"recording", "counting", "forgetful", "slow", "holding", "blocking"};
+  return kNames[static_cast<int>(kind)];
 }
 
 std::vector<SinkEvent> SinkFilter::Events() {
@@ -76,13 +45,13 @@ std::vector<SinkEvent> SinkFilter::Samples() {
 
 std::size_t SinkFilter::CountOf(SinkEvent::Kind kind) {
   const CAutoLock lock(m_recordLock);
-  return static_cast<std::size_t>(
-      std::count_if(m_events.begin(), m_events.end(), [kind](const SinkEvent& event) { return event.kind == kind; }));
+  return m_counts.at(static_cast<std::size_t>(kind));
 }
 
 void SinkFilter::Clear() {
   const CAutoLock lock(m_recordLock);
   m_events.clear();
+  m_counts = {};
   m_ended.Clear();
   m_sampled.Clear();
 }
@@ -95,9 +64,9 @@ void SinkFilter::LetGo() {
 }
 
 HRESULT SinkFilter::Take(IMediaSample* sample) {
-  Arrive();
+  m_afterEnd += m_isOver ? 1 : 0;
   // A flush may have begun since the pin looked.
-  if (!RecordUnlessFlushing(Describe(sample, m_kind == SinkKind::kRecording))) return S_FALSE;
+  if (!Record(Describe(sample, m_kind == SinkKind::kRecording), false)) return S_FALSE;
   m_sampled.Set();
   if (m_onSample) m_onSample(sample);
   if (m_answer) return m_answer(sample);
@@ -107,28 +76,18 @@ HRESULT SinkFilter::Take(IMediaSample* sample) {
     const CAutoLock lock(m_recordLock);
     m_held.emplace_back(sample);
   }
-  return m_kind == SinkKind::kRefusing ? VFW_E_SAMPLE_REJECTED : S_OK;
+  return S_OK;
 }
 
-void SinkFilter::Record(SinkEvent event) {
+// False where a flush keeps it out.
+bool SinkFilter::Record(SinkEvent event, bool passesFlush) {
   const CAutoLock lock(m_recordLock);
-  if (event.kind == SinkEvent::Kind::kBeginFlush) m_isFlushing = true;
-  if (event.kind == SinkEvent::Kind::kEndFlush) m_isFlushing = false;
-  m_events.push_back(std::move(event));
-}
-
-bool SinkFilter::RecordUnlessFlushing(SinkEvent event) {
-  const CAutoLock lock(m_recordLock);
-  if (m_isFlushing) return false;
-  m_events.push_back(std::move(event));
+  if (event.kind == SinkEvent::Kind::kBeginFlush) m_pin.m_isFlushing = true;
+  if (event.kind == SinkEvent::Kind::kEndFlush) m_pin.m_isFlushing = false;
+  if (m_pin.m_isFlushing && !passesFlush) return false;
+  ++m_counts.at(static_cast<std::size_t>(event.kind));
+  if (m_kind != SinkKind::kForgetful) m_events.push_back(std::move(event));
   return true;
-}
-
-void SinkFilter::End() {
-  Arrive();
-  Record({.kind = SinkEvent::Kind::kEndOfStream});
-  m_isOver = true;
-  m_ended.Set();
 }
 
 void SinkFilter::Unblock() {
@@ -136,54 +95,89 @@ void SinkFilter::Unblock() {
   LetGo();
 }
 
-void SinkFilter::Block() { m_released.Clear(); }
+SinkPin::SinkPin(SinkFilter& sink) : PlainPin(sink, PINDIR_INPUT), m_sink(sink) {}
 
-SinkPin::SinkPin(SinkFilter* filter, CCritSec* lock)
-    : CBaseInputPin("SinkPin", filter, lock, OLESTR("In")), m_sink(*filter) {}
-
-HRESULT SinkPin::CheckMediaType(const CMediaType* /*type*/) { return m_refuseTypes ? S_FALSE : S_OK; }
-
-HRESULT SinkPin::Active() {
-  m_sink.Begin();
-  m_sink.Block();
-  return CBaseInputPin::Active();
-}
-
-HRESULT SinkPin::Inactive() {
-  m_sink.Unblock();
-  return CBaseInputPin::Inactive();
-}
-
-HRESULT STDMETHODCALLTYPE SinkPin::Receive(IMediaSample* pSample) {
-  const HRESULT result = CBaseInputPin::Receive(pSample);
-  return result == S_OK ? m_sink.Take(pSample) : result;
-}
-
-HRESULT STDMETHODCALLTYPE SinkPin::EndOfStream() {
-  m_sink.End();
+HRESULT STDMETHODCALLTYPE SinkPin::QueryInterface(REFIID iid, void** out) {
+  if (iid != IID_IMemInputPin) return PlainPin::QueryInterface(iid, out);
+  *out = static_cast<IMemInputPin*>(this);
+  AddRef();
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE SinkPin::BeginFlush() {
-  if (m_sink.m_beforeFlush) m_sink.m_beforeFlush();
-  m_sink.Record({.kind = SinkEvent::Kind::kBeginFlush});
-  const HRESULT result = CBaseInputPin::BeginFlush();
+HRESULT STDMETHODCALLTYPE SinkPin::ReceiveConnection(IPin* pConnector, const AM_MEDIA_TYPE* pmt) {
+  const HRESULT answer = m_sink.Ask(SinkCall::kConnection);
+  return FAILED(answer) ? answer : PlainPin::ReceiveConnection(pConnector, pmt);
+}
+
+HRESULT STDMETHODCALLTYPE SinkPin::GetAllocator(IMemAllocator** ppAllocator) {
+  m_allocator.CopyTo(ppAllocator);
+  return m_allocator ? S_OK : VFW_E_NO_ALLOCATOR;
+}
+
+HRESULT STDMETHODCALLTYPE SinkPin::NotifyAllocator(IMemAllocator* pAllocator, BOOL bReadOnly) {
+  const HRESULT answer = m_sink.Ask(SinkCall::kAllocator);
+  if (FAILED(answer)) return answer;
+  m_allocator = ComPtr<IMemAllocator>(pAllocator);
+  m_isReadOnly = bReadOnly != FALSE;
+  return S_OK;
+}
+
+void SinkPin::Begin() {
+  m_sink.m_isOver = false;
+  m_sink.m_released.Clear();
+}
+
+// A renderer gives up the memory of its connection when it stops.
+void SinkPin::End() {
   m_sink.Unblock();
+  m_isFlushing = false;
+  if (m_allocator) m_allocator->Decommit();
+  if (!IsConnected()) m_allocator.Reset();
+}
+
+HRESULT STDMETHODCALLTYPE SinkPin::Receive(IMediaSample* pSample) {
+  if (!IsConnected()) return VFW_E_NOT_CONNECTED;
+  if (m_isFlushing) return S_FALSE;
+  if (IsStopped()) return VFW_E_WRONG_STATE;
+  const HRESULT answer = m_sink.Ask(SinkCall::kSample);
+  return FAILED(answer) ? answer : m_sink.Take(pSample);
+}
+
+HRESULT STDMETHODCALLTYPE SinkPin::ReceiveMultiple(IMediaSample** pSamples, LONG nSamples, LONG* nSamplesProcessed) {
+  HRESULT result = S_OK;
+  for (*nSamplesProcessed = 0; *nSamplesProcessed < nSamples; ++*nSamplesProcessed) {
+    result = Receive(pSamples[*nSamplesProcessed]);
+    if (result != S_OK) break;
+  }
   return result;
+}
+
+HRESULT STDMETHODCALLTYPE SinkPin::EndOfStream() {
+  m_sink.m_afterEnd += m_sink.m_isOver ? 1 : 0;
+  m_sink.Record({.kind = SinkEvent::Kind::kEndOfStream});
+  m_sink.m_isOver = true;
+  m_sink.m_ended.Set();
+  return m_sink.Ask(SinkCall::kEndOfStream);
+}
+
+HRESULT STDMETHODCALLTYPE SinkPin::BeginFlush() {
+  const HRESULT answer = m_sink.Ask(SinkCall::kBeginFlush);
+  m_sink.Record({.kind = SinkEvent::Kind::kBeginFlush});
+  m_sink.Unblock();
+  return answer;
 }
 
 HRESULT STDMETHODCALLTYPE SinkPin::EndFlush() {
   m_sink.Record({.kind = SinkEvent::Kind::kEndFlush});
-  m_sink.Begin();  // an end that crossed with the flush is dropped by it
-  m_sink.m_ended.Clear();
-  m_sink.Block();
-  return CBaseInputPin::EndFlush();
+  m_sink.m_ended.Clear();  // an end that crossed with the flush is dropped by it
+  Begin();
+  return m_sink.Ask(SinkCall::kEndFlush);
 }
 
 HRESULT STDMETHODCALLTYPE SinkPin::NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) {
-  m_sink.Arrive();
+  m_sink.m_afterEnd += m_sink.m_isOver ? 1 : 0;
   m_sink.Record({.kind = SinkEvent::Kind::kNewSegment, .start = tStart, .stop = tStop, .rate = dRate});
-  return CBaseInputPin::NewSegment(tStart, tStop, dRate);
+  return m_sink.Ask(SinkCall::kNewSegment);
 }
 
 }  // namespace tarvex::test

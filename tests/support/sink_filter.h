@@ -3,30 +3,34 @@
 // and reads its record from any thread.
 #pragma once
 
-#include <atomic>
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "framework/base_filter.h"
-#include "framework/base_input_pin.h"
 #include "framework/event.h"
-#include "framework/owned_pin.h"
+#include "tests/support/plain_filter.h"
 
 namespace tarvex::test {
 
 enum class SinkKind {
   kRecording,  ///< takes and writes down every sample
   kCounting,   ///< the same without checksums
+  kForgetful,  ///< only counts, and so needs no memory for what it gets
   kSlow,       ///< takes a few milliseconds for each
   kHolding,    ///< keeps samples until it is stopped, flushed or told to let go
-  kBlocking,   ///< stays in Receive until it is stopped or flushed
-  kRefusing    ///< answers VFW_E_SAMPLE_REJECTED
+  kBlocking    ///< stays in Receive until it is stopped or flushed
 };
 inline constexpr SinkKind kAllSinkKinds[] = {SinkKind::kRecording, SinkKind::kSlow, SinkKind::kHolding,
                                              SinkKind::kBlocking};
 const char* NameOf(SinkKind kind);
+
+/// What each frame of a film that is made for a test begins with.
+struct FrameOrigin {
+  std::uint64_t track = 0;
+  REFERENCE_TIME time = 0;  ///< in the file
+};
 
 /// One thing that reached a sink, in order.
 struct SinkEvent {
@@ -39,21 +43,60 @@ struct SinkEvent {
   bool discontinuity = false;
   bool preroll = false;
   std::uint32_t size = 0;
-  std::string sha1 = {};  ///< empty unless the sink records
+  FrameOrigin origin = {};  ///< of a sample that is large enough for it
+  std::string sha1 = {};    ///< empty unless the sink records
 };
 
-class SinkPin;
+/// What a sink can be told to refuse.
+enum class SinkCall { kConnection, kAllocator, kSample, kNewSegment, kEndOfStream, kBeginFlush, kEndFlush };
 
-class SinkFilter : public CBaseFilter {
+class SinkFilter;
+
+class SinkPin : public PlainPin, public IMemInputPin {
  public:
-  static ComPtr<SinkFilter> Create(SinkKind kind);
-  ~SinkFilter() override;
+  explicit SinkPin(SinkFilter& sink);
 
-  int GetPinCount() override { return 1; }
-  CBasePin* GetPin(int index) override;
-  HRESULT STDMETHODCALLTYPE Stop() override;
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
+  ULONG STDMETHODCALLTYPE AddRef() override { return PlainPin::AddRef(); }
+  ULONG STDMETHODCALLTYPE Release() override { return PlainPin::Release(); }
 
-  SinkPin* Pin() const noexcept { return m_pin.Get(); }
+  HRESULT STDMETHODCALLTYPE Connect(IPin* /*pReceivePin*/, const AM_MEDIA_TYPE* /*pmt*/) override {
+    return E_UNEXPECTED;
+  }
+  HRESULT STDMETHODCALLTYPE ReceiveConnection(IPin* pConnector, const AM_MEDIA_TYPE* pmt) override;
+  HRESULT STDMETHODCALLTYPE EndOfStream() override;
+  HRESULT STDMETHODCALLTYPE BeginFlush() override;
+  HRESULT STDMETHODCALLTYPE EndFlush() override;
+  HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
+
+  /// What it was notified of; VFW_E_NO_ALLOCATOR before.
+  HRESULT STDMETHODCALLTYPE GetAllocator(IMemAllocator** ppAllocator) override;
+  HRESULT STDMETHODCALLTYPE NotifyAllocator(IMemAllocator* pAllocator, BOOL bReadOnly) override;
+  HRESULT STDMETHODCALLTYPE GetAllocatorRequirements(ALLOCATOR_PROPERTIES* /*pProps*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Receive(IMediaSample* pSample) override;
+  HRESULT STDMETHODCALLTYPE ReceiveMultiple(IMediaSample** pSamples, LONG nSamples, LONG* nSamplesProcessed) override;
+  HRESULT STDMETHODCALLTYPE ReceiveCanBlock() override { return S_OK; }
+
+  bool IsFlushing() const noexcept { return m_isFlushing; }
+  bool IsReadOnly() const noexcept { return m_isReadOnly; }
+
+ protected:
+  void Begin() override;
+  void End() override;
+
+ private:
+  friend class SinkFilter;
+  SinkFilter& m_sink;
+  ComPtr<IMemAllocator> m_allocator;
+  std::atomic<bool> m_isReadOnly{false};
+  std::atomic<bool> m_isFlushing{false};
+};
+
+class SinkFilter : public PlainFilter {
+ public:
+  static ComPtr<SinkFilter> Create(SinkKind kind) { return ComPtr<SinkFilter>(new SinkFilter(kind)); }
+
+  SinkPin* Pin() noexcept { return &m_pin; }
   SinkKind Kind() const noexcept { return m_kind; }
 
   std::vector<SinkEvent> Events();
@@ -70,71 +113,37 @@ class SinkFilter : public CBaseFilter {
   bool WaitForSample(DWORD milliseconds) { return m_sampled.Wait(milliseconds); }
   /// A holding sink gives all its samples back.
   void LetGo();
+  /// Asked ahead of every call, on the caller's thread; a failure is the answer. To be set before anybody calls.
+  void BeforeEachCall(std::function<HRESULT(SinkCall)> call) { m_fault = std::move(call); }
   /// Called in Receive, on the thread that delivers, after the sample was written down.
   void OnSample(std::function<void(IMediaSample*)> call) { m_onSample = std::move(call); }
-  /// Called in BeginFlush, before the pin begins to flush.
-  void BeforeFlush(std::function<void()> call) { m_beforeFlush = std::move(call); }
   /// The same as OnSample; the answer is Receive's.
   void AnswerWith(std::function<HRESULT(IMediaSample*)> call) { m_answer = std::move(call); }
 
  private:
   friend class SinkPin;
-  explicit SinkFilter(SinkKind kind);
+  explicit SinkFilter(SinkKind kind) : PlainFilter(LockRank::kLastFilter), m_kind(kind) {}
+  PlainPin& OnlyPin() noexcept override { return m_pin; }
+  void BeforeStop() override { Unblock(); }
+  HRESULT Ask(SinkCall call) { return m_fault ? m_fault(call) : S_OK; }
   HRESULT Take(IMediaSample* sample);
-  void Record(SinkEvent event);
-  bool RecordUnlessFlushing(SinkEvent event);
-  void End();
-  void Begin() { m_isOver = false; }
-  void Arrive() { m_afterEnd += m_isOver ? 1 : 0; }
+  bool Record(SinkEvent event, bool passesFlush = true);
   void Unblock();
-  void Block();
 
   const SinkKind m_kind;
-  CCritSec m_filterLock{"SinkFilter", LockRank::kLastFilter};
   CCritSec m_recordLock{"SinkFilter record", LockRank::kVisited};
   std::vector<SinkEvent> m_events;           // under m_recordLock
-  bool m_isFlushing = false;                 // under m_recordLock
+  std::array<std::size_t, 5> m_counts{};     // under m_recordLock
   std::vector<ComPtr<IMediaSample>> m_held;  // under m_recordLock
+  std::function<HRESULT(SinkCall)> m_fault;
   std::function<void(IMediaSample*)> m_onSample;
   std::function<HRESULT(IMediaSample*)> m_answer;
-  std::function<void()> m_beforeFlush;
   std::atomic<bool> m_isOver{false};  // since an end of stream
   std::atomic<int> m_afterEnd{0};
   Event m_ended{Event::Mode::kManual};
   Event m_sampled{Event::Mode::kManual};
   Event m_released{Event::Mode::kManual};  // ends Receive of a blocking sink
-  OwnedPin<SinkPin> m_pin;
-};
-
-class SinkPin : public CBaseInputPin {
- public:
-  explicit SinkPin(SinkFilter* filter, CCritSec* lock);
-
-  HRESULT CheckMediaType(const CMediaType* type) override;
-  HRESULT Active() override;
-  HRESULT Inactive() override;
-
-  HRESULT STDMETHODCALLTYPE Receive(IMediaSample* pSample) override;
-  HRESULT STDMETHODCALLTYPE ReceiveCanBlock() override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE NotifyAllocator(IMemAllocator* pAllocator, BOOL bReadOnly) override {
-    return m_refuseAllocators ? E_ACCESSDENIED : CBaseInputPin::NotifyAllocator(pAllocator, bReadOnly);
-  }
-  HRESULT STDMETHODCALLTYPE EndOfStream() override;
-  HRESULT STDMETHODCALLTYPE BeginFlush() override;
-  HRESULT STDMETHODCALLTYPE EndFlush() override;
-  HRESULT STDMETHODCALLTYPE NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
-
-  /// Between a begin-flush and its end-flush.
-  bool IsFlushing() const noexcept { return m_bFlushing; }
-  /// From now on no media type is good enough.
-  void RefuseTypes() { m_refuseTypes = true; }
-  /// From now on no allocator is.
-  void RefuseAllocators() { m_refuseAllocators = true; }
-
- private:
-  SinkFilter& m_sink;
-  std::atomic<bool> m_refuseTypes{false};
-  std::atomic<bool> m_refuseAllocators{false};
+  SinkPin m_pin{*this};
 };
 
 }  // namespace tarvex::test

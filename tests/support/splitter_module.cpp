@@ -3,8 +3,8 @@
 
 #include <stdexcept>
 
-#include "framework/thread.h"
 #include "include/tarvex/class_ids.h"
+#include "tests/support/patience.h"
 
 namespace tarvex::test {
 
@@ -22,12 +22,6 @@ ComPtr<IBaseFilter> CreateSplitter() {
   return filter;
 }
 
-bool ModuleBecomesIdle() {
-  for (int attempt = 0; attempt < 100; ++attempt) {
-    if (ModuleIsIdle()) return true;
-    SleepMilliseconds(10);
-  }
-  return ModuleIsIdle();
-}
+bool ModuleBecomesIdle() { return Eventually(ModuleIsIdle); }
 
 }  // namespace tarvex::test

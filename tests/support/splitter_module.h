@@ -20,7 +20,7 @@ ComPtr<IBaseFilter> CreateSplitter();
 
 /// No object of the module and no lock on it is left.
 bool ModuleIsIdle();
-/// The same within a second: a thread that was let go may still be on its way out.
+/// The same in the end: a thread that was let go may still be on its way out.
 bool ModuleBecomesIdle();
 
 /// Loads a copy of the module, lets `use` have a splitter of it, unloads it, and answers whether it said

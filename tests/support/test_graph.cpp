@@ -1,7 +1,7 @@
 // See test_graph.h.
 #include "tests/support/test_graph.h"
 
-#include <chrono>
+#include <algorithm>
 #include <stdexcept>
 
 #include "framework/text_conversion.h"
@@ -22,8 +22,11 @@ ComPtr<IPin> FirstPin(IBaseFilter* filter, PIN_DIRECTION direction) {
 }  // namespace
 
 std::vector<ComPtr<IPin>> AllPins(IBaseFilter* filter) {
-  std::vector<ComPtr<IPin>> pins = PinsOf(filter);
-  if (pins.empty()) throw std::runtime_error("no pin list");
+  std::vector<ComPtr<IPin>> pins;
+  ComPtr<IEnumPins> list;
+  if (FAILED(filter->EnumPins(list.Put()))) throw std::runtime_error("no pin list");
+  ComPtr<IPin> pin;
+  while (list->Next(1, pin.Put(), nullptr) == S_OK) pins.push_back(pin);
   return pins;
 }
 
@@ -40,6 +43,11 @@ std::string NameOf(IPin* pin) {
   return Utf8FromWide(info.achName);
 }
 
+bool IsConnected(IPin* pin) {
+  ComPtr<IPin> peer;
+  return SUCCEEDED(pin->ConnectedTo(peer.Put())) && peer;
+}
+
 TestGraph::TestGraph() : TestGraph(CreateSplitter()) {}
 
 TestGraph::TestGraph(ComPtr<IBaseFilter> splitter, ComPtr<IGraphBuilder> graph)
@@ -50,6 +58,7 @@ TestGraph::TestGraph(ComPtr<IBaseFilter> splitter, ComPtr<IGraphBuilder> graph)
 }
 
 TestGraph::~TestGraph() {
+  if (!m_graph) return;
   Stop();
   DisconnectAll();
   RemoveFilters();
@@ -121,21 +130,19 @@ HRESULT TestGraph::Pause() { return m_control->Pause(); }
 HRESULT TestGraph::Stop() { return m_control->Stop(); }
 
 bool TestGraph::WaitForEnd(DWORD milliseconds) const {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-  for (const ComPtr<SinkFilter>& sink : m_sinks) {
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
-    if (!sink->WaitForEnd(left > 0 ? static_cast<DWORD>(left) : 0)) return false;
-  }
-  return true;
+  const ULONGLONG begin = MonotonicMilliseconds();
+  return std::ranges::all_of(m_sinks, [&](const ComPtr<SinkFilter>& sink) {
+    const ULONGLONG passed = MonotonicMilliseconds() - begin;
+    return sink->WaitForEnd(passed < milliseconds ? milliseconds - static_cast<DWORD>(passed) : 0);
+  });
 }
 
 // Asked again and again: a graph may answer that there is nothing before the time is over.
 bool TestGraph::WaitForEvent(LONG code, DWORD milliseconds) const {
   constexpr LONG kInterval = 20;  // milliseconds
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  const ULONGLONG begin = MonotonicMilliseconds();
   const ComPtr<IMediaEvent> events = m_graph.Query<IMediaEvent>();
-  while (events && std::chrono::steady_clock::now() < deadline) {
+  while (events && MonotonicMilliseconds() - begin < milliseconds) {
     LONG found = 0;
     LONG_PTR first = 0;
     LONG_PTR second = 0;
@@ -144,6 +151,17 @@ bool TestGraph::WaitForEvent(LONG code, DWORD milliseconds) const {
     if (found == code) return true;
   }
   return false;
+}
+
+// The ends hold on to the splitter's pins, and those to them: a circle that only the ends can open.
+void TestGraph::Abandon() {
+  for (const ComPtr<SinkFilter>& sink : m_sinks) sink->Pin()->Forget();
+  static_cast<SourceFilter&>(*m_source).Pin()->Forget();
+  m_sinks.clear();
+  m_source.Reset();
+  m_splitter.Reset();
+  m_control.Reset();
+  m_graph.Reset();
 }
 
 HRESULT TestGraph::DisconnectAll() {

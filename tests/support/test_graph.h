@@ -5,14 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "framework/filter_pins.h"
+#include "tests/support/patience.h"
 #include "tests/support/sink_filter.h"
 #include "tests/support/source_filter.h"
 
 namespace tarvex::test {
-
-/// Longest that a test waits for what must happen.
-inline constexpr DWORD kPatience = 20000;  // milliseconds
 
 class TestGraph {
  public:
@@ -55,6 +52,9 @@ class TestGraph {
   /// An event with this code was signalled to the graph in time.
   bool WaitForEvent(LONG code, DWORD milliseconds = kPatience) const;
 
+  /// Lets go of everything as it is, while it plays: nothing is stopped or disconnected before. For a source of ours.
+  /// Nothing else may be asked afterwards.
+  void Abandon();
   /// Disconnects every pin of the splitter, outputs first. The answer of one that refused, if one did.
   HRESULT DisconnectAll();
 
@@ -68,10 +68,11 @@ class TestGraph {
   std::vector<ComPtr<SinkFilter>> m_sinks;
 };
 
-/// As PinsOf. Throws std::runtime_error when there are none.
+/// All pins of a filter, in the order in which it lists them.
 std::vector<ComPtr<IPin>> AllPins(IBaseFilter* filter);
 PIN_DIRECTION DirectionOf(IPin* pin);
 /// As QueryPinInfo gives it, in UTF-8.
 std::string NameOf(IPin* pin);
+bool IsConnected(IPin* pin);
 
 }  // namespace tarvex::test

@@ -8,6 +8,7 @@
 
 #include "framework/text_conversion.h"
 #include "include/tarvex/class_ids.h"
+#include "tests/support/patience.h"
 #include "tests/support/test_system.h"
 
 namespace tarvex::test {
@@ -76,8 +77,7 @@ bool LoadUseAndUnload(const std::function<void(ComPtr<IBaseFilter>)>& use) {
   {
     const LoadedModule module(copy);
     UseOne(module, use);
-    for (int attempt = 0; attempt < 100 && !module.CanUnload(); ++attempt) Sleep(10);
-    idle = module.CanUnload();
+    idle = Eventually([&] { return module.CanUnload(); });
   }
   const bool gone = GetModuleHandleW(copy.c_str()) == nullptr;
   DeleteFileW(copy.c_str());
