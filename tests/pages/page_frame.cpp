@@ -43,10 +43,8 @@ HRESULT CPageSite::GetLocaleID(LCID* pLocaleID) {
 HRESULT CPageSite::GetPageContainer(IUnknown** /*ppUnk*/) { return E_NOTIMPL; }
 HRESULT CPageSite::TranslateAccelerator(MSG* /*pMsg*/) { return S_FALSE; }
 
-CPageFrame::CPageFrame(REFCLSID page) : CPageFrame(CreatePage(page)) {}
-
 // A program that says nothing of densities is shown at one it never had.
-CPageFrame::CPageFrame(ComPtr<IPropertyPage> page) : m_page(std::move(page)), m_site(MakeCom<CPageSite>()) {
+CPageFrame::CPageFrame(REFCLSID page) : m_page(CreatePage(page)), m_site(MakeCom<CPageSite>()) {
   SetProcessDPIAware();
   PROPPAGEINFO info{};
   if (FAILED(m_page->GetPageInfo(&info))) throw std::runtime_error("the page does not say what it is");

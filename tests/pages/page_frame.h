@@ -26,9 +26,7 @@ class CPageSite final : public CUnknownImpl<IPropertyPageSite> {
 
 class CPageFrame {
  public:
-  /// A frame around a page, which is not told anything yet.
-  explicit CPageFrame(ComPtr<IPropertyPage> page);
-  /// Around a new page of the module under test.
+  /// A frame around a new page of the module under test, which is not told anything yet.
   explicit CPageFrame(REFCLSID page);
   ~CPageFrame();
   CPageFrame(const CPageFrame&) = delete;
