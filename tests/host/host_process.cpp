@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <sstream>
+#include <iterator>
 #include <stdexcept>
 
 #include "host/system/file_handle.h"
@@ -90,11 +90,8 @@ TemporaryFolder::~TemporaryFolder() {
 
 std::string ReadAll(const WideString& path) {
   std::ifstream file(std::filesystem::path(path), std::ios::binary);
-  std::ostringstream bytes;
-  if (!file || !(bytes << file.rdbuf() || file.peek() == std::ifstream::traits_type::eof())) {
-    throw std::runtime_error("cannot read " + Utf8FromWide(path));
-  }
-  return bytes.str();
+  if (!file) throw std::runtime_error("cannot read " + Utf8FromWide(path));
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 }  // namespace tarvex::host::test

@@ -6,7 +6,6 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "host/report/checksum.h"
 #include "host/report/dump_report.h"
 #include "host/report/info_report.h"
 #include "host/report/play_report.h"
@@ -86,13 +85,6 @@ TEST(DumpReport, SampleWithoutTimesButWithEveryFlag) {
   EXPECT_EQ(EventTextLine(pin, event, 4), "1   sample         4            -                    - KDPT         7 ab\n");
 }
 
-TEST(PlayReport, UnknownDurationHasNoPercentage) {
-  PlayProgress progress;
-  progress.position = 12'000'000;
-  progress.streams.push_back({"Video 0", "video", "", "", "", "", 30, 2'000'000, 0});
-  EXPECT_EQ(ProgressText(progress), "0:00:01.200  video 30");
-}
-
 TEST(PlayReport, TableFitsATerminal) {
   const std::string name = "S: " + std::string(60, 'n') + " [English]";
   const PlayedStream counted{"Subtitle 10 (lang:eng)", "subtitle", name,          "Subtitle ASS", "",
@@ -102,11 +94,6 @@ TEST(PlayReport, TableFitsATerminal) {
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 100U) << line;
   EXPECT_NE(text.find("...  Subtitle ASS   123456  1234567890  4938272 kbit/s\n"), std::string::npos) << text;
-}
-
-TEST(Checksum, IsThePublishedOne) {
-  const std::uint8_t abc[] = {'a', 'b', 'c'};
-  EXPECT_EQ(Sha1Text(abc), "a9993e364706816aba3e25717850c26c9cd0d89d");
 }
 
 }  // namespace
