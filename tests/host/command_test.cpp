@@ -33,6 +33,15 @@ TEST(HostCommand, NothingInAFileNameIsObeyed) {
   }
 }
 
+TEST(HostCommand, HelpAndVersionAreNoErrors) {
+  for (const wchar_t* option : {L"--help", L"play --help", L"--version"}) {
+    const HostResult result = RunHost(option);
+    EXPECT_EQ(result.code, 0u);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_NE(result.output.find("mkvhost"), std::string::npos);
+  }
+}
+
 // A name outside every code page that looks like an option; folders of that name for what is written.
 TEST(HostCommand, DumpWritesTheBytesOfTheChecksumsAndALog) {
   const TemporaryFolder folder;
