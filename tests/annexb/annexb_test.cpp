@@ -44,22 +44,6 @@ const std::vector<ManifestFile>& Files() {
   return files;
 }
 
-/// A file of the test's own, gone at its end.
-class ScratchFile {
- public:
-  ScratchFile() : m_path(std::filesystem::temp_directory_path() / ("tarvex-" + std::to_string(getpid()) + ".h264")) {}
-  ~ScratchFile() {
-    std::error_code ignored;
-    std::filesystem::remove(m_path, ignored);
-  }
-  ScratchFile(const ScratchFile&) = delete;
-  ScratchFile& operator=(const ScratchFile&) = delete;
-  std::string Path() const { return m_path.string(); }
-
- private:
-  std::filesystem::path m_path;
-};
-
 // What the first video pin delivers, to the end of the file.
 void WriteStartCodeStream(const std::string& file, const std::string& output) {
   TestGraph graph;
@@ -99,11 +83,12 @@ class AnnexBPictures : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(AnnexBPictures, AreThoseOfTheFile) {
   const ManifestFile& file = Files()[GetParam()];
-  const ScratchFile scratch;
-  WriteStartCodeStream(file.path, scratch.Path());
+  const std::string made = testing::TempDir() + "tarvex-" + std::to_string(getpid()) + ".h264";
+  WriteStartCodeStream(file.path, made);
   const std::string original = Pictures("-i '" + file.path + "' -map 0:v:0");
   EXPECT_FALSE(original.empty()) << "ffmpeg decodes nothing of the file";
-  EXPECT_EQ(Pictures("-f h264 -i '" + scratch.Path() + "'"), original);
+  EXPECT_EQ(Pictures("-f h264 -i '" + made + "'"), original);
+  std::filesystem::remove(made);
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, AnnexBPictures, testing::Range<std::size_t>(0, Files().size()),

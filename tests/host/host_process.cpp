@@ -1,9 +1,10 @@
 #include "tests/host/host_process.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <sstream>
+#include <iterator>
 #include <stdexcept>
 
 #include "host/system/file_handle.h"
@@ -15,18 +16,6 @@ namespace {
 constexpr DWORD kPatience = 60000;  // milliseconds
 constexpr int kMostStarts = 3;
 
-/// As the system's own rules for taking a command line apart want it.
-WideString Quoted(const WideString& argument) {
-  WideString text = L"\"";
-  std::size_t backslashes = 0;
-  for (const wchar_t letter : argument) {
-    if (letter == L'"') text.append(backslashes + 1, L'\\');
-    backslashes = letter == L'\\' ? backslashes + 1 : 0;
-    text += letter;
-  }
-  return text.append(backslashes, L'\\') + L"\"";
-}
-
 FileHandle InheritableFile(const WideString& path) {
   SECURITY_ATTRIBUTES inherit{sizeof inherit, nullptr, TRUE};
   return FileHandle(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit,
@@ -36,9 +25,10 @@ FileHandle InheritableFile(const WideString& path) {
 /// Wine answers ERROR_INTERNAL_ERROR, once in thousands of times, when its loader ends in the new process before
 /// anything of the program is there. Nothing of mkvhost has run by then, so it is started again.
 PROCESS_INFORMATION Start(WideString command, STARTUPINFOW& start) {
+  const WideString folder = WideFromUtf8(tarvex::test::SourceDir());
   for (int attempt = 1;; ++attempt) {
     PROCESS_INFORMATION created{};
-    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &created)) {
+    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, folder.c_str(), &start, &created)) {
       return created;
     }
     const DWORD error = GetLastError();
@@ -66,31 +56,24 @@ DWORD RunToEnd(const WideString& command, HANDLE output, HANDLE errors) {
   return code;
 }
 
+WideString CommandLine(WideString arguments) {
+  const std::size_t word = std::min(arguments.find(L' '), arguments.size());
+  if (word != 0 && arguments.find(L"--module") == WideString::npos) {
+    arguments.insert(word, L" --module " + WideFromUtf8(TARVEX_MODULE_PATH));
+  }
+  return WideFromUtf8(TARVEX_HOST_PATH) + L" " + arguments;
+}
+
 }  // namespace
 
-HostResult RunHost(const std::vector<WideString>& arguments) {
+HostResult RunHost(WideString arguments) {
   const TemporaryFolder folder;
-  const WideString outputPath = folder.PathOf(L"out.txt");
-  const WideString errorsPath = folder.PathOf(L"err.txt");
-  WideString command = Quoted(WideFromUtf8(TARVEX_HOST_PATH));
-  for (const WideString& argument : arguments) command += L" " + Quoted(argument);
-  HostResult result;
-  {
-    const FileHandle output = InheritableFile(outputPath);
-    const FileHandle errors = InheritableFile(errorsPath);
-    result.code = RunToEnd(command, output.Get(), errors.Get());
-  }
-  result.output = ReadAll(outputPath);
-  result.errors = ReadAll(errorsPath);
-  return result;
+  const WideString output = folder.PathOf(L"out.txt");
+  const WideString errors = folder.PathOf(L"err.txt");
+  const DWORD code =
+      RunToEnd(CommandLine(std::move(arguments)), InheritableFile(output).Get(), InheritableFile(errors).Get());
+  return {code, ReadAll(output), ReadAll(errors)};
 }
-
-HostResult RunHostWithModule(std::vector<WideString> arguments) {
-  arguments.insert(arguments.begin() + 1, {L"--module", WideFromUtf8(TARVEX_MODULE_PATH)});
-  return RunHost(arguments);
-}
-
-WideString SourcePath(const std::string& name) { return WideFromUtf8(tarvex::test::SourceDir() + "/" + name); }
 
 TemporaryFolder::TemporaryFolder() {
   static int count = 0;
@@ -107,16 +90,8 @@ TemporaryFolder::~TemporaryFolder() {
 
 std::string ReadAll(const WideString& path) {
   std::ifstream file(std::filesystem::path(path), std::ios::binary);
-  std::ostringstream bytes;
-  if (!file || !(bytes << file.rdbuf() || file.peek() == std::ifstream::traits_type::eof())) {
-    throw std::runtime_error("cannot read " + Utf8FromWide(path));
-  }
-  return bytes.str();
-}
-
-void WriteAll(const WideString& path, const std::string& bytes) {
-  std::ofstream file(std::filesystem::path(path), std::ios::binary);
-  if (!(file << bytes)) throw std::runtime_error("cannot write " + Utf8FromWide(path));
+  if (!file) throw std::runtime_error("cannot read " + Utf8FromWide(path));
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 }  // namespace tarvex::host::test

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "framework/text_conversion.h"
 
@@ -14,17 +13,13 @@ struct HostResult {
   std::string errors;
 };
 
-/// Runs the program that was built beside this test, at most a minute. Throws std::runtime_error when it
-/// cannot be started or does not end.
-HostResult RunHost(const std::vector<WideString>& arguments);
+/// Runs the program that was built beside this test in the checkout's folder, at most a minute. `arguments` are
+/// written as in a terminal. A first word is followed by the module that was built along, which need not be
+/// registered, unless the arguments name another one. Throws std::runtime_error when it cannot be started or does
+/// not end.
+HostResult RunHost(WideString arguments);
 
-/// The same, with the module that was built along: it need not be registered.
-HostResult RunHostWithModule(std::vector<WideString> arguments);
-
-/// A file of the repository.
-WideString SourcePath(const std::string& name);
-
-/// A folder for files of one test; emptied and removed at the end.
+/// A folder for files of one test; removed at the end.
 class TemporaryFolder {
  public:
   TemporaryFolder();
@@ -40,6 +35,5 @@ class TemporaryFolder {
 
 /// All bytes of a file. Throws std::runtime_error.
 std::string ReadAll(const WideString& path);
-void WriteAll(const WideString& path, const std::string& bytes);
 
 }  // namespace tarvex::host::test

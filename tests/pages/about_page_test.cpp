@@ -9,70 +9,68 @@
 namespace tarvex::test {
 namespace {
 
-RECT RectOf(const PageFrame& frame, int id) {
-  RECT rect{};
-  GetWindowRect(frame.Control(id), &rect);
-  MapWindowPoints(nullptr, frame.Dialog(), reinterpret_cast<POINT*>(&rect), 2);
-  return rect;
-}
+constexpr int kLogo = 1003;
+constexpr int kFile = 1005;
 
-TEST(AboutPage, ShowsTheTitleTheVersionAndTwoImages) {
-  {
-    const ComPtr<IBaseFilter> splitter = CreateSplitter();
-    PageFrame frame(CLSID_MatroskaAboutPage);
-    ASSERT_EQ(frame.Open(splitter.Get()), S_OK);
-    EXPECT_EQ(TextOf(frame.Window()), L"About");
-    EXPECT_EQ(TextOf(frame.Control(1001)), L"Tarvex Matroska Splitter");
-    EXPECT_EQ(TextOf(frame.Control(1002)), L"Version " TARVEX_FILE_VERSION);
-    for (const int image : {1003, 1005}) EXPECT_NE(SendMessageW(frame.Control(image), STM_GETICON, 0, 0), 0);
-    frame.Paint();
-    KeepPicture(WindowPicture(frame.Window()), "about-page");
+class AboutPage : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(m_frame.Open(m_splitter.Get()), S_OK); }
+
+  RECT RectOf(int id) const {
+    RECT rect{};
+    GetWindowRect(m_frame.Control(id), &rect);
+    MapWindowPoints(nullptr, m_frame.Dialog(), reinterpret_cast<POINT*>(&rect), 2);
+    return rect;
   }
-  EXPECT_TRUE(ModuleBecomesIdle());
+
+  int IconWidth(int id) const {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): messages answer with handles as integers
+    const auto icon = reinterpret_cast<HICON>(SendMessageW(m_frame.Control(id), STM_GETICON, 0, 0));
+    ICONINFO info{};
+    BITMAP bitmap{};
+    if (!GetIconInfo(icon, &info)) return 0;
+    GetObjectW(info.hbmMask, sizeof bitmap, &bitmap);
+    DeleteObject(info.hbmColor);
+    DeleteObject(info.hbmMask);
+    return bitmap.bmWidth;
+  }
+
+  ComPtr<IBaseFilter> m_splitter = CreateSplitter();
+  PageFrame m_frame{CLSID_MatroskaAboutPage};
+};
+
+TEST_F(AboutPage, ShowsTheTitleTheVersionAndTwoImages) {
+  EXPECT_EQ(TextOf(m_frame.Window()), L"About");
+  EXPECT_EQ(TextOf(m_frame.Control(1001)), L"Tarvex Matroska Splitter");
+  EXPECT_EQ(TextOf(m_frame.Control(1002)), L"Version " TARVEX_FILE_VERSION);
+  for (const int image : {kLogo, kFile}) EXPECT_GT(IconWidth(image), 0);
+  m_frame.Paint();
+  KeepPicture(PictureOf(m_frame.Window(), false), "about-page");
+  ASSERT_EQ(m_frame.Page()->Deactivate(), S_OK);
+  ASSERT_EQ(m_frame.Activate(), S_OK);
+  for (const int image : {kLogo, kFile}) EXPECT_GT(IconWidth(image), 0) << "on a second visit";
 }
 
-TEST(AboutPage, KeepsTheLogoCentred) {
-  const ComPtr<IBaseFilter> splitter = CreateSplitter();
-  PageFrame frame(CLSID_MatroskaAboutPage);
-  ASSERT_EQ(frame.Open(splitter.Get()), S_OK);
-  const RECT before = RectOf(frame, 1003);
+TEST_F(AboutPage, KeepsTheLogoCentred) {
+  const RECT before = RectOf(kLogo);
   for (const int width : {700, 401}) {
-    frame.Resize(width, 400);
-    const RECT after = RectOf(frame, 1003);
+    m_frame.Resize(width, 400);
+    const RECT after = RectOf(kLogo);
     EXPECT_EQ(after.left, (width - (before.right - before.left)) / 2);
-    EXPECT_EQ(after.top, before.top);
     EXPECT_EQ(after.right - after.left, before.right - before.left);
-    EXPECT_EQ(after.bottom - after.top, before.bottom - before.top);
+    EXPECT_EQ(after.top, before.top);
   }
-}
-
-int WidthOf(HICON icon) {
-  ICONINFO info{};
-  BITMAP bitmap{};
-  if (!GetIconInfo(icon, &info)) return 0;
-  GetObjectW(info.hbmColor != nullptr ? info.hbmColor : info.hbmMask, sizeof bitmap, &bitmap);
-  if (info.hbmColor != nullptr) DeleteObject(info.hbmColor);
-  DeleteObject(info.hbmMask);
-  return bitmap.bmWidth;
 }
 
 // The controls have their new sizes before the dialog learns of the other density.
-TEST(AboutPage, OnADenserMonitorItsImagesAreLarger) {
-  const ComPtr<IBaseFilter> splitter = CreateSplitter();
-  PageFrame frame(CLSID_MatroskaAboutPage);
-  ASSERT_EQ(frame.Open(splitter.Get()), S_OK);
-  for (const int id : {1003, 1005}) {
-    HWND image = frame.Control(id);
-    const RECT rect = RectOf(frame, id);
-    const auto icon = [image] {
-      // NOLINTNEXTLINE(performance-no-int-to-ptr): messages answer with handles as integers
-      return reinterpret_cast<HICON>(SendMessageW(image, STM_GETICON, 0, 0));
-    };
-    const int before = WidthOf(icon());
-    SetWindowPos(image, nullptr, 0, 0, (rect.right - rect.left) * 2, (rect.bottom - rect.top) * 2,
+TEST_F(AboutPage, OnADenserMonitorItsImagesAreLarger) {
+  for (const int id : {kLogo, kFile}) {
+    const RECT rect = RectOf(id);
+    const int before = IconWidth(id);
+    SetWindowPos(m_frame.Control(id), nullptr, 0, 0, (rect.right - rect.left) * 2, (rect.bottom - rect.top) * 2,
                  SWP_NOMOVE | SWP_NOZORDER);
-    frame.ChangeDensity();
-    EXPECT_NEAR(WidthOf(icon()), before * 2, 8) << "images come in steps of eight pixels";
+    m_frame.ChangeDensity();
+    EXPECT_NEAR(IconWidth(id), before * 2, 8) << "images come in steps of eight pixels";
   }
 }
 

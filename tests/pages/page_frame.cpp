@@ -43,10 +43,8 @@ HRESULT PageSite::GetLocaleID(LCID* pLocaleID) {
 HRESULT PageSite::GetPageContainer(IUnknown** /*ppUnk*/) { return E_NOTIMPL; }
 HRESULT PageSite::TranslateAccelerator(MSG* /*pMsg*/) { return S_FALSE; }
 
-PageFrame::PageFrame(REFCLSID page) : PageFrame(CreatePage(page)) {}
-
 // A program that says nothing of densities is shown at one it never had.
-PageFrame::PageFrame(ComPtr<IPropertyPage> page) : m_page(std::move(page)), m_site(MakeCom<PageSite>()) {
+PageFrame::PageFrame(REFCLSID page) : m_page(CreatePage(page)), m_site(MakeCom<PageSite>()) {
   SetProcessDPIAware();
   PROPPAGEINFO info{};
   if (FAILED(m_page->GetPageInfo(&info))) throw std::runtime_error("the page does not say what it is");

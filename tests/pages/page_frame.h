@@ -26,9 +26,7 @@ class PageSite final : public UnknownImpl<IPropertyPageSite> {
 
 class PageFrame {
  public:
-  /// A frame around a page, which is not told anything yet.
-  explicit PageFrame(ComPtr<IPropertyPage> page);
-  /// Around a new page of the module under test.
+  /// A frame around a new page of the module under test, which is not told anything yet.
   explicit PageFrame(REFCLSID page);
   ~PageFrame();
   PageFrame(const PageFrame&) = delete;

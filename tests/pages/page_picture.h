@@ -17,12 +17,10 @@ struct Picture {
   std::vector<std::uint8_t> pixels;
 };
 
-/// What the window shows now, without its border and title.
-Picture WindowPicture(HWND window);
-/// What the screen shows where the window is.
-Picture ScreenPicture(HWND window);
+/// What the window shows now, without its border and title; or what the screen shows in its place.
+Picture PictureOf(HWND window, bool onScreen);
 
-/// Writes NAME.png to build/test-logs or to the folder that TARVEX_PICTURES names. Throws std::runtime_error.
+/// Writes NAME.bmp to build/test-logs or to the folder that TARVEX_PICTURES names. Throws std::runtime_error.
 void KeepPicture(const Picture& picture, const std::string& name);
 
 }  // namespace tarvex::test
