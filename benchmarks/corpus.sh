@@ -119,16 +119,16 @@ make_compressed() {
   finish pcm_zlib.mka
 }
 
-# h: a minute with 1,000 chapters.
+# h and j: a minute with so many chapters.
 make_chapters() {
   make_clip
-  awk 'BEGIN {
-    for (i = 0; i < 1000; i++) {
-      printf "CHAPTER%04d=00:00:%06.3f\nCHAPTER%04dNAME=Chapter number %d\n", i + 1, i * 0.06, i + 1, i + 1
+  awk -v count="$1" 'BEGIN {
+    for (i = 0; i < count; i++) {
+      printf "CHAPTER%05d=00:00:%06.3f\nCHAPTER%05dNAME=Chapter number %d\n", i + 1, i * 60 / count, i + 1, i + 1
     }
   }' >"$parts/chapters.txt"
-  merge -o "$parts/chapters1000.mkv" --chapters "$parts/chapters.txt" "$parts/v60.mp4" "$parts/a60_1.ac3"
-  finish chapters1000.mkv
+  merge -o "$parts/chapters$1.mkv" --chapters "$parts/chapters.txt" "$parts/v60.mp4" "$parts/a60_1.ac3"
+  finish "chapters$1.mkv"
 }
 
 # i: the same, written by FFmpeg, which begins the Cues and every cluster with a checksum. b is FFmpeg's already.
@@ -145,5 +145,6 @@ if absent movie.mkv; then make_movie; fi
 if absent movie_nocues.mkv; then make_movie_without_cues; fi
 if absent cues100k.mkv; then make_many_cues; fi
 if absent pcm_zlib.mka; then make_compressed; fi
-if absent chapters1000.mkv; then make_chapters; fi
+if absent chapters1000.mkv; then make_chapters 1000; fi
+if absent chapters10000.mkv; then make_chapters 10000; fi
 if absent cues100k_ffmpeg.mkv; then make_many_cues_by_ffmpeg; fi

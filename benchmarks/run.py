@@ -86,7 +86,7 @@ class Run:
                                                                   self.budget(QUICK_OPENING))
 
     def opening(self):
-        letters, seeks = ("defhi", 10) if self.quick else ("bdefhi", 50)
+        letters, seeks = ("defhij", 10) if self.quick else ("bdefhij", 50)
         self.figures["opening"] = opening.measure(self.programs, self.corpus, letters, OPENING_ROUNDS * self.rounds,
                                                   seeks, self.budget(QUICK_OPENING))
 

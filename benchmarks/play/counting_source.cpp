@@ -4,10 +4,21 @@
 #include <algorithm>
 
 namespace tarvex::bench {
+namespace {
+
+// A sleep would take as long as the system likes.
+void Spend(std::chrono::microseconds time) {
+  const auto end = std::chrono::steady_clock::now() + time;
+  while (std::chrono::steady_clock::now() < end) {
+  }
+}
+
+}  // namespace
+
 // What reads below needs no lock, as the platform's file source needs none, and so the class is given as that one's.
-CountingSource::CountingSource(ComPtr<IAsyncReader> reader)
+CountingSource::CountingSource(ComPtr<IAsyncReader> reader, std::chrono::microseconds delay)
     : CBaseFilter("CountingSource", nullptr, &m_filterLock, CLSID_AsyncReader),
-      m_pin(new CountingSourcePin(this, &m_filterLock, std::move(reader))) {}
+      m_pin(new CountingSourcePin(this, &m_filterLock, std::move(reader), delay)) {}
 
 CountingSource::~CountingSource() = default;
 
@@ -17,8 +28,11 @@ IPin* CountingSource::Output() const noexcept { return m_pin.Get(); }
 
 ReadCount CountingSource::Reads() const noexcept { return m_pin->Reads(); }
 
-CountingSourcePin::CountingSourcePin(CountingSource* filter, CCritSec* lock, ComPtr<IAsyncReader> reader)
-    : CBasePin("CountingSourcePin", filter, lock, OLESTR("Output"), PINDIR_OUTPUT), m_reader(std::move(reader)) {}
+CountingSourcePin::CountingSourcePin(CountingSource* filter, CCritSec* lock, ComPtr<IAsyncReader> reader,
+                                     std::chrono::microseconds delay)
+    : CBasePin("CountingSourcePin", filter, lock, OLESTR("Output"), PINDIR_OUTPUT),
+      m_reader(std::move(reader)),
+      m_delay(delay) {}
 
 HRESULT STDMETHODCALLTYPE CountingSourcePin::NonDelegatingQueryInterface(REFIID iid, void** out) {
   if (iid == IID_IAsyncReader) return GiveInterface(static_cast<IAsyncReader*>(this), out);
@@ -46,6 +60,7 @@ HRESULT CountingSourcePin::GetMediaType(int position, CMediaType* type) {
 HRESULT STDMETHODCALLTYPE CountingSourcePin::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
   m_calls += 1;
   m_bytes += static_cast<std::uint64_t>(std::max<LONG>(lLength, 0));
+  if (m_delay.count() != 0) Spend(m_delay);
   return m_reader->SyncRead(llPosition, lLength, pBuffer);
 }
 

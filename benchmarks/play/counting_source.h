@@ -1,8 +1,9 @@
-// A source filter that hands the reads on to another reader and counts them. Made for one playback, owned
+// A source filter that hands the reads on to another reader, counts them, and can be slow. Made for one playback, owned
 // through ComPtr; read on the splitter's threads.
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 
 #include "framework/base_filter.h"
@@ -20,7 +21,8 @@ class CountingSourcePin;
 
 class CountingSource : public CBaseFilter {
  public:
-  explicit CountingSource(ComPtr<IAsyncReader> reader);
+  /// Each read takes so much longer than the reader's own.
+  explicit CountingSource(ComPtr<IAsyncReader> reader, std::chrono::microseconds delay = {});
   ~CountingSource() override;
 
   int GetPinCount() override { return 1; }
@@ -37,7 +39,8 @@ class CountingSource : public CBaseFilter {
 
 class CountingSourcePin : public CBasePin, public IAsyncReader {
  public:
-  CountingSourcePin(CountingSource* filter, CCritSec* lock, ComPtr<IAsyncReader> reader);
+  CountingSourcePin(CountingSource* filter, CCritSec* lock, ComPtr<IAsyncReader> reader,
+                    std::chrono::microseconds delay);
 
   ReadCount Reads() const noexcept { return {m_calls, m_bytes}; }
 
@@ -63,6 +66,7 @@ class CountingSourcePin : public CBasePin, public IAsyncReader {
 
  private:
   const ComPtr<IAsyncReader> m_reader;
+  const std::chrono::microseconds m_delay;
   std::atomic<std::uint64_t> m_calls{0};
   std::atomic<std::uint64_t> m_bytes{0};
 };

@@ -23,6 +23,7 @@ void AddOptions(CLI::App& app, Options& options) {
   app.add_flag("--separate-pins", options.measure.separatePins, "a pin for every track, not one for every kind");
   app.add_option("--seek", options.measure.seeks, "seek to these seconds, one after another")->delimiter(',');
   app.add_option("--spread-seeks", options.measure.spreadSeeks, "seek so many times, all over the file");
+  app.add_option("--read-delay", options.measure.readDelay, "microseconds that each read takes besides");
   app.add_option("--repeat", options.repeat, "times to do it all; default 1");
   app.add_flag_callback(
       "--platform-source", [&options] { options.measure.source = SourceKind::kPlatform; },

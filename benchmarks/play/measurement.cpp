@@ -93,7 +93,7 @@ void CollectPins(const Playback& playback, Measurement& measured) {
 
 void MeasurePlayback(const MeasureOptions& options, Measurement& measured) {
   const auto before = Clock::now();
-  Playback playback(options.file, options.source, options.separatePins);
+  Playback playback(options.file, options.source, options.separatePins, std::chrono::microseconds(options.readDelay));
   const auto start = Clock::now();
   measured.made = MillisecondsBetween(before, start);
   playback.Open();

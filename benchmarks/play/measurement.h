@@ -23,6 +23,7 @@ struct MeasureOptions {
   SourceKind source = SourceKind::kCounting;
   Extent extent = Extent::kWhole;
   bool separatePins = false;  ///< a pin for every track instead of one for every kind
+  unsigned readDelay = 0;     ///< microseconds that each read of a counting source takes besides
   /// Seconds.
   std::vector<double> seeks;
   /// So many more, spread over the duration in an order that is mixed and always the same.

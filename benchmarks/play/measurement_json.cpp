@@ -32,6 +32,7 @@ Json MeasurementJson(const Measurement& measured) {
   if (measured.first) {
     json["first_ms"] = *measured.first;
     json["first_reads"] = measured.firstReads.calls;
+    json["first_read_bytes"] = measured.firstReads.bytes;
   }
   if (measured.ended) json["wall_ms"] = *measured.ended;
   json["user_ms"] = measured.cpu.user;

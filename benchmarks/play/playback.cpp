@@ -30,11 +30,11 @@ std::string NameOf(IPin* pin) {
 
 }  // namespace
 
-Playback::Playback(const std::string& path, SourceKind kind, bool separatePins)
+Playback::Playback(const std::string& path, SourceKind kind, bool separatePins, std::chrono::microseconds delay)
     : m_graph(NewGraph()), m_splitter(NewSplitter()) {
   try {
     if (separatePins) SeparatePins();
-    MakeSource(path, kind);
+    MakeSource(path, kind, delay);
     Add(m_source.Get(), OLESTR("Source"));
     Add(m_splitter.Get(), OLESTR("Splitter"));
   } catch (...) {
@@ -55,10 +55,10 @@ void Playback::SeparatePins() const {
   Check(config->SetValue(&paramSeparatePins, &value), "SetValue");
 }
 
-void Playback::MakeSource(const std::string& path, SourceKind kind) {
+void Playback::MakeSource(const std::string& path, SourceKind kind, std::chrono::microseconds delay) {
   OpenedFile file = OpenFile(path);
   if (kind == SourceKind::kCounting) {
-    m_counting = MakeCom<CountingSource>(std::move(file.reader));
+    m_counting = MakeCom<CountingSource>(std::move(file.reader), delay);
     m_source = m_counting;
   } else {
     m_source = std::move(file.filter);

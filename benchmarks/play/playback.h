@@ -2,6 +2,7 @@
 // main thread's stack.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,8 @@ enum class SourceKind { kCounting, kPlatform };
 class Playback {
  public:
   /// Makes the graph, source and splitter. Throws std::runtime_error.
-  Playback(const std::string& path, SourceKind kind, bool separatePins);
+  /// `delay` is what each read of a counting source takes besides.
+  Playback(const std::string& path, SourceKind kind, bool separatePins, std::chrono::microseconds delay);
   /// Stops, disconnects and drops everything.
   ~Playback();
   Playback(const Playback&) = delete;
@@ -48,7 +50,7 @@ class Playback {
  private:
   void Add(IBaseFilter* filter, const OLECHAR* name);
   void Connect(IPin* output, IPin* input) const;
-  void MakeSource(const std::string& path, SourceKind kind);
+  void MakeSource(const std::string& path, SourceKind kind, std::chrono::microseconds delay);
   void SeparatePins() const;
   ComPtr<IMediaSeeking> Seeking() const;
   void TakeDown() noexcept;

@@ -75,6 +75,7 @@ class Programs:
     def __init__(self, native, windows, wine):
         self.bench_play = os.path.join(native, "bench_play")
         self.av_packets = os.path.join(native, "av_packets")
+        self.block_walk = os.path.join(native, "block_walk")
         self.gst_play = os.path.join(native, "gst_play")
         self.windows_play = os.path.join(windows, "bench_play.exe") if windows and wine else None
         self.wine = wine

@@ -10,6 +10,9 @@ FFMPEG = "ffmpeg -c copy"
 LIBAVFORMAT = "libavformat packets"
 MATROSKADEMUX = "matroskademux with queues"
 BY_KIND = "ours, a pin for every kind"
+LIBMATROSKA = "libmatroska alone"
+SLOW_SOURCE = "ours, 50 µs a read more"
+SLOW_READ = "50"  # microseconds
 WINE = "ours"
 WINE_RAW = "1 MiB SyncReads"
 
@@ -23,6 +26,10 @@ def native_contestants(programs, letter):
         who.WholeProcess(FFMPEG, who.ffmpeg),
         who.WholeProcess(MKVEXTRACT, who.mkvextract(TRACKS[letter])),
     ]
+    if letter == "b":
+        found.append(programs.native(SLOW_SOURCE, "--separate-pins", "--read-delay", SLOW_READ))
+    if letter == "c":
+        found.append(who.InProcess(LIBMATROSKA, [programs.block_walk]))
     if TRACKS[letter] > 2:
         found.append(programs.native(BY_KIND))
     return found
@@ -56,7 +63,7 @@ def check_counts(results):
     """Everybody has to have delivered the same number of frames, or the times compare nothing."""
     for letter, records in results.items():
         counts = {}
-        for name in (OURS, LIBAVFORMAT, MATROSKADEMUX):
+        for name in (OURS, LIBAVFORMAT, MATROSKADEMUX, LIBMATROSKA):
             for record in records.get(name, []):
                 pins = record.get("pins")
                 counts[name] = sum(pin["samples"] for pin in pins) if pins is not None else record["samples"]

@@ -11,6 +11,7 @@ NAMES = {
     "g": "pcm_zlib.mka",
     "h": "chapters1000.mkv",
     "i": "cues100k_ffmpeg.mkv",
+    "j": "chapters10000.mkv",
 }
 ABOUT = {
     "a": "453 MB high rate",
@@ -22,8 +23,9 @@ ABOUT = {
     "g": "zlib",
     "h": "1,000 chapters",
     "i": "f from FFmpeg",
+    "j": "10,000 chapters",
 }
-TRACKS = {"a": 2, "b": 1, "c": 1, "d": 5, "e": 5, "f": 1, "g": 1, "h": 2, "i": 1}
+TRACKS = {"a": 2, "b": 1, "c": 1, "d": 5, "e": 5, "f": 1, "g": 1, "h": 2, "i": 1, "j": 2}
 
 
 class Corpus:

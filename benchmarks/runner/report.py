@@ -89,6 +89,20 @@ def from_ffmpeg(results):
     return f"f from FFmpeg takes {against(share, limits.FROM_FFMPEG)} times as long as f from mkvmerge."
 
 
+def on_one_file(results):
+    """What is measured on a single file."""
+    parts = []
+    walk = ratio(results["c"], demux.LIBMATROSKA) if "c" in results else None
+    if walk is not None:
+        parts.append(f"c takes {against(walk, limits.OF_LIBMATROSKA)} of the time in which libmatroska alone reads its "
+                     "blocks, which copies no frame to a sample and queues none.")
+    slow = median(results["b"].get(demux.SLOW_SOURCE, []), "wall_ms") if "b" in results else None
+    if slow is not None:
+        share = slow / median(results["b"][demux.OURS], "wall_ms")
+        parts.append(f"b takes {share:.2f} times as long where each read takes {demux.SLOW_READ} µs more.")
+    return " ".join(parts)
+
+
 def wine_cell(letter, records):
     ours, raw = median(records[demux.WINE], "wall_ms"), median(records[demux.WINE_RAW], "wall_ms")
     native = median(records["native"], "wall_ms")
@@ -120,12 +134,13 @@ def opening_row(letter, found):
         judged(found["worst_seek_ms"], seek_limit, "{:.2f}"),
         f"{found['seek_ms']:.2f}",
         judged(found["seek_reads"], reads_limit, "{:.0f}"),
+        f"{found['first_as_reads']:.1f}",
     ]
 
 
 def opening(results):
     head = ["natively", "open to first sample, ms", "reads", "first seek, ms", "reads", "slowest later seek, ms",
-            "median, ms", "most reads of one"]
+            "median, ms", "most reads of one", "open to first sample / reading those bytes"]
     text = table(head, [opening_row(letter, found) for letter, found in results.items()])
     rounds = min(found["rounds"] for found in results.values())
     text += f"\n\nMedians, for a seek of each place by itself; rounds made: {rounds}."
@@ -191,13 +206,15 @@ def whole(figures, corpus):
         found = figures["demux"]
         parts += ["### Whole passes, natively", demux_times(found), starts_note(figures["starts"], rounds_of(found)),
                   "### Ours as a share of theirs (medians)", demux_ratios(found), demux_cpu(found),
-                  demux_reads(found, corpus), from_ffmpeg(found)]
+                  demux_reads(found, corpus), from_ffmpeg(found), on_one_file(found)]
     if "wine" in figures:
         parts += ["### The module in the platform's graph, under Wine", wine_times(figures["wine"]),
                   f"Medians; rounds made: {rounds_of(figures['wine'])}."]
     if "wine_search" in figures:
-        first = against(figures["wine_search"]["first_seek_ms"], limits.SEARCH_MS_WINE, "{:.1f}")
-        parts += [f"The first seek in e takes {first} ms under Wine."]
+        found = figures["wine_search"]
+        first = against(found["first_seek_ms"], limits.SEARCH_MS_WINE, "{:.1f}")
+        reads = against(found["first_seek_reads"], limits.SEARCH_READS, "{:.0f}")
+        parts += [f"The first seek in e takes {first} ms and {reads} reads under Wine."]
     if "opening" in figures:
         parts += ["### Opening and seeking", opening(figures["opening"])]
     if "memory" in figures:
