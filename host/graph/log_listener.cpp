@@ -9,7 +9,7 @@
 #include "host/system/host_error.h"
 #include "host/system/input_file.h"
 #include "host/system/text_escape.h"
-#include "pins/creator/refused_track.h"
+#include "pins/formats/refused_track.h"
 
 namespace tarvex::host {
 

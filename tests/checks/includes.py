@@ -20,7 +20,7 @@ HOUSES = {
         ["scanner/frames", "scanner/index"],
         ["scanner"],
         ["pins/limits.h"],
-        ["pins/formats", "pins/creator/refused_track.h"],
+        ["pins/formats"],
         ["pins/output"],
         ["pins/creator"],
         ["filter"],
@@ -29,7 +29,7 @@ HOUSES = {
     "pages": GROUND + [["pages"], ["module"]],
     # mkvhost is an application: of the module it knows the names of formats and how the log begins a refusal.
     "host": GROUND + [
-        ["pins/formats", "pins/creator/refused_track.h"],
+        ["pins/formats"],
         ["host/system"],
         ["host/report"],
         ["host/graph"],

@@ -72,7 +72,7 @@ HRESULT MemoryReader::Copy(LONGLONG position, LONG length, BYTE* buffer) const {
   const LONGLONG end = position + std::clamp<LONGLONG>(Size() - position, 0, length);
   const bool isWhole = end == position + length;
   if (!isWhole && FAILED(answerAtTheEnd)) return answerAtTheEnd;
-  std::memset(buffer, 0, static_cast<std::size_t>(end - position));
+  std::fill_n(buffer, end - position, BYTE{0});  // of an empty read nobody needs a buffer
   auto part = m_parts.upper_bound(position);
   if (part != m_parts.begin()) --part;
   for (; part != m_parts.end() && part->first < end; ++part) {
