@@ -24,16 +24,18 @@ bool Eventually(const std::function<bool()>& question) {
   return false;
 }
 
+// `context` is a number and where its control goes. FALSE when it is this one, which ends the search.
+BOOL CALLBACK TakeControl(HWND window, LPARAM context) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the platform hands a context on as an integer
+  auto* wanted = reinterpret_cast<std::pair<int, HWND>*>(context);
+  if (GetDlgCtrlID(window) == wanted->first && IsWindowVisible(window)) wanted->second = window;
+  return wanted->second == nullptr;
+}
+
 // A visible control with this number, in whichever page it is.
 HWND FindControl(HWND frame, int id) {
   std::pair<int, HWND> search{id, nullptr};
-  const auto take = [](HWND window, LPARAM context) -> BOOL {
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the platform hands a context on as an integer
-    auto* wanted = reinterpret_cast<std::pair<int, HWND>*>(context);
-    if (GetDlgCtrlID(window) == wanted->first && IsWindowVisible(window)) wanted->second = window;
-    return wanted->second == nullptr;
-  };
-  EnumChildWindows(frame, take, reinterpret_cast<LPARAM>(&search));
+  EnumChildWindows(frame, &TakeControl, reinterpret_cast<LPARAM>(&search));
   return search.second;
 }
 

@@ -18,7 +18,7 @@ class NoObserver : public host::SampleObserver {
   void OnEndOfStream() override {}
 };
 
-class InputPin : public host::TapInputPin {
+class VideoInfo2Input : public host::TapInputPin {
  public:
   using TapInputPin::TapInputPin;
 
@@ -30,9 +30,9 @@ class InputPin : public host::TapInputPin {
   }
 };
 
-class OutputPin : public host::TapOutputPin {
+class VideoInfoOutput : public host::TapOutputPin {
  public:
-  OutputPin(host::TapFilter* filter, CCritSec* lock) : TapOutputPin(filter, lock), m_filter(filter) {}
+  VideoInfoOutput(host::TapFilter* filter, CCritSec* lock) : TapOutputPin(filter, lock), m_filter(filter) {}
 
   HRESULT CheckMediaType(const CMediaType* type) override {
     return type->formattype == FORMAT_VideoInfo ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
@@ -61,8 +61,8 @@ class OutputPin : public host::TapOutputPin {
 
 PlainFormatFilter::PlainFormatFilter() : TapFilter(std::make_shared<NoObserver>()) {
   m_output.Reset();
-  m_input = OwnedPin<host::TapInputPin>(new InputPin(this, &m_filterLock, std::make_shared<NoObserver>()));
-  m_output = OwnedPin<host::TapOutputPin>(new OutputPin(this, &m_filterLock));
+  m_input = OwnedPin<host::TapInputPin>(new VideoInfo2Input(this, &m_filterLock, std::make_shared<NoObserver>()));
+  m_output = OwnedPin<host::TapOutputPin>(new VideoInfoOutput(this, &m_filterLock));
 }
 
 }  // namespace tarvex::test
