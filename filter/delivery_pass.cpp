@@ -18,13 +18,46 @@ HRESULT DeliveryPass::Run() {
 HRESULT DeliveryPass::Deliver() {
   CEbmlScanner& scanner = m_source.Scanner();
   m_failure = S_OK;
-  m_endsEarly = false;
   scanner.SetStartTime(static_cast<std::uint64_t>(m_positions.BeginRun()));
   scanner.SetCallback(this);
   // A pass that was interrupted, or that downstream refused, ends without end of stream.
-  const bool isAtEnd = !scanner.Process() || (m_endsEarly && !m_isCommandPending());
-  if (isAtEnd) m_pins.EndOfStream();
+  if (!scanner.Process()) m_pins.EndOfStream();
   return m_failure;
+}
+
+void DeliveryPass::Announce() noexcept {
+  const CAutoLock lock(m_progressLock);
+  m_inProgress = true;
+}
+
+bool DeliveryPass::IsInProgress() const noexcept {
+  const CAutoLock lock(m_progressLock);
+  return m_inProgress;
+}
+
+bool DeliveryPass::EndEarly() noexcept {
+  const CAutoLock lock(m_progressLock);
+  if (m_inProgress) m_endsEarly = true;
+  return m_inProgress;
+}
+
+// An end that comes while the pins are told of one is looked for once more. With none left the pass is over.
+bool DeliveryPass::TakeEnd() noexcept {
+  const CAutoLock lock(m_progressLock);
+  m_inProgress = m_endsEarly.exchange(false);
+  return m_inProgress;
+}
+
+// A command makes it the end of what is no longer played.
+void DeliveryPass::Finish() {
+  while (TakeEnd()) {
+    if (m_isCommandPending()) continue;
+    static_cast<void>(ComBoundary([this] {
+      m_pins.EndOfStream();
+      return S_OK;
+    }));
+    m_pins.BeforeWait();
+  }
 }
 
 // Null when nobody wants the frame.

@@ -9,6 +9,7 @@
 
 #include "filter/output_pins.h"
 #include "filter/source.h"
+#include "framework/critical_section.h"
 #include "pins/output/play_positions.h"
 #include "scanner/matroska_callback.h"
 
@@ -23,9 +24,15 @@ class DeliveryPass final : private CMatroskaCallback {
   /// To the end of the file, which every connected pin is told; or until a command is pending or a frame is refused.
   /// S_OK, or a failure of our own, of which nobody else tells the graph.
   HRESULT Run();
-  /// Makes the next block the end of the file for the pass in progress. One that begins later knows nothing of it. Any
-  /// thread.
-  void EndEarly() noexcept { m_endsEarly = true; }
+  // A pass is in progress from the command for it on, until Finish.
+  /// Ahead of the command, on the thread that gives it.
+  void Announce() noexcept;
+  bool IsInProgress() const noexcept;
+  /// Makes the next block the end of the file for the pass in progress, however the pass ends, unless it is for a
+  /// command. False when there is none: one that begins later knows nothing of it. Any thread.
+  bool EndEarly() noexcept;
+  /// Behind Run: tells the pins of an end that EndEarly made.
+  void Finish();
 
  private:
   // CMatroskaCallback
@@ -37,13 +44,16 @@ class DeliveryPass final : private CMatroskaCallback {
   HRESULT Deliver();
   CMatroskaOutputPin* PinOf(const FrameInfo& frame) const;
   bool GiveFrame(CMatroskaOutputPin& pin, const FrameInfo& frame);
+  bool TakeEnd() noexcept;
 
   Source& m_source;
   const OutputPins& m_pins;
   PlayPositions& m_positions;
   const std::function<bool()> m_isCommandPending;
-  std::atomic<bool> m_endsEarly{false};
-  HRESULT m_failure = S_OK;  // what ended the pass, if the graph is to know it
+  mutable CCritSec m_progressLock{"DeliveryPass", LockRank::kLeaf};
+  bool m_inProgress = false;             // under the lock
+  std::atomic<bool> m_endsEarly{false};  // written under the lock
+  HRESULT m_failure = S_OK;              // what ended the pass, if the graph is to know it
 };
 
 }  // namespace tarvex

@@ -122,8 +122,8 @@ HRESULT CMatroskaSplitter::EndFlushFromUpstream() {
   return S_OK;
 }
 
-// The worker tells the pins, behind what it has on its way to them. It is not waited for, since upstream may say so in
-// the middle of a read that the worker waits for.
+// A worker that delivers tells the pins, behind what it has on its way to them. It is not waited for, since upstream
+// may say so in the middle of a read that the worker waits for.
 HRESULT CMatroskaSplitter::EndOfStreamFromUpstream() {
   m_worker.EndPass();
   return S_OK;

@@ -47,7 +47,7 @@ class CMatroskaSplitter final : public CBaseFilter {
   // What upstream says of its own accord goes to every connected output pin. S_OK. Any thread.
   HRESULT BeginFlushFromUpstream();
   HRESULT EndFlushFromUpstream();
-  /// Ends the pass in progress; where there is none, no end is due.
+  /// Ends the pass in progress.
   HRESULT EndOfStreamFromUpstream();
 
  private:

@@ -100,6 +100,10 @@ void OutputPins::CancelWaits(bool on) const {
   for (const auto& pin : m_pins) pin->CancelWaits(on);
 }
 
+void OutputPins::DropHeld() const {
+  for (const auto& pin : m_pins) pin->DropHeld();
+}
+
 void OutputPins::SetH264Form(bool byteStream) const {
   for (const auto& pin : m_pins) pin->SetH264Form(byteStream);
 }

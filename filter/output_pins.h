@@ -50,13 +50,14 @@ class OutputPins {
   // To every connected pin, in order.
   void BeginFlush() const;
   void EndFlush() const;
-  /// Worker, or while there is none.
+  /// Worker, or while it delivers nothing.
   void EndOfStream() const;
 
   // To every pin.
   /// Worker only.
   void BeforeWait() const;
   void CancelWaits(bool on) const;
+  void DropHeld() const;
   void SetH264Form(bool byteStream) const;
   /// Ends all queues at once, since each may have to wait for downstream. No worker.
   void EndQueues() const noexcept;

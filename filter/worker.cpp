@@ -28,10 +28,9 @@ class Worker::WaitsCancelled {
 };
 
 Worker::Worker(CBaseFilter& filter, Source& source, const OutputPins& pins, PlayPositions& positions)
-    : m_filter(filter),
-      m_source(source),
-      m_pins(pins),
-      m_pass(source, pins, positions, [this] { return IsCommandPending(); }) {}
+    : m_filter(filter), m_source(source), m_pins(pins), m_positions(positions), m_pass(source, pins, positions, [this] {
+        return IsCommandPending();
+      }) {}
 
 HRESULT Worker::Start() {
   const CAutoLock lock(m_AccessLock);
@@ -42,6 +41,7 @@ HRESULT Worker::Start() {
 HRESULT Worker::SendStart() {
   if (m_runState == kStart) return S_OK;
   m_runState = kStart;
+  m_pass.Announce();
   return static_cast<HRESULT>(CallWorker(kStart));
 }
 
@@ -100,7 +100,7 @@ DWORD Worker::ThreadProc() {
       case kStart:
         LogText("CMatroskaSplitter::ThreadProc tm_start");
         Reply(0);  // the controller is not kept while frames are delivered
-        if (const HRESULT result = m_pass.Run(); FAILED(result)) ReportFailedPass(result);
+        RunPass();
         LogText("CMatroskaSplitter::ThreadProc Process exit");
         break;
       case kExit:
@@ -112,6 +112,22 @@ DWORD Worker::ThreadProc() {
         break;  // nothing else is ever sent
     }
   }
+}
+
+void Worker::RunPass() {
+  if (const HRESULT result = m_pass.Run(); FAILED(result)) ReportFailedPass(result);
+  m_pass.Finish();
+}
+
+// The locks are for the case in which nobody delivers, and so nobody waits for a read that this may be said in. Who
+// gives a command waits for such a read, but what ends for a command is no longer played.
+void Worker::EndPass() {
+  if (m_pass.EndEarly() || m_commandComing) return;
+  const CAutoLock position(m_positions.PositionLock());
+  const CAutoLock control(m_AccessLock);  // no pass begins meanwhile
+  if (m_pass.IsInProgress()) return;      // of what is played now
+  m_pins.DropHeld();
+  m_pins.EndOfStream();
 }
 
 bool Worker::IsCommandPending() {

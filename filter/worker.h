@@ -37,9 +37,9 @@ class Worker final : public PassControl, private CAMThread {
   void Resume() override;
   void BeforeWait() override;
 
-  /// The pass in progress comes to its end at the next block, as if the file ended there; nothing when there is none.
-  /// Any thread; does not wait.
-  void EndPass() noexcept { m_pass.EndEarly(); }
+  /// The pass in progress comes to its end at the next block, as if the file ended there, and is not waited for. Where
+  /// there is none, the pins are told, and drop what they hold. Any thread.
+  void EndPass();
 
  private:
   /// The commands and, as the run state, the last one sent.
@@ -51,12 +51,14 @@ class Worker final : public PassControl, private CAMThread {
 
   HRESULT Pause();
   HRESULT SendStart();
+  void RunPass();
   bool IsCommandPending();
   void ReportFailedPass(HRESULT result);
 
   CBaseFilter& m_filter;
   Source& m_source;
   const OutputPins& m_pins;
+  PlayPositions& m_positions;
   DeliveryPass m_pass;
   std::atomic<DWORD> m_runState{kPause};     // written under the control lock
   std::atomic<bool> m_commandComing{false};  // a failing read or a refused frame may be our own doing

@@ -42,23 +42,25 @@ HRESULT CPersistStream::Load(IStream* stream) noexcept {
   Header header{};
   HRESULT hr = ReadExact(stream, header.data(), sizeof(header));
   if (FAILED(hr)) return hr;
+  const bool wasDirty = m_dirty.exchange(false);
   hr = ComBoundary([&] {
     const auto version = VersionIn(header);
     if (!version || *version > GetSoftwareVersion()) return VFW_E_INVALID_FILE_VERSION;
     return ReadFromStream(stream);
   });
-  if (SUCCEEDED(hr)) m_dirty = false;
+  if (FAILED(hr) && wasDirty) m_dirty = true;
   return hr;
 }
 
 HRESULT CPersistStream::Save(IStream* stream, BOOL clearDirty) noexcept {
   if (stream == nullptr) return E_POINTER;
+  const bool wasDirty = clearDirty != FALSE && m_dirty.exchange(false);
   const HRESULT hr = ComBoundary([&] {
     const Header header = HeaderOf(GetSoftwareVersion());
     const HRESULT written = WriteExact(stream, header.data(), sizeof(header));
     return FAILED(written) ? written : WriteToStream(stream);
   });
-  if (SUCCEEDED(hr) && clearDirty != FALSE) m_dirty = false;
+  if (FAILED(hr) && wasDirty) m_dirty = true;
   return hr;
 }
 

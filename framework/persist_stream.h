@@ -1,7 +1,9 @@
 // Saving and loading an object's settings with a graph: the version header and the dirty flag. A base of a class that
-// implements IPersistStream, or an interface derived from it, by calling these. That class guards it with a lock of its
-// own.
+// implements IPersistStream, or an interface derived from it, by calling these. Any thread; that class guards what it
+// writes and reads with a lock of its own.
 #pragma once
+
+#include <atomic>
 
 #include "framework/platform/platform.h"
 
@@ -19,7 +21,7 @@ class CPersistStream {
   /// S_OK when there is something to save, else S_FALSE.
   HRESULT IsDirty() const noexcept { return m_dirty ? S_OK : S_FALSE; }
   /// VFW_E_INVALID_FILE_VERSION for a header that is no version or a version above ours; what Read or
-  /// ReadFromStream answers. Only a whole load changes the dirty flag.
+  /// ReadFromStream answers. Only a whole load changes the dirty flag; a change that comes meanwhile is to be saved.
   HRESULT Load(IStream* stream) noexcept;
   HRESULT Save(IStream* stream, BOOL clearDirty) noexcept;
   /// The size of the version header plus SizeMax.
@@ -43,7 +45,7 @@ class CPersistStream {
   static HRESULT WriteExact(IStream* stream, const void* bytes, ULONG count) noexcept;
 
  private:
-  bool m_dirty = false;
+  std::atomic<bool> m_dirty{false};
 };
 
 }  // namespace tarvex

@@ -97,6 +97,8 @@ class CMatroskaOutputPin : public CBaseOutputPin, protected SegmentGate::Receive
   void BeforeWait() { m_sender.SendAll(); }
   /// While on, the worker fails where it would wait for room, a wait in progress included. Any thread.
   void CancelWaits(bool on);
+  /// Drops all held frames. An end of stream that waited behind them was not sent. Any thread.
+  void DropHeld();
 
  protected:
   CMatroskaOutputPin(const char* objectName, const SharedByPins& shared, const WideString& name);
@@ -114,9 +116,6 @@ class CMatroskaOutputPin : public CBaseOutputPin, protected SegmentGate::Receive
 
  private:
   enum class EndOfStreamState { kOpen, kBehindHeld, kSent };
-
-  /// Drops all held frames. An end of stream that waited behind them was not sent. Any thread.
-  void DropHeld();
 
   // Worker.
   HRESULT DeliverFrameSample(const std::uint8_t* data, std::size_t size, REFERENCE_TIME start, REFERENCE_TIME duration,

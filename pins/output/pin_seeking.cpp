@@ -123,7 +123,7 @@ void PinSeeking::ClampToDuration(REFERENCE_TIME& time, LONGLONG& callers) const 
 bool PinSeeking::MayMove() {
   if (!m_pin.IsConnected() || !m_positions.ClaimSeekingOwner(m_pin)) return false;
   if (m_pin.IsConnected()) return true;
-  m_positions.ClearSeekingOwner();
+  m_positions.GiveUpSeeking(m_pin);
   return false;
 }
 

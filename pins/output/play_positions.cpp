@@ -38,6 +38,11 @@ bool PlayPositions::ClaimSeekingOwner(const CBasePin& pin) noexcept {
   return m_seekingOwner.compare_exchange_strong(owner, &pin) || owner == &pin;
 }
 
+void PlayPositions::GiveUpSeeking(const CBasePin& pin) noexcept {
+  const CBasePin* owner = &pin;
+  m_seekingOwner.compare_exchange_strong(owner, nullptr);
+}
+
 // With the lock held.
 void PlayPositions::Store(const PlayRange& range) {
   m_range = range;

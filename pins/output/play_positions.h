@@ -49,6 +49,8 @@ class PlayPositions {
   void Move(const RangeChange& change, PassControl& pass);
   /// The first pin that asks owns seeking; whether it is this one. Takes no lock.
   bool ClaimSeekingOwner(const CBasePin& pin) noexcept;
+  /// Takes back the claim of this pin, and of no other.
+  void GiveUpSeeking(const CBasePin& pin) noexcept;
   void ClearSeekingOwner() noexcept { m_seekingOwner = nullptr; }
 
   PlayRange Range() const;

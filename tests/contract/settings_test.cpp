@@ -1,4 +1,6 @@
 // IModuleConfig: parameters, and the settings saved with a graph.
+#include <functional>
+
 #include "include/tarvex/module_config.h"
 #include "pins/formats/media_guids.h"
 #include "tests/contract/contract_fixture.h"
@@ -144,6 +146,23 @@ TEST_F(Settings, AreSavedAsVersionAndTwoBytesAndLoadedAgain) {
   EXPECT_EQ(GetBool(paramAnnexBOutput), 1);
   EXPECT_EQ(GetBool(paramSeparatePins), 0);
   EXPECT_EQ(m_config->IsDirty(), S_FALSE);
+}
+
+class ChangingStream final : public MemoryStream {
+ public:
+  HRESULT STDMETHODCALLTYPE Write(const void* data, ULONG count, ULONG* written) override {
+    const HRESULT result = MemoryStream::Write(data, count, written);
+    afterEachWrite();
+    return result;
+  }
+  std::function<void()> afterEachWrite;
+};
+
+TEST_F(Settings, AChangeThatComesWhileASaveWritesIsStillToBeSaved) {
+  const auto stream = MakeCom<ChangingStream>();
+  stream->afterEachWrite = [&] { SetBool(paramAnnexBOutput, 1); };
+  EXPECT_EQ(m_config->Save(stream.Get(), TRUE), S_OK);
+  EXPECT_EQ(m_config->IsDirty(), S_OK);
 }
 
 TEST_F(Settings, AStreamThatEndsEarlyOrIsDamagedOrTooNewOrFullChangesNothing) {

@@ -196,6 +196,41 @@ TEST_F(Streaming, ASinkThatRefusesIsNotAskedAgainAndEndsThePass) {
   EXPECT_EQ(Graph().Sink(0).CountOf(Kind::kEndOfStream), 0U);
 }
 
+// The pass is over, and nobody but upstream knows of an end.
+TEST_F(Streaming, AnEndFromUpstreamReachesThoseThatARefusedPassLeftWithoutOne) {
+  OpenMovie(kLongMovie);
+  LogCapture log(Splitter());
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  Graph().Sink(1).AnswerWith([](IMediaSample* /*sample*/) { return VFW_E_SAMPLE_REJECTED; });
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  ASSERT_TRUE(log.WaitFor(kPassed));
+  ASSERT_EQ(Graph().Sink(0).CountOf(Kind::kEndOfStream), 0U);
+  EXPECT_EQ(Graph().InputPin()->EndOfStream(), S_OK);
+  EXPECT_EQ(Graph().InputPin()->EndOfStream(), S_OK) << "which is known now";
+  EXPECT_TRUE(Eventually([&] { return Graph().Sink(0).CountOf(Kind::kEndOfStream) == 1; }));
+  EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+  EXPECT_EQ(Graph().Sink(0).CountOf(Kind::kEndOfStream), 1U);
+}
+
+// A source that breaks off says so, and fails the read that it is in.
+TEST_F(Streaming, AnEndFromUpstreamIsPassedOnWhenItsReadFails) {
+  const auto source = SourceFilter::FromBytes(MakeMovie(kLongMovie));
+  std::atomic<bool> breaksOff{false};
+  source->BeforeEachCall([&] {
+    if (!breaksOff) return S_OK;
+    static_cast<void>(Graph().InputPin()->EndOfStream());
+    return E_FAIL;
+  });
+  Open(source);
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  breaksOff = true;
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  for (const auto& sink : Graph().Sinks()) {
+    EXPECT_TRUE(Eventually([&] { return sink->CountOf(Kind::kEndOfStream) == 1; }));
+  }
+  EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+}
+
 // More sound than its ring can take is held until the second key frame comes. Where the sound is refused before the
 // pictures went, they are lost, and what comes behind them cannot be decoded.
 TEST_F(Streaming, ASinkThatRefusesHeldFramesEndsTheirRelease) {
