@@ -11,14 +11,12 @@ namespace tarvex::host {
 
 namespace {
 
-void Add(MediaTypeText& text, const char* name, std::int64_t value) { text.fields.push_back({name, value}); }
-
 // A block may claim more than it holds.
 void DescribeExtra(MediaTypeText& text, std::size_t claimed) {
   const std::size_t extra = std::min(claimed, text.block.size() - sizeof(WAVEFORMATEX));
-  Add(text, "extra_size", static_cast<std::int64_t>(extra));
+  AddField(text, "extra_size", static_cast<std::int64_t>(extra));
   if (claimed != extra) {
-    Add(text, "claimed_extra_size", static_cast<std::int64_t>(claimed));
+    AddField(text, "claimed_extra_size", static_cast<std::int64_t>(claimed));
     text.summary += fmt::format(", {} of {} claimed bytes of codec data", extra, claimed);
   } else if (extra != 0) {
     text.summary += fmt::format(", {} bytes of codec data", extra);
@@ -37,12 +35,12 @@ bool DecodeWaveFormat(MediaTypeText& text) {
   const std::uint16_t channels = wave->nChannels;
   const std::uint16_t bits = wave->wBitsPerSample;
   const std::uint16_t align = wave->nBlockAlign;
-  Add(text, "format_tag", wave->wFormatTag);
-  Add(text, "channels", channels);
-  Add(text, "sampling_rate", rate);
-  Add(text, "bytes_per_second", wave->nAvgBytesPerSec);
-  Add(text, "block_align", align);
-  Add(text, "bits_per_sample", bits);
+  AddField(text, "format_tag", wave->wFormatTag);
+  AddField(text, "channels", channels);
+  AddField(text, "sampling_rate", rate);
+  AddField(text, "bytes_per_second", wave->nAvgBytesPerSec);
+  AddField(text, "block_align", align);
+  AddField(text, "bits_per_sample", bits);
   text.summary = fmt::format("{} Hz, {} channel{}", rate, channels, Plural(channels));
   if (bits != 0) text.summary += fmt::format(", {} bits", bits);
   if (align != 0) text.summary += fmt::format(", block {} bytes", align);
@@ -59,12 +57,12 @@ bool DecodeVorbisFormat(MediaTypeText& text) {
   };
   const auto vorbis = ReadBlock<VorbisFormat>(text.block);
   if (!vorbis) return false;
-  Add(text, "channels", vorbis->channels);
-  Add(text, "sampling_rate", vorbis->samplingRate);
-  Add(text, "bits_per_sample", vorbis->bitsPerSample);
-  Add(text, "identification_header_size", vorbis->headerSizes[0]);
-  Add(text, "comment_header_size", vorbis->headerSizes[1]);
-  Add(text, "setup_header_size", vorbis->headerSizes[2]);
+  AddField(text, "channels", vorbis->channels);
+  AddField(text, "sampling_rate", vorbis->samplingRate);
+  AddField(text, "bits_per_sample", vorbis->bitsPerSample);
+  AddField(text, "identification_header_size", vorbis->headerSizes[0]);
+  AddField(text, "comment_header_size", vorbis->headerSizes[1]);
+  AddField(text, "setup_header_size", vorbis->headerSizes[2]);
   text.summary =
       fmt::format("{} Hz, {} channel{}, headers {} + {} + {} bytes", vorbis->samplingRate, vorbis->channels,
                   Plural(vorbis->channels), vorbis->headerSizes[0], vorbis->headerSizes[1], vorbis->headerSizes[2]);

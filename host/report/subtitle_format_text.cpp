@@ -40,10 +40,10 @@ bool DecodeSubtitleInfo(MediaTypeText& text) {
   if (!info) return false;
   const std::size_t extra = text.block.size() - sizeof(SubtitleInfo);
   const std::string language = LanguageOf(*info);
-  text.fields.push_back({"offset", std::int64_t{info->offset}});
-  text.fields.push_back({"language", language});
-  text.fields.push_back({"track_name", TrackNameOf(*info)});
-  text.fields.push_back({"extra_size", static_cast<std::int64_t>(extra)});
+  AddField(text, "offset", std::int64_t{info->offset});
+  AddField(text, "language", language);
+  AddField(text, "track_name", TrackNameOf(*info));
+  AddField(text, "extra_size", static_cast<std::int64_t>(extra));
   text.summary = fmt::format("language {}", language.empty() ? "none" : language);
   if (extra != 0) text.summary += fmt::format(", {} bytes of codec data", extra);
   return true;

@@ -15,24 +15,20 @@ namespace {
 constexpr std::size_t kSequenceHeader1 = 96;   // of an MPEG1VIDEOINFO, published
 constexpr std::size_t kSequenceHeader2 = 132;  // of an MPEG2VIDEOINFO, published
 
-void Add(MediaTypeText& text, const char* name, std::int64_t value) { text.fields.push_back({name, value}); }
-
-void Add(MediaTypeText& text, const char* name, std::string value) { text.fields.push_back({name, std::move(value)}); }
-
 void DescribeBitmap(MediaTypeText& text, const BITMAPINFOHEADER& bitmap) {
-  Add(text, "width", bitmap.biWidth);
-  Add(text, "height", bitmap.biHeight);
-  Add(text, "planes", bitmap.biPlanes);
-  Add(text, "bit_count", bitmap.biBitCount);
-  Add(text, "compression", bitmap.biCompression == 0 ? "none" : FourCcText(bitmap.biCompression));
-  Add(text, "image_size", bitmap.biSizeImage);
+  AddField(text, "width", bitmap.biWidth);
+  AddField(text, "height", bitmap.biHeight);
+  AddField(text, "planes", bitmap.biPlanes);
+  AddField(text, "bit_count", bitmap.biBitCount);
+  AddField(text, "compression", bitmap.biCompression == 0 ? "none" : FourCcText(bitmap.biCompression));
+  AddField(text, "image_size", bitmap.biSizeImage);
   text.summary = fmt::format("{}x{}", bitmap.biWidth, bitmap.biHeight);
   if (bitmap.biBitCount != 0) text.summary += fmt::format(", {} bits", bitmap.biBitCount);
 }
 
 // A negative frame time is a nonsense of the file's; it is listed, but makes no rate.
 void DescribeFrameTime(MediaTypeText& text, REFERENCE_TIME frameTime) {
-  Add(text, "frame_time", frameTime);
+  AddField(text, "frame_time", frameTime);
   if (frameTime > 0) text.summary += fmt::format(", {:.3f} fps", 1e7 / static_cast<double>(frameTime));
 }
 
@@ -44,8 +40,8 @@ void DescribePicture(MediaTypeText& text, const VIDEOINFOHEADER& header) {
 void DescribePicture(MediaTypeText& text, const VIDEOINFOHEADER2& header) {
   DescribeBitmap(text, header.bmiHeader);
   DescribeFrameTime(text, header.AvgTimePerFrame);
-  Add(text, "aspect_x", header.dwPictAspectRatioX);
-  Add(text, "aspect_y", header.dwPictAspectRatioY);
+  AddField(text, "aspect_x", header.dwPictAspectRatioX);
+  AddField(text, "aspect_y", header.dwPictAspectRatioY);
   text.summary += fmt::format(", aspect {}:{}", header.dwPictAspectRatioX, header.dwPictAspectRatioY);
 }
 
@@ -56,7 +52,7 @@ std::span<const std::uint8_t> SequenceHeader(const MediaTypeText& text, std::siz
 }
 
 void DescribeSequenceHeader(MediaTypeText& text, std::size_t claimed) {
-  Add(text, "sequence_header_size", static_cast<std::int64_t>(claimed));
+  AddField(text, "sequence_header_size", static_cast<std::int64_t>(claimed));
   if (claimed != 0) text.summary += fmt::format(", sequence header {} bytes", claimed);
 }
 
@@ -76,8 +72,8 @@ bool IsAvc(const GUID& subtype) { return subtype == SubtypeOf(FourCc("AVC1")) ||
 
 void DescribeAvc(MediaTypeText& text, std::uint32_t level, std::uint32_t flags, std::size_t claimed) {
   const std::int64_t sets = CountParameterSets(SequenceHeader(text, kSequenceHeader2, claimed));
-  Add(text, "nal_length_size", flags);
-  Add(text, "parameter_sets", sets);
+  AddField(text, "nal_length_size", flags);
+  AddField(text, "parameter_sets", sets);
   text.summary +=
       fmt::format(", level {}.{}, NAL length {} bytes, {} parameter sets", level / 10, level % 10, flags, sets);
 }
@@ -96,7 +92,7 @@ bool DecodeVideoInfo2(MediaTypeText& text) {
   if (!header) return false;
   DescribePicture(text, *header);
   const std::size_t extra = text.block.size() - sizeof(VIDEOINFOHEADER2);
-  Add(text, "extra_size", static_cast<std::int64_t>(extra));
+  AddField(text, "extra_size", static_cast<std::int64_t>(extra));
   if (extra != 0) text.summary += fmt::format(", {} bytes of codec data", extra);
   return true;
 }
@@ -121,9 +117,9 @@ bool DecodeMpeg2VideoInfo(MediaTypeText& text) {
   const std::uint32_t level = number(8);
   const std::uint32_t flags = number(4);
   DescribePicture(text, *header);
-  Add(text, "profile", profile);
-  Add(text, "level", level);
-  Add(text, "flags", flags);
+  AddField(text, "profile", profile);
+  AddField(text, "level", level);
+  AddField(text, "flags", flags);
   if (profile != 0) text.summary += fmt::format(", profile {}", profile);
   if (IsAvc(text.subtype)) DescribeAvc(text, level, flags, claimed);
   DescribeSequenceHeader(text, claimed);
