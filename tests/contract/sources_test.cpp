@@ -144,7 +144,7 @@ TEST_F(Sources, PositionsBeyondFourGibibytesAreReadAndSoughtAndOpeningWaitsForTh
   }),
             S_OK);
   const bool isEarly = opened.Wait(kPatience);
-  source->Arrive(static_cast<LONGLONG>(source->Size()));
+  source->Arrive(source->Size());
   opener.Join();
   ASSERT_TRUE(isEarly);
   const std::vector<std::string> all = DigestsAtTheEnd().at(0);

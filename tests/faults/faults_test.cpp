@@ -378,7 +378,7 @@ class FaultRig {
   const DWORD m_thread = CurrentThreadId();
   Downstream m_downstream;
   ComPtr<SourceFilter> m_source;
-  const std::size_t m_size = m_source->Size();
+  const std::size_t m_size = static_cast<std::size_t>(m_source->Size());
   ComPtr<FaultGraph> m_graph = MakeCom<FaultGraph>(m_downstream);
   ComPtr<IBaseFilter> m_splitter;
   std::atomic<bool> m_blocked{false};

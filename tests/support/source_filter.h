@@ -47,7 +47,7 @@ class SourceFilter : public PlainFilter {
   void BeforeEachCall(std::function<HRESULT()> fault) { m_pin.fault = std::move(fault); }
   /// From now on there are only so many bytes.
   void Shrink(std::size_t size) { m_pin.size = m_pin.reportedLength = static_cast<LONGLONG>(size); }
-  std::size_t Size() const noexcept { return static_cast<std::size_t>(m_pin.size.load()); }
+  LONGLONG Size() const noexcept { return m_pin.size; }
   /// So many bytes have come, of a file that is `estimate` long as it seems. A read of others waits for them or for a
   /// flush, as that of a file on its way does, and the length is called an estimate.
   void Arrive(LONGLONG size, LONGLONG estimate = 0);
