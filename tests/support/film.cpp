@@ -123,7 +123,7 @@ std::vector<std::uint8_t> MakeMovie(const MovieShape& shape) {
     if ((k + 1) % shape.framesPerCluster == 0 || k + 1 == shape.frames) writer.EndCluster();
   }
   const auto film = writer.Finish();
-  std::vector<std::uint8_t> bytes(film->Size());
+  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(film->Size()));
   film->Pin()->SyncRead(0, static_cast<LONG>(bytes.size()), bytes.data());
   return bytes;
 }
