@@ -17,6 +17,10 @@ inline constexpr LONG kEcErrorAbort = 3;
 class GraphTest : public testing::Test {
  protected:
   void TearDown() override {
+    if (m_graph && m_graph->Splitter() != nullptr) {  // not abandoned
+      m_graph->Stop();
+      EXPECT_TRUE(SUCCEEDED(m_graph->DisconnectAll()));
+    }
     Drop();
     EXPECT_TRUE(ModuleBecomesIdle()) << "something of the module is left";
   }
