@@ -79,7 +79,8 @@ GraphEnd Player::Play() {
   if (m_streams.empty()) return GraphEnd::kComplete;
   if (m_options.withoutClock) m_session.RunWithoutClock();
   if (m_keyboard.IsThere()) m_line.Tell(kKeyHelp);
-  m_begin = m_lastSeek = MonotonicMilliseconds();
+  m_begin = std::chrono::steady_clock::now();
+  m_lastSeek = MonotonicMilliseconds();
   m_session.Run();
   GraphEnd end = GraphEnd::kNone;
   while (end == GraphEnd::kNone && !IsLimitReached()) {
@@ -212,7 +213,9 @@ std::optional<std::int64_t> Player::Duration() const {
   return duration;
 }
 
-double Player::Seconds() const { return static_cast<double>(MonotonicMilliseconds() - m_begin) / 1000; }
+double Player::Seconds() const {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_begin).count();
+}
 
 PlayProgress Player::Progress() const {
   PlayProgress progress;

@@ -1,6 +1,7 @@
 // Plays one file to its end, and obeys the options and the keys on the way. Owned by the play command, main thread.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -66,8 +67,9 @@ class Player {
   std::size_t m_seeksDone = 0;
   std::int64_t m_target = 0;  // of the last seek
   ULONGLONG m_lastSeek = 0;   // milliseconds
-  ULONGLONG m_begin = 0;      // milliseconds
-  double m_seconds = 0;       // from beginning to end
+  // A short file is over before the clock of milliseconds has moved.
+  std::chrono::steady_clock::time_point m_begin;
+  double m_seconds = 0;  // from beginning to end
   bool m_paused = false;
 };
 
