@@ -31,24 +31,36 @@ void CMediaSample::SetBuffer(BYTE* buffer, LONG length) noexcept {
   m_length = length;
 }
 
-void CMediaSample::Forget() noexcept {
+void CMediaSample::LendWith(ULONG references) noexcept {
+  m_next = nullptr;
   m_actual = m_length;
   m_flags = 0;
   m_typeSpecificFlags = 0;
   m_streamId = 0;
   m_mediaType.reset();
+  m_references.store(references, std::memory_order_relaxed);  // nobody else has it
 }
 
 IMediaSample* CMediaSample::Lend() noexcept {
   m_allocator->AddRef();
-  return LendCounted();
+  LendWith(kAwaited | 1);
+  return this;
 }
 
-IMediaSample* CMediaSample::LendCounted() noexcept {
-  m_next = nullptr;
-  Forget();
-  m_references.store(1, std::memory_order_relaxed);  // nobody else has it
+IMediaSample* CMediaSample::LendSilently() noexcept {
+  LendWith(1);
   return this;
+}
+
+bool CMediaSample::Await() noexcept {
+  ULONG held = m_references.load(std::memory_order_acquire);
+  if (held == 0 || (held & kAwaited) != 0) return held != 0;
+  m_allocator->AddRef();  // first, since the sample may come back at once
+  while (held != 0) {
+    if (m_references.compare_exchange_weak(held, held | kAwaited)) return true;
+  }
+  m_allocator->Release();
+  return false;
 }
 
 HRESULT STDMETHODCALLTYPE CMediaSample::QueryInterface(REFIID iid, void** out) {
@@ -60,20 +72,19 @@ HRESULT STDMETHODCALLTYPE CMediaSample::QueryInterface(REFIID iid, void** out) {
   return S_OK;
 }
 
-ULONG STDMETHODCALLTYPE CMediaSample::AddRef() { return ++m_references; }
+ULONG STDMETHODCALLTYPE CMediaSample::AddRef() { return ++m_references & ~kAwaited; }
 
 ULONG STDMETHODCALLTYPE CMediaSample::Release() {
-  // The holder of the only reference need not synchronise with anybody.
-  const bool isOnly = m_references.load(std::memory_order_acquire) == 1;
-  if (isOnly) m_references.store(0, std::memory_order_relaxed);
-  const ULONG left = isOnly ? 0 : --m_references;
-  if (left == 0) {
+  // The type goes while it is known that nobody else looks at it. Otherwise it goes when the sample is lent again.
+  const bool isOnly = (m_references.load(std::memory_order_acquire) & ~kAwaited) == 1;
+  if (isOnly) m_mediaType.reset();
+  const ULONG before = m_references.fetch_sub(1, std::memory_order_acq_rel);
+  if (before == (kAwaited | 1)) {
     // The allocator may delete this object or lend it again at once.
     const auto allocator = ComPtr<IMemAllocator>::Attach(m_allocator);
-    m_mediaType.reset();
     allocator->ReleaseBuffer(this);
   }
-  return left;
+  return (before - 1) & ~kAwaited;
 }
 
 HRESULT STDMETHODCALLTYPE CMediaSample::GetPointer(BYTE** ppBuffer) {

@@ -10,12 +10,16 @@
 namespace tarvex {
 
 /// The life of a sample object: an allocator makes it (or takes it from its list of free ones and calls
-/// SetBuffer), then Lend forgets what the sample was before and gives the borrower the first reference and takes one on
-/// the allocator. When the borrowers' last reference goes, the allocator's ReleaseBuffer gets the object back to keep
-/// or delete, and after that the reference on the allocator is given up.
+/// SetBuffer), then lends it, which forgets what the sample was before and gives the borrower the first reference.
+///
+/// An awaited sample holds a reference on the allocator while it is out. When the borrowers' last reference goes, the
+/// allocator's ReleaseBuffer gets the object back to keep or delete, and after that the reference on the allocator is
+/// given up. A sample that is not awaited comes back without a word: whoever releases it touches nothing but the
+/// sample, and the allocator looks at IsBack when it wants another. It must await its samples before it waits for one
+/// or ends.
 class alignas(64) CMediaSample : public IMediaSample2 {
  public:
-  /// `allocator` is not counted until Lend. `buffer`, of `length` bytes, belongs to the allocator.
+  /// `allocator` is not counted until the sample is awaited. `buffer`, of `length` bytes, belongs to the allocator.
   CMediaSample(IMemAllocator* allocator, BYTE* buffer, LONG length) noexcept;
   virtual ~CMediaSample() = default;
   CMediaSample(const CMediaSample&) = delete;
@@ -24,10 +28,17 @@ class alignas(64) CMediaSample : public IMediaSample2 {
   /// Allocator only, while nobody borrows the sample: gives it another region of memory.
   void SetBuffer(BYTE* buffer, LONG length) noexcept;
 
-  /// Allocator only: hands the sample out with one reference, which the caller owns.
+  // Allocator only, under its lock.
+  /// Hands the sample out, awaited, with one reference, which the caller owns.
   IMediaSample* Lend() noexcept;
-  /// The same with a reference on the allocator that was taken before.
-  IMediaSample* LendCounted() noexcept;
+  /// The same, but not awaited.
+  IMediaSample* LendSilently() noexcept;
+  /// The sample is awaited from now on. False when it is back, or was awaited and Settle was called.
+  bool Await() noexcept;
+  /// ReleaseBuffer has got the awaited sample.
+  void Settle() noexcept { m_references.store(0, std::memory_order_relaxed); }
+  /// Nobody has the sample, nor will the allocator be told so any more.
+  bool IsBack() const noexcept { return m_references.load(std::memory_order_acquire) == 0; }
 
   /// Start of the region.
   BYTE* Buffer() const noexcept { return m_buffer; }
@@ -64,17 +75,19 @@ class alignas(64) CMediaSample : public IMediaSample2 {
   HRESULT STDMETHODCALLTYPE SetProperties(DWORD cbProperties, const BYTE* pbProperties) override;
 
  private:
-  void Forget() noexcept;
+  static constexpr ULONG kAwaited = 0x80000000;  // beside the count of references
+
+  void LendWith(ULONG references) noexcept;
   HRESULT Flag(DWORD flag) const noexcept { return (m_flags & flag) != 0 ? S_OK : S_FALSE; }
   HRESULT SetFlag(DWORD flag, BOOL on) noexcept;
   HRESULT CheckProperties(const AM_SAMPLE2_PROPERTIES& properties, DWORD size) const noexcept;
 
   // First what every borrower uses, on one cache line: samples go from one thread to the next.
   CMediaSample* m_next = nullptr;
-  IMemAllocator* const m_allocator;  // a reference is held while the sample is out
+  IMemAllocator* const m_allocator;  // a reference is held while the sample is out and awaited
   BYTE* m_buffer;
   MediaTypePtr m_mediaType;
-  std::atomic<ULONG> m_references{0};
+  std::atomic<ULONG> m_references{0};  // and kAwaited
   LONG m_length;
   LONG m_actual;
   DWORD m_flags = 0;  // AM_SAMPLE_*, and one of our own

@@ -22,7 +22,7 @@ constexpr LONG kPage = 4096;  // the block itself starts at a page
 
 CMemAllocator::CMemAllocator(const char* name, IUnknown* outer) : UnknownImpl(name, outer) {}
 
-// Nobody is left to wait or to hold a sample: each of them holds a reference.
+// Nobody is left to wait or to hold a sample: each of them holds a reference by now.
 CMemAllocator::~CMemAllocator() = default;
 
 HRESULT STDMETHODCALLTYPE CMemAllocator::NonDelegatingQueryInterface(REFIID iid, void** out) {

@@ -17,6 +17,8 @@ class RingQueue {
   std::size_t Size() const noexcept { return m_count; }
   bool Empty() const noexcept { return m_count == 0; }
   T& Front() noexcept { return m_entries[m_first]; }
+  /// The entry so far behind the first; there is one.
+  T& At(std::size_t offset) noexcept { return m_entries[Place(offset)]; }
 
   /// Makes room for so many more entries. Throws std::bad_alloc, and is unchanged then.
   void KeepFree(std::size_t count) {
@@ -37,6 +39,9 @@ class RingQueue {
     --m_count;
     return entry;
   }
+
+  /// Not for entries that own something: they stay where they are.
+  void Clear() noexcept { m_count = 0; }
 
   void Swap(RingQueue& other) noexcept {
     m_entries.swap(other.m_entries);

@@ -17,20 +17,15 @@ ULONG STDMETHODCALLTYPE CUnknown::NonDelegatingAddRef() { return ++m_references;
 
 ULONG STDMETHODCALLTYPE CUnknown::NonDelegatingRelease() {
   const ULONG left = --m_references;
-  if (left == 0) {
+  if (left != 0) return left;
+  m_references = 1;
+  OnLastRelease();
+  if (--m_references == 0) {
     // A reference taken and given back during destruction must not destroy a second time.
     m_references = 1;
     delete this;
   }
   return left;
-}
-
-void CUnknown::AddReferences(ULONG count) noexcept {
-  if (m_outer == &m_inner) {
-    m_references += count;
-    return;
-  }
-  for (; count > 0; --count) m_outer->AddRef();
 }
 
 HRESULT STDMETHODCALLTYPE CUnknown::InnerUnknown::QueryInterface(REFIID iid, void** out) {

@@ -30,14 +30,16 @@ class CUnknown : public INonDelegatingUnknown {
 
   /// The IUnknown that decides: the outer object's, or this one's own. Not counted.
   IUnknown* Owner() const noexcept { return m_outer; }
-  /// So many references on the owner at once.
-  void AddReferences(ULONG count) noexcept;
   /// This object's own IUnknown, for an aggregating creator. Not counted.
   IUnknown* Inner() noexcept { return &m_inner; }
 
   HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
   ULONG STDMETHODCALLTYPE NonDelegatingAddRef() override;
   ULONG STDMETHODCALLTYPE NonDelegatingRelease() override;
+
+ protected:
+  /// The last reference has gone. Whatever takes one now keeps the object, and this is called again when that goes.
+  virtual void OnLastRelease() noexcept {}
 
  private:
   // A separate object, since two functions of one class cannot both be QueryInterface.

@@ -1,10 +1,12 @@
 // Samples from a ring: taking, waiting for room, giving back.
 #include "pins/output/sample_buffer.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
 #include "framework/com_boundary.h"
+#include "framework/compiler.h"
 #include "framework/message_error.h"
 #include "pins/limits.h"
 
@@ -15,21 +17,6 @@ class CSampleBuffer::Sample final : public CMediaSample {
   explicit Sample(IMemAllocator* allocator) noexcept : CMediaSample(allocator, nullptr, 0) {}
 
   RingRegions::Region region;
-};
-
-/// The references that samples hold, taken together, also when there is no memory for all of them.
-class CSampleBuffer::References {
- public:
-  explicit References(CSampleBuffer& buffer) noexcept : m_buffer(buffer) {}
-  ~References() { m_buffer.AddReferences(m_count); }
-  References(const References&) = delete;
-  References& operator=(const References&) = delete;
-
-  void Add() noexcept { ++m_count; }
-
- private:
-  CSampleBuffer& m_buffer;
-  ULONG m_count = 0;
 };
 
 CSampleBuffer::CSampleBuffer() : CMemAllocator("CSampleBuffer") {
@@ -43,12 +30,13 @@ HRESULT CSampleBuffer::Alloc() {
   const HRESULT hr = ReserveBlock();
   // Samples of an earlier commit may still lie in the block; then the ring goes on with them.
   if (SUCCEEDED(hr) && !hadBlock) m_ring.Reset(BlockSize());
-  if (SUCCEEDED(hr)) m_isExpected = false;
   return hr;
 }
 
 void CSampleBuffer::Free() {
   m_free = nullptr;
+  m_taken.Clear();
+  m_silent = 0;
   m_samples.clear();
   m_ring.Reset(0);
   CMemAllocator::Free();
@@ -56,9 +44,14 @@ void CSampleBuffer::Free() {
 
 void CSampleBuffer::OnDecommit() {
   CMemAllocator::OnDecommit();
-  m_isExpected = true;
-  Collect();
+  AwaitAll();
   m_spaceFreed.WakeAll();
+}
+
+// Samples that are out keep the ring from now on.
+void CSampleBuffer::OnLastRelease() noexcept {
+  const CAutoLock hold(Lock());
+  AwaitAll();
 }
 
 void CSampleBuffer::Set(bool& flag, bool on) noexcept {
@@ -73,18 +66,50 @@ void CSampleBuffer::BeginFlush() noexcept { Set(m_flushing, true); }
 
 void CSampleBuffer::EndFlush() noexcept { Set(m_flushing, false); }
 
-// With the lock. True when there was any.
-bool CSampleBuffer::Collect() {
-  if (m_returned == nullptr) return false;
-  CMediaSample* first = m_returned.exchange(nullptr);
-  for (CMediaSample* next = first; next != nullptr;) {
-    auto* sample = static_cast<Sample*>(std::exchange(next, next->Next()));
-    m_ring.Give(sample->region);
-    sample->SetNext(m_free);
-    m_free = sample;
-    NoteReturned();  // the last one may take the block and all samples along
+// With the lock. All that came back up to the first that did not.
+void CSampleBuffer::Collect() noexcept {
+  constexpr std::size_t kAhead = 8;  // samples whose cache line is on its way from the thread that released them
+  while (!m_taken.Empty() && m_taken.Front()->IsBack()) {
+    if (m_taken.Size() > kAhead) FetchAhead(m_taken.At(kAhead));
+    Recycle(*m_taken.Pop());
   }
-  return true;
+  m_silent = std::min(m_silent, m_taken.Size());
+}
+
+// With the lock. Afterwards everybody who releases a sample says so, and the regions of all that are back are free.
+// That of the last one may take the block and all samples along.
+void CSampleBuffer::AwaitAll() noexcept {
+  while (m_silent > 0) {
+    Sample& sample = *m_taken.At(m_taken.Size() - m_silent);
+    --m_silent;
+    if (!sample.Await()) TakeBack(sample);
+  }
+}
+
+// With the lock. A sample that somebody keeps must not keep the objects of those behind it.
+void CSampleBuffer::ForgetReturned() noexcept {
+  for (std::size_t left = m_taken.Size(); left > 0; --left) {
+    Sample* sample = m_taken.Pop();
+    if (sample->IsBack()) {
+      Recycle(*sample);
+    } else {
+      m_taken.Push(sample);
+    }
+  }
+}
+
+// A sample without memory has given it back before.
+void CSampleBuffer::TakeBack(Sample& sample) noexcept {
+  if (sample.Buffer() == nullptr) return;
+  sample.SetBuffer(nullptr, 0);
+  m_ring.Give(sample.region);
+  NoteReturned();
+}
+
+void CSampleBuffer::Recycle(Sample& sample) noexcept {
+  TakeBack(sample);
+  sample.SetNext(m_free);
+  m_free = &sample;
 }
 
 CSampleBuffer::Sample* CSampleBuffer::FreeSample() {
@@ -96,7 +121,6 @@ CSampleBuffer::Sample* CSampleBuffer::FreeSample() {
 }
 
 CSampleBuffer::Sample* CSampleBuffer::Take(std::size_t size) {
-  Collect();
   Sample* sample = TakeIfThereIsRoom(size);
   if (sample == nullptr && m_ring.IsEmpty() && LentCount() < limits::kSamplesOut) {
     throw MessageError("CSampleBuffer::GetSample size of buffer less than sample");
@@ -104,10 +128,22 @@ CSampleBuffer::Sample* CSampleBuffer::Take(std::size_t size) {
   return sample;
 }
 
+// With the lock. Null when there is no room, also not where samples came back out of turn; the others are awaited then.
+CSampleBuffer::Sample* CSampleBuffer::TakeIfThereIsRoom(std::size_t size) {
+  Collect();
+  Sample* sample = TakeNext(size);
+  if (sample != nullptr) return sample;
+  AwaitAll();
+  Collect();
+  if (m_taken.Size() >= 2 * static_cast<std::size_t>(LentCount())) ForgetReturned();
+  return TakeNext(size);
+}
+
 // Null when there is none. The ring's front is used first, and again whenever all samples are back, so what lies
 // behind the farthest that the ring has been used needs no memory.
-CSampleBuffer::Sample* CSampleBuffer::TakeIfThereIsRoom(std::size_t size) {
+CSampleBuffer::Sample* CSampleBuffer::TakeNext(std::size_t size) {
   if (LentCount() >= limits::kSamplesOut) return nullptr;
+  m_taken.KeepFree(1);
   Sample* sample = FreeSample();
   if (!m_ring.Take(sample->region, size)) return nullptr;
   if (!CommitBlockTo(sample->region.end)) {
@@ -117,16 +153,15 @@ CSampleBuffer::Sample* CSampleBuffer::TakeIfThereIsRoom(std::size_t size) {
   m_free = sample->Next();
   sample->SetBuffer(Block() + sample->region.start, static_cast<LONG>(size));
   NoteLent();
+  m_taken.Push(sample);
   return sample;
 }
 
-// With the lock, given up meanwhile.
-void CSampleBuffer::WaitForRoom() {
-  ++m_waiters;
-  m_isExpected = true;
-  if (!Collect()) m_spaceFreed.Wait(Lock());
-  --m_waiters;
-  m_isExpected = m_waiters != 0 || !IsCommitted();
+// With the lock. A sample that is taken while others wait is awaited like those that were.
+IMediaSample* CSampleBuffer::Lend(Sample& sample) noexcept {
+  if (m_waiters != 0) return sample.Lend();
+  ++m_silent;
+  return sample.LendSilently();
 }
 
 HRESULT CSampleBuffer::GetSample(IMediaSample** sample, std::size_t size, bool wait) {
@@ -135,25 +170,24 @@ HRESULT CSampleBuffer::GetSample(IMediaSample** sample, std::size_t size, bool w
   for (;;) {
     if (!IsCommitted()) return VFW_E_NOT_COMMITTED;
     if (Sample* taken = Take(size); taken != nullptr) {
-      *sample = taken->Lend();
+      *sample = Lend(*taken);
       return S_OK;
     }
     if (!wait) return S_FALSE;
     if (m_cancelled || m_flushing) return VFW_E_WRONG_STATE;
-    WaitForRoom();
+    ++m_waiters;
+    m_spaceFreed.Wait(Lock());
+    --m_waiters;
   }
 }
 
 void CSampleBuffer::GetSamples(std::span<const std::size_t> sizes, std::vector<ComPtr<IMediaSample>>& samples) {
   const CAutoLock hold(Lock());
   if (!IsCommitted()) return;
-  Collect();
-  References references(*this);
   for (const std::size_t size : sizes) {
     Sample* sample = TakeIfThereIsRoom(size);
     if (sample == nullptr) break;
-    samples.push_back(ComPtr<IMediaSample>::Attach(sample->LendCounted()));
-    references.Add();
+    samples.push_back(ComPtr<IMediaSample>::Attach(Lend(*sample)));
   }
 }
 
@@ -170,16 +204,13 @@ HRESULT STDMETHODCALLTYPE CSampleBuffer::GetBuffer(IMediaSample** ppBuffer, REFE
   });
 }
 
+// Called for samples that are awaited.
 HRESULT STDMETHODCALLTYPE CSampleBuffer::ReleaseBuffer(IMediaSample* pBuffer) {
   if (pBuffer == nullptr) return E_POINTER;
-  auto* sample = static_cast<Sample*>(pBuffer);
-  CMediaSample* first = m_returned.load(std::memory_order_relaxed);
-  do {
-    sample->SetNext(first);
-  } while (!m_returned.compare_exchange_weak(first, sample));
-  if (!m_isExpected) return S_OK;
   const CAutoLock hold(Lock());
-  Collect();
+  auto& sample = *static_cast<Sample*>(pBuffer);
+  sample.Settle();
+  TakeBack(sample);
   if (m_waiters != 0) m_spaceFreed.WakeAll();
   return S_OK;
 }

@@ -2,7 +2,6 @@
 // a ring. Made by the pin for each connection; the worker takes samples, any thread releases them.
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <span>
@@ -11,6 +10,7 @@
 #include "framework/com_ptr.h"
 #include "framework/condition_variable.h"
 #include "framework/mem_allocator.h"
+#include "framework/ring_queue.h"
 #include "pins/output/ring_regions.h"
 
 namespace tarvex {
@@ -18,6 +18,9 @@ namespace tarvex {
 /// Waits here: GetSample for room, ended by a released sample, by Decommit, by BeginFlush or by
 /// CancelWaits. The block gets memory as samples first reach so far into it, none before the first, and keeps it until
 /// the allocator is decommitted and the last sample is back. In steady use nothing is allocated.
+///
+/// Samples come back without a word, and are looked at in the order in which they were taken, as long as there is room.
+/// Before anybody waits, and when the ring is decommitted or nobody but samples refers to it, they are awaited.
 class CSampleBuffer final : public CMemAllocator {
  public:
   CSampleBuffer();
@@ -48,32 +51,33 @@ class CSampleBuffer final : public CMemAllocator {
   HRESULT Alloc() override;
   void Free() override;
   void OnDecommit() override;
+  void OnLastRelease() noexcept override;
 
  private:
   class Sample;
-  class References;
   static constexpr std::size_t kCacheLine = 64;
 
   Sample* FreeSample();
   Sample* Take(std::size_t size);
   Sample* TakeIfThereIsRoom(std::size_t size);
-  bool Collect();
-  void WaitForRoom();
+  Sample* TakeNext(std::size_t size);
+  void Collect() noexcept;
+  void AwaitAll() noexcept;
+  void ForgetReturned() noexcept;
+  void TakeBack(Sample& sample) noexcept;
+  void Recycle(Sample& sample) noexcept;
+  IMediaSample* Lend(Sample& sample) noexcept;
   void Set(bool& flag, bool on) noexcept;
 
-  // Samples that came back, linked, and not yet collected: a thread that releases one does not wait for the
-  // worker. Whoever expects one, or is to free the block with the last, says so before he collects for the last
-  // time; then those who release collect as well. Both are sequentially consistent, so that one of the two
-  // sees the other.
-  // On a cache line of their own, which other threads write.
-  alignas(kCacheLine) std::atomic<CMediaSample*> m_returned{nullptr};
-  std::atomic<bool> m_isExpected{true};
-
-  // The rest is under Lock(), which is a leaf.
-  alignas(kCacheLine) ConditionVariable m_spaceFreed;
+  // All under Lock(), which is a leaf.
+  ConditionVariable m_spaceFreed;
   RingRegions m_ring;
   std::vector<std::unique_ptr<Sample>> m_samples;  // every sample object, out or not
   CMediaSample* m_free = nullptr;
+  // In the order of taking. The foremost is out, as far as was seen; others may be back, and what was awaited among
+  // them has given up its region.
+  RingQueue<Sample*> m_taken{64};
+  std::size_t m_silent = 0;  // so many of the last of those are not awaited
   unsigned m_waiters = 0;
   bool m_cancelled = false;
   bool m_flushing = false;
