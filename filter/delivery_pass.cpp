@@ -2,6 +2,7 @@
 #include "filter/delivery_pass.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "framework/com_boundary.h"
 #include "framework/log.h"
@@ -66,6 +67,20 @@ CMatroskaOutputPin* DeliveryPass::PinOf(const FrameInfo& frame) const {
   return pin != nullptr && pin->IsConnected() ? pin : nullptr;
 }
 
+// Each pin gets its own once, with the first of them.
+void DeliveryPass::OnComing(std::span<const FrameInfo> frames) {
+  for (std::size_t index = 0; index < frames.size(); ++index) {
+    const auto isSame = [&](const FrameInfo& other) { return other.trackNumber == frames[index].trackNumber; };
+    if (std::ranges::any_of(frames.first(index), isSame)) continue;
+    CMatroskaOutputPin* pin = PinOf(frames[index]);
+    const bool isKnown = pin != nullptr && !m_source.Scanner().IsCompressed(frames[index].trackNumber);
+    if (!isKnown) continue;
+    m_coming.clear();
+    std::ranges::copy_if(frames.subspan(index), std::back_inserter(m_coming), isSame);
+    if (m_coming.size() > 1) pin->Reserve(m_coming);
+  }
+}
+
 bool DeliveryPass::OnData(const FrameInfo& frame) {
   CMatroskaOutputPin* pin = PinOf(frame);
   if (pin == nullptr) return true;
@@ -79,7 +94,6 @@ bool DeliveryPass::OnLace(std::span<const FrameInfo> frames) {
   CMatroskaOutputPin* pin = PinOf(frames.front());
   if (pin == nullptr) return true;
   if (m_source.Scanner().IsCompressed(frames.front().trackNumber)) return CMatroskaCallback::OnLace(frames);
-  pin->Reserve(frames);
   return std::ranges::all_of(frames, [&](const FrameInfo& frame) { return GiveFrame(*pin, frame); });
 }
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <span>
 #include <utility>
+#include <vector>
 
 #include "filter/output_pins.h"
 #include "filter/source.h"
@@ -40,6 +41,7 @@ class DeliveryPass final : private CMatroskaCallback {
   bool ProcessEvents() override { return m_endsEarly || m_isCommandPending(); }
   bool OnData(const FrameInfo& frame) override;
   bool OnLace(std::span<const FrameInfo> frames) override;
+  void OnComing(std::span<const FrameInfo> frames) override;
 
   HRESULT Deliver();
   CMatroskaOutputPin* PinOf(const FrameInfo& frame) const;
@@ -54,6 +56,7 @@ class DeliveryPass final : private CMatroskaCallback {
   bool m_inProgress = false;             // under the lock
   std::atomic<bool> m_endsEarly{false};  // written under the lock
   HRESULT m_failure = S_OK;              // what ended the pass, if the graph is to know it
+  std::vector<FrameInfo> m_coming;       // for one pin; kept for its room
 };
 
 }  // namespace tarvex

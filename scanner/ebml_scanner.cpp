@@ -127,6 +127,10 @@ void CEbmlScanner::OnTrack() {
 
 bool CEbmlScanner::OnData(const FrameInfo& frame) { return m_callback != nullptr && m_callback->OnData(frame); }
 
+void CEbmlScanner::OnComing(std::span<const FrameInfo> frames) {
+  if (m_callback != nullptr) m_callback->OnComing(frames);
+}
+
 bool CEbmlScanner::OnFrames(std::span<const FrameInfo> frames) {
   if (frames.empty()) return true;
   if (frames.size() == 1) return OnData(frames.front());
@@ -176,9 +180,7 @@ bool CEbmlScanner::Process() {
   if (!m_stream || !m_segment) return false;
   ElementWalker walker(*m_stream, m_byteSource);
   if (!FindStart(walker)) return true;
-  const ClusterDelivery::OnFrames onFrames = [this](std::span<const FrameInfo> frames) { return OnFrames(frames); };
-  const std::function<bool()> eventsPending = [this] { return EventsPending(); };
-  ClusterDelivery delivery(m_info, onFrames, eventsPending);
+  ClusterDelivery delivery(m_info, *this);
   while (const auto cluster = walker.FindNextCluster(*m_segment)) {
     if (!delivery.DeliverCluster(walker, cluster.get())) return true;
   }

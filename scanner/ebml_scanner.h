@@ -20,6 +20,7 @@
 #include "scanner/file/scanned_chapter.h"
 #include "scanner/frames/frame_decoder.h"
 #include "scanner/frames/frame_info.h"
+#include "scanner/frames/frame_receiver.h"
 #include "scanner/index/cluster_search.h"
 #include "scanner/index/known_clusters.h"
 #include "scanner/index/search_reach.h"
@@ -31,7 +32,7 @@ namespace tarvex {
 
 /// Times are 100 ns units. What the byte source throws (MessageError) passes through every operation
 /// that reads, and so does std::bad_alloc.
-class CEbmlScanner {
+class CEbmlScanner : private FrameReceiver {
  public:
   CEbmlScanner() = default;
   CEbmlScanner(const CEbmlScanner&) = delete;
@@ -108,8 +109,11 @@ class CEbmlScanner {
   template <class Fill>
   void FillIndex(Fill&& fill);
   void ScanClusters();
-  bool OnFrames(std::span<const FrameInfo> frames);
-  bool EventsPending() const;
+
+  // FrameReceiver
+  bool EventsPending() const override;
+  void OnComing(std::span<const FrameInfo> frames) override;
+  bool OnFrames(std::span<const FrameInfo> frames) override;
 
   CMatroskaCallback* m_callback = nullptr;
   std::uint64_t m_segmentDataStart = 0;                // file offset of the first byte of its data

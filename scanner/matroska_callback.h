@@ -28,6 +28,9 @@ class CMatroskaCallback {
     return std::ranges::all_of(frames, [this](const FrameInfo& frame) { return OnData(frame); });
   }
 
+  /// These frames of any tracks come next, in this order, unless delivery stops.
+  virtual void OnComing(std::span<const FrameInfo> /*frames*/) {}
+
  protected:
   CMatroskaCallback() = default;
   CMatroskaCallback(const CMatroskaCallback&) = default;

@@ -89,7 +89,7 @@ class CMatroskaOutputPin : public CBaseOutputPin, protected SegmentGate::Receive
   std::shared_ptr<COutputQueue> Queue() const { return m_sender.Queue(); }
   /// These frames come next: samples for them are taken in one go, as far as there is room. Worker only.
   /// Throws std::bad_alloc.
-  void Reserve(std::span<const FrameInfo> frames);
+  virtual void Reserve(std::span<const FrameInfo> frames);
   /// Why OnData answered false, if nobody but us can tell the graph: kNoQueue, or what kept us from making a sample.
   /// S_OK where downstream refused, which tells the graph itself, and where it stops. Worker only.
   HRESULT OwnFailure() const noexcept { return m_ownFailure; }

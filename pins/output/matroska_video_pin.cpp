@@ -32,6 +32,10 @@ bool CMatroskaVideoPin::OnData(const FrameInfo& frame) {
   return taken;
 }
 
+void CMatroskaVideoPin::Reserve(std::span<const FrameInfo> frames) {
+  if (!m_annexB) CMatroskaOutputPin::Reserve(frames);
+}
+
 void CMatroskaVideoPin::ResetForSeek() {
   CMatroskaOutputPin::ResetForSeek();
   {

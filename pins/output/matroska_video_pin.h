@@ -3,6 +3,8 @@
 // Made by pin creation, owned by the filter; threads as in the base.
 #pragma once
 
+#include <span>
+
 #include <atomic>
 #include <optional>
 
@@ -17,6 +19,8 @@ class CMatroskaVideoPin : public CMatroskaOutputPin {
   CMatroskaVideoPin(const SharedByPins& shared, const WideString& name);
 
   bool OnData(const FrameInfo& frame) override;
+  /// Frames that are rewritten have other sizes.
+  void Reserve(std::span<const FrameInfo> frames) override;
   HRESULT Active() override;
   /// Also releases what all pins hold, since no frame will come to choose a start by. A failure of that
   /// is returned, and the end is not sent.

@@ -14,6 +14,8 @@ class ElementVisitor {
   virtual bool Leave() { return true; }
   /// `element` with all below it, valid during the call only. False: show no more.
   virtual bool Show(libebml::EbmlElement& element) = 0;
+  /// Other bytes are about to take the place of those that blocks were shown in. False: show no more.
+  virtual bool BeforeReading() { return true; }
   /// An element is not shown, since it would take more memory than it may.
   virtual void LeaveOut() {}
 

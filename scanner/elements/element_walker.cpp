@@ -40,6 +40,10 @@ void ElementWalker::ReadMaster(libebml::EbmlMaster& element) {
   if (const auto end = m_masterReader.Read(element)) MoveTo(*end);
 }
 
+void ElementWalker::ReadEachChild(libebml::EbmlMaster& element, MasterReader::Frames frames, ElementVisitor& visitor) {
+  if (const auto end = m_masterReader.ReadEach(element, frames, visitor)) MoveTo(*end);
+}
+
 void ElementWalker::ReadEachChild(libebml::EbmlMaster& element, MasterReader::Frames frames,
                                   const MasterReader::Visitor& visit) {
   if (const auto end = m_masterReader.ReadEach(element, frames, visit)) MoveTo(*end);

@@ -44,6 +44,7 @@ class ElementWalker {
   void ReadMaster(libebml::EbmlMaster& element);
   /// As ReadMaster, but shows each child in turn instead of keeping it. When the visitor stops it, the position is
   /// undefined.
+  void ReadEachChild(libebml::EbmlMaster& element, MasterReader::Frames frames, ElementVisitor& visitor);
   void ReadEachChild(libebml::EbmlMaster& element, MasterReader::Frames frames, const MasterReader::Visitor& visit);
 
   /// As ReadEachChild, for a list in a header: what it may have is limited.

@@ -117,10 +117,15 @@ std::optional<std::uint64_t> MasterReader::Read(libebml::EbmlMaster& master) {
 }
 
 std::optional<std::uint64_t> MasterReader::ReadEach(libebml::EbmlMaster& master, Frames frames, const Visitor& visit) {
+  FunctionVisitor visitor(visit);
+  return ReadEach(master, frames, visitor);
+}
+
+std::optional<std::uint64_t> MasterReader::ReadEach(libebml::EbmlMaster& master, Frames frames,
+                                                    ElementVisitor& visitor) {
   m_frames = frames;
   m_isHeader = false;
   BeginEntry();
-  FunctionVisitor visitor(visit);
   return ReadOutermost(master, &visitor);
 }
 
@@ -160,10 +165,12 @@ MasterReader::LevelEnd MasterReader::ReadLevel(libebml::EbmlMaster& master, Elem
       at = *next;
       continue;
     }
+    if (!BeforeReading(level)) break;
     auto found = level.search.From(at.position);
-    if (!found) return {0, std::min(end, m_source.Length())};
+    if (!found) break;
     at = ReadChild(level, std::move(*found));
   }
+  BeforeReading(level);
   return at.upperLevel > 0 ? at : LevelEnd{0, std::min(end, m_source.Length())};
 }
 
@@ -174,6 +181,12 @@ bool MasterReader::HasMemory(const Level& level) {
   return m_isHeader && level.end == ElementSearch::kNoEnd;
 }
 
+// What was shown in place is used up first. False: show no more.
+bool MasterReader::BeforeReading(const Level& level) {
+  if (level.hasBlocks && !m_stopped) m_stopped = !level.visitor->BeforeReading();
+  return !m_stopped;
+}
+
 // Reads as much of a Cluster at a time as the window holds; little of one whose end is not known.
 std::span<const std::uint8_t> MasterReader::ClusterBytes(const Level& level, std::uint64_t position,
                                                          std::uint64_t atLeast) {
@@ -181,6 +194,7 @@ std::span<const std::uint8_t> MasterReader::ClusterBytes(const Level& level, std
   constexpr std::uint64_t kMost = 1024 * 1024;
   const bool hasEnd = level.end != ElementSearch::kNoEnd;
   const std::uint64_t wanted = hasEnd ? std::clamp(level.end - position, kLeast, kMost) : kLeast;
+  if (!m_window.Loaded(position, atLeast) && !BeforeReading(level)) return {};
   return m_window.From(position, static_cast<std::size_t>(atLeast), static_cast<std::size_t>(wanted));
 }
 

@@ -45,7 +45,8 @@ class MasterReader {
   /// reading.
   std::optional<std::uint64_t> Read(libebml::EbmlMaster& master);
   /// Shows each child in turn instead of keeping it, so that a long list costs no memory. The SimpleBlocks of a Cluster
-  /// are shown as they lie in the window: a frame's bytes are not copied.
+  /// are shown as they lie in the window: a frame's bytes are not copied, and stay until BeforeReading.
+  std::optional<std::uint64_t> ReadEach(libebml::EbmlMaster& master, Frames frames, ElementVisitor& visitor);
   std::optional<std::uint64_t> ReadEach(libebml::EbmlMaster& master, Frames frames, const Visitor& visit);
   /// The same for a list in a header. Entries that would take more memory than they may are left out, which the log
   /// says once.
@@ -63,6 +64,7 @@ class MasterReader {
   std::optional<std::uint64_t> ReadOutermost(libebml::EbmlMaster& master, ElementVisitor* visitor);
   LevelEnd ReadLevel(libebml::EbmlMaster& master, ElementVisitor* visitor);
   bool HasMemory(const Level& level);
+  bool BeforeReading(const Level& level);
   std::span<const std::uint8_t> ClusterBytes(const Level& level, std::uint64_t position, std::uint64_t atLeast);
   std::optional<LevelEnd> ReadBlockInPlace(Level& level, std::uint64_t position);
   LevelEnd ReadChild(Level& level, FoundElement found);
