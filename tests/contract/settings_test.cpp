@@ -78,7 +78,12 @@ TEST_F(Settings, SeparatePinsReplacesThePinsOfAnOpenFileThatIsStopped) {
 }
 
 TEST_F(Settings, H264FormIsThatOfTheNextConnection) {
-  const auto isByteStream = [this] { return TypeOf(Output(0).Get()).subtype == kSubtypeH264ByteStream; };
+  const auto isByteStream = [this] {
+    const CMediaType type = TypeOf(Output(0).Get());
+    const bool named = type.FormatAs<MPEG2VIDEOINFO>()->hdr.bmiHeader.biCompression == FourCc("H264");
+    EXPECT_EQ(type.subtype, named ? kSubtypeH264ByteStream : SubtypeOf(FourCc("AVC1")));
+    return named;
+  };
   ASSERT_EQ(Graph().Open(CorpusFile("multi.mkv")), S_OK);
   ASSERT_EQ(Graph().ConnectSink(Output(0).Get(), SinkKind::kCounting), S_OK);
   EXPECT_FALSE(isByteStream());
