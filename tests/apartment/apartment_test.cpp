@@ -4,7 +4,6 @@
 
 #include <map>
 #include <mutex>
-#include <stdexcept>
 #include <thread>
 
 #include "tests/support/film.h"
@@ -66,12 +65,6 @@ TEST_F(SingleThreadedHost, ReadersAndReceiversCanUseCom) {
   for (const auto& pin : pins) pin->Disconnect();
   for (const auto& sink : sinks) sink->Pin()->Disconnect();
   source->Pin()->Disconnect();
-}
-
-TEST_F(SingleThreadedHost, AThreadThatThrowsLeavesItsApartment) {
-  Thread thread;
-  ASSERT_EQ(thread.Start([] { throw std::runtime_error("thrown on purpose"); }), S_OK);
-  thread.Join();
 }
 
 }  // namespace
