@@ -18,11 +18,6 @@ ComPtr<IPropertyPage> CreatePage(REFCLSID clsid) {
   return page;
 }
 
-void HandleMessages() {
-  MSG message{};
-  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
-}
-
 }  // namespace
 
 HRESULT PageSite::NonDelegatingQueryInterface(REFIID iid, void** out) {
@@ -84,12 +79,8 @@ void PageFrame::Resize(int width, int height) {
 void PageFrame::ChangeDensity() {
   constexpr UINT kDensityChanges = 0x02E3;  // WM_DPICHANGED_AFTERPARENT
   SendMessageW(Dialog(), kDensityChanges, 0, 0);
-  HandleMessages();
-}
-
-void PageFrame::Paint() {
-  HandleMessages();
-  RedrawWindow(m_window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+  MSG message{};
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
 }
 
 std::wstring TextOf(HWND window) {

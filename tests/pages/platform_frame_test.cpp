@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <functional>
 
 #include "framework/thread.h"
 #include "tests/host/host_process.h"
@@ -14,15 +13,6 @@
 
 namespace tarvex::test {
 namespace {
-
-// Repeats the question until the answer is yes or the patience ends.
-bool Eventually(const std::function<bool()>& question) {
-  for (DWORD waited = 0; waited < kPatience; waited += 20) {
-    if (question()) return true;
-    SleepMilliseconds(20);
-  }
-  return false;
-}
 
 // `context` is a number and where its control goes. FALSE when it is this one, which ends the search.
 BOOL CALLBACK TakeControl(HWND window, LPARAM context) {
