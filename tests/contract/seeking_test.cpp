@@ -70,6 +70,8 @@ TEST_F(Seeking, CapabilitiesFormatsAndConversions) {
   EXPECT_EQ(Positions(), Range(10, 2500));
   EXPECT_EQ(m_video->GetDuration(&target), S_OK);
   EXPECT_EQ(target, 2500);
+  EXPECT_EQ(m_video->GetStopPosition(&target), S_OK);
+  EXPECT_EQ(target, 2500);
   EXPECT_EQ(m_video->GetAvailable(nullptr, &target), S_OK);
   EXPECT_EQ(target, kDuration) << "not converted";
   Range callers(800000, 4000000);

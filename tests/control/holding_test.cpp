@@ -1,14 +1,9 @@
 // Frames that are held until a segment's start is known, in whole files made for it: nothing may be lost,
 // late or out of order when the pictures are not as usual.
-#include <gtest/gtest.h>
-
-#include <optional>
 #include <sstream>
 
 #include "tests/support/ebml_writer.h"
-#include "tests/support/film.h"
-#include "tests/support/splitter_module.h"
-#include "tests/support/test_graph.h"
+#include "tests/support/graph_test.h"
 
 namespace tarvex::test {
 namespace {
@@ -79,58 +74,46 @@ constexpr struct {
 };
 
 /// The number of the video track; the other one is sound.
-class Holding : public testing::TestWithParam<std::uint64_t> {
+class Holding : public GraphTest, public testing::WithParamInterface<std::uint64_t> {
  protected:
-  void Open(const char* words) {
-    m_graph.emplace();
-    ASSERT_EQ(m_graph->SeparatePins(true), S_OK);
-    m_source = SourceFilter::FromBytes(FilmOf(words, GetParam()));
-    ASSERT_EQ(m_graph->Open(m_source.Get()), S_OK);
-    ASSERT_EQ(m_graph->ConnectSinks(SinkKind::kCounting), S_OK);
-  }
-  SinkFilter& Video() const { return m_graph->Sink(GetParam() - 1); }
-  SinkFilter& Audio() const { return m_graph->Sink(2 - GetParam()); }
-
-  static void Seek(IPin* pin, LONGLONG from, LONGLONG to) {
-    LONGLONG start = from * kMillisecond;
-    LONGLONG stop = to * kMillisecond;
-    EXPECT_EQ(QueryFor<IMediaSeeking>(pin)->SetPositions(&start, AM_SEEKING_AbsolutePositioning, &stop,
-                                                         AM_SEEKING_AbsolutePositioning),
-              S_OK);
+  void OpenFilm(const char* words) {
+    Open(SourceFilter::FromBytes(FilmOf(words, GetParam())));
+    ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
   }
   void PlayAndExpect(const char* video, const char* audio) {
-    ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
-    ASSERT_TRUE(m_graph->WaitForEnd());
-    m_graph->Stop();
-    EXPECT_EQ(WordsOf(Video()), video);
-    EXPECT_EQ(WordsOf(Audio()), audio);
+    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+    ASSERT_TRUE(Graph().WaitForEnd());
+    Graph().Stop();
+    EXPECT_EQ(WordsOf(Graph().Sink(GetParam() - 1)), video);
+    EXPECT_EQ(WordsOf(Graph().Sink(2 - GetParam())), audio);
   }
-
-  ComPtr<SourceFilter> m_source;
-  std::optional<TestGraph> m_graph;
 };
 
 TEST_P(Holding, EveryPinGetsItsFramesInOrderAndOneEnd) {
   for (const auto& each : kCases) {
     SCOPED_TRACE(each.what);
-    Open(each.film);
-    Seek(m_graph->OutputPins().front().Get(), each.from, each.to);
+    OpenFilm(each.film);
+    LONGLONG start = each.from * kMillisecond;
+    LONGLONG stop = each.to * kMillisecond;
+    EXPECT_EQ(QueryFor<IMediaSeeking>(Output(0).Get())
+                  ->SetPositions(&start, AM_SEEKING_AbsolutePositioning, &stop, AM_SEEKING_AbsolutePositioning),
+              S_OK);
     PlayAndExpect(each.video, each.audio);
   }
 }
 
 TEST_P(Holding, WhatWasHeldAtAStopDoesNotComeInTheNextRun) {
   const char* const film = "V0k A0 V40 A20 | V80k A40";
-  Open(film);
+  OpenFilm(film);
   const int opened = m_source->Reads();
   PlayAndExpect("@0 0k! 40 80k end", "@0 0! 20 40 end");
   const int reads = m_source->Reads() - opened;
-  for (const auto& sink : m_graph->Sinks()) sink->Clear();
+  for (const auto& sink : Graph().Sinks()) sink->Clear();
   m_source->BlockFrom(reads - 1);
-  ASSERT_TRUE(SUCCEEDED(m_graph->Run()));
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   ASSERT_TRUE(m_source->WaitUntilBlocked(kPatience));
-  m_graph->Stop();
-  for (const auto& sink : m_graph->Sinks()) EXPECT_EQ(WordsOf(*sink), "") << "the frames were not held";
+  Graph().Stop();
+  for (const auto& sink : Graph().Sinks()) EXPECT_EQ(WordsOf(*sink), "") << "the frames were not held";
   m_source->BlockFrom(0x1000000);
   PlayAndExpect("@0 0k! 40 80k end", "@0 0! 20 40 end");
 }

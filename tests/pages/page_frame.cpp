@@ -70,12 +70,6 @@ HRESULT PageFrame::Activate() {
   return m_page->Activate(m_window, &rect, FALSE);
 }
 
-void PageFrame::Resize(int width, int height) {
-  SetWindowPos(m_window, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-  const RECT rect{0, 0, width, height};
-  m_page->Move(&rect);
-}
-
 void PageFrame::ChangeDensity() {
   constexpr UINT kDensityChanges = 0x02E3;  // WM_DPICHANGED_AFTERPARENT
   SendMessageW(Dialog(), kDensityChanges, 0, 0);

@@ -35,7 +35,6 @@ class PageFrame {
   /// Gives the page its site and `object`, and shows it; what Activate answered.
   HRESULT Open(IUnknown* object);
   HRESULT Activate();
-  void Resize(int width, int height);
   /// Tells the dialog what Windows tells it on a monitor of another density, and has it take its time.
   void ChangeDensity();
 
