@@ -26,6 +26,10 @@ class Streaming : public OpenedTest {
 };
 
 TEST_F(Streaming, EachStartIsOneSegmentItsSamplesAndOneEndAndGoingOnIsNone) {
+  const auto seeking = QueryFor<IMediaSeeking>(Output(0).Get());
+  double rate = 0;
+  EXPECT_EQ(seeking->SetRate(2.5), S_OK);
+  EXPECT_TRUE(seeking->GetRate(&rate) == S_OK && rate == 2.5);
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
   for (int round = 0; round < 3; ++round) {
     if (round != 0) {
@@ -44,7 +48,7 @@ TEST_F(Streaming, EachStartIsOneSegmentItsSamplesAndOneEndAndGoingOnIsNone) {
     for (const auto& sink : Graph().Sinks()) {
       const std::vector<SinkEvent> events = sink->Events();
       ASSERT_EQ(events.size(), 102U);
-      EXPECT_TRUE(events.front().kind == Kind::kNewSegment && events.front().start == 0 && events.front().rate == 1.0);
+      EXPECT_TRUE(events.front().kind == Kind::kNewSegment && events.front().start == 0 && events.front().rate == rate);
       for (std::size_t k = 1; k <= 100; ++k) EXPECT_EQ(events[k].discontinuity, k == 1);
       EXPECT_EQ(events.back().kind, Kind::kEndOfStream);
       sink->Clear();
@@ -94,19 +98,20 @@ TEST_F(Streaming, ASeekAFlushAndAnEndFromUpstreamReachEverySinkAndNothingComesIn
     }
     EXPECT_EQ(sink->CountOf(Kind::kEndFlush), 2U);
     EXPECT_EQ(sink->CountOf(Kind::kEndOfStream), 1U);
-    EXPECT_LT(sink->CountOf(Kind::kSample), kLongMovie.frames);
+    EXPECT_LT(sink->CountOf(Kind::kSample), kLongMovie.frames / 2);
   }
 }
 
 // The first read of a pass is the worker's own, later ones come from the thread that reads ahead. A source that breaks
 // off says so, and fails the read that it is in.
 TEST_F(Streaming, AnEndFromUpstreamInsideAReadHoldsNobodyUp) {
-  for (const auto& [read, answer] : {std::pair{1, S_OK}, {2, S_OK}, {8, S_OK}, {1, E_FAIL}, {8, E_FAIL}}) {
+  for (const auto& [read, answer] : {std::pair{1, S_OK}, {2, S_OK}, {8, S_OK}, {1, E_FAIL}}) {
     SCOPED_TRACE(testing::Message() << read << ", " << answer);
     std::atomic<int> left{0};
     const auto source = SourceFilter::FromBytes(MakeMovie({.frames = 400, .frameSize = 60000}));
     source->BeforeEachCall([&, last = answer] {
-      if (left == 0 || --left > 0) return S_OK;
+      if (left == 0 || (left > 1 && left-- > 1)) return S_OK;
+      if (SUCCEEDED(last)) left = 0;
       static_cast<void>(Graph().InputPin()->EndOfStream());
       return last;
     });

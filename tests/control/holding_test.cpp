@@ -4,13 +4,14 @@
 
 #include "tests/support/ebml_writer.h"
 #include "tests/support/graph_test.h"
+#include "tests/support/log_capture.h"
 
 namespace tarvex::test {
 namespace {
 
 /// From words such as "V0k A0 V40 A20 | V80k": track, time in milliseconds and k for a key frame; | begins a
 /// Cluster that is far away in the file. Pictures last 40 ms and sound 20.
-ByteString FilmOf(const char* text, std::uint64_t video) {
+ByteString FilmOf(const std::string& text, std::uint64_t video, std::size_t frameSize) {
   const auto track = [](std::uint64_t number, bool isVideo) {
     const ByteString size = Join({Unsigned(id::kPixelWidth, 16), Unsigned(id::kPixelHeight, 16)});
     return TrackEntry(number, isVideo ? 1 : 2, isVideo ? "V_VP8" : "A_AC3",
@@ -28,7 +29,7 @@ ByteString FilmOf(const char* text, std::uint64_t video) {
     } else {
       blocks = Join(
           {blocks, SimpleBlock(word[0] == 'V' ? video : 3 - video, static_cast<std::int16_t>(std::stoi(word.substr(1))),
-                               Zeros(8), word.back() == 'k')});
+                               Zeros(frameSize), word.back() == 'k')});
     }
   }
   return MatroskaFile(Join({content, Cluster(0, blocks)}));
@@ -76,17 +77,19 @@ constexpr struct {
 /// The number of the video track; the other one is sound.
 class Holding : public GraphTest, public testing::WithParamInterface<std::uint64_t> {
  protected:
-  void OpenFilm(const char* words) {
-    Open(SourceFilter::FromBytes(FilmOf(words, GetParam())));
+  void OpenFilm(const std::string& words, std::size_t frameSize = 8) {
+    Open(SourceFilter::FromBytes(FilmOf(words, GetParam(), frameSize)));
     ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
   }
   void PlayAndExpect(const char* video, const char* audio) {
     ASSERT_TRUE(SUCCEEDED(Graph().Run()));
     ASSERT_TRUE(Graph().WaitForEnd());
     Graph().Stop();
-    EXPECT_EQ(WordsOf(Graph().Sink(GetParam() - 1)), video);
-    EXPECT_EQ(WordsOf(Graph().Sink(2 - GetParam())), audio);
+    EXPECT_EQ(WordsOf(Video()), video);
+    EXPECT_EQ(WordsOf(Audio()), audio);
   }
+  SinkFilter& Video() { return Graph().Sink(GetParam() - 1); }
+  SinkFilter& Audio() { return Graph().Sink(2 - GetParam()); }
 };
 
 TEST_P(Holding, EveryPinGetsItsFramesInOrderAndOneEnd) {
@@ -116,6 +119,22 @@ TEST_P(Holding, WhatWasHeldAtAStopDoesNotComeInTheNextRun) {
   for (const auto& sink : Graph().Sinks()) EXPECT_EQ(WordsOf(*sink), "") << "the frames were not held";
   m_source->BlockFrom(0x1000000);
   PlayAndExpect("@0 0k! 40 80k end", "@0 0! 20 40 end");
+}
+
+// More sound than its ring can take is held until the second key frame comes. Where the sound is refused before the
+// pictures went, they are lost, and what comes behind them cannot be decoded.
+TEST_P(Holding, ARefusalEndsTheReleaseUntilTheNextKeyFrame) {
+  std::string words;
+  for (int time = 0; time < 1400; time += 20) words += "A" + std::to_string(time) + ' ';
+  OpenFilm(words + "V0k V40 V80k V120 V160", 200000);
+  LogCapture log(Splitter());
+  Audio().AnswerWith([](IMediaSample* /*sample*/) { return VFW_E_SAMPLE_REJECTED; });
+  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
+  EXPECT_TRUE(log.WaitFor("CMatroskaSplitter::ThreadProc Process exit"));
+  EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+  EXPECT_EQ(Audio().Samples().size(), 1U);
+  const auto pictures = Video().Samples();
+  EXPECT_TRUE(pictures.empty() || pictures.front().key);
 }
 
 INSTANTIATE_TEST_SUITE_P(VideoTrack, Holding, testing::Values(1, 2));
