@@ -75,7 +75,7 @@ constexpr struct {
 };
 
 /// The number of the video track; the other one is sound.
-class Holding : public GraphTest, public testing::WithParamInterface<std::uint64_t> {
+class Holding : public GraphTest, public testing::WithParamInterface<std::size_t> {
  protected:
   void OpenFilm(const std::string& words, std::size_t frameSize = 8) {
     Open(SourceFilter::FromBytes(FilmOf(words, GetParam(), frameSize)));
