@@ -4,7 +4,6 @@
 
 #include <map>
 #include <mutex>
-#include <stdexcept>
 #include <thread>
 
 #include "tests/support/film.h"
@@ -45,33 +44,25 @@ TEST_F(SingleThreadedHost, ReadersAndReceiversCanUseCom) {
     if (answer != S_OK) ofThread = answer;
     return S_OK;
   };
-  const auto source = SourceFilter::FromBytes(MakeMovie({.frames = 1000, .frameSize = 10000}));  // is read ahead
+  const auto source =
+      SourceFilter::FromBytes(MakeMovie({.audios = 0, .frames = 1000, .frameSize = 10000}));  // is read ahead
   source->BeforeEachCall(ask);
   const ComPtr<IBaseFilter> splitter = CreateSplitter();
   ASSERT_EQ(source->Pin()->Connect(AllPins(splitter.Get()).front().Get(), nullptr), S_OK);
-  std::vector<ComPtr<SinkFilter>> sinks;
-  const std::vector<ComPtr<IPin>> pins = AllPins(splitter.Get());
-  for (std::size_t k = 1; k < pins.size(); ++k) {
-    sinks.push_back(SinkFilter::Create(SinkKind::kCounting));
-    sinks.back()->OnSample([&](IMediaSample*) { ask(); });
-    ASSERT_EQ(pins[k]->Connect(sinks.back()->Pin(), nullptr), S_OK);
-    ASSERT_EQ(sinks.back()->Pause(), S_OK);
-  }
+  const auto sink = SinkFilter::Create(SinkKind::kCounting);
+  sink->OnSample([&](IMediaSample*) { ask(); });
+  const ComPtr<IPin> pin = AllPins(splitter.Get()).back();
+  ASSERT_EQ(pin->Connect(sink->Pin(), nullptr), S_OK);
+  ASSERT_EQ(sink->Pause(), S_OK);
   ASSERT_TRUE(SUCCEEDED(splitter->Pause()));
-  for (const auto& sink : sinks) EXPECT_TRUE(sink->WaitForEnd(kPatience));
-  for (const auto& sink : sinks) sink->Stop();
+  EXPECT_TRUE(sink->WaitForEnd(kPatience));
+  sink->Stop();
   EXPECT_TRUE(SUCCEEDED(splitter->Stop()));
-  EXPECT_GE(answers.size(), 1 + 1 + 1 + sinks.size());  // ours, the worker, who reads ahead, and the queues
+  EXPECT_GE(answers.size(), 4U);  // ours, the worker, who reads ahead, and the queue
   for (const auto& [thread, answer] : answers) EXPECT_EQ(answer, S_OK) << std::hex << answer;
-  for (const auto& pin : pins) pin->Disconnect();
-  for (const auto& sink : sinks) sink->Pin()->Disconnect();
+  pin->Disconnect();
+  sink->Pin()->Disconnect();
   source->Pin()->Disconnect();
-}
-
-TEST_F(SingleThreadedHost, AThreadThatThrowsLeavesItsApartment) {
-  Thread thread;
-  ASSERT_EQ(thread.Start([] { throw std::runtime_error("thrown on purpose"); }), S_OK);
-  thread.Join();
 }
 
 }  // namespace

@@ -39,12 +39,10 @@ TEST_F(Connecting, UnusableSourceIsRefusedAndTheNextOneOpens) {
   EXPECT_EQ(Receive(graph, noise->Pin()), VFW_E_NOT_STOPPED);
 }
 
-TEST_F(ConnectingOutputs, WhatCannotBeIsRefusedAndLeavesBothSidesFree) {
+TEST_F(ConnectingOutputs, WhatCannotBeIsRefusedAndLeavesBothSidesAsTheyAre) {
   const auto sink = SinkFilter::Create(SinkKind::kCounting);
   const CMediaType foreign = TypeOf(Output(1).Get());
   const CMediaType partial(MEDIATYPE_Audio);
-  EXPECT_EQ(Output(0)->Connect(nullptr, nullptr), E_POINTER);
-  EXPECT_EQ(Graph().InputPin()->ReceiveConnection(nullptr, nullptr), E_POINTER);
   EXPECT_EQ(Output(0)->Connect(Output(1).Get(), nullptr), VFW_E_INVALID_DIRECTION);
   EXPECT_EQ(Output(0)->Connect(sink->Pin(), &foreign), VFW_E_TYPE_NOT_ACCEPTED);
   EXPECT_EQ(Output(0)->Connect(sink->Pin(), &partial), VFW_E_NO_ACCEPTABLE_TYPES);
@@ -60,55 +58,29 @@ TEST_F(ConnectingOutputs, WhatCannotBeIsRefusedAndLeavesBothSidesFree) {
   EXPECT_EQ(Output(1)->Disconnect(), S_OK);
   EXPECT_EQ(Output(1)->Disconnect(), S_FALSE);
   EXPECT_EQ(sink->Pin()->Disconnect(), S_OK);
-}
 
-TEST_F(ConnectingOutputs, ConnectedOrActivePinsStayAsTheyAre) {
-  ASSERT_EQ(Graph().ConnectSink(Output(1).Get(), SinkKind::kCounting), S_OK);
+  AM_MEDIA_TYPE none{};
+  EXPECT_EQ(Output(1)->ConnectionMediaType(&none), VFW_E_NOT_CONNECTED);
+  const ComPtr<IPin> pin = Output(1);
+  ASSERT_EQ(Graph().ConnectSink(pin.Get(), SinkKind::kCounting), S_OK);
+  SinkPin* peer = Graph().Sink(0).Pin();
+  CMediaType ours;
+  CMediaType theirs;
+  ASSERT_EQ(pin->ConnectionMediaType(&ours), S_OK);
+  ASSERT_EQ(peer->ConnectionMediaType(&theirs), S_OK);
+  EXPECT_TRUE(ours == foreign && ours == theirs && peer->IsReadOnly());
   const auto other = SourceFilter::FromBytes(MakeMovie({}));
-  const auto sink = SinkFilter::Create(SinkKind::kCounting);
   EXPECT_EQ(Receive(Graph(), other->Pin()), VFW_E_ALREADY_CONNECTED);
-  EXPECT_EQ(Output(1)->Connect(sink->Pin(), nullptr), VFW_E_ALREADY_CONNECTED);
+  EXPECT_EQ(pin->Connect(sink->Pin(), nullptr), VFW_E_ALREADY_CONNECTED);
   ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
   EXPECT_EQ(Output(0)->Connect(sink->Pin(), nullptr), VFW_E_NOT_STOPPED);
-  EXPECT_EQ(Output(1)->Disconnect(), VFW_E_NOT_STOPPED);
+  EXPECT_EQ(pin->Disconnect(), VFW_E_NOT_STOPPED);
   EXPECT_EQ(Graph().InputPin()->Disconnect(), VFW_E_NOT_STOPPED);
   ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
-  EXPECT_FALSE(IsConnected(sink->Pin()));
-  EXPECT_TRUE(IsConnected(Output(1).Get()));
-  EXPECT_EQ(Graph().OutputPins().size(), 2U);
-}
-
-TEST_F(ConnectingOutputs, BothSidesKnowPeerTypeAndAllocatorUntilTheSourceIsClosed) {
-  AM_MEDIA_TYPE none{};
-  EXPECT_EQ(Output(0)->ConnectionMediaType(&none), VFW_E_NOT_CONNECTED);
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  for (const ComPtr<IPin>& pin : Graph().OutputPins()) {
-    ComPtr<IPin> peer;
-    ASSERT_EQ(pin->ConnectedTo(peer.Put()), S_OK);
-    CMediaType ours;
-    CMediaType theirs;
-    ASSERT_EQ(pin->ConnectionMediaType(&ours), S_OK);
-    ASSERT_EQ(peer->ConnectionMediaType(&theirs), S_OK);
-    EXPECT_TRUE(ours == TypeOf(pin.Get()));
-    EXPECT_TRUE(ours == theirs);
-  }
-  ComPtr<IMemAllocator> allocator;
-  ASSERT_EQ(Graph().Sink(0).Pin()->GetAllocator(allocator.Put()), S_OK);
-  ALLOCATOR_PROPERTIES properties{};
-  ASSERT_EQ(allocator->GetProperties(&properties), S_OK);
-  EXPECT_EQ(properties.cBuffers, 200);
-  EXPECT_EQ(properties.cbBuffer, 52428);
-  EXPECT_TRUE(Graph().Sink(0).Pin()->IsReadOnly());
-
-  const std::vector<ComPtr<IPin>> former = Graph().OutputPins();
+  EXPECT_TRUE(IsConnected(pin.Get()) && !IsConnected(sink->Pin()));
   ASSERT_EQ(Graph().CloseSource(), S_OK);
   EXPECT_TRUE(Graph().OutputPins().empty());
-  for (const auto& sink : Graph().Sinks()) EXPECT_FALSE(IsConnected(sink->Pin()));
-  for (const auto& pin : former) EXPECT_FALSE(IsConnected(pin.Get()));
-  const auto other = SourceFilter::FromBytes(MakeMovie({.videos = 0, .audios = 3}));
-  ASSERT_EQ(Graph().Open(other.Get()), S_OK);
-  ASSERT_EQ(Graph().OutputPins().size(), 3U);
-  EXPECT_EQ(NameOf(Output(2).Get()), "Audio 2 (lang:eng)");
+  EXPECT_FALSE(IsConnected(pin.Get()) || IsConnected(peer));
 }
 
 }  // namespace

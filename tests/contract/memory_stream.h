@@ -3,31 +3,30 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
+#include <functional>
 #include <vector>
 
 #include "framework/unknown.h"
 
 namespace tarvex::test {
 
-class MemoryStream : public UnknownImpl<IStream> {
+class MemoryStream final : public UnknownImpl<IStream> {
  public:
   explicit MemoryStream(std::vector<std::uint8_t> content = {})
       : UnknownImpl("MemoryStream", nullptr), bytes(std::move(content)) {}
 
   HRESULT STDMETHODCALLTYPE Read(void* out, ULONG count, ULONG* read) override {
     const std::size_t given = std::min<std::size_t>(count, bytes.size() - m_position);
-    if (given != 0) std::memcpy(out, bytes.data() + m_position, given);
+    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(m_position), given, static_cast<std::uint8_t*>(out));
     m_position += given;
-    if (read != nullptr) *read = static_cast<ULONG>(given);
+    *read = static_cast<ULONG>(given);
     return given == count ? S_OK : S_FALSE;
   }
   HRESULT STDMETHODCALLTYPE Write(const void* data, ULONG count, ULONG* written) override {
-    if (bytes.size() + count > capacity) return kFull;
     const auto* first = static_cast<const std::uint8_t*>(data);
     bytes.insert(bytes.end(), first, first + count);
-    if (written != nullptr) *written = count;
-    return S_OK;
+    *written = count;
+    return afterEachWrite ? afterEachWrite() : S_OK;
   }
 
   HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER, DWORD, ULARGE_INTEGER*) override { return E_NOTIMPL; }
@@ -43,10 +42,9 @@ class MemoryStream : public UnknownImpl<IStream> {
   HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
 
   std::vector<std::uint8_t> bytes;
-  std::size_t capacity = 1024;  ///< writes beyond it fail
+  std::function<HRESULT()> afterEachWrite;  ///< the write's answer
 
  private:
-  static constexpr HRESULT kFull = static_cast<HRESULT>(0x80030070);
   std::size_t m_position = 0;
 };
 

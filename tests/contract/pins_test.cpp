@@ -26,7 +26,8 @@ TEST_F(Pins, TheListIsGoneThroughUntilAnotherOneIsThere) {
   ASSERT_EQ(list->Clone(clone.Put()), S_OK);
   EXPECT_EQ(NextOf(clone.Get()), "Video 0 (lang:eng)");
   EXPECT_EQ(NextOf(list.Get()), "Video 0 (lang:eng)");
-  EXPECT_EQ(list->Skip(1), S_OK);
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  EXPECT_EQ(list->Skip(1), S_OK) << "connecting an output pin changes no list";
   EXPECT_EQ(list->Skip(1), S_FALSE);
   EXPECT_EQ(list->Reset(), S_OK);
   IPin* pins[8] = {};
@@ -39,9 +40,6 @@ TEST_F(Pins, TheListIsGoneThroughUntilAnotherOneIsThere) {
   EXPECT_EQ(fetched, 0U);
   EXPECT_EQ(list->Next(2, pins, nullptr), E_INVALIDARG);
 
-  EXPECT_EQ(list->Reset(), S_OK);
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  EXPECT_EQ(list->Skip(1), S_OK) << "connecting an output pin changes no list";
   ASSERT_EQ(Graph().CloseSource(), S_OK);
   EXPECT_EQ(list->Next(1, pins, nullptr), VFW_E_ENUM_OUT_OF_SYNC);
   EXPECT_EQ(list->Skip(1), VFW_E_ENUM_OUT_OF_SYNC);
@@ -49,11 +47,11 @@ TEST_F(Pins, TheListIsGoneThroughUntilAnotherOneIsThere) {
   EXPECT_EQ(list->Reset(), S_OK);
   EXPECT_EQ(NextOf(list.Get()), "Input");
   EXPECT_EQ(NextOf(list.Get()), "nothing");
-  ASSERT_EQ(Graph().Open(m_source.Get()), S_OK);
-  EXPECT_EQ(list->Skip(1), VFW_E_ENUM_OUT_OF_SYNC);
 }
 
-TEST_F(Pins, EveryPinKnowsItsFilterDirectionAndIdentifier) {
+TEST_F(Pins, EachKnowsItsFilterAndOffersOneTypeAndAnOutputAcceptsNoOther) {
+  ComPtr<IPin> found;
+  EXPECT_EQ(Splitter()->FindPin(OLESTR("Nobody"), found.Put()), VFW_E_NOT_FOUND);
   for (const ComPtr<IPin>& pin : AllPins(Splitter())) {
     PIN_INFO info{};
     ASSERT_EQ(pin->QueryPinInfo(&info), S_OK);
@@ -61,17 +59,9 @@ TEST_F(Pins, EveryPinKnowsItsFilterDirectionAndIdentifier) {
     EXPECT_EQ(info.dir == PINDIR_INPUT, NameOf(pin.Get()) == "Input");
     CoTaskMem<WCHAR> id;
     ASSERT_EQ(pin->QueryId(id.Put()), S_OK);
-    ComPtr<IPin> found;
     EXPECT_EQ(Splitter()->FindPin(id.Get(), found.Put()), S_OK);
     EXPECT_EQ(found.Get(), pin.Get());
-  }
-  ComPtr<IPin> found;
-  EXPECT_EQ(Splitter()->FindPin(OLESTR("Nobody"), found.Put()), VFW_E_NOT_FOUND);
-  EXPECT_FALSE(found);
-}
 
-TEST_F(Pins, EachOffersOneTypeAndAnOutputAcceptsNoOther) {
-  for (const ComPtr<IPin>& pin : AllPins(Splitter())) {
     ComPtr<IEnumMediaTypes> list;
     ASSERT_EQ(pin->EnumMediaTypes(list.Put()), S_OK);
     AM_MEDIA_TYPE* types[4] = {};
@@ -84,25 +74,19 @@ TEST_F(Pins, EachOffersOneTypeAndAnOutputAcceptsNoOther) {
     ComPtr<IEnumMediaTypes> clone;
     ASSERT_EQ(list->Clone(clone.Put()), S_OK);
     EXPECT_EQ(clone->Next(1, types, nullptr), S_FALSE);
-    EXPECT_EQ(list->Skip(1), S_FALSE);
 
     EXPECT_EQ(pin->QueryAccept(&own), S_OK);
-    if (DirectionOf(pin.Get()) == PINDIR_INPUT) {
+    if (info.dir == PINDIR_INPUT) {
       EXPECT_TRUE(own.majortype == MEDIATYPE_Stream && own.subtype == MEDIASUBTYPE_MatroskaStream);
-      EXPECT_TRUE(own.formattype == GUID_NULL && own.cbFormat == 0);
       continue;
     }
-    void (*const changes[])(CMediaType&) = {
-        [](CMediaType& type) { type.subtype = MEDIASUBTYPE_RGB24; },
-        [](CMediaType& type) { type.formattype = GUID_NULL; },
-        [](CMediaType& type) { type.lSampleSize += 1; },
-        [](CMediaType& type) { type.pbFormat[type.cbFormat - 1] ^= 1U; },
-        [](CMediaType& type) { --type.cbFormat; },
-    };
-    for (const auto& change : changes) {
+    for (const auto change : {+[](CMediaType& type) { type.subtype = MEDIASUBTYPE_RGB24; },
+                              +[](CMediaType& type) { type.formattype = GUID_NULL; },
+                              +[](CMediaType& type) { ++type.lSampleSize; }, +[](CMediaType& type) { --type.cbFormat; },
+                              +[](CMediaType& type) { type.pbFormat[type.cbFormat - 1] ^= 1U; }}) {
       CMediaType type(own);
       change(type);
-      EXPECT_EQ(pin->QueryAccept(&type), S_FALSE) << "change " << &change - changes;
+      EXPECT_EQ(pin->QueryAccept(&type), S_FALSE);
     }
   }
 }

@@ -1,5 +1,4 @@
 // IAMStreamSelect: what is listed, how it is named, what carries what, and switching of pins that are not connected.
-#include <map>
 #include <vector>
 
 #include "framework/co_task_mem.h"
@@ -13,7 +12,8 @@ namespace {
 struct Stream {
   std::string name;
   DWORD group = 0;
-  bool isEnabled = false;
+  DWORD flags = 0;
+  bool operator==(const Stream&) const = default;
 };
 
 class StreamSelect : public GraphTest {
@@ -25,15 +25,12 @@ class StreamSelect : public GraphTest {
   std::vector<Stream> Streams() {
     DWORD count = 0;
     EXPECT_EQ(Ask<IAMStreamSelect>()->Count(&count), S_OK);
-    std::vector<Stream> streams;
-    for (LONG index = 0; index < static_cast<LONG>(count); ++index) {
+    std::vector<Stream> streams(count);
+    for (DWORD index = 0; index < count; ++index) {
+      Stream& stream = streams[index];
       CoTaskMem<WCHAR> name;
-      Stream& stream = streams.emplace_back();
-      DWORD flags = 99;
-      EXPECT_EQ(Info(index, &flags, &stream.group, name.Put()), S_OK);
+      EXPECT_EQ(Info(static_cast<LONG>(index), &stream.flags, &stream.group, name.Put()), S_OK);
       stream.name = Utf8FromWide(name.Get());
-      stream.isEnabled = flags == AMSTREAMSELECTINFO_ENABLED;
-      EXPECT_TRUE(stream.isEnabled || flags == 0);
     }
     return streams;
   }
@@ -48,33 +45,22 @@ class StreamSelect : public GraphTest {
 TEST_F(StreamSelect, NamesTellKindTrackNameAndLanguageInGroupsWithOneEnabledOfEach) {
   EXPECT_TRUE(Streams().empty());
   OpenFile("multi.mkv");
-  const char* const expected[] = {"V: Main [Undetermined]",
-                                  "V:  [German]",
-                                  "A: First line [English]",
-                                  "A: Zweite Zeile: Übermut [German]",
-                                  "A:  [Japanese]",
-                                  "S:  [English]",
-                                  "S:  [French]",
-                                  "S:  [Japanese]",
-                                  "No Subtitles"};
-  std::map<DWORD, int> streams;
-  std::map<DWORD, int> enabled;
-  std::vector<std::string> names;
-  for (const Stream& stream : Streams()) {
-    names.push_back(stream.name);
-    ++streams[stream.group];
-    enabled[stream.group] += stream.isEnabled ? 1 : 0;
-  }
-  EXPECT_EQ(names, std::vector<std::string>(std::begin(expected), std::end(expected)));
-  EXPECT_EQ(streams, (std::map<DWORD, int>{{1, 2}, {2, 3}, {17, 4}}));
-  EXPECT_EQ(enabled, (std::map<DWORD, int>{{1, 1}, {2, 1}, {17, 1}}));
-  ASSERT_EQ(Graph().SeparatePins(true), S_OK);
-  EXPECT_EQ(Streams().size(), 8U);
-  for (const Stream& stream : Streams()) EXPECT_TRUE(stream.isEnabled) << stream.name;
-
+  const std::vector<Stream> expected = {{"V: Main [Undetermined]", 1, 1},
+                                        {"V:  [German]", 1, 0},
+                                        {"A: First line [English]", 2, 1},
+                                        {"A: Zweite Zeile: Übermut [German]", 2, 0},
+                                        {"A:  [Japanese]", 2, 0},
+                                        {"S:  [English]", 17, 0},
+                                        {"S:  [French]", 17, 1},
+                                        {"S:  [Japanese]", 17, 0},
+                                        {"No Subtitles", 17, 0}};
+  EXPECT_EQ(Streams(), expected);
   ComPtr<IUnknown> object;
   EXPECT_EQ(Ask<IAMStreamSelect>()->Info(0, nullptr, nullptr, nullptr, nullptr, nullptr, object.Put(), nullptr), S_OK);
   EXPECT_EQ(object, QueryFor<IUnknown>(Splitter()));
+  ASSERT_EQ(Graph().SeparatePins(true), S_OK);
+  EXPECT_EQ(Streams().size(), 8U);
+  for (const Stream& stream : Streams()) EXPECT_EQ(stream.flags, AMSTREAMSELECTINFO_ENABLED) << stream.name;
   OpenFile("flags_names.mkv");
   EXPECT_EQ(Streams().at(1).name, "A: 終章");
   EXPECT_EQ(Streams().at(2).name, "A: ") << "a language that is no code of three letters is left out";
@@ -84,22 +70,22 @@ TEST_F(StreamSelect, EnableMovesAnUnconnectedPinToTheStreamAndWhatIsNoneTouchesN
   OpenFile("multi.mkv");
   ComPtr<IEnumMediaTypes> types;
   ASSERT_EQ(Graph().OutputPins().back()->EnumMediaTypes(types.Put()), S_OK);
-  for (const std::size_t index : {5U, 5U, 6U, 7U, 8U, 5U}) {
+  for (const std::size_t index : {5U, 5U, 8U, 7U}) {
     EXPECT_EQ(Enable(static_cast<LONG>(index)), S_OK);
-    for (std::size_t other = 5; other <= 8; ++other) EXPECT_EQ(Streams().at(other).isEnabled, other == index) << index;
+    for (std::size_t other = 5; other <= 8; ++other) {
+      EXPECT_EQ(Streams().at(other).flags == AMSTREAMSELECTINFO_ENABLED, other == index) << index;
+    }
   }
   EXPECT_EQ(types->Skip(1), VFW_E_ENUM_OUT_OF_SYNC);
   EXPECT_EQ(Enable(6, AMSTREAMSELECTENABLE_ENABLEALL), E_NOTIMPL);
+  const std::vector<Stream> before = Streams();
   for (const LONG index : {-1, 9, 0x7FFFFFFF}) {
     DWORD flags = 7;
-    DWORD group = 7;
-    WCHAR text = 0;
-    WCHAR* name = &text;
-    EXPECT_EQ(Info(index, &flags, &group, &name), S_FALSE);
-    EXPECT_TRUE(flags == 7 && group == 7 && name == &text);
+    EXPECT_EQ(Info(index, &flags, nullptr, nullptr), S_FALSE);
+    EXPECT_EQ(flags, 7U);
     EXPECT_EQ(Enable(index), E_INVALIDARG);
   }
-  EXPECT_TRUE(Streams().at(5).isEnabled);
+  EXPECT_EQ(Streams(), before);
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
-// A stream switched where the new one finds no renderer, and what the graph is asked for on the way. In a graph
-// of ours, which says so. Natively only.
+// What the splitter asks its graph for: when a stream is switched, also where the new one finds no renderer, and when
+// an application jumps. In a graph of ours, which says so. Natively only.
+#include <algorithm>
+
+#include "include/tarvex/module_config.h"
 #include "tests/contract/contract_fixture.h"
 #include "tests/support/linux/filter_graph.h"
 
@@ -14,6 +17,11 @@ class RenderingGraph : public FilterGraph {
     const HRESULT result = AddFilter(sink.Get(), OLESTR("Sink"));
     return FAILED(result) ? result : ConnectDirect(pin, sink->Pin(), nullptr);
   }
+  HRESULT STDMETHODCALLTYPE RemoveFilter(IBaseFilter* filter) override {
+    const ComPtr<IBaseFilter> with = std::move(goesWithTheNext);
+    if (with) FilterGraph::RemoveFilter(with.Get());
+    return FilterGraph::RemoveFilter(filter);
+  }
   HRESULT STDMETHODCALLTYPE WaitForCompletion(LONG /*milliseconds*/, LONG* /*code*/) override {
     ++completionWaits;
     return S_OK;
@@ -21,40 +29,73 @@ class RenderingGraph : public FilterGraph {
 
   int refusals = 0;
   int completionWaits = 0;
+  ComPtr<IBaseFilter> goesWithTheNext;
 };
 
-using RefusedSwitch = GraphTest;
+class InItsGraph : public GraphTest {
+ protected:
+  void SetUp() override {
+    const auto rendering = MakeCom<RenderingGraph>();
+    m_rendering = rendering.Get();
+    m_graph.emplace(CreateSplitter(), ComPtr<IGraphBuilder>(m_rendering));
+  }
+  HRESULT Enable(LONG index) { return Ask<IAMStreamSelect>()->Enable(index, AMSTREAMSELECTENABLE_ENABLE); }
+  bool IsEnabled(LONG index) {
+    DWORD flags = 0;
+    Ask<IAMStreamSelect>()->Info(index, nullptr, &flags, nullptr, nullptr, nullptr, nullptr, nullptr);
+    return flags == AMSTREAMSELECTINFO_ENABLED;
+  }
+  bool AllAreConnected() {
+    return std::ranges::all_of(Graph().OutputPins(), [](const auto& pin) { return IsConnected(pin.Get()); });
+  }
+  HRESULT JumpTo(LONGLONG time) {
+    VARIANT value{};
+    value.vt = VT_I8;
+    value.llVal = time;
+    return Ask<IModuleConfig>()->SetValue(&paramPosition, &value);
+  }
 
-TEST_F(RefusedSwitch, PutsTheOldStreamBackAndWaitsForARunningGraphOnly) {
+  RenderingGraph* m_rendering = nullptr;  // m_graph's
+};
+
+TEST_F(InItsGraph, ARefusedSwitchIsTakenBackAndOnlyARunningGraphIsWaitedFor) {
   constexpr LONG kEnglish = 5;
   constexpr LONG kFrench = 6;
-  const auto rendering = MakeCom<RenderingGraph>();
-  m_graph.emplace(CreateSplitter(), ComPtr<IGraphBuilder>(rendering.Get()));
   ASSERT_EQ(Graph().Open(CorpusFile("multi.mkv")), S_OK);
-  for (const ComPtr<IPin>& pin : Graph().OutputPins()) ASSERT_EQ(rendering->Render(pin.Get()), S_OK);
-  const auto select = Ask<IAMStreamSelect>();
-  const auto isEnabled = [&](LONG index) {
-    DWORD flags = 0;
-    select->Info(index, nullptr, &flags, nullptr, nullptr, nullptr, nullptr, nullptr);
-    return flags == AMSTREAMSELECTINFO_ENABLED;
-  };
-  rendering->refusals = 1;
-  EXPECT_EQ(select->Enable(kEnglish, AMSTREAMSELECTENABLE_ENABLE), S_OK);
-  EXPECT_TRUE(isEnabled(kFrench));
-  for (const ComPtr<IPin>& pin : Graph().OutputPins()) EXPECT_TRUE(IsConnected(pin.Get()));
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  m_rendering->refusals = 1;
+  EXPECT_EQ(Enable(kEnglish), S_OK);
+  EXPECT_TRUE(IsEnabled(kFrench) && AllAreConnected());
 
   ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
-  EXPECT_EQ(select->Enable(kEnglish, AMSTREAMSELECTENABLE_ENABLE), S_OK);
-  EXPECT_TRUE(isEnabled(kEnglish));
-  EXPECT_EQ(rendering->completionWaits, 0);
+  m_rendering->goesWithTheNext = ComPtr<IBaseFilter>(&Graph().Sink(0));
+  EXPECT_EQ(Enable(kEnglish), S_OK);
+  EXPECT_TRUE(IsEnabled(kEnglish) && AllAreConnected()) << "one filter may show pictures and subtitles";
+  EXPECT_EQ(m_rendering->completionWaits, 0);
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  EXPECT_EQ(select->Enable(kFrench, AMSTREAMSELECTENABLE_ENABLE), S_OK);
-  EXPECT_EQ(rendering->completionWaits, 1);
+  EXPECT_EQ(Enable(kFrench), S_OK);
+  EXPECT_EQ(m_rendering->completionWaits, 1);
 
   ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
   Splitter()->JoinFilterGraph(nullptr, nullptr);
-  EXPECT_EQ(select->Enable(kEnglish, AMSTREAMSELECTENABLE_ENABLE), VFW_E_NOT_IN_GRAPH);
-  EXPECT_TRUE(isEnabled(kFrench));
+  EXPECT_EQ(Enable(kEnglish), VFW_E_NOT_IN_GRAPH);
+  EXPECT_TRUE(IsEnabled(kFrench));
+}
+
+TEST_F(InItsGraph, AJumpMovesThePositionAndLeavesTheStop) {
+  EXPECT_TRUE(FAILED(JumpTo(0))) << "nothing is open";
+  OpenMovie({.duration = 10000});
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
+  const auto seeking = QueryFor<IMediaSeeking>(Output(0).Get());
+  LONGLONG start = 0;
+  LONGLONG stop = 5 * kSecond;
+  ASSERT_EQ(seeking->SetPositions(&start, AM_SEEKING_AbsolutePositioning, &stop, AM_SEEKING_AbsolutePositioning), S_OK);
+  EXPECT_EQ(JumpTo(2 * kSecond), S_OK);
+  EXPECT_EQ(seeking->GetPositions(&start, &stop), S_OK);
+  EXPECT_EQ(start, 2 * kSecond);
+  EXPECT_EQ(stop, 5 * kSecond);
+  Splitter()->JoinFilterGraph(nullptr, nullptr);
+  EXPECT_EQ(JumpTo(kSecond), VFW_E_NOT_IN_GRAPH);
 }
 
 }  // namespace

@@ -18,11 +18,6 @@ ComPtr<IPropertyPage> CreatePage(REFCLSID clsid) {
   return page;
 }
 
-void HandleMessages() {
-  MSG message{};
-  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
-}
-
 }  // namespace
 
 HRESULT PageSite::NonDelegatingQueryInterface(REFIID iid, void** out) {
@@ -75,21 +70,11 @@ HRESULT PageFrame::Activate() {
   return m_page->Activate(m_window, &rect, FALSE);
 }
 
-void PageFrame::Resize(int width, int height) {
-  SetWindowPos(m_window, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-  const RECT rect{0, 0, width, height};
-  m_page->Move(&rect);
-}
-
 void PageFrame::ChangeDensity() {
   constexpr UINT kDensityChanges = 0x02E3;  // WM_DPICHANGED_AFTERPARENT
   SendMessageW(Dialog(), kDensityChanges, 0, 0);
-  HandleMessages();
-}
-
-void PageFrame::Paint() {
-  HandleMessages();
-  RedrawWindow(m_window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+  MSG message{};
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
 }
 
 std::wstring TextOf(HWND window) {

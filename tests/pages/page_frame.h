@@ -35,15 +35,17 @@ class PageFrame {
   /// Gives the page its site and `object`, and shows it; what Activate answered.
   HRESULT Open(IUnknown* object);
   HRESULT Activate();
-  void Resize(int width, int height);
   /// Tells the dialog what Windows tells it on a monitor of another density, and has it take its time.
   void ChangeDensity();
-  /// Has everything painted.
-  void Paint();
 
   IPropertyPage* Page() const noexcept { return m_page.Get(); }
   PageSite& Site() const noexcept { return *m_site; }
   HWND Window() const noexcept { return m_window; }
+  int Width() const noexcept {
+    RECT rect{};
+    GetClientRect(m_window, &rect);
+    return rect.right;
+  }
   /// Null while the page has none.
   HWND Dialog() const noexcept { return FindWindowExW(m_window, nullptr, L"#32770", nullptr); }
   HWND Control(int id) const noexcept { return GetDlgItem(Dialog(), id); }

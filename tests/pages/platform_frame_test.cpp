@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <functional>
 
 #include "framework/thread.h"
 #include "tests/host/host_process.h"
@@ -15,28 +14,14 @@
 namespace tarvex::test {
 namespace {
 
-// Repeats the question until the answer is yes or the patience ends.
-bool Eventually(const std::function<bool()>& question) {
-  for (DWORD waited = 0; waited < kPatience; waited += 20) {
-    if (question()) return true;
-    SleepMilliseconds(20);
-  }
-  return false;
-}
-
-// `context` is a number and where its control goes. FALSE when it is this one, which ends the search.
-BOOL CALLBACK TakeControl(HWND window, LPARAM context) {
-  // NOLINTNEXTLINE(performance-no-int-to-ptr): the platform hands a context on as an integer
-  auto* wanted = reinterpret_cast<std::pair<int, HWND>*>(context);
-  if (GetDlgCtrlID(window) == wanted->first && IsWindowVisible(window)) wanted->second = window;
-  return wanted->second == nullptr;
-}
-
-// A visible control with this number, in whichever page it is.
+// A visible control with this number, in whichever page it is: a dialog in one of the frame's.
 HWND FindControl(HWND frame, int id) {
-  std::pair<int, HWND> search{id, nullptr};
-  EnumChildWindows(frame, &TakeControl, reinterpret_cast<LPARAM>(&search));
-  return search.second;
+  HWND sheet = nullptr;
+  while ((sheet = FindWindowExW(frame, sheet, L"#32770", nullptr)) != nullptr) {
+    HWND control = GetDlgItem(FindWindowExW(sheet, nullptr, L"#32770", nullptr), id);
+    if (IsWindowVisible(control)) return control;
+  }
+  return nullptr;
 }
 
 LONG CentreOf(HWND window) {

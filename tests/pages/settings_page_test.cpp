@@ -1,13 +1,14 @@
 // The settings page over a splitter that has the sample file open.
 #include <gtest/gtest.h>
 
+#include <iostream>
+
 #include "filter/interface_ids.h"
 #include "framework/thread.h"
 #include "include/tarvex/class_ids.h"
 #include "pages/chapter_line.h"
 #include "pages/resource_ids.h"
 #include "tests/pages/page_frame.h"
-#include "tests/pages/page_picture.h"
 #include "tests/support/source_dir.h"
 #include "tests/support/splitter_module.h"
 #include "tests/support/test_graph.h"
@@ -18,6 +19,8 @@ namespace {
 constexpr int kAnnexB = TARVEX_SETTINGS_ANNEX_B;
 constexpr int kSeparatePins = TARVEX_SETTINGS_SEPARATE_PINS;
 constexpr int kChapters = TARVEX_SETTINGS_CHAPTERS;
+constexpr std::size_t kCommon = 3;    // pins of the sample, one for each kind of its streams
+constexpr std::size_t kSeparate = 4;  // and one for each stream
 // {C1F400A4-3F08-11D3-9F0B-006008039E37}: the platform's renderer of nothing
 constexpr GUID kNullRenderer = {0xC1F400A4, 0x3F08, 0x11D3, {0x9F, 0x0B, 0x00, 0x60, 0x08, 0x03, 0x9E, 0x37}};
 
@@ -33,10 +36,11 @@ class SettingsPage : public testing::Test {
     EXPECT_TRUE(ModuleBecomesIdle()) << "something of the module is left";
   }
 
-  int Value(const GUID& parameter) {
+  void ExpectSettings(int annexB, std::size_t pins) {
     VARIANT value{};
-    EXPECT_EQ(QueryFor<IModuleConfig>(m_graph->Splitter())->GetValue(&parameter, &value), S_OK);
-    return value.boolVal;
+    EXPECT_EQ(QueryFor<IModuleConfig>(m_graph->Splitter())->GetValue(&paramAnnexBOutput, &value), S_OK);
+    EXPECT_EQ(value.boolVal, annexB);
+    EXPECT_EQ(m_graph->OutputPins().size(), pins);
   }
 
   // Without something behind a pin a graph neither seeks nor runs.
@@ -56,47 +60,45 @@ class SettingsPage : public testing::Test {
     return position;
   }
 
-  void Press(WPARAM key) { SendMessageW(m_frame->Control(kChapters), WM_KEYDOWN, key, 0); }
-
   ComPtr<IPin> m_renderer;
   std::optional<TestGraph> m_graph{std::in_place};
   std::optional<PageFrame> m_frame{CLSID_MatroskaSettingsPage};
 };
 
+// installed.sh compares the page's width at two densities.
 TEST_F(SettingsPage, ShowsTheSettingsAndTheChapters) {
   EXPECT_EQ(TextOf(m_frame->Window()), L"Property");
   EXPECT_EQ(TextOf(m_frame->Control(kAnnexB)), L"Annex B output for H264/AVC");
   EXPECT_EQ(TextOf(m_frame->Control(kSeparatePins)), L"Make separate pins for all streams");
-  EXPECT_FALSE(m_frame->IsChecked(kAnnexB) || m_frame->IsChecked(kSeparatePins));
   EXPECT_EQ(LineOf(m_frame->Control(kChapters), 0), L"First half - (00:00:00 - 00:00:02)");
   EXPECT_EQ(LineOf(m_frame->Control(kChapters), 1), L"Second half - (00:00:02 - 00:00:05)");
   EXPECT_EQ(LineOf(m_frame->Control(kChapters), 2), L"(no such line)");
   EXPECT_EQ(ChapterLine(L"Later", 36'000'000'000, 359'999 * 10'000'000LL), L"Later - (01:00:00 - 99:59:59)");
-  m_frame->Paint();
-  KeepPicture(PictureOf(m_frame->Window(), false), "settings-page");
+  std::cout << "settings page " << m_frame->Width() << " wide\n";
 }
 
 TEST_F(SettingsPage, ClicksReachTheFilterWhenTheyAreApplied) {
-  const std::size_t pins = m_graph->OutputPins().size();
   EXPECT_EQ(m_frame->Page()->IsPageDirty(), S_FALSE);
+  EXPECT_FALSE(m_frame->IsChecked(kAnnexB) || m_frame->IsChecked(kSeparatePins));
   m_frame->Click(kAnnexB);
   m_frame->Click(kSeparatePins);
   EXPECT_EQ(m_frame->Page()->IsPageDirty(), S_OK);
   EXPECT_EQ(m_frame->Site().Dirty(), 2);
-  EXPECT_EQ(Value(paramAnnexBOutput), 0);
+  ExpectSettings(0, kCommon);
   EXPECT_EQ(m_frame->Page()->Apply(), S_OK);
   EXPECT_EQ(m_frame->Page()->IsPageDirty(), S_FALSE);
-  EXPECT_EQ(Value(paramAnnexBOutput), 1);
-  EXPECT_EQ(Value(paramSeparatePins), 1);
-  EXPECT_GT(m_graph->OutputPins().size(), pins);
+  ExpectSettings(1, kSeparate);
 
   m_frame->Click(kSeparatePins);
   ASSERT_EQ(m_frame->Page()->Deactivate(), S_OK);
   EXPECT_EQ(m_frame->Page()->Apply(), S_OK) << "a frame may apply what it shows no more";
-  EXPECT_EQ(Value(paramSeparatePins), 0);
+  ExpectSettings(1, kCommon);
   ASSERT_EQ(m_frame->Activate(), S_OK);
+  EXPECT_EQ(m_frame->Activate(), E_UNEXPECTED) << "twice";
   EXPECT_TRUE(m_frame->IsChecked(kAnnexB));
   EXPECT_FALSE(m_frame->IsChecked(kSeparatePins));
+  ASSERT_EQ(m_frame->Page()->SetObjects(0, nullptr), S_OK);
+  EXPECT_EQ(m_frame->Page()->Apply(), E_UNEXPECTED) << "without an object";
 }
 
 TEST_F(SettingsPage, WhileItPlaysNothingIsChangedAndTheUserLearnsWhy) {
@@ -107,26 +109,21 @@ TEST_F(SettingsPage, WhileItPlaysNothingIsChangedAndTheUserLearnsWhy) {
   std::wstring said;
   Thread user;  // reads the message and closes it
   ASSERT_EQ(user.Start([&said] {
-    for (DWORD waited = 0; waited < kPatience && said.empty(); waited += 20, SleepMilliseconds(20)) {
+    Eventually([&said] {
       HWND box = FindWindowW(L"#32770", L"Tarvex Matroska Splitter");
-      HWND text = box != nullptr ? GetDlgItem(box, 0xFFFF) : nullptr;
-      if (text == nullptr) continue;
-      said = TextOf(text);
-      PostMessageW(box, WM_COMMAND, IDOK, 0);
-    }
+      said = TextOf(GetDlgItem(box, 0xFFFF));
+      return !said.empty() && PostMessageW(box, WM_COMMAND, IDOK, 0);
+    });
   }),
             S_OK);
   EXPECT_EQ(m_frame->Page()->Apply(), VFW_E_NOT_STOPPED);
   user.Join();
-  EXPECT_EQ(said,
-            L"Nothing was changed.\n\nSeparate pins can be switched on and off only while playback is stopped. "
-            L"Stop it and apply again.");
-  EXPECT_EQ(Value(paramAnnexBOutput), 0);
-  EXPECT_EQ(Value(paramSeparatePins), 0);
+  EXPECT_EQ(said.substr(0, 20), L"Nothing was changed.");
+  EXPECT_NE(said.find(L"only while playback is stopped"), std::wstring::npos);
+  ExpectSettings(0, kCommon);
   EXPECT_GE(m_graph->Stop(), S_OK);
   EXPECT_EQ(m_frame->Page()->Apply(), S_OK) << "it is still to be applied";
-  EXPECT_EQ(Value(paramAnnexBOutput), 1);
-  EXPECT_EQ(Value(paramSeparatePins), 1);
+  ExpectSettings(1, kSeparate);
 }
 
 TEST_F(SettingsPage, ADoubleClickOrTheSpaceBarMovesThePosition) {
@@ -140,9 +137,9 @@ TEST_F(SettingsPage, ADoubleClickOrTheSpaceBarMovesThePosition) {
     SendMessageW(list, message, 0, MAKELPARAM(rect.left + 5, rect.top + 5));
   }
   EXPECT_EQ(Position(), 25'000'000);
-  Press(VK_UP);
+  SendMessageW(list, WM_KEYDOWN, VK_UP, 0);
   EXPECT_EQ(Position(), 25'000'000);
-  Press(VK_SPACE);
+  SendMessageW(list, WM_KEYDOWN, VK_SPACE, 0);
   EXPECT_EQ(Position(), 0);
   EXPECT_EQ(m_frame->Page()->IsPageDirty(), S_FALSE);
   m_renderer->Disconnect();
@@ -165,19 +162,6 @@ TEST_F(SettingsPage, OnADenserMonitorTheListScrollsFurther) {
   EXPECT_GT(SendMessageW(list, LB_GETHORIZONTALEXTENT, 0, 0), before * 3 / 2);
   m_frame.reset();
   DeleteObject(font);
-}
-
-TEST_F(SettingsPage, CallsOutOfTurnAreRefused) {
-  IUnknown* objects[] = {m_graph->Graph(), nullptr};
-  EXPECT_EQ(m_frame->Activate(), E_UNEXPECTED) << "twice";
-  EXPECT_EQ(m_frame->Page()->Deactivate(), S_OK);
-  EXPECT_EQ(m_frame->Page()->SetObjects(2, objects), E_UNEXPECTED);
-  EXPECT_EQ(m_frame->Page()->SetObjects(1, objects + 1), E_POINTER);
-  EXPECT_EQ(m_frame->Page()->SetObjects(1, objects), E_NOINTERFACE);
-  EXPECT_EQ(m_frame->Activate(), E_UNEXPECTED) << "without an object";
-  EXPECT_EQ(m_frame->Page()->Show(SW_SHOW), E_UNEXPECTED);
-  EXPECT_EQ(m_frame->Page()->Deactivate(), E_UNEXPECTED);
-  EXPECT_EQ(m_frame->Page()->Apply(), E_UNEXPECTED);
 }
 
 TEST_F(SettingsPage, TabGoesThroughThePageAndThenOut) {

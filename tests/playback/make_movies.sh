@@ -1,5 +1,5 @@
 #!/bin/sh
-# Makes the two movies of the playback test, and what their pictures are when ffmpeg decodes them.
+# Makes the movie of the playback test, and what its pictures are when ffmpeg decodes them.
 # Usage: make_movies.sh FOLDER. Needs ffmpeg and python3.
 set -eu
 
@@ -15,12 +15,7 @@ make() {
   ffmpeg -v error -nostdin "$@"
 }
 
-# Written by ffmpeg: Microsoft Video 1, and sound in layer 2.
-make -f lavfi -i "$pictures" -f lavfi -i "$sound" -c:v msvideo1 -g 1 -keyint_min 0 -pix_fmt rgb555le -c:a mp2 -b:a 128k \
-  "$folder/msvideo1.mkv"
-make -i "$folder/msvideo1.mkv" -f rawvideo -pix_fmt bgr0 "$folder/msvideo1.pictures"
-
-# ffmpeg would store Cinepak as QuickTime does, so this one is written here, with sound in layer 3.
+# ffmpeg would store Cinepak as QuickTime does, so it is written here, with sound in layer 3.
 make -f lavfi -i "$pictures" -c:v cinepak -g 1 -pix_fmt rgb24 "$folder/cinepak.avi"
 make -i "$folder/cinepak.avi" -c:v copy -f image2 "$folder/packets/%03d"
 make -f lavfi -i "$sound" -c:a libmp3lame -b:a 32k -ac 1 -write_xing 0 -id3v2_version 0 "$folder/sound.mp3"
