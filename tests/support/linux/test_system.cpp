@@ -71,21 +71,7 @@ std::uint64_t HeapInUse() {
   return info.uordblks + info.hblkhd;
 }
 
-std::map<std::uint64_t, std::uint64_t> ProcessorWaits() {
-  std::map<std::uint64_t, std::uint64_t> waits;
-  std::error_code ended;  // threads come and go
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task", ended)) {
-    std::ifstream statistics(entry.path() / "schedstat");
-    std::uint64_t ran = 0;
-    std::uint64_t waited = 0;
-    if (statistics >> ran >> waited) waits[std::stoull(entry.path().filename().string())] = waited;
-  }
-  return waits;
-}
-
 bool GraphTakesThreads() { return true; }
-
-bool RunsFullByDefault() { return false; }
 
 bool IsInstrumented() {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

@@ -150,12 +150,8 @@ std::uint64_t HeapInUse() {
   return total;
 }
 
-std::map<std::uint64_t, std::uint64_t> ProcessorWaits() { return {}; }
-
 // Wine 8 keeps its list of filters without a lock.
 bool GraphTakesThreads() { return false; }
-
-bool RunsFullByDefault() { return true; }
 
 bool IsInstrumented() { return false; }
 
