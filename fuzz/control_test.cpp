@@ -256,15 +256,13 @@ struct Usage {
   std::uint64_t handles = OpenHandles();
   std::uint64_t threads = LivingThreads();
   std::uint64_t memory = IsInstrumented() ? 1 : MemoryInUse();  // bytes
-  std::uint64_t heap = IsInstrumented() ? 1 : HeapInUse();      // bytes
 
   /// Or is so soon: a thread that was let go may still be on its way out.
   bool IsBack() const {
     EXPECT_TRUE(handles != 0 && memory != 0) << "nothing is measured";
     for (int attempt = 0; attempt < 500; ++attempt) {
       const Usage now;
-      if (now.handles <= handles + 2 && now.threads <= threads + 1 && now.memory <= memory + (1 << 20) &&
-          now.heap <= heap + (64 << 10)) {
+      if (now.handles <= handles + 2 && now.threads <= threads + 1 && now.memory <= memory + (1 << 20)) {
         return true;
       }
       SleepMilliseconds(10);
@@ -274,8 +272,7 @@ struct Usage {
 };
 
 std::ostream& operator<<(std::ostream& out, const Usage& usage) {
-  return out << usage.handles << " handles, " << usage.threads << " threads, " << usage.memory / 1024 << " KiB, "
-             << usage.heap << " bytes on the heap";
+  return out << usage.handles << " handles, " << usage.threads << " threads, " << usage.memory / 1024 << " KiB";
 }
 
 // In one graph, since Wine's own leaves a handle behind with each.

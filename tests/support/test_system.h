@@ -36,8 +36,6 @@ std::uint32_t LivingThreads();
 std::uint64_t MemoryInUse();
 /// Bytes of the `size` at `begin` that the system lets the process write to: those it has promised memory for.
 std::size_t WritableBytes(const void* begin, std::size_t size);
-/// Bytes that are allocated on the process's heaps.
-std::uint64_t HeapInUse();
 
 /// Numbers in this build's reports are from the shipped module, not from an instrumented one.
 bool IsInstrumented();

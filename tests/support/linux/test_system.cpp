@@ -66,11 +66,6 @@ std::size_t WritableBytes(const void* begin, std::size_t size) {
   return writable;
 }
 
-std::uint64_t HeapInUse() {
-  const struct mallinfo2 info = mallinfo2();
-  return info.uordblks + info.hblkhd;
-}
-
 bool GraphTakesThreads() { return true; }
 
 bool IsInstrumented() {
