@@ -1,9 +1,8 @@
-// The targets below the filter: the scanner over the input as a file, and the pure steps of the pins.
+// The targets below the filter: the scanner over the input as a file, or over a file that has a track of the input.
 #include <algorithm>
 
 #include "fuzz/scan.h"
 #include "fuzz/targets.h"
-#include "pins/output/annex_b_converter.h"
 #include "scanner/index/index_search.h"
 #include "tests/support/ebml_writer.h"
 #include "tests/support/memory_reader.h"
@@ -60,7 +59,7 @@ ByteString TrackOf(Reader& input) {
   return TrackEntry(
       1, type, {reinterpret_cast<const char*>(codec.data()), codec.size()},
       Join({duration, Element(id::kVideo, Join({width, height})), Element(id::kAudio, Join({rate, channels})),
-            Element(id::kCodecPrivate, Copied(input.Rest()))}));
+            Element(id::kCodecPrivate, Copied(input.Take(input.Number(2))))}));
 }
 
 }  // namespace
@@ -82,26 +81,11 @@ void FuzzIndex(Input file) {
 
 void FuzzDeliver(Input file) { Scan(Copied(file), ScanWhole); }
 
-void FuzzMediaTypes(Input track) {
-  Reader input(track);
+void FuzzTrack(Input trackAndFrame) {
+  Reader input(trackAndFrame);
   const ByteString tracks = Element(id::kTracks, TrackOf(input));
-  Scan(MatroskaFile(Join({Element(id::kInfo, {}), tracks, Cluster(0, SimpleBlock(1, 0, Copied(track)))})), ScanWhole);
-}
-
-void FuzzAnnexB(Input frame) {
-  Reader input(frame);
-  const auto lengthSize = static_cast<unsigned>(input.Number(1) % 4 + 1);
-  const bool key = input.Number(1) % 2 != 0;
-  const Input sets = input.Take(input.Number(1));
-  const ByteString exact = Copied(input.Rest());
-  AnnexBConverter converter(lengthSize, sets);
-  FrameInfo info;
-  info.keyFrame = key;
-  info.data = exact.data();
-  info.size = static_cast<std::uint32_t>(exact.size());
-  const FrameInfo converted = converter.Convert(info);
-  // At most a start code for every length, and the prefix.
-  if (converted.size > std::size_t{info.size} * 4 + sets.size() * 3 + 16) __builtin_trap();
+  const ByteString frame = SimpleBlock(1, 0, Copied(input.Rest()));
+  Scan(MatroskaFile(Join({Element(id::kInfo, {}), tracks, Cluster(0, frame)})), ScanWhole);
 }
 
 }  // namespace tarvex::fuzz

@@ -13,10 +13,9 @@ using Input = std::span<const std::uint8_t>;
 void FuzzIndex(Input file);
 /// Opens a file and delivers all frames, with content decoding, from the front and from the middle.
 void FuzzDeliver(Input file);
-/// Media types of a track whose codec, numbers and codec data are the input's: the codec's name ends with a zero.
-void FuzzMediaTypes(Input track);
-/// Start codes for a frame; the first bytes are the length size and the parameter sets.
-void FuzzAnnexB(Input frame);
+/// A track whose codec, numbers and codec data are the input's, and one frame of it: media types and start codes. The
+/// codec's name ends with a zero; two bytes say how long its data are.
+void FuzzTrack(Input trackAndFrame);
 /// The whole filter with every pin connected; the last bytes are a script of seeks, stops and runs.
 void FuzzFilter(Input fileAndScript);
 
@@ -25,8 +24,6 @@ struct Target {
   void (*run)(Input);
 };
 inline constexpr Target kTargets[] = {
-    {"index", FuzzIndex},   {"deliver", FuzzDeliver}, {"media_types", FuzzMediaTypes},
-    {"annexb", FuzzAnnexB}, {"filter", FuzzFilter},
-};
+    {"index", FuzzIndex}, {"deliver", FuzzDeliver}, {"track", FuzzTrack}, {"filter", FuzzFilter}};
 
 }  // namespace tarvex::fuzz
