@@ -126,10 +126,7 @@ class FaultRig {
   /// Creates the splitter, opens the file, asks it everything, plays, seeks, switches streams, plays again and changes
   /// settings. Goes on after a failure as far as that makes sense.
   void Use() {
-    Create();
-    if (!m_splitter || !Open()) return;
-    AskAboutFile();
-    Render();
+    if (!Prepare()) return;
     Start();
     Seek();
     Stop();
@@ -138,6 +135,20 @@ class FaultRig {
     Stop();
     ChangeSettings();
   }
+  /// The same as far as the start of playing.
+  bool Prepare() {
+    Create();
+    if (!m_splitter || !Open()) return false;
+    AskAboutFile();
+    Render();
+    return true;
+  }
+  /// Pausing delivers as well, and does not start again what failed as running would.
+  void PauseOnce() {
+    Start(&IMediaControl::Pause);
+    Stop();
+  }
+  int Aborts() const { return m_graph->aborts; }
   /// On the same splitter, when nothing fails any more: the file opens and plays to its end.
   void ExpectRecovery() {
     m_source->Shrink(m_size);
@@ -258,10 +269,10 @@ class FaultRig {
     DeleteMediaType(type);
   }
 
-  void Start() {
+  void Start(HRESULT (STDMETHODCALLTYPE IMediaControl::*start)() = &IMediaControl::Run) {
     const int samples = m_graph->Samples();
     const int aborts = m_graph->aborts;
-    if (FAILED(Ask([&] { return m_graph->Run(); }))) return Stop();
+    if (FAILED(Ask([&] { return (m_graph.Get()->*start)(); }))) return Stop();
     WaitForOutcome(aborts);
     if (firstPass < 0) firstPass = m_graph->Samples() - samples;
   }
@@ -447,6 +458,30 @@ std::vector<Case> Cases() {
 }
 INSTANTIATE_TEST_SUITE_P(Movies, Faults, testing::ValuesIn(Cases()),
                          [](const auto& one) { return std::string(one.param.first.name) + one.param.second.name; });
+
+class FailedActivation : public Faults {};
+
+// Of several pins one has no memory for its samples: the graph cannot play, learns of it, and plays when it
+// is started again.
+TEST_P(FailedActivation, OfOnePinAbortsTheGraphAndHarmsNoOther) {
+  std::int64_t pin = 0;
+  for (bool met = true; met; ++pin) {
+    FaultRig rig = Rig();
+    ASSERT_TRUE(rig.Prepare());
+    ArmFaults({.kind = FaultKind::kRing, .index = pin});
+    rig.PauseOnce();
+    DisarmFaults();
+    met = fuzz::FaultWasMet();
+    EXPECT_EQ(rig.Aborts(), met ? 1 : 0);
+    rig.complained = false;
+    rig.PauseOnce();
+    EXPECT_FALSE(rig.complained);
+    EXPECT_EQ(rig.Aborts(), met ? 1 : 0);
+  }
+  EXPECT_GT(pin, 2) << "more pins than one";
+}
+
+INSTANTIATE_TEST_SUITE_P(Movies, FailedActivation, testing::Values(Case(kMovies[3], kFaults[4])));
 
 }  // namespace
 }  // namespace tarvex::test
