@@ -4,6 +4,8 @@
 #include <functional>
 #include <vector>
 
+#include "fuzz/mutator.h"
+
 namespace tarvex::fuzz {
 
 using namespace test;  // NOLINT(google-build-using-namespace): the writer's vocabulary
@@ -17,48 +19,41 @@ ByteString Open(std::uint32_t element) { return ElementOfUnknownSize(element, {}
 
 ByteString UsualHeaders() { return Join({Element(id::kInfo, {}), Element(id::kTracks, TrackEntry(1, 2, "A_AC3"))}); }
 
-/// A file whose SeekHead leads to a first child of that kind.
-ByteString Led(std::uint32_t element, const ByteString& content) {
-  const std::size_t length = SeekHeadFor(element, 0).size();
-  return MatroskaFile(Join({SeekHeadFor(element, length), Element(element, content), UsualHeaders()}));
+ByteString Behind(const ByteString& content) { return MatroskaFile(Join({UsualHeaders(), content})); }
+
+ByteString InFront(const ByteString& content) {
+  return Join({EbmlHead(), content, Element(id::kSegment, UsualHeaders())});
 }
 
 ByteString WithTracks(const ByteString& entries) {
   return MatroskaFile(Join({Element(id::kInfo, {}), Element(id::kTracks, entries)}));
 }
 
+/// A file whose SeekHead leads to a first child of that kind.
+ByteString Led(std::uint32_t element, const ByteString& content) {
+  const std::size_t length = SeekHeadFor(element, 0).size();
+  return MatroskaFile(Join({SeekHeadFor(element, length), Element(element, content), UsualHeaders()}));
+}
+
+ByteString InEdition(const ByteString& content) { return Led(id::kChapters, Element(id::kEditionEntry, content)); }
+
 struct Place {
   const char* name;
   ByteString (*file)(const ByteString& content);
 };
 constexpr Place kPlaces[] = {
-    {"Level1",
-     [](const ByteString& content) {
-       return MatroskaFile(Join({UsualHeaders(), content}));
-     }},
-    {"Headers", [](const ByteString& content) { return MatroskaFile(content); }},
-    {"Cluster",
-     [](const ByteString& content) {
-       return MatroskaFile(Join({UsualHeaders(), Element(id::kCluster, content)}));
-     }},
-    {"UnknownCluster",
-     [](const ByteString& content) {
-       return MatroskaFile(Join({UsualHeaders(), ElementOfUnknownSize(id::kCluster, content)}));
-     }},
-    {"Front",
-     [](const ByteString& content) {
-       return Join({EbmlHead(), content, Element(id::kSegment, UsualHeaders())});
-     }},
+    {"Level1", Behind},
+    {"Headers", MatroskaFile},
+    {"Cluster", [](const ByteString& content) { return Behind(Element(id::kCluster, content)); }},
+    {"UnknownCluster", [](const ByteString& content) { return Behind(ElementOfUnknownSize(id::kCluster, content)); }},
+    {"Front", InFront},
     {"Tracks", WithTracks},
     {"Entry", [](const ByteString& content) { return WithTracks(Element(id::kTrackEntry, content)); }},
     {"Cues", [](const ByteString& content) { return Led(id::kCues, content); }},
     {"CuePoint", [](const ByteString& content) { return Led(id::kCues, Element(id::kCuePoint, content)); }},
     {"Chapters", [](const ByteString& content) { return Led(id::kChapters, content); }},
-    {"Edition", [](const ByteString& content) { return Led(id::kChapters, Element(id::kEditionEntry, content)); }},
-    {"Atom",
-     [](const ByteString& content) {
-       return Led(id::kChapters, Element(id::kEditionEntry, Element(id::kChapterAtom, content)));
-     }},
+    {"Edition", InEdition},
+    {"Atom", [](const ByteString& content) { return InEdition(Element(id::kChapterAtom, content)); }},
 };
 
 struct Content {
@@ -139,33 +134,11 @@ std::vector<Content> MakeContents() {
     all.push_back(Of("Laces", LacedBlock(1, 0, lacing, std::vector<ByteString>(256, ByteString{7}))));
     all.back().name += std::to_string(static_cast<int>(lacing));
   }
-  for (const std::uint32_t element : {id::kVoid,
-                                      id::kCrc32,
-                                      kUnknown,
-                                      id::kTags,
-                                      id::kSeekHead,
-                                      id::kCluster,
-                                      id::kInfo,
-                                      id::kTracks,
-                                      id::kCues,
-                                      id::kSegment,
-                                      id::kEbml,
-                                      id::kSimpleBlock,
-                                      id::kBlockGroup,
-                                      id::kTimecode,
-                                      kPreviousSize,
-                                      kSilentTracks,
-                                      id::kTrackEntry,
-                                      id::kTrackNumber,
-                                      id::kVideo,
-                                      id::kAudio,
-                                      id::kTrackName,
-                                      id::kCuePoint,
-                                      id::kCueTrackPositions,
-                                      id::kCueTime,
-                                      id::kEditionEntry,
-                                      id::kChapterAtom,
-                                      id::kChapterDisplay}) {
+  std::vector<std::uint32_t> elements = {id::kVoid,        id::kCrc32,     kUnknown,
+                                         id::kSimpleBlock, id::kTimecode,  kPreviousSize,
+                                         id::kTrackNumber, id::kTrackName, id::kCueTime};
+  elements.insert(elements.end(), MasterIds().begin(), MasterIds().end());
+  for (const std::uint32_t element : elements) {
     all.push_back(Of("Empty", Empty(element)));
     all.push_back(Of("Open", Open(element)));
     for (std::size_t back = 1; back <= 2; ++back) all[all.size() - back].name += std::to_string(element);

@@ -1,6 +1,8 @@
 // See mutator.h.
 #include "fuzz/mutator.h"
 
+#include <matroska/KaxSegment.h>
+
 #include <algorithm>
 #include <iterator>
 #include <span>
@@ -13,28 +15,13 @@ namespace {
 namespace id = test::id;
 using Random = std::mt19937;
 
-constexpr std::uint32_t kMasters[] = {id::kEbml,
-                                      id::kSegment,
-                                      id::kSeekHead,
-                                      id::kSeek,
-                                      id::kInfo,
-                                      id::kTracks,
-                                      id::kTrackEntry,
-                                      id::kVideo,
-                                      id::kAudio,
-                                      id::kContentEncodings,
-                                      id::kContentEncoding,
-                                      id::kContentCompression,
-                                      id::kCluster,
-                                      id::kBlockGroup,
-                                      id::kCues,
-                                      id::kCuePoint,
-                                      id::kCueTrackPositions,
-                                      id::kChapters,
-                                      id::kEditionEntry,
-                                      id::kChapterAtom,
-                                      id::kChapterDisplay,
-                                      id::kTags};
+void AddMasters(const libebml::EbmlSemanticContext& parent, std::set<std::uint32_t>& masters) {
+  for (std::size_t index = 0; index < EBML_CTX_SIZE(parent); ++index) {
+    const auto& children = EBML_INFO_CONTEXT(EBML_CTX_IDX_INFO(parent, index));
+    const std::uint32_t own = EBML_ID_VALUE(EBML_CTX_IDX_ID(parent, index));
+    if (EBML_CTX_SIZE(children) != 0 && masters.insert(own).second) AddMasters(children, masters);
+  }
+}
 
 std::ptrdiff_t At(std::size_t position) { return static_cast<std::ptrdiff_t>(position); }
 
@@ -51,11 +38,20 @@ std::uint64_t OtherSize(std::uint64_t size, std::size_t fileSize, Random& random
 
 }  // namespace
 
+const std::set<std::uint32_t>& MasterIds() {
+  static const auto masters = [] {
+    std::set<std::uint32_t> all = {id::kEbml, id::kSegment};
+    AddMasters(EBML_CLASS_CONTEXT(libmatroska::KaxSegment), all);
+    return all;
+  }();
+  return masters;
+}
+
 // Masters are gone into, so that the list is flat; what is no element is passed byte by byte.
 Mutator::Mutator(Bytes file) : m_file(std::move(file)) {
   for (std::size_t at = 0; at < m_file.size();) {
     const auto header = ParseElementHeader(std::span(m_file).subspan(at));
-    const bool isMaster = header && std::ranges::find(kMasters, header->id) != std::end(kMasters);
+    const bool isMaster = header && MasterIds().contains(header->id);
     const bool isWhole = header && header->sizeKnown && header->size <= m_file.size() - at - header->Length();
     if (isMaster || isWhole) m_elements.push_back({at, *header});
     at += isMaster ? header->Length() : isWhole ? header->Length() + static_cast<std::size_t>(header->size) : 1;

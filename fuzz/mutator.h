@@ -3,11 +3,15 @@
 
 #include <cstdint>
 #include <random>
+#include <set>
 #include <vector>
 
 #include "scanner/elements/element_header.h"
 
 namespace tarvex::fuzz {
+
+/// Of all elements that hold others, from libmatroska's table of the format.
+const std::set<std::uint32_t>& MasterIds();
 
 class Mutator {
  public:

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <iostream>
 #include <set>
+#include <span>
 
 #include "filter/interface_ids.h"
 #include "framework/bstr.h"
@@ -82,24 +83,16 @@ constexpr Fault kFaults[] = {
     {"EndOfStream", FaultKind::kEndOfStream},
 };
 
-template <class Condition>
-bool BecomesTrue(Condition condition) {
-  for (int attempt = 0; attempt < 5000; ++attempt, SleepMilliseconds(1)) {
-    if (condition()) return true;
-  }
-  return false;
-}
-
 // Of some objects one is made for good with the first use of a file or thread, so memory is compared from then on.
 class NothingIsLeft {
  public:
   explicit NothingIsLeft(const char* file) : m_file(file) {}
   ~NothingIsLeft() {
-    EXPECT_TRUE(BecomesTrue([this] { return LivingThreads() == m_threads; })) << "threads are left";
-    EXPECT_TRUE(BecomesTrue([] { return ModuleCanUnload(); })) << "objects are left";
+    EXPECT_TRUE(Eventually([this] { return LivingThreads() == m_threads; })) << "threads are left";
+    EXPECT_TRUE(Eventually([] { return ModuleCanUnload(); })) << "objects are left";
     static std::set<std::string> usedBefore;
     if (usedBefore.insert(m_file).second) return;
-    EXPECT_TRUE(BecomesTrue([this] { return m_heap.Now() == 0; })) << m_heap.Now() << " bytes of memory left";
+    EXPECT_TRUE(Eventually([this] { return m_heap.Now() == 0; })) << m_heap.Now() << " bytes of memory left";
   }
   NothingIsLeft(const NothingIsLeft&) = delete;
   NothingIsLeft& operator=(const NothingIsLeft&) = delete;
@@ -115,7 +108,6 @@ class FaultRig {
  public:
   FaultRig(const Movie& movie, const std::vector<std::uint8_t>& bytes, const Fault& fault)
       : m_movie(movie), m_fault(fault), m_nothingIsLeft(movie.path), m_source(SourceFilter::FromBytes(bytes)) {
-    m_downstream.refusal = fault.answer;
     m_source->BeforeEachCall([this] { return AnswerRead(); });
     m_graph->AddFilter(m_source.Get(), OLESTR("Source"));
   }
@@ -135,11 +127,11 @@ class FaultRig {
   /// settings. Goes on after a failure as far as that makes sense.
   void Use() {
     if (!Prepare()) return;
-    Start(&IMediaControl::Run);
+    Start();
     Seek();
     Stop();
     SwitchStreams();
-    Start(&IMediaControl::Run);
+    Start();
     Stop();
     ChangeSettings();
   }
@@ -156,26 +148,26 @@ class FaultRig {
     Start(&IMediaControl::Pause);
     Stop();
   }
+  int Aborts() const { return m_graph->aborts; }
   /// On the same splitter, when nothing fails any more: the file opens and plays to its end.
   void ExpectRecovery() {
     m_source->Shrink(m_size);
     if (m_splitter) CloseFile();
-    complained = m_downstream.hasRefused = false;
+    complained = m_graph->hasRefused = false;
     if (!m_splitter) Create();
     const bool opened = Open();
     EXPECT_TRUE(opened) << "the file does not open any more";
     if (!opened) return;
     Render();
     firstPass = -1;
-    Start(&IMediaControl::Run);
+    Start();
     Stop();
     EXPECT_FALSE(complained) << "the splitter has not recovered";
   }
-  int Aborts() const { return m_downstream.aborts; }
 
   bool complained = false;    ///< a call gave a failure, or the graph was aborted
   int firstPass = -1;         ///< samples that reached the sinks in the first pass; -1 when there was none
-  std::uint64_t answers = 0;  ///< digest of all that the splitter told of the file and its pins before
+  std::uint64_t answers = 0;  ///< all that the splitter told of the file and its pins before
 
  private:
   template <class Call>
@@ -200,7 +192,7 @@ class FaultRig {
     // A name that does not fit into the text object itself.
     Ask([&] { return splitter->JoinFilterGraph(m_graph.Get(), OLESTR("Splitter, first of its name")); });
     ASSERT_EQ(m_graph->AddFilter(splitter.Get(), OLESTR("Splitter")), S_OK);
-    splitter.Query<IModuleLog>()->SetSink(&TakeText, &m_downstream);
+    splitter.Query<IModuleLog>()->SetSink(&TakeText, this);
   }
   HRESULT Set(const GUID& parameter, bool on) {
     VARIANT value{};
@@ -222,8 +214,9 @@ class FaultRig {
   }
 
   void Note(const void* data, std::size_t size) {
-    const auto* bytes = static_cast<const std::uint8_t*>(data);
-    for (std::size_t k = 0; k < size; ++k) answers = (answers ^ bytes[k]) * 0x100000001B3;
+    for (const std::uint8_t byte : std::span(static_cast<const std::uint8_t*>(data), size)) {
+      answers = (answers ^ byte) * 0x100000001B3;
+    }
   }
   void NoteText(const OLECHAR* text) {
     if (text != nullptr) Note(text, std::char_traits<OLECHAR>::length(text) * sizeof(OLECHAR));
@@ -276,12 +269,12 @@ class FaultRig {
     DeleteMediaType(type);
   }
 
-  void Start(HRESULT (STDMETHODCALLTYPE IMediaControl::*start)()) {
-    const int samples = m_downstream.samples;
-    const int aborts = m_downstream.aborts;
+  void Start(HRESULT (STDMETHODCALLTYPE IMediaControl::*start)() = &IMediaControl::Run) {
+    const int samples = m_graph->Samples();
+    const int aborts = m_graph->aborts;
     if (FAILED(Ask([&] { return (m_graph.Get()->*start)(); }))) return Stop();
     WaitForOutcome(aborts);
-    if (firstPass < 0) firstPass = m_downstream.samples - samples;
+    if (firstPass < 0) firstPass = m_graph->Samples() - samples;
   }
   void Stop() {
     Ask([&] { return m_graph->Stop(); });
@@ -298,7 +291,7 @@ class FaultRig {
     if (!seeking) return;
     LONGLONG duration = 0;
     Ask([&] { return seeking->GetDuration(&duration); });
-    const int aborts = m_downstream.aborts;
+    const int aborts = m_graph->aborts;
     const HRESULT result = SeekTo(duration / 2);
     OAFilterState state = State_Stopped;
     m_graph->GetState(0, &state);
@@ -332,22 +325,20 @@ class FaultRig {
   }
 
   static void STDMETHODCALLTYPE TakeText(void* context, const char* text) {
-    auto& downstream = *static_cast<Downstream*>(context);
-    if (std::strcmp(text, "CMatroskaSplitter::ThreadProc tm_start") == 0) ++downstream.passesBegun;
-    if (std::strcmp(text, "CMatroskaSplitter::ThreadProc Process exit") != 0) return;
-    ++downstream.passesEnded;
-    downstream.happened.Set();
+    auto& self = *static_cast<FaultRig*>(context);
+    if (std::strcmp(text, "CMatroskaSplitter::ThreadProc tm_start") == 0) ++self.m_passesBegun;
+    if (std::strcmp(text, "CMatroskaSplitter::ThreadProc Process exit") == 0) ++self.m_passesEnded;
   }
   void WaitForOutcome(int abortsBefore) {
     const Watched watched("an end or an abort");
-    for (;; m_downstream.happened.Wait(20)) {
+    for (;; SleepMilliseconds(1)) {
       if (m_blocked.exchange(false)) {
         if (m_fault.manner == Manner::kBlocksUntilStop) return;
         SeekTo(0);
       }
-      if (m_downstream.passesEnded != m_downstream.passesBegun) continue;
-      complained = complained || m_downstream.aborts > abortsBefore;
-      if (m_downstream.aborts > abortsBefore || m_downstream.hasRefused || m_graph->AllEnded()) return;
+      if (m_passesEnded != m_passesBegun) continue;
+      complained = complained || m_graph->aborts > abortsBefore;
+      if (m_graph->aborts > abortsBefore || m_graph->hasRefused || m_graph->AllEnded()) return;
     }
   }
 
@@ -358,7 +349,6 @@ class FaultRig {
     if (m_fault.manner != Manner::kBlocksUntilSeek && m_fault.manner != Manner::kBlocksUntilStop) return m_fault.answer;
     if (CurrentThreadId() == m_thread) return m_fault.answer;  // it would have to flush itself
     m_blocked = true;
-    m_downstream.happened.Set();
     EXPECT_TRUE(m_source->WaitForFlush(kPatience)) << "a blocked read was not flushed";
     return m_fault.answer;
   }
@@ -376,12 +366,13 @@ class FaultRig {
   const Fault& m_fault;
   const NothingIsLeft m_nothingIsLeft;  // ahead of all that is to go
   const DWORD m_thread = CurrentThreadId();
-  Downstream m_downstream;
   ComPtr<SourceFilter> m_source;
   const std::size_t m_size = static_cast<std::size_t>(m_source->Size());
-  ComPtr<FaultGraph> m_graph = MakeCom<FaultGraph>(m_downstream);
+  ComPtr<FaultGraph> m_graph = MakeCom<FaultGraph>(m_fault.answer);
   ComPtr<IBaseFilter> m_splitter;
   std::atomic<bool> m_blocked{false};
+  std::atomic<int> m_passesBegun{0};
+  std::atomic<int> m_passesEnded{0};
 };
 
 using Case = std::pair<Movie, Fault>;

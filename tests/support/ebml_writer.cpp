@@ -68,8 +68,6 @@ ByteString Repeat(const ByteString& part, std::size_t times) {
 
 ByteString Zeros(std::size_t count) { return ByteString(count); }
 
-ByteString FromText(std::string_view text) { return {text.begin(), text.end()}; }
-
 ByteString Noise(std::size_t count, std::uint_fast32_t seed) {
   std::mt19937 random(seed);
   ByteString bytes(count);
@@ -107,7 +105,7 @@ ByteString Float(std::uint32_t id, double value) {
   return Element(id, BigEndian(std::bit_cast<std::uint64_t>(value), 8));
 }
 
-ByteString Text(std::uint32_t id, std::string_view text) { return Element(id, FromText(text)); }
+ByteString Text(std::uint32_t id, std::string_view text) { return Element(id, ByteString(text.begin(), text.end())); }
 
 ByteString EbmlHead(std::string_view docType) { return Element(id::kEbml, Text(id::kDocType, docType)); }
 
@@ -129,19 +127,15 @@ ByteString BlockData(std::uint64_t track, std::int16_t time, std::uint8_t flags,
   return Join({Vint(track), BigEndian(static_cast<std::uint16_t>(time), 2), {flags}, rest});
 }
 
-ByteString Lace(Lacing lacing, const std::vector<ByteString>& frames) {
-  ByteString lace = Join({{static_cast<std::uint8_t>(frames.size() - 1)}, LaceSizes(lacing, frames)});
-  for (const ByteString& frame : frames) lace.insert(lace.end(), frame.begin(), frame.end());
-  return lace;
-}
-
 ByteString SimpleBlock(std::uint64_t track, std::int16_t time, const ByteString& frame, bool key) {
   return Element(id::kSimpleBlock, BlockData(track, time, key ? kKeyFlag : std::uint8_t{0}, frame));
 }
 
 ByteString LacedBlock(std::uint64_t track, std::int16_t time, Lacing lacing, const std::vector<ByteString>& frames) {
   const auto flags = static_cast<std::uint8_t>(kKeyFlag | static_cast<std::uint8_t>(lacing));
-  return Element(id::kSimpleBlock, BlockData(track, time, flags, Lace(lacing, frames)));
+  ByteString lace = Join({{static_cast<std::uint8_t>(frames.size() - 1)}, LaceSizes(lacing, frames)});
+  for (const ByteString& frame : frames) lace.insert(lace.end(), frame.begin(), frame.end());
+  return Element(id::kSimpleBlock, BlockData(track, time, flags, lace));
 }
 
 ByteString Cluster(std::uint64_t time, const ByteString& blocks) {

@@ -16,7 +16,6 @@ ByteString Join(std::initializer_list<ByteString> parts);
 /// `part` repeated.
 ByteString Repeat(const ByteString& part, std::size_t times);
 ByteString Zeros(std::size_t count);
-ByteString FromText(std::string_view text);
 /// Repeatable noise.
 ByteString Noise(std::size_t count, std::uint_fast32_t seed);
 
@@ -73,9 +72,6 @@ enum class Lacing : std::uint8_t { kNone = 0x00, kXiph = 0x02, kFixed = 0x04, kE
 /// A block's data: its head, and what follows it (frames, or a lace).
 ByteString BlockData(std::uint64_t track, std::int16_t time, std::uint8_t flags, const ByteString& rest);
 inline constexpr std::uint8_t kKeyFlag = 0x80;
-
-/// A lace's head and its frames.
-ByteString Lace(Lacing lacing, const std::vector<ByteString>& frames);
 
 ByteString SimpleBlock(std::uint64_t track, std::int16_t time, const ByteString& frame, bool key = true);
 ByteString LacedBlock(std::uint64_t track, std::int16_t time, Lacing lacing, const std::vector<ByteString>& frames);

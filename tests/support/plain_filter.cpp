@@ -135,8 +135,13 @@ HRESULT STDMETHODCALLTYPE PlainPin::ReceiveConnection(IPin* pConnector, const AM
   if (pConnector == nullptr || pmt == nullptr) return E_POINTER;
   const CAutoLock hold(m_filter.m_lock);
   const HRESULT result = CheckFree();
-  if (SUCCEEDED(result)) Keep(pConnector, pmt);
-  return result;
+  if (FAILED(result)) return result;
+  try {
+    Keep(pConnector, pmt);
+  } catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
+  }
+  return S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE PlainPin::Disconnect() {

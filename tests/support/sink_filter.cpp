@@ -140,7 +140,7 @@ HRESULT STDMETHODCALLTYPE SinkPin::Receive(IMediaSample* pSample) {
   if (m_isFlushing) return S_FALSE;
   if (IsStopped()) return VFW_E_WRONG_STATE;
   const HRESULT answer = m_sink.Ask(SinkCall::kSample);
-  return FAILED(answer) ? answer : m_sink.Take(pSample);
+  return answer == S_OK ? m_sink.Take(pSample) : answer;
 }
 
 HRESULT STDMETHODCALLTYPE SinkPin::ReceiveMultiple(IMediaSample** pSamples, LONG nSamples, LONG* nSamplesProcessed) {

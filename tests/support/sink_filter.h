@@ -22,8 +22,6 @@ enum class SinkKind {
   kHolding,    ///< keeps samples until it is stopped, flushed or told to let go
   kBlocking    ///< stays in Receive until it is stopped or flushed
 };
-inline constexpr SinkKind kAllSinkKinds[] = {SinkKind::kRecording, SinkKind::kSlow, SinkKind::kHolding,
-                                             SinkKind::kBlocking};
 const char* NameOf(SinkKind kind);
 
 /// What each frame of a film that is made for a test begins with.
@@ -104,6 +102,8 @@ class SinkFilter : public PlainFilter {
   std::size_t CountOf(SinkEvent::Kind kind);
   /// What came behind an end of stream without a flush or a new start in between: nothing may.
   int AfterEnd() const noexcept { return m_afterEnd; }
+  /// The last that came is an end of stream, and no flush or new start since.
+  bool IsOver() const noexcept { return m_isOver; }
   /// Forgets what was written down.
   void Clear();
 
@@ -113,7 +113,8 @@ class SinkFilter : public PlainFilter {
   bool WaitForSample(DWORD milliseconds) { return m_sampled.Wait(milliseconds); }
   /// A holding sink gives all its samples back.
   void LetGo();
-  /// Asked ahead of every call, on the caller's thread; a failure is the answer. To be set before anybody calls.
+  /// Asked ahead of every call, on the caller's thread; a failure is the answer, and of a sample S_FALSE as well. To be
+  /// set before anybody calls.
   void BeforeEachCall(std::function<HRESULT(SinkCall)> call) { m_fault = std::move(call); }
   /// Called in Receive, on the thread that delivers, after the sample was written down.
   void OnSample(std::function<void(IMediaSample*)> call) { m_onSample = std::move(call); }

@@ -54,7 +54,6 @@ class SourceFilter : public PlainFilter {
   /// For BeforeEachCall.
   bool WaitForFlush(DWORD milliseconds) { return m_pin.flushing.Wait(milliseconds); }
   int Reads() const noexcept { return static_cast<int>(m_pin.reads); }
-  int Flushes() const noexcept { return m_pin.beginFlushes; }
 
  private:
   SourceFilter(Parts parts, LONGLONG size)

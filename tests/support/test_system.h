@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
 
 #include "framework/com_ptr.h"
@@ -37,15 +36,6 @@ std::uint32_t LivingThreads();
 std::uint64_t MemoryInUse();
 /// Bytes of the `size` at `begin` that the system lets the process write to: those it has promised memory for.
 std::size_t WritableBytes(const void* begin, std::size_t size);
-/// Bytes that are allocated on the process's heaps.
-std::uint64_t HeapInUse();
-
-/// How long each thread of this process was ready to run and got no processor so far, in nanoseconds; empty
-/// where the system does not tell.
-std::map<std::uint64_t, std::uint64_t> ProcessorWaits();
-
-/// Long tests make all their rounds without being asked: where they show what users get.
-bool RunsFullByDefault();
 
 /// Numbers in this build's reports are from the shipped module, not from an instrumented one.
 bool IsInstrumented();

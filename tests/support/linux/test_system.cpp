@@ -66,26 +66,7 @@ std::size_t WritableBytes(const void* begin, std::size_t size) {
   return writable;
 }
 
-std::uint64_t HeapInUse() {
-  const struct mallinfo2 info = mallinfo2();
-  return info.uordblks + info.hblkhd;
-}
-
-std::map<std::uint64_t, std::uint64_t> ProcessorWaits() {
-  std::map<std::uint64_t, std::uint64_t> waits;
-  std::error_code ended;  // threads come and go
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task", ended)) {
-    std::ifstream statistics(entry.path() / "schedstat");
-    std::uint64_t ran = 0;
-    std::uint64_t waited = 0;
-    if (statistics >> ran >> waited) waits[std::stoull(entry.path().filename().string())] = waited;
-  }
-  return waits;
-}
-
 bool GraphTakesThreads() { return true; }
-
-bool RunsFullByDefault() { return false; }
 
 bool IsInstrumented() {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

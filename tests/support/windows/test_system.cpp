@@ -2,7 +2,6 @@
 #include "tests/support/test_system.h"
 
 #include <algorithm>
-#include <array>
 #include <stdexcept>
 #include <vector>
 
@@ -48,17 +47,6 @@ QueryFunction QueryHandleList() {
   // By way of a function type without arguments, which may become any other.
   return reinterpret_cast<QueryFunction>(
       reinterpret_cast<void (*)()>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
-}
-
-std::uint64_t BusyBytes(HANDLE heap) {
-  std::uint64_t total = 0;
-  PROCESS_HEAP_ENTRY entry{};
-  HeapLock(heap);
-  while (HeapWalk(heap, &entry)) {
-    if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) total += entry.cbData;
-  }
-  HeapUnlock(heap);
-  return total;
 }
 
 }  // namespace
@@ -142,20 +130,8 @@ std::size_t WritableBytes(const void* begin, std::size_t size) {
   return writable;
 }
 
-std::uint64_t HeapInUse() {
-  std::array<HANDLE, 64> heaps{};
-  const DWORD count = std::min<DWORD>(GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()), heaps.size());
-  std::uint64_t total = 0;
-  for (DWORD k = 0; k < count; ++k) total += BusyBytes(heaps.at(k));
-  return total;
-}
-
-std::map<std::uint64_t, std::uint64_t> ProcessorWaits() { return {}; }
-
 // Wine 8 keeps its list of filters without a lock.
 bool GraphTakesThreads() { return false; }
-
-bool RunsFullByDefault() { return true; }
 
 bool IsInstrumented() { return false; }
 

@@ -1,4 +1,0 @@
-// The former place of MakeMovie.
-#pragma once
-
-#include "tests/support/film.h"
