@@ -21,8 +21,8 @@ tracks = element(
     track(1, 1, "V_VP8", text("22B59C", "und"), element("536E", b'\x1b]0;"title"\x07\\'),
           element("E0", number("B0", 16), number("BA", 16))),
     track(2, 2, "A_TTA1", element("63A2", b"\1"), text("22B59C", "fre"), element("536E", b"[German] " + CONTROLS.encode())),
-    track(3, 2, "A_TTA1", element("63A2", b"\1"), text("22B59C", "ger"), element("536E", MARKS.encode())),
-    track(4, 2, "A_TTA1", element("63A2", b"\1"), text("22B59C", "ger"), element("536E", b"cut \xe6\x97 \xc0\x8a \xff")),
+    track(3, 2, "A_TTA1", element("63A2", b"\1"), text("22B59C", "deu"), element("536E", MARKS.encode())),
+    track(4, 2, "A_TTA1", element("63A2", b"\1"), text("22B59C", "nob"), element("536E", b"cut \xe6\x97 \xc0\x8a \xff")),
     track(5, 17, "S_TEXT/UTF8", element("22B59C", b"\xe4\xff\x1b"), element("536E", "\u00fc".encode() * 600)),
 )
 # Read in code page 1252, where 81 is the control character U+0081.

@@ -123,15 +123,12 @@ TEST(ClusterIndex, IsTheSameWhetherClustersArePlainOrNot) {
   for (unsigned seed = 0; seed < 100; ++seed) EXPECT_EQ(timesOf(seed, false), timesOf(seed, true)) << seed;
 }
 
-/// 20 MB in blocks of 100 bytes and 5 ms, the first of each Cluster a key frame.
+/// 20 MB in blocks of 100 bytes and Clusters of 5 ms a block, the first of each a key frame.
 ByteString SmallBlocks(std::uint64_t blocksPerCluster, std::uint64_t from = 0) {
   constexpr std::uint64_t kBlocks = 200000;
   const ByteString frame = Noise(100, 1);
-  ByteString blocks;
-  for (std::uint64_t k = 0; k < blocksPerCluster; ++k) {
-    const ByteString block = SimpleBlock(1, static_cast<std::int16_t>(k * 5), frame, k == 0);
-    blocks.insert(blocks.end(), block.begin(), block.end());
-  }
+  const ByteString blocks =
+      Join({SimpleBlock(1, 0, frame), Repeat(SimpleBlock(1, 4, frame, false), blocksPerCluster - 1)});
   ByteString clusters;
   for (std::uint64_t k = 0; k < kBlocks; k += blocksPerCluster) {
     const ByteString cluster = Cluster(from + k * 5, blocks);

@@ -6,9 +6,8 @@
 namespace tarvex::test {
 namespace {
 
-constexpr std::uint32_t kPosition = 0xA7, kPrevSize = 0xAB, kSilentTracks = 0x5854, kSilentTrack = 0x58D7;
-constexpr std::uint32_t kEncryptedBlock = 0xAF, kBlockAdditions = 0x75A1, kBlockMore = 0xA6, kBlockAddId = 0xEE,
-                        kBlockAdditional = 0xA5, kDiscardPadding = 0x75A2, kCodecState = 0xA4, kUnknown = 0x4444;
+constexpr std::uint32_t kPosition = 0xA7, kPrevSize = 0xAB, kSilentTracks = 0x5854, kEncryptedBlock = 0xAF,
+                        kBlockAdditions = 0x75A1, kDiscardPadding = 0x75A2, kUnknown = 0x4444;
 
 void Append(ByteString& bytes, const ByteString& more) { bytes.insert(bytes.end(), more.begin(), more.end()); }
 
@@ -60,7 +59,7 @@ class Generator {
     if (m_hasChecksums) Append(data, Element(id::kCrc32, Noise(4, m_random())));
     Append(data, Unsigned(id::kTimecode, m_time));
     if (m_hasPositions) Append(data, Join({Unsigned(kPosition, Below(100000)), Unsigned(kPrevSize, Below(100000))}));
-    AppendOneIn(50, data, Element(kSilentTracks, Unsigned(kSilentTrack, 2)));
+    AppendOneIn(50, data, Element(kSilentTracks, Unsigned(0x58D7, 2)));
     std::uint64_t relative = 0;
     for (std::size_t count = Below(m_blocks + 1) + (m_blocks == 1 ? 1 : 0); count > 0; --count) {
       Append(data, Block(static_cast<std::int16_t>(relative)));
@@ -93,9 +92,7 @@ class Generator {
     if (!key) Append(group, Signed(id::kReferenceBlock, -40));
     AppendOneIn(2, group, Unsigned(id::kBlockDuration, 40));
     AppendOneIn(8, group, Signed(kDiscardPadding, 1000));
-    AppendOneIn(8, group, Element(kCodecState, Noise(5, 1)));
-    const ByteString addition = Join({Unsigned(kBlockAddId, 1), Element(kBlockAdditional, Noise(9, 1))});
-    AppendOneIn(8, group, Element(kBlockAdditions, Element(kBlockMore, addition)));
+    AppendOneIn(8, group, Element(kBlockAdditions, Element(0xA6, Unsigned(0xEE, 1))));
     return Element(id::kBlockGroup, group);
   }
 

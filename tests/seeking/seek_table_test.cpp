@@ -38,19 +38,17 @@ class Player {
     m_seeking = QueryFor<IMediaSeeking>(m_graph.OutputPins().front().Get());
   }
 
-  bool IsVideo(std::size_t pin) const { return NameOf(m_graph.OutputPins()[pin].Get()).starts_with("Video"); }
+  bool HasPictures() const { return NameOf(m_graph.OutputPins().front().Get()).starts_with("Video"); }
 
   std::vector<Stream> PlayFromTheFront() {
     EXPECT_TRUE(SUCCEEDED(m_graph.Run()));
     return ToTheEnd();
   }
 
-  std::vector<Stream> Seek(std::int64_t place, std::int64_t stop, bool whileRunning) {
+  std::vector<Stream> Seek(LONGLONG place, LONGLONG stop, bool whileRunning) {
     for (const auto& sink : m_graph.Sinks()) sink->Clear();
-    LONGLONG start = place;
-    LONGLONG end = stop;
     EXPECT_TRUE(!whileRunning || SUCCEEDED(m_graph.Run()));
-    EXPECT_EQ(m_seeking->SetPositions(&start, AM_SEEKING_AbsolutePositioning, &end, AM_SEEKING_AbsolutePositioning),
+    EXPECT_EQ(m_seeking->SetPositions(&place, AM_SEEKING_AbsolutePositioning, &stop, AM_SEEKING_AbsolutePositioning),
               S_OK);
     EXPECT_TRUE(whileRunning || SUCCEEDED(m_graph.Run()));
     return ToTheEnd();
@@ -69,30 +67,20 @@ class Player {
   ComPtr<IMediaSeeking> m_seeking;
 };
 
-/// A start and a stop, and what they take of the whole.
+/// A start and a stop, and what they take of the whole, by the rules or as it is listed. Pictures are the first pin's.
 class Expectation {
  public:
-  Expectation(const Player& player, const std::vector<Stream>& whole, std::int64_t start, std::int64_t stop)
+  Expectation(const std::vector<Stream>& whole, bool hasPictures, std::int64_t start, std::int64_t stop,
+              const ListedSeek* listed)
       : m_start(start), m_stop(stop), m_origin(start) {
-    for (std::size_t pin = 0; pin < whole.size(); ++pin)
-      m_upToStop.push_back(UpToStop(whole[pin].frames, player.IsVideo(pin)));
-    m_tails = m_upToStop;
-    for (std::size_t pin = 0; pin < whole.size(); ++pin) {
-      if (player.IsVideo(pin)) BeginWithPictures(pin);
+    for (const Stream& stream : whole) m_tails.push_back(UpToStop(stream.frames, hasPictures && m_tails.empty()));
+    if (listed != nullptr) {
+      m_origin = listed->segment;
+      for (std::size_t pin = 0; pin < m_tails.size(); ++pin) KeepLast(m_tails[pin], listed->frames.at(pin));
+      return;
     }
-    for (std::size_t pin = 0; pin < whole.size(); ++pin) {
-      if (!player.IsVideo(pin)) DropWhatLeads(m_tails[pin]);
-    }
-  }
-
-  /// As it is listed.
-  void Replace(const ListedSeek& seek) {
-    m_origin = seek.segment;
-    for (std::size_t pin = 0; pin < m_tails.size(); ++pin) {
-      Frames& all = m_tails[pin] = m_upToStop[pin];
-      ASSERT_LE(seek.frames.at(pin), all.size());
-      all.erase(all.begin(), all.end() - static_cast<std::ptrdiff_t>(seek.frames[pin]));
-    }
+    if (hasPictures) BeginWithPictures(m_tails[0]);
+    for (std::size_t pin = hasPictures ? 1 : 0; pin < m_tails.size(); ++pin) DropWhatLeads(m_tails[pin]);
   }
 
   void Compare(const std::vector<Stream>& streams) const {
@@ -114,9 +102,12 @@ class Expectation {
     return {all.begin(), std::ranges::find_if(all, past)};
   }
 
+  static void KeepLast(Frames& frames, std::size_t count) {
+    frames.erase(frames.begin(), frames.begin() + static_cast<std::ptrdiff_t>(frames.size() - count));
+  }
+
   // From the last key frame that is not after the start; the segment starts with the last picture that is not.
-  void BeginWithPictures(std::size_t pin) {
-    Frames& pictures = m_tails[pin];
+  void BeginWithPictures(Frames& pictures) {
     const auto isKey = [&](const Frame& frame) { return frame.key && frame.time <= m_start; };
     const auto key = std::find_if(pictures.rbegin(), pictures.rend(), isKey);
     if (key != pictures.rend()) pictures.erase(pictures.begin(), key.base() - 1);
@@ -150,8 +141,7 @@ class Expectation {
   const std::int64_t m_stop;
   std::int64_t m_origin;
   std::int64_t m_first = -kUnknownDuration;
-  std::vector<Frames> m_upToStop;  // what there is before the stop, of each pin
-  std::vector<Frames> m_tails;     // what of it comes
+  std::vector<Frames> m_tails;  // what comes of each pin
 };
 
 std::vector<CorpusFile> Files() {
@@ -202,8 +192,9 @@ TEST_P(SeekTable, DeliversTheTail) {
     for (const std::int64_t place : places) {
       for (const std::int64_t stop : stops) {
         SCOPED_TRACE(file.name + " from " + std::to_string(place) + " to " + std::to_string(stop));
-        Expectation expected(player, whole, place, stop <= 0 || stop < place ? end : std::min(stop, end));
-        if (listed.contains(place)) expected.Replace(listed.at(place));
+        const Expectation expected(whole, player.HasPictures(), place,
+                                   stop <= 0 || stop < place ? end : std::min(stop, end),
+                                   listed.contains(place) ? &listed.at(place) : nullptr);
         for (const bool whileRunning : {false, true}) expected.Compare(player.Seek(place, stop, whileRunning));
         if (HasFailure()) return;
       }
