@@ -1,4 +1,4 @@
-// The log: what is cut, and errors at the border.
+// The log and texts: what is cut, errors at the border, and what is no text.
 #include "framework/log.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +10,7 @@
 
 #include "framework/com_boundary.h"
 #include "framework/message_error.h"
+#include "framework/text_conversion.h"
 
 namespace tarvex::test {
 namespace {
@@ -27,6 +28,14 @@ TEST(Log, ExceptionsBecomeCodesAtTheBorderAndLongTextsAreCut) {
   LogFormat("%s", std::string(500, 'x').c_str());
   SetLogSink(nullptr, nullptr);
   EXPECT_EQ(texts, (std::vector<std::string>{"no segment", "odd", "unknown exception", std::string(199, 'x')}));
+}
+
+TEST(TextConversion, IllFormedIsReplacedByteByByte) {
+  const std::pair<const char*, WideString> cases[] = {{"\xC0\x80", WideString(2, OLECHAR{0xFFFD})},
+                                                      {"\xED\xA0\x80", WideString(3, OLECHAR{0xFFFD})},
+                                                      {"\xF0\x9F\x8E\xAC", OLESTR("\U0001F3AC")}};
+  for (const auto& [bytes, wide] : cases) EXPECT_EQ(WideFromUtf8(bytes), wide);
+  EXPECT_EQ(Utf8FromWide(WideString(1, OLECHAR{0xD800})), "\xEF\xBF\xBD") << "half of a pair";
 }
 
 }  // namespace

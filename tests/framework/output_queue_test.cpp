@@ -135,12 +135,13 @@ TEST_F(OutputQueue, KeepsEverythingInOrderAndSamplesUntilTheirBatchIsFullOrRelea
 
 TEST_F(OutputQueue, ARefusalDropsWhatFollowsAndIsReportedUntilResetButTheEndPasses) {
   SendHeld(E_ACCESSDENIED, 1);
+  m_queue->EOS();
   m_go.Set();
-  ExpectHeard({"1"});
+  ExpectHeard({"1", "end"});
   EXPECT_EQ(Send(3), E_ACCESSDENIED);
   m_queue->Reset();
   EXPECT_EQ(Send(4), S_OK);
-  ExpectHeard({"1", "4"});
+  ExpectHeard({"1", "end", "4"});
   for (const HRESULT refusal : {S_FALSE, VFW_E_SAMPLE_REJECTED_EOS}) {
     m_sink->Clear();
     onSample = [refusal](int) { return refusal; };

@@ -168,6 +168,7 @@ TEST(ClusterSearch, NothingOfOneFileIsKnownOfTheNext) {
   file.scanner.SetCallback(&file);
   file.scanner.CanProcess(second.readAhead.Get());
   EXPECT_EQ(FramesFrom(file, 6000000000), FramesFrom(second, 6000000000));
+  EXPECT_TRUE(file.scanner.Index().empty()) << "a contradiction to what was known";
 }
 
 TEST(ClusterSearch, PendingEventEndsItAtOnceAndItIsTriedAgain) {

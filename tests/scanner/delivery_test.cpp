@@ -1,6 +1,8 @@
 // Delivery where the data ends early or is damaged. What well-made blocks deliver is the corpus's matter.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "tests/scanner/recording.h"
 
 namespace tarvex::test {
@@ -12,6 +14,16 @@ TEST(Delivery, BlockFoundInsideADamagedGroupIsReadFromItsOwnBytes) {
   OpenFile file(FileOf(Cluster(0, Join({group, SimpleBlock(1, 9, {9})}))));
   EXPECT_FALSE(file.scanner.Process());
   EXPECT_EQ(file.frames, (std::vector<RecordedFrame>{{10000, {1}}, {50000, Noise(40, 3)}, {90000, {9}}}));
+}
+
+TEST(Delivery, DurationIsCutAndNonsenseCountsAsAbsent) {
+  const std::pair<double, std::uint64_t> durations[] = {
+      {0.0000099, 0}, {1e15, 10000000000000000000U}, {1e300, ~std::uint64_t{0}}, {std::nan(""), 0}, {INFINITY, 0},
+      {-1.0, 0}};
+  for (const auto& [ticks, expected] : durations) {
+    const OpenFile file(MatroskaFile(Element(id::kInfo, Float(id::kDuration, ticks))));
+    EXPECT_EQ(file.scanner.Duration(), expected) << ticks;
+  }
 }
 
 // What lies in front of a place that cannot be read is delivered, and few reads are made to find that out.

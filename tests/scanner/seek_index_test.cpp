@@ -1,7 +1,8 @@
 // The seek index: that of every file of a corpus against the manifest, which of several positions counts, and when it
-// is made once more. Where a start leads is the matter of tests/seeking.
+// is made once more.
 #include <gtest/gtest.h>
 
+#include "scanner/index/index_search.h"
 #include "tests/corpus/manifest.h"
 #include "tests/scanner/recording.h"
 #include "tests/support/digest.h"
@@ -73,6 +74,16 @@ TEST(SeekIndex, FailingReadOrPendingEventLeavesNoneAndItIsTriedAgain) {
     file.reader.brokenFrom = -1;
     EXPECT_EQ(IndexOf(file).size(), 2U);
   }
+}
+
+// Beyond the duration, and in an index that is out of order. Other starts are the matter of tests/seeking.
+TEST(IndexSearch, BeginsAtAnEstimateAndEndsInAnyIndex) {
+  const std::vector<SeekPoint> sorted = {{1, 0}, {2, 100}, {3, 200}};
+  const std::vector<SeekPoint> unsorted = {{1, 50}, {2, 10}, {3, 40}, {4, 5}};
+  EXPECT_EQ(FindIndexEntry(sorted, 900, 300), 0);
+  EXPECT_EQ(FindIndexEntry(sorted, 900, 0), 2);
+  EXPECT_EQ(FindIndexEntry(unsorted, 45, 60), 3);
+  EXPECT_EQ(FindIndexEntry(unsorted, 7, 8), 0);
 }
 
 }  // namespace
