@@ -110,19 +110,6 @@ TEST(ClusterSearch, LeadsWhereTheIndexLeadsInLargeFiles) {
   }
 }
 
-// What the quick way does not know goes through libmatroska.
-TEST(ClusterIndex, IsTheSameWhetherClustersArePlainOrNot) {
-  const auto timesOf = [](unsigned seed, bool hasUnknown) {
-    std::mt19937 random(seed);
-    OpenFile file(GenerateFile(random, {.isWhole = true, .hasUnknown = hasUnknown}));
-    file.scanner.BuildIndex();
-    std::vector<std::uint64_t> times;
-    for (const SeekPoint& point : file.scanner.Index()) times.push_back(point.time);
-    return times;
-  };
-  for (unsigned seed = 0; seed < 100; ++seed) EXPECT_EQ(timesOf(seed, false), timesOf(seed, true)) << seed;
-}
-
 /// 20 MB in blocks of 100 bytes and Clusters of 5 ms a block, the first of each a key frame.
 ByteString SmallBlocks(std::uint64_t blocksPerCluster, std::uint64_t from = 0) {
   constexpr std::uint64_t kBlocks = 200000;

@@ -26,7 +26,7 @@ class Generator {
     const ByteString data = Join({Headers(), clusters, Between()});
     ByteString file = Join({EbmlHead(), m_unknownSegment ? ElementOfUnknownSize(id::kSegment, data)  //
                                                          : Element(id::kSegment, data)});
-    if (OneIn(8) && !m_shape.isWhole) file.resize(file.size() - Below(std::min<std::size_t>(clusters.size(), 3000)));
+    if (OneIn(8)) file.resize(file.size() - Below(std::min<std::size_t>(clusters.size(), 3000)));
     return file;
   }
 
@@ -68,7 +68,7 @@ class Generator {
       AppendOneIn(100, data, Element(kEncryptedBlock, Noise(Below(50), m_random())));
     }
     m_time += relative;
-    if (m_shape.hasUnknown) Append(data, Element(kUnknown, {1}));
+    if (!m_unknownClusters) AppendOneIn(40, data, Element(kUnknown, {1}));
     return m_unknownClusters ? ElementOfUnknownSize(id::kCluster, data) : Element(id::kCluster, data);
   }
 
@@ -103,7 +103,7 @@ class Generator {
   const std::size_t m_keyEvery = OneIn(8) ? 1000 : 1 + Below(40);
   const std::uint64_t m_video = OneIn(4) ? 0 : 1 + Below(2);  // the track that is one; 0: none is
   const bool m_unknownSegment = OneIn(4);
-  const bool m_unknownClusters = OneIn(5) && !m_shape.isWhole;
+  const bool m_unknownClusters = OneIn(5);
   const bool m_hasChecksums = OneIn(3);
   const bool m_hasPositions = OneIn(3);
   const bool m_hasClustersInFrames = OneIn(8);
