@@ -111,7 +111,7 @@ TEST(ClusterSearch, LeadsWhereTheIndexLeadsInLargeFiles) {
 }
 
 /// 20 MB in blocks of 100 bytes and Clusters of 5 ms a block, the first of each a key frame.
-ByteString SmallBlocks(std::uint64_t blocksPerCluster, std::uint64_t from = 0) {
+ByteString SmallBlocks(std::size_t blocksPerCluster, std::uint64_t from = 0) {
   constexpr std::uint64_t kBlocks = 200000;
   const ByteString frame = Noise(100, 1);
   const ByteString blocks =

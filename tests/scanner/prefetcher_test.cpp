@@ -33,7 +33,9 @@ struct LongStream {
   HRESULT Read(LONGLONG position, LONG length) {
     ByteString bytes(static_cast<std::size_t>(length), 0xEE);
     const HRESULT result = reader->SyncRead(position, length, bytes.data());
-    EXPECT_TRUE(result != S_OK || std::equal(bytes.begin(), bytes.end(), below.bytes.begin() + position)) << position;
+    EXPECT_TRUE(result != S_OK ||
+                std::equal(bytes.begin(), bytes.end(), below.bytes.begin() + static_cast<std::ptrdiff_t>(position)))
+        << position;
     return result;
   }
   /// How far blocks of this size can be read from `position` on. The other thread gets its turn.
