@@ -127,9 +127,9 @@ ByteString SmallBlocks(std::size_t blocksPerCluster, std::uint64_t from = 0) {
 constexpr std::uint64_t kPlace = 5000000000;
 
 TEST(ClusterSearch, TakesFewReadsAndTheIndexOfSmallBlocksTakesLargeOnes) {
-  for (const std::uint64_t blocksPerCluster : {1000U, 5U}) {
+  for (const std::size_t blocksPerCluster : {1000U, 5U}) {
     const ByteString bytes = SmallBlocks(blocksPerCluster);
-    const auto before = static_cast<std::int64_t>(kPlace - blocksPerCluster * 50000);  // one entry
+    const auto before = static_cast<std::int64_t>(kPlace - std::uint64_t{blocksPerCluster} * 50000);  // one entry
     OpenFile searched(bytes);
     const std::int64_t opening = searched.reader.reads;
     EXPECT_EQ(FramesFrom(searched, kPlace).front().start, before);
