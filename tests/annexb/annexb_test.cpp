@@ -16,31 +16,24 @@
 namespace tarvex::test {
 namespace {
 
-constexpr char kCodec[] = "V_MPEG4/ISO/AVC";
-
 // Where ffmpeg is no judge: it decodes nothing of empty NAL units, ends at a block of an unknown track, goes
 // on into a second segment; and of several sequence sets the first two entries hold no picture set.
 constexpr const char* kNotComparable[] = {"gen/avc_empty_nals.mkv", "gen/stray_track.mkv", "gen/two_segments.mkv",
                                           "gen/avc_two_sps.mkv"};
 
-bool IsH264(const ManifestTrack& track) { return track.codecId == kCodec; }
-
 // Damaged files are left out, since an error is concealed by what the container tells of the frames, and a
 // file without frames has no pictures.
-std::vector<ManifestFile> H264Files() {
-  std::vector<ManifestFile> files = ReadManifest(CorpusFolder());
-  std::erase_if(files, [](const ManifestFile& file) {
+std::vector<CorpusFile> H264Files() {
+  std::vector<CorpusFile> files = Corpus();
+  std::erase_if(files, [](const CorpusFile& file) {
+    if (!file.Opens() || file.IsRobustness() || file.IsDamaged()) return true;
     if (std::ranges::find(kNotComparable, file.name) != std::end(kNotComparable)) return true;
-    const auto track = std::find_if(file.tracks.begin(), file.tracks.end(), IsH264);
-    if (!file.opens || file.robustness || file.upToDamage || track == file.tracks.end()) return true;
-    const auto frames = file.frames.find(track->number.value_or(0));
-    return frames == file.frames.end() || frames->second.count == 0;
+    for (const auto& track : file.entry.value("tracks", nlohmann::json::array())) {
+      if (track.value("codec_id", "") != "V_MPEG4/ISO/AVC") continue;
+      return file.entry.value(nlohmann::json::json_pointer("/frames/" + track.at("number").dump() + "/count"), 0) == 0;
+    }
+    return true;
   });
-  return files;
-}
-
-const std::vector<ManifestFile>& Files() {
-  static const std::vector<ManifestFile> files = H264Files();
   return files;
 }
 
@@ -79,10 +72,10 @@ std::string Pictures(const std::string& input) {
   return sums;
 }
 
-class AnnexBPictures : public testing::TestWithParam<std::size_t> {};
+class AnnexBPictures : public testing::TestWithParam<CorpusFile> {};
 
 TEST_P(AnnexBPictures, AreThoseOfTheFile) {
-  const ManifestFile& file = Files()[GetParam()];
+  const CorpusFile& file = GetParam();
   const std::string made = testing::TempDir() + "tarvex-" + std::to_string(getpid()) + ".h264";
   WriteStartCodeStream(file.path, made);
   const std::string original = Pictures("-i '" + file.path + "' -map 0:v:0");
@@ -91,8 +84,7 @@ TEST_P(AnnexBPictures, AreThoseOfTheFile) {
   std::filesystem::remove(made);
 }
 
-INSTANTIATE_TEST_SUITE_P(Corpus, AnnexBPictures, testing::Range<std::size_t>(0, Files().size()),
-                         [](const auto& one) { return CaseName(Files()[one.param]); });
+INSTANTIATE_TEST_SUITE_P(Corpus, AnnexBPictures, testing::ValuesIn(H264Files()), kCaseName);
 
 }  // namespace
 }  // namespace tarvex::test

@@ -43,22 +43,15 @@ std::string Text(std::span<const std::uint8_t> block) {
 
 }  // namespace
 
-std::string TypeText(const AM_MEDIA_TYPE& type) {
-  return Text(type.majortype) + ' ' + Text(type.subtype) + ' ' + Text(type.formattype) + ' ' +
-         std::to_string(type.bFixedSizeSamples) + ' ' + std::to_string(type.bTemporalCompression) + ' ' +
-         std::to_string(type.lSampleSize) + ' ' + Text({type.pbFormat, type.cbFormat}) +
-         (type.pUnk == nullptr ? "" : " with pUnk");
-}
-
 std::string OfferedType(IPin* pin) {
   ComPtr<IEnumMediaTypes> list;
-  std::array<AM_MEDIA_TYPE*, 2> types{};
-  ULONG count = 0;
-  if (FAILED(pin->EnumMediaTypes(list.Put()))) return {};
-  list->Next(2, types.data(), &count);
-  const std::string text = count == 1 ? TypeText(*types[0]) : "";
-  for (ULONG k = 0; k < count; ++k) DeleteMediaType(types.at(k));
-  return text;
+  AM_MEDIA_TYPE* type = nullptr;
+  if (FAILED(pin->EnumMediaTypes(list.Put())) || list->Next(1, &type, nullptr) != S_OK) return {};
+  const MediaTypePtr owner(type);
+  return Text(type->majortype) + ' ' + Text(type->subtype) + ' ' + Text(type->formattype) + ' ' +
+         std::to_string(type->bFixedSizeSamples) + ' ' + std::to_string(type->bTemporalCompression) + ' ' +
+         std::to_string(type->lSampleSize) + ' ' + Text({type->pbFormat, type->cbFormat}) +
+         (type->pUnk == nullptr ? "" : " with pUnk");
 }
 
 }  // namespace tarvex::test

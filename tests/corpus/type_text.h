@@ -7,12 +7,10 @@
 
 namespace tarvex::test {
 
-/// Major type, subtype and format type, of which only the first part is written where the rest is that of the FOURCC
-/// range; bFixedSizeSamples, bTemporalCompression and lSampleSize; and the format block in hexadecimal, where [n]
-/// stands for n bytes of zero, or - without a block.
-std::string TypeText(const AM_MEDIA_TYPE& type);
-
-/// The line of the media type that the pin offers first; empty when it offers none, or more than one.
+/// The line of the media type that the pin offers first; empty when it offers none. Major type, subtype and format
+/// type, of which only the first part is written where the rest is that of the FOURCC range; bFixedSizeSamples,
+/// bTemporalCompression and lSampleSize; and the format block in hexadecimal, where [n] stands for n bytes of zero, or
+/// - without a block.
 std::string OfferedType(IPin* pin);
 
 }  // namespace tarvex::test

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <array>
 #include <string>
 #include <vector>
 
@@ -31,8 +31,11 @@ class OutputQueue : public ::testing::Test {
   void SetUp() override {
     const CMediaType type(MEDIATYPE_Stream);
     ASSERT_EQ(m_source->Pin()->Connect(m_sink->Pin(), &type), S_OK);
-    m_sink->AnswerWith(
-        [this](IMediaSample* sample) { return onSample(static_cast<int>(sample->GetActualDataLength())); });
+    m_sink->AnswerWith([this](IMediaSample* sample) {
+      const auto mark = static_cast<int>(sample->GetActualDataLength());
+      m_out.at(static_cast<std::size_t>(mark)) = m_allocator->Out();
+      return onSample(mark);
+    });
     ASSERT_EQ(m_sink->Pause(), S_OK);
     ALLOCATOR_PROPERTIES request{64, 64, 1, 0};
     ALLOCATOR_PROPERTIES actual{};
@@ -85,20 +88,31 @@ class OutputQueue : public ::testing::Test {
   bool WaitForFlush() {
     return Eventually([this] { return m_sink->CountOf(SinkEvent::Kind::kBeginFlush) != 0; });
   }
+  /// The first sample stays in Receive until m_go, and is answered so; other samples are sent behind it.
+  void SendHeld(HRESULT answer, int others) {
+    onSample = [this, answer](int mark) {
+      if (mark != 1) return S_OK;
+      m_entered.Set();
+      m_go.Wait(kPatience);
+      return answer;
+    };
+    Make();
+    Send(1);
+    ASSERT_TRUE(m_entered.Wait(kPatience));
+    for (int mark = 2; mark < 2 + others; ++mark) Send(mark);
+  }
 
   std::function<HRESULT(int)> onSample = [](int) { return S_OK; };  // the answer is Receive's
   ComPtr<SourceFilter> m_source = SourceFilter::FromBytes({});
   ComPtr<SinkFilter> m_sink = SinkFilter::Create(SinkKind::kCounting);
   ComPtr<CountingAllocator> m_allocator = MakeCom<CountingAllocator>();
   std::shared_ptr<COutputQueue> m_queue;
+  std::array<LONG, 65> m_out{};  // how many samples were out when each came
+  Event m_entered;
+  Event m_go;
 };
 
 TEST_F(OutputQueue, KeepsEverythingInOrderAndSamplesUntilTheirBatchIsFullOrReleased) {
-  LONG outAtSecond = 0;
-  onSample = [&](int mark) {
-    if (mark == 2) outAtSecond = m_allocator->Out();
-    return S_OK;
-  };
   Make(3);
   Put(1);
   Put(2);
@@ -106,49 +120,28 @@ TEST_F(OutputQueue, KeepsEverythingInOrderAndSamplesUntilTheirBatchIsFullOrRelea
   EXPECT_TRUE(Heard().empty());
   Put(3);
   ExpectHeard({"1", "2", "3"});
-  EXPECT_EQ(outAtSecond, 3) << "in one batch";
+  EXPECT_EQ(m_out[2], 3) << "in one batch";
   Put(4);
   m_queue->NewSegment(7, 100, 1.0);
   Put(5);
   m_queue->EOS();
   ExpectHeard({"1", "2", "3", "4", "segment 7", "5", "end"});
-
-  Event entered;
-  Event go(Event::Mode::kManual);
-  onSample = [&](int mark) {
-    if (mark == 2) outAtSecond = m_allocator->Out();
-    entered.Set();
-    go.Wait(kPatience);
-    return S_OK;
-  };
   m_sink->Clear();
-  Make();
-  for (int mark = 1; mark <= 3; ++mark) Send(mark);
-  ASSERT_TRUE(entered.Wait(kPatience));
-  go.Set();
+  SendHeld(S_OK, 2);
+  m_go.Set();
   ExpectHeard({"1", "2", "3"});
-  EXPECT_EQ(outAtSecond, 2) << "each is free as soon as downstream is done with it";
+  EXPECT_EQ(m_out[2], 2) << "each is free as soon as downstream is done with it";
 }
 
 TEST_F(OutputQueue, ARefusalDropsWhatFollowsAndIsReportedUntilResetButTheEndPasses) {
-  Event refused;
-  Event go;
-  onSample = [&](int mark) {
-    if (mark != 1) return S_OK;
-    refused.Set();
-    go.Wait(kPatience);
-    return E_ACCESSDENIED;
-  };
-  Make();
-  Send(1);
-  ASSERT_TRUE(refused.Wait(kPatience));
-  Send(2);
-  go.Set();
-  ExpectHeard({"1"});
+  SendHeld(E_ACCESSDENIED, 1);
+  m_queue->EOS();
+  m_go.Set();
+  ExpectHeard({"1", "end"});
   EXPECT_EQ(Send(3), E_ACCESSDENIED);
   m_queue->Reset();
   EXPECT_EQ(Send(4), S_OK);
-  ExpectHeard({"1", "4"});
+  ExpectHeard({"1", "end", "4"});
   for (const HRESULT refusal : {S_FALSE, VFW_E_SAMPLE_REJECTED_EOS}) {
     m_sink->Clear();
     onSample = [refusal](int) { return refusal; };
@@ -161,16 +154,11 @@ TEST_F(OutputQueue, ARefusalDropsWhatFollowsAndIsReportedUntilResetButTheEndPass
 }
 
 TEST_F(OutputQueue, AFlushDropsWaitingSamplesAndEndsARefusalAlsoFromTheQueuesOwnThread) {
-  Event entered;
-  onSample = [&](int mark) {
-    if (mark != 1) return S_OK;
-    entered.Set();
-    return WaitForFlush() ? S_FALSE : E_FAIL;
-  };
-  Make();
-  Send(1);
-  ASSERT_TRUE(entered.Wait(kPatience));
-  Send(2);
+  m_sink->BeforeEachCall([this](SinkCall call) {
+    if (call == SinkCall::kBeginFlush) m_go.Set();
+    return S_OK;
+  });
+  SendHeld(S_FALSE, 1);
   m_queue->BeginFlush();
   EXPECT_EQ(Send(3), S_FALSE);
   m_queue->EndFlush();
@@ -191,47 +179,43 @@ TEST_F(OutputQueue, AFlushDropsWaitingSamplesAndEndsARefusalAlsoFromTheQueuesOwn
   EXPECT_EQ(Send(10), S_OK);
 }
 
-enum class Receive { kReturnsSoon, kWaitsForAFlush, kNeverReturns };
-
+// Receive returns soon, waits for a flush, or returns only when everybody has given up.
 TEST_F(OutputQueue, EndsWhateverReceiveDoes) {
-  for (const Receive receive : {Receive::kReturnsSoon, Receive::kWaitsForAFlush, Receive::kNeverReturns}) {
-    SCOPED_TRACE(static_cast<int>(receive));
-    Event entered;
-    Event end(Event::Mode::kManual);
+  const std::function<void()> receives[] = {[] { SleepMilliseconds(30); }, [this] { WaitForFlush(); },
+                                            [this] { m_go.Wait(); }};
+  for (const auto& receive : receives) {
     Event left;
     onSample = [&](int) {
-      entered.Set();
-      if (receive == Receive::kWaitsForAFlush) WaitForFlush();
-      if (receive != Receive::kWaitsForAFlush) end.Wait(receive == Receive::kReturnsSoon ? 30 : INFINITE);
+      m_entered.Set();
+      receive();
       left.Set();
       return S_OK;
     };
     m_sink->Clear();
     Make();
     for (int mark = 1; mark <= 20; ++mark) Send(mark);
-    ASSERT_TRUE(entered.Wait(kPatience));
+    ASSERT_TRUE(m_entered.Wait(kPatience));
     m_queue.reset();
-    end.Set();
+    m_go.Set();
     ASSERT_TRUE(left.Wait(kPatience));
     EXPECT_TRUE(Eventually([this] { return m_allocator->Out() == 0; }));
-    if (receive != Receive::kReturnsSoon || Heard() != Words{"1"}) ExpectHeard({"1", "flush", "flushed"});
+    if (&receive != receives || Heard() != Words{"1"}) ExpectHeard({"1", "flush", "flushed"});
+    m_go.Clear();
   }
 }
 
 TEST_F(OutputQueue, EndsFromItsOwnThreadAndQuietlyWhenIdle) {
-  Event sent;
-  Event destroyed;
-  onSample = [&](int) {
-    sent.Wait(kPatience);  // no other call may be in progress when the owner destroys its queue
+  onSample = [this](int) {
+    m_go.Wait(kPatience);  // no other call may be in progress when the owner destroys its queue
     m_queue.reset();
-    destroyed.Set();
+    m_entered.Set();
     return S_OK;
   };
   Make();
   Put(1);
   m_queue->EOS();
-  sent.Set();
-  ASSERT_TRUE(destroyed.Wait(kPatience));
+  m_go.Set();
+  ASSERT_TRUE(m_entered.Wait(kPatience));
   ExpectHeard({"1"});
   for (int i = 0; i < 50; ++i) Make();
   ExpectHeard({"1"});

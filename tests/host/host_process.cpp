@@ -18,8 +18,7 @@ constexpr int kMostStarts = 3;
 
 FileHandle InheritableFile(const WideString& path) {
   SECURITY_ATTRIBUTES inherit{sizeof inherit, nullptr, TRUE};
-  return FileHandle(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit,
-                                CREATE_ALWAYS, 0, nullptr));
+  return FileHandle(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherit, CREATE_ALWAYS, 0, nullptr));
 }
 
 /// Wine answers ERROR_INTERNAL_ERROR, once in thousands of times, when its loader ends in the new process before

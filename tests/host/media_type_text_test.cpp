@@ -51,17 +51,5 @@ TEST(MediaTypeText, ABlockMayClaimMoreThanThereIs) {
   EXPECT_TRUE(line.ends_with(", 5 of 512 claimed bytes of codec data")) << line;
 }
 
-TEST(MediaTypeText, SubtitleLanguageNeedsNoTerminatingZero) {
-  std::vector<std::uint8_t> block(520 + 3, 'A');
-  EXPECT_EQ(LineOf(kTypeSubtitle, kSubtypeAss, kFormatSubtitleInfo, block),
-            "Subtitle ASS (SUBTITLEINFO): language AAAA, 3 bytes of codec data");
-}
-
-TEST(MediaTypeText, AnUnknownSubtypeIsItsNumber) {
-  const GUID unknown = {0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
-  EXPECT_EQ(LineOf(MEDIATYPE_Audio, unknown, kSubtypeNone, {}), "Audio {12345678-9ABC-DEF0-0102-030405060708}");
-  EXPECT_EQ(LineOf(MEDIATYPE_Video, SubtypeOf(1), kSubtypeNone, {}), "Video 0x0001");
-}
-
 }  // namespace
 }  // namespace tarvex::host

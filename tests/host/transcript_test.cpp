@@ -17,11 +17,15 @@ constexpr std::string_view kPrompt = "$ mkvhost";
 
 class HostTranscript : public testing::TestWithParam<const char*> {};
 
-// How fast the machine is belongs to no transcript.
+// How fast the machine is belongs to no transcript, nor which release this is.
+std::string Masked(const std::string& text) {
+  const std::string still = std::regex_replace(text, std::regex("( *[0-9.#]+ MB/s|(total .*[0-9]) +-)(?=\n)"), "$2");
+  return std::regex_replace(still, std::regex("^mkvhost [0-9.]+\n$"), "mkvhost #\n");
+}
+
 std::string Answer(const std::string& prompt) {
   const HostResult result = RunHost(WideFromUtf8(prompt.substr(std::min(kPrompt.size() + 1, prompt.size()))));
-  const std::string output = std::regex_replace(result.output, std::regex(" *[0-9.]+ MB/s"), "  # MB/s");
-  return output + result.errors + (result.code == 0 ? "" : "[exit code " + std::to_string(result.code) + "]\n");
+  return result.output + result.errors + (result.code == 0 ? "" : "[exit code " + std::to_string(result.code) + "]\n");
 }
 
 TEST_P(HostTranscript, IsWhatItAnswers) {
@@ -35,13 +39,14 @@ TEST_P(HostTranscript, IsWhatItAnswers) {
     const std::string prompt = line;
     std::string expected;
     while (std::getline(file, line) && !line.starts_with(kPrompt)) expected += line + '\n';
-    EXPECT_EQ(Answer(prompt), expected) << prompt;
+    EXPECT_EQ(Masked(Answer(prompt)), Masked(expected)) << prompt;
     ++answers;
   }
   EXPECT_GT(answers, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Kept, HostTranscript, testing::Values("refusals", "reports", "samples", "playing"),
+INSTANTIATE_TEST_SUITE_P(Kept, HostTranscript,
+                         testing::Values("help", "hostile", "refusals", "reports", "samples", "playing"),
                          [](const auto& one) { return std::string(one.param); });
 
 }  // namespace

@@ -1,7 +1,8 @@
 // Frames with start codes: every length size, damaged units, and parameter sets that lie about themselves.
 #include <gtest/gtest.h>
 
-#include "pins/formats/media_guids.h"
+#include <tuple>
+
 #include "pins/output/annex_b_converter.h"
 
 namespace tarvex::test {
@@ -32,13 +33,8 @@ Bytes Converted(unsigned lengthSize, const Bytes& sets, const Bytes& data, bool 
 
 TEST(AnnexB, UnitsGetStartCodes) {
   const Bytes unit = {0, 0, 0, 1, 0x41, 9};
-  const struct {
-    const char* what;
-    unsigned lengthSize;
-    bool key;
-    Bytes data;
-    Bytes expected;
-  } cases[] = {
+  using Case = std::tuple<const char*, unsigned, bool, Bytes, Bytes>;  // size of lengths, key frame, data, expected
+  const Case cases[] = {
       {"length of 2 bytes", 2, false, {0, 2, 0x41, 9}, unit},
       {"length of 4 bytes", 4, false, {0, 0, 0, 2, 0x41, 9}, unit},
       {"key frame without sets", 1, true, {2, 0x41, 9}, Joined(kPrefix, unit)},
@@ -50,27 +46,12 @@ TEST(AnnexB, UnitsGetStartCodes) {
       {"length cut off", 4, false, {0, 0, 0, 2, 0x41, 9, 0, 0}, unit},
       {"empty frame", 4, true, {}, kPrefix},
   };
-  for (const auto& each : cases) {
-    EXPECT_EQ(Converted(each.lengthSize, kSets, each.data, each.key), each.expected) << each.what;
+  for (const auto& [what, lengthSize, key, data, expected] : cases) {
+    EXPECT_EQ(Converted(lengthSize, kSets, data, key), expected) << what;
   }
   // Sets that run past their block are not used.
   EXPECT_EQ(Converted(1, {0, 3, 0x67, 1}, {2, 0x41, 9}, true), unit);
   EXPECT_EQ(Converted(1, {0, 1, 0x67, 0, 2, 0x68}, {2, 0x41, 9}, true), Joined({0, 0, 0, 1, 0x67}, unit));
-}
-
-// A block may claim more parameter sets than it holds, and a length size that there is none of.
-TEST(AnnexB, OnlyAStartCodeTypeConverts) {
-  CMediaType type(MEDIATYPE_Video);
-  type.subtype = kSubtypeH264ByteStream;
-  type.formattype = FORMAT_MPEG2Video;
-  EXPECT_FALSE(AnnexBConverter::For(type));
-  type.AllocFormatBuffer(sizeof(MPEG2VIDEOINFO));
-  auto* info = type.FormatAs<MPEG2VIDEOINFO>();
-  info->cbSequenceHeader = 0xFFFFFFFF;
-  for (const DWORD size : {0U, 4U, 5U, 255U}) {
-    info->dwFlags = size;
-    EXPECT_EQ(AnnexBConverter::For(type).has_value(), size == 4) << size;
-  }
 }
 
 }  // namespace

@@ -101,44 +101,33 @@ TEST(SampleBuffer, WhatNeverFitsIsAnErrorAndEmptySamplesTakeNoRoomButHaveABound)
 }
 
 TEST(SampleBuffer, WaitEndsWithWhateverMustEndIt) {
-  const struct {
-    const char* what;
-    std::function<void(CSampleBuffer&, ComPtr<IMediaSample>&)> end;
-    HRESULT expected;
-    std::function<void(CSampleBuffer&)> undo;
-  } cases[] = {
-      {"returned sample", [](auto&, auto& out) { out.Reset(); }, S_OK, [](auto&) {}},
-      {"decommit", [](auto& b, auto&) { b.Decommit(); }, VFW_E_NOT_COMMITTED, [](auto& b) { b.Commit(); }},
-      {"flush", [](auto& b, auto&) { b.BeginFlush(); }, VFW_E_WRONG_STATE, [](auto& b) { b.EndFlush(); }},
-      {"cancellation", [](auto& b, auto&) { b.CancelWaits(true); }, VFW_E_WRONG_STATE,
-       [](auto& b) { b.CancelWaits(false); }},
-      {"once more", [](auto&, auto& out) { out.Reset(); }, S_OK, [](auto&) {}},
-  };
+  using End = std::function<void(CSampleBuffer&, ComPtr<IMediaSample>&)>;
+  const std::pair<End, HRESULT> ends[] = {{[](auto&, auto& out) { out.Reset(); }, S_OK},
+                                          {[](auto& b, auto&) { b.Decommit(); }, VFW_E_NOT_COMMITTED},
+                                          {[](auto& b, auto&) { b.BeginFlush(); }, VFW_E_WRONG_STATE},
+                                          {[](auto& b, auto&) { b.CancelWaits(true); }, VFW_E_WRONG_STATE}};
   const auto buffer = MakeBuffer();
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.what);
+  ComPtr<IMediaSample> sample;
+  for (const auto& [end, expected] : ends) {
     auto out = TakeNow(*buffer, 1);
     HRESULT result = E_FAIL;
     Event done;
     Thread waiter;
     ASSERT_EQ(waiter.Start([&] {
-      ComPtr<IMediaSample> sample;
-      result = buffer->GetSample(sample.Put(), kWholeBlock, true);
+      ComPtr<IMediaSample> waited;
+      result = buffer->GetSample(waited.Put(), kWholeBlock, true);
       done.Set();
     }),
               S_OK);
     EXPECT_FALSE(done.Wait(30)) << "it should be waiting";
-    each.end(*buffer, out);
+    end(*buffer, out);
     if (!done.Wait(kPatience)) std::abort();  // the thread would outlive what it waits for
     waiter.Join();
-    EXPECT_EQ(result, each.expected);
-    each.undo(*buffer);
+    EXPECT_EQ(result, expected);
+    buffer->Commit();
+    buffer->EndFlush();
   }
   const auto out = TakeNow(*buffer, 1);
-  buffer->CancelWaits(true);
-  buffer->BeginFlush();
-  buffer->EndFlush();
-  ComPtr<IMediaSample> sample;
   EXPECT_EQ(buffer->GetSample(sample.Put(), kWholeBlock, true), VFW_E_WRONG_STATE) << "outlasts a flush";
   EXPECT_EQ(buffer->GetSample(sample.Put(), 1, true), S_OK) << "this one need not wait";
 }

@@ -11,8 +11,6 @@ namespace tarvex::test {
 struct GeneratedShape {
   std::size_t frameBytes = 60;  ///< at most, about
   std::size_t length = 1;       ///< so many times the usual number of Clusters
-  bool isWhole = false;         ///< no end is missing, and every Cluster says how long it is
-  bool hasUnknown = false;      ///< ends every Cluster with an element that the format does not have
 };
 
 /// Without Cues. No two frames are the same.

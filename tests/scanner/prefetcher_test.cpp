@@ -20,14 +20,22 @@ constexpr LONGLONG kSize = 9 * kMebibyte + 17;
 struct LongStream {
   explicit LongStream(SourceReads sourceReads = SourceReads::kSeveralAtATime)
       : below(Noise(kSize, 6)), reader(MakeCom<ReadAheadReader>(&below, sourceReads)) {
-    below.onRead = [this] { ++(std::this_thread::get_id() == here ? readsHere : readsElsewhere); };
+    below.onRead = [this] { CountRead(); };
+  }
+  /// Whether it is made on this thread.
+  bool CountRead() {
+    const bool isHere = std::this_thread::get_id() == here;
+    ++(isHere ? readsHere : readsElsewhere);
+    return isHere;
   }
 
   /// The reader's answer; the bytes must be those of the stream when it is S_OK.
   HRESULT Read(LONGLONG position, LONG length) {
     ByteString bytes(static_cast<std::size_t>(length), 0xEE);
     const HRESULT result = reader->SyncRead(position, length, bytes.data());
-    EXPECT_TRUE(result != S_OK || std::equal(bytes.begin(), bytes.end(), below.bytes.begin() + position)) << position;
+    EXPECT_TRUE(result != S_OK ||
+                std::equal(bytes.begin(), bytes.end(), below.bytes.begin() + static_cast<std::ptrdiff_t>(position)))
+        << position;
     return result;
   }
   /// How far blocks of this size can be read from `position` on. The other thread gets its turn.
@@ -49,7 +57,6 @@ struct LongStream {
   const std::thread::id here = std::this_thread::get_id();
   std::atomic<int> readsHere{0};
   std::atomic<int> readsElsewhere{0};
-  std::atomic<int> overtaken{0};
   MemoryReader below;
   ComPtr<ReadAheadReader> reader;
 };
@@ -71,17 +78,14 @@ TEST(Prefetcher, StreamReadOnIsTheSameAndReadOnceByBoth) {
 struct SlowStream : LongStream {
   SlowStream() {
     below.onRead = [this] {
-      if (std::this_thread::get_id() == here) {
-        ++readsHere;
-        return;
-      }
       const int before = readsHere;
-      ++readsElsewhere;
+      if (CountRead()) return;
       const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(overtaken == 0 ? 5000 : 20);
       while (readsHere == before && std::chrono::steady_clock::now() < end) std::this_thread::yield();
       if (readsHere != before) ++overtaken;
     };
   }
+  std::atomic<int> overtaken{0};
 };
 
 TEST(Prefetcher, WhoWouldWaitReadsOnHimself) {
@@ -108,54 +112,44 @@ TEST(Prefetcher, BrokenPlaceFailsOnlyReadsThatTouchIt) {
   }
 }
 
-/// Reading on another thread blocks until a flush.
+/// Reading on another thread blocks until a flush. Read here as far as it reads itself: not to the piece that does not
+/// come.
 struct BlockedStream : LongStream {
-  explicit BlockedStream(SourceReads sourceReads = SourceReads::kSeveralAtATime) : LongStream(sourceReads) {
+  explicit BlockedStream(SourceReads sourceReads) : LongStream(sourceReads) {
     below.onRead = [this] {
-      if (std::this_thread::get_id() == here) return;
-      ++readsElsewhere;
+      if (CountRead()) return;
       while (below.beginFlushes == 0) std::this_thread::yield();
     };
+    for (LONGLONG position = 0; position < kMebibyte; position += 1000) EXPECT_EQ(Read(position, 1000), S_OK);
+    AwaitOtherThread();
+  }
+  /// A flush frees who reads from there on.
+  void ExpectFreed(LONGLONG position) {
+    std::thread flusher([this] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      reader->BeginFlush();
+    });
+    const LONGLONG reached = ReadOn(position, 1000);
+    EXPECT_LT(reached, kSize - kMebibyte);
+    EXPECT_EQ(Read(reached, 1000), VFW_E_WRONG_STATE);
+    flusher.join();
+    reader->EndFlush();
+    EXPECT_GT(ReadOn(reached, 1000), kSize - 1000);
   }
 };
 
-TEST(Prefetcher, FlushFreesWhoWaitsForAPiece) {
-  BlockedStream stream;
-  std::thread flusher([&] {
-    while (stream.readsElsewhere == 0) std::this_thread::yield();
-    stream.reader->BeginFlush();
-  });
-  const LONGLONG reached = stream.ReadOn(0, 1000);
-  EXPECT_LT(reached, kSize - kMebibyte);
-  EXPECT_EQ(stream.Read(reached, 1000), VFW_E_WRONG_STATE);
-  flusher.join();
-  stream.reader->EndFlush();
-  EXPECT_GT(stream.ReadOn(reached, 1000), kSize - 1000);
+TEST(Prefetcher, FlushFreesWhoWaitsForAPieceOrForTheOneReadThatIsAllowed) {
+  BlockedStream(SourceReads::kSeveralAtATime).ExpectFreed(kMebibyte / 1000 * 1000);
+  BlockedStream stream(SourceReads::kOneAtATime);
+  stream.ExpectFreed(3 * kMebibyte);
+  EXPECT_FALSE(stream.below.hadTwoAtOnce);
 }
 
 TEST(Prefetcher, BlockedReadOfAnotherPlaceHoldsNobodyUpAndDestructionFreesIt) {
-  BlockedStream stream;
-  // As far as it reads itself, and not to the piece that does not come.
-  for (LONGLONG position = 0; position < kMebibyte; position += 1000) ASSERT_EQ(stream.Read(position, 1000), S_OK);
-  while (stream.readsElsewhere == 0) std::this_thread::yield();
+  BlockedStream stream(SourceReads::kSeveralAtATime);
   EXPECT_GT(stream.ReadOn(3 * kMebibyte, 1000), kSize - 1000) << "read here, as before";
   stream.reader.Reset();
   EXPECT_EQ(stream.below.endFlushes, 1);
-}
-
-TEST(Prefetcher, WhereOneReadIsAllowedAFlushFreesWhoWaitsForAnother) {
-  BlockedStream stream(SourceReads::kOneAtATime);
-  for (LONGLONG position = 0; position < kMebibyte; position += 1000) ASSERT_EQ(stream.Read(position, 1000), S_OK);
-  while (stream.readsElsewhere == 0) std::this_thread::yield();
-  std::thread flusher([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    stream.reader->BeginFlush();
-  });
-  EXPECT_EQ(stream.Read(3 * kMebibyte, 1000), VFW_E_WRONG_STATE);
-  flusher.join();
-  stream.reader->EndFlush();
-  EXPECT_GT(stream.ReadOn(3 * kMebibyte, 1000), kSize - 1000);
-  EXPECT_FALSE(stream.below.hadTwoAtOnce);
 }
 
 }  // namespace

@@ -58,11 +58,11 @@ TEST(ReadAheadReader, EndOfTheStreamIsShortAlikeAlsoAfterItGrew) {
   readers.ExpectSame(10210, 100);
 }
 
-// The walk often looks a few bytes ahead of what it reads.
-TEST(ReadAheadReader, SmallSequentialReadsCostFewReadsBelow) {
+// The walk often looks a few bytes ahead of what it reads. First reads and jumps ask for little.
+TEST(ReadAheadReader, ReadsBelowAreFewWhereItGoesOnAndSmallWhereItJumps) {
+  BYTE bytes[64];
   for (const LONG lookAhead : {0, 64}) {
     TwoReaders readers;
-    BYTE bytes[64];
     for (LONGLONG position = 0; position + 64 <= static_cast<LONGLONG>(kStreamSize); position += 16) {
       ASSERT_EQ(readers.readAhead->SyncRead(position, lookAhead, bytes), S_OK);
       ASSERT_EQ(readers.readAhead->SyncRead(position, 16, bytes), S_OK);
@@ -70,73 +70,40 @@ TEST(ReadAheadReader, SmallSequentialReadsCostFewReadsBelow) {
     EXPECT_LT(readers.below.reads, 16);
     EXPECT_EQ(readers.below.largestRead, ReadAheadReader::kLargestWindow);
   }
-}
-
-TEST(ReadAheadReader, FirstReadAndJumpsAskForLittle) {
   TwoReaders readers;
-  BYTE bytes[16];
-  std::mt19937 random(5);
-  for (int count = 0; count < 100; ++count) {
-    ASSERT_EQ(readers.readAhead->SyncRead((random() % 3000) * 1000, 16, bytes), S_OK);
-  }
+  for (LONGLONG count = 0; count < 100; ++count) readers.readAhead->SyncRead(count * 1234567 % 3000000, 16, bytes);
   EXPECT_EQ(readers.below.largestRead, ReadAheadReader::kSmallestWindow);
 }
 
-TEST(ReadAheadReader, FlushFailsNewReadsAlsoOfBytesReadAhead) {
+// The flush arrives while the reader below is inside a read, which then comes back with data.
+TEST(ReadAheadReader, AFlushWaitsForNoReadAndFailsNewOnesAlsoOfBytesReadAhead) {
   TwoReaders readers;
+  readers.below.onRead = [&] { readers.readAhead->BeginFlush(); };
   BYTE bytes[16];
-  ASSERT_EQ(readers.readAhead->SyncRead(0, 16, bytes), S_OK);
-  EXPECT_EQ(readers.readAhead->BeginFlush(), S_OK);
+  EXPECT_EQ(readers.readAhead->SyncRead(0, 16, bytes), S_OK);
   EXPECT_EQ(readers.below.beginFlushes, 1);
-  EXPECT_EQ(readers.readAhead->SyncRead(16, 16, bytes), VFW_E_WRONG_STATE);
-  EXPECT_EQ(readers.readAhead->SyncRead(1000000, 16, bytes), VFW_E_WRONG_STATE);
+  for (const LONGLONG position : {16, 1000000}) {
+    EXPECT_EQ(readers.readAhead->SyncRead(position, 16, bytes), VFW_E_WRONG_STATE);
+  }
+  readers.below.onRead = nullptr;
   EXPECT_EQ(readers.readAhead->EndFlush(), S_OK);
   EXPECT_EQ(readers.below.endFlushes, 1);
   readers.ExpectSame(16, 16);
 }
 
-// The flush arrives while the reader below is inside a read, which then comes back with data.
-TEST(ReadAheadReader, FlushDuringAReadDoesNotWaitForIt) {
-  TwoReaders readers;
-  bool flushed = false;
-  readers.below.onRead = [&] {
-    if (flushed) return;
-    flushed = true;
-    readers.readAhead->BeginFlush();
-  };
-  BYTE bytes[16];
-  EXPECT_EQ(readers.readAhead->SyncRead(0, 16, bytes), S_OK);
-  EXPECT_EQ(readers.readAhead->SyncRead(16, 16, bytes), VFW_E_WRONG_STATE);
-}
-
-struct Source {
-  explicit Source(std::size_t size) : reader(Noise(size, 1)) { callback.Attach(&reader); }
-
-  MemoryReader reader;
-  CAsyncCallback callback;
-};
-
 // What the reader does not give is zero, also when the stream is shorter than it said.
 TEST(AsyncCallback, ShortReadCountsWholeAndEndsInZeros) {
   for (const std::size_t shrunk : {100U, 50U}) {
-    Source source(100);
-    source.reader.bytes.resize(shrunk);
-    source.callback.setFilePointer(static_cast<std::int64_t>(shrunk) - 2);
+    MemoryReader reader(Noise(100, 1));
+    CAsyncCallback callback;
+    callback.Attach(&reader);
+    reader.bytes.resize(shrunk);
+    callback.setFilePointer(static_cast<std::int64_t>(shrunk) - 2);
     ByteString buffer(4, 1);
-    EXPECT_EQ(source.callback.read(buffer.data(), 4), 4U);
-    EXPECT_EQ(source.callback.getFilePointer(), shrunk + 2);
-    EXPECT_EQ(buffer, (ByteString{source.reader.bytes[shrunk - 2], source.reader.bytes[shrunk - 1], 0, 0}));
+    EXPECT_EQ(callback.read(buffer.data(), 4), 4U);
+    EXPECT_EQ(callback.getFilePointer(), shrunk + 2);
+    EXPECT_EQ(buffer, (ByteString{reader.bytes[shrunk - 2], reader.bytes[shrunk - 1], 0, 0}));
   }
-}
-
-TEST(AsyncCallback, ReadAtTheEndStillAsksTheReader) {
-  Source source(100);
-  source.callback.setFilePointer(100);
-  std::uint8_t byte = 7;
-  EXPECT_EQ(source.callback.read(&byte, 1), 1U);
-  EXPECT_EQ(byte, 0);
-  EXPECT_EQ(source.callback.read(&byte, 1), 0U);
-  EXPECT_EQ(source.reader.reads, 1);
 }
 
 }  // namespace

@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 
-#include "filter/interface_ids.h"
-#include "framework/thread.h"
 #include "tests/corpus/manifest.h"
+#include "tests/corpus/stream.h"
 #include "tests/support/splitter_module.h"
 #include "tests/support/test_graph.h"
 
@@ -16,39 +16,39 @@ namespace {
 
 constexpr std::int64_t kUnknownDuration = 0x7FFFFFFFFFFFFFFF;
 
-using Frames = std::vector<ManifestFrame>;
-
-std::int64_t End(const ManifestFrame& frame) { return frame.time + frame.duration; }
-
-/// What one pin delivered, with times of the file.
-struct Stream {
-  Frames frames;
-  std::int64_t origin = 0;  ///< the segment's start; that of the seek when nothing came
-  std::string order;        ///< n a segment, s a sample, e the end, + a discontinuity, - preroll
+/// A seek and what it must deliver, where no rule tells: so many of the last frames of each pin.
+struct ListedSeek {
+  std::int64_t segment = 0;
+  std::vector<std::size_t> frames;
 };
+using ListedSeeks = std::map<std::int64_t, ListedSeek>;
+
+ListedSeeks SeeksOf(const CorpusFile& file) {
+  ListedSeeks seeks;
+  for (const auto& seek : file.entry.value("seeks", nlohmann::json::array())) seeks[seek[0]] = {seek[1], seek[2]};
+  return seeks;
+}
 
 /// A file in a graph with a pin for each kind of track, played again and again.
 class Player {
  public:
-  explicit Player(const ManifestFile& file) {
+  explicit Player(const CorpusFile& file) {
     EXPECT_EQ(m_graph.Open(file.path), S_OK);
     EXPECT_EQ(m_graph.ConnectSinks(SinkKind::kRecording), S_OK);
     m_seeking = QueryFor<IMediaSeeking>(m_graph.OutputPins().front().Get());
   }
 
-  bool IsVideo(std::size_t pin) const { return NameOf(m_graph.OutputPins()[pin].Get()).starts_with("Video"); }
+  bool HasPictures() const { return NameOf(m_graph.OutputPins().front().Get()).starts_with("Video"); }
 
   std::vector<Stream> PlayFromTheFront() {
     EXPECT_TRUE(SUCCEEDED(m_graph.Run()));
     return ToTheEnd();
   }
 
-  std::vector<Stream> Seek(std::int64_t place, std::int64_t stop, bool whileRunning) {
+  std::vector<Stream> Seek(LONGLONG place, LONGLONG stop, bool whileRunning) {
     for (const auto& sink : m_graph.Sinks()) sink->Clear();
-    LONGLONG start = place;
-    LONGLONG end = stop;
     EXPECT_TRUE(!whileRunning || SUCCEEDED(m_graph.Run()));
-    EXPECT_EQ(m_seeking->SetPositions(&start, AM_SEEKING_AbsolutePositioning, &end, AM_SEEKING_AbsolutePositioning),
+    EXPECT_EQ(m_seeking->SetPositions(&place, AM_SEEKING_AbsolutePositioning, &stop, AM_SEEKING_AbsolutePositioning),
               S_OK);
     EXPECT_TRUE(whileRunning || SUCCEEDED(m_graph.Run()));
     return ToTheEnd();
@@ -59,57 +59,28 @@ class Player {
     for (const auto& sink : m_graph.Sinks()) EXPECT_TRUE(sink->WaitForEnd(kPatience)) << "no end of stream";
     EXPECT_TRUE(SUCCEEDED(m_graph.Stop()));  // S_FALSE: the pins had ended the worker already
     std::vector<Stream> streams;
-    for (const auto& sink : m_graph.Sinks()) streams.push_back(StreamOf(sink->Events()));
+    for (const auto& sink : m_graph.Sinks()) streams.push_back(StreamOf(*sink));
     return streams;
-  }
-
-  static Stream StreamOf(std::vector<SinkEvent> events) {
-    const auto flush = std::find_if(events.rbegin(), events.rend(),
-                                    [](const auto& event) { return event.kind == SinkEvent::Kind::kEndFlush; });
-    events.erase(events.begin(), flush.base());
-    Stream stream;
-    for (const SinkEvent& event : events) {
-      if (event.kind == SinkEvent::Kind::kNewSegment) stream.origin = event.start;
-      stream.order += event.kind == SinkEvent::Kind::kNewSegment ? 'n'
-                      : event.kind == SinkEvent::Kind::kSample   ? 's'
-                                                                 : 'e';
-      if (event.kind != SinkEvent::Kind::kSample) continue;
-      if (event.discontinuity) stream.order += '+';
-      if (event.preroll != (event.start < 0 && event.stop < 0)) stream.order += "wrong preroll";
-      stream.frames.push_back(
-          {event.start + stream.origin, event.stop - event.start, event.key, event.size, event.sha1});
-    }
-    return stream;
   }
 
   TestGraph m_graph;
   ComPtr<IMediaSeeking> m_seeking;
 };
 
-/// A start and a stop, and what they take of the whole.
+/// A start and a stop, and what they take of the whole, by the rules or as it is listed. Pictures are the first pin's.
 class Expectation {
  public:
-  Expectation(const Player& player, const std::vector<Stream>& whole, std::int64_t start, std::int64_t stop)
+  Expectation(const std::vector<Stream>& whole, bool hasPictures, std::int64_t start, std::int64_t stop,
+              const ListedSeek* listed)
       : m_start(start), m_stop(stop), m_origin(start) {
-    for (std::size_t pin = 0; pin < whole.size(); ++pin)
-      m_upToStop.push_back(UpToStop(whole[pin].frames, player.IsVideo(pin)));
-    m_tails = m_upToStop;
-    for (std::size_t pin = 0; pin < whole.size(); ++pin) {
-      if (player.IsVideo(pin)) BeginWithPictures(pin);
+    for (const Stream& stream : whole) m_tails.push_back(UpToStop(stream.frames, hasPictures && m_tails.empty()));
+    if (listed != nullptr) {
+      m_origin = listed->segment;
+      for (std::size_t pin = 0; pin < m_tails.size(); ++pin) KeepLast(m_tails[pin], listed->frames.at(pin));
+      return;
     }
-    for (std::size_t pin = 0; pin < whole.size(); ++pin) {
-      if (!player.IsVideo(pin)) DropWhatLeads(m_tails[pin]);
-    }
-  }
-
-  /// As it is listed.
-  void Replace(const ManifestSeek& seek) {
-    m_origin = seek.segment;
-    for (std::size_t pin = 0; pin < m_tails.size(); ++pin) {
-      Frames& all = m_tails[pin] = m_upToStop[pin];
-      ASSERT_LE(seek.frames.at(pin), all.size());
-      all.erase(all.begin(), all.end() - static_cast<std::ptrdiff_t>(seek.frames[pin]));
-    }
+    if (hasPictures) BeginWithPictures(m_tails[0]);
+    for (std::size_t pin = hasPictures ? 1 : 0; pin < m_tails.size(); ++pin) DropWhatLeads(m_tails[pin]);
   }
 
   void Compare(const std::vector<Stream>& streams) const {
@@ -119,7 +90,7 @@ class Expectation {
       EXPECT_TRUE(stream.frames == m_tails[pin]) << "pin " << pin << ": " << stream.frames.size() << " frames from "
                                                  << (stream.frames.empty() ? -1 : stream.frames[0].time) << ", not "
                                                  << count << " from " << (count ? m_tails[pin][0].time : -1);
-      EXPECT_EQ(stream.order, count == 0 ? "e" : "ns+" + std::string(count - 1, 's') + "e") << "pin " << pin;
+      EXPECT_EQ(stream.order, OrderOf(count)) << "pin " << pin;
       EXPECT_TRUE(count == 0 || stream.origin == m_origin) << "pin " << pin << " starts at " << stream.origin;
     }
   }
@@ -127,14 +98,17 @@ class Expectation {
  private:
   // A picture that is due counts; of anything else all of it must be.
   Frames UpToStop(const Frames& all, bool isVideo) const {
-    const auto past = [&](const ManifestFrame& frame) { return (isVideo ? frame.time : End(frame)) > m_stop; };
+    const auto past = [&](const Frame& frame) { return (isVideo ? frame.time : frame.End()) > m_stop; };
     return {all.begin(), std::ranges::find_if(all, past)};
   }
 
+  static void KeepLast(Frames& frames, std::size_t count) {
+    frames.erase(frames.begin(), frames.begin() + static_cast<std::ptrdiff_t>(frames.size() - count));
+  }
+
   // From the last key frame that is not after the start; the segment starts with the last picture that is not.
-  void BeginWithPictures(std::size_t pin) {
-    Frames& pictures = m_tails[pin];
-    const auto isKey = [&](const ManifestFrame& frame) { return frame.key && frame.time <= m_start; };
+  void BeginWithPictures(Frames& pictures) {
+    const auto isKey = [&](const Frame& frame) { return frame.key && frame.time <= m_start; };
     const auto key = std::find_if(pictures.rbegin(), pictures.rend(), isKey);
     if (key != pictures.rend()) pictures.erase(pictures.begin(), key.base() - 1);
     if (pictures.empty()) return;
@@ -147,7 +121,7 @@ class Expectation {
     std::int64_t latest = -kUnknownDuration;
     std::int64_t beyond = kUnknownDuration;
     std::size_t keys = 0;
-    for (const ManifestFrame& frame : pictures) {
+    for (const Frame& frame : pictures) {
       keys += frame.key ? 1 : 0;
       (frame.time <= m_start ? latest : beyond) =
           frame.time <= m_start ? std::max(latest, frame.time) : std::min(beyond, frame.time);
@@ -158,43 +132,35 @@ class Expectation {
 
   // What comes before the first picture is of no use as long as it leads, and never what is over at the start.
   void DropWhatLeads(Frames& frames) const {
-    const auto useful = [&](const ManifestFrame& frame) { return frame.time >= m_first; };
+    const auto useful = [&](const Frame& frame) { return frame.time >= m_first; };
     frames.erase(frames.begin(), std::ranges::find_if(frames, useful));
-    std::erase_if(frames, [&](const ManifestFrame& frame) { return frame.time < m_origin && End(frame) < m_origin; });
+    std::erase_if(frames, [&](const Frame& frame) { return frame.time < m_origin && frame.End() < m_origin; });
   }
 
   const std::int64_t m_start;
   const std::int64_t m_stop;
   std::int64_t m_origin;
   std::int64_t m_first = -kUnknownDuration;
-  std::vector<Frames> m_upToStop;  // what there is before the stop, of each pin
-  std::vector<Frames> m_tails;     // what of it comes
+  std::vector<Frames> m_tails;  // what comes of each pin
 };
 
-const std::vector<ManifestFile>& Files() {
-  static const std::vector<ManifestFile> files = [] {
-    std::vector<ManifestFile> found = ReadManifest(CorpusFolder());
-    std::erase_if(found,
-                  [](const ManifestFile& file) { return !file.opens || file.robustness || file.tracks.empty(); });
-    return found;
-  }();
+std::vector<CorpusFile> Files() {
+  std::vector<CorpusFile> files = Corpus();
+  std::erase_if(files, [](const CorpusFile& file) {
+    return !file.Opens() || file.IsRobustness() || !file.entry.contains("tracks") || file.entry["tracks"].empty();
+  });
   return files;
 }
 
 // Ends, middles, and a few key frames with their neighbours.
-std::set<std::int64_t> Places(const ManifestFile& file, const std::vector<Stream>& whole) {
-  if (!file.seeks.empty()) {
-    std::set<std::int64_t> listed;
-    for (const ManifestSeek& seek : file.seeks) listed.insert(seek.start);
-    return listed;
-  }
+std::set<std::int64_t> Places(std::int64_t duration, const Frames& frames) {
   constexpr std::size_t kKeyFrames = 6;
   std::vector<std::int64_t> keys;
-  for (const ManifestFrame& frame : whole.front().frames) {
+  for (const Frame& frame : frames) {
     if (frame.key) keys.push_back(frame.time);
   }
   if (keys.empty()) keys.push_back(0);
-  const std::int64_t last = file.duration > 0 ? file.duration : keys.back();
+  const std::int64_t last = duration != kUnknownDuration ? duration : keys.back();
   std::set<std::int64_t> places = {0, last / 10, last / 2, last / 10 * 9, last};
   for (std::size_t k = 0; k < kKeyFrames; ++k) {
     const std::int64_t time =
@@ -205,22 +171,30 @@ std::set<std::int64_t> Places(const ManifestFile& file, const std::vector<Stream
   return places;
 }
 
-class SeekTable : public testing::TestWithParam<std::size_t> {};
+class SeekTable : public testing::TestWithParam<CorpusFile> {};
 
 TEST_P(SeekTable, DeliversTheTail) {
-  const ManifestFile& file = Files()[GetParam()];
+  const CorpusFile& file = GetParam();
   {
     Player player(file);
     const std::vector<Stream> whole = player.PlayFromTheFront();
-    const std::int64_t end = file.duration > 0 ? file.duration : kUnknownDuration;
+    const std::int64_t end = file.Duration();
     const Frames& frames = whole.front().frames;
     const std::int64_t middle = frames.empty() ? 0 : frames[frames.size() * 2 / 3].time;
-    for (const std::int64_t place : Places(file, whole)) {
-      for (const std::int64_t stop : file.seeks.empty() ? std::set{middle, end} : std::set{end}) {
+    const ListedSeeks listed = SeeksOf(file);
+    std::set<std::int64_t> places = Places(end, frames);
+    std::set stops = {middle, end};
+    if (!listed.empty()) {
+      places.clear();
+      for (const auto& [place, seek] : listed) places.insert(place);
+      stops = {end};
+    }
+    for (const std::int64_t place : places) {
+      for (const std::int64_t stop : stops) {
         SCOPED_TRACE(file.name + " from " + std::to_string(place) + " to " + std::to_string(stop));
-        Expectation expected(player, whole, place, stop <= 0 || stop < place ? end : std::min(stop, end));
-        const auto listed = std::ranges::find(file.seeks, place, &ManifestSeek::start);
-        if (listed != file.seeks.end()) expected.Replace(*listed);
+        const Expectation expected(whole, player.HasPictures(), place,
+                                   stop <= 0 || stop < place ? end : std::min(stop, end),
+                                   listed.contains(place) ? &listed.at(place) : nullptr);
         for (const bool whileRunning : {false, true}) expected.Compare(player.Seek(place, stop, whileRunning));
         if (HasFailure()) return;
       }
@@ -229,8 +203,7 @@ TEST_P(SeekTable, DeliversTheTail) {
   EXPECT_TRUE(ModuleBecomesIdle());
 }
 
-INSTANTIATE_TEST_SUITE_P(Corpus, SeekTable, testing::Range<std::size_t>(0, Files().size()),
-                         [](const auto& one) { return CaseName(Files()[one.param]); });
+INSTANTIATE_TEST_SUITE_P(Corpus, SeekTable, testing::ValuesIn(Files()), kCaseName);
 
 }  // namespace
 }  // namespace tarvex::test
