@@ -6,6 +6,7 @@
 
 #include "framework/com_boundary.h"
 #include "framework/log.h"
+#include "pins/limits.h"
 
 namespace tarvex {
 
@@ -67,11 +68,13 @@ CMatroskaOutputPin* DeliveryPass::PinOf(const FrameInfo& frame) const {
   return pin != nullptr && pin->IsConnected() ? pin : nullptr;
 }
 
-// Each pin gets its own once, with the first of them.
+// Each pin gets its own once, with the first of them. Large ones mostly need no place.
 void DeliveryPass::OnComing(std::span<const FrameInfo> frames) {
   for (std::size_t index = 0; index < frames.size(); ++index) {
-    const auto isSame = [&](const FrameInfo& other) { return other.trackNumber == frames[index].trackNumber; };
-    if (std::ranges::any_of(frames.first(index), isSame)) continue;
+    const auto isSame = [&](const FrameInfo& other) {
+      return other.trackNumber == frames[index].trackNumber && other.size < limits::kLargeFrame;
+    };
+    if (!isSame(frames[index]) || std::ranges::any_of(frames.first(index), isSame)) continue;
     CMatroskaOutputPin* pin = PinOf(frames[index]);
     const bool isKnown = pin != nullptr && !m_source.Scanner().IsCompressed(frames[index].trackNumber);
     if (!isKnown) continue;

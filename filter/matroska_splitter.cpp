@@ -18,7 +18,7 @@ CMatroskaSplitter::CMatroskaSplitter(IUnknown* outer)
       m_gate(m_positions),
       m_worker(*this, m_source, m_outputPins, m_positions),
       m_source(m_creator, m_positions, m_worker),
-      m_outputPins({*this, m_positions, m_gate, m_worker}),
+      m_outputPins({*this, m_positions, m_gate, m_worker, m_source}),
       m_inputPin(new CStreamInputPin(this, &m_filterLock)),
       m_streams(*this, m_creator, m_outputPins, m_worker, m_positions),
       m_markers(*this, m_creator, m_source),

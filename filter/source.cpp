@@ -44,7 +44,7 @@ void Source::Open(IAsyncReader* upstream, SourceReads reads) {
 
 // The end of the reader waits for a read that another thread is in, and so comes without the lock.
 void Source::Close() {
-  ComPtr<IAsyncReader> closing;
+  ComPtr<ReadAheadReader> closing;
   const CAutoLock positionLock(m_positions.PositionLock());
   m_scanner.Reset();
   m_tracks.Clear();

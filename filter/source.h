@@ -7,6 +7,7 @@
 
 #include "framework/com_ptr.h"
 #include "pins/creator/out_pins_creator.h"
+#include "pins/output/frame_memory.h"
 #include "pins/output/pass_control.h"
 #include "pins/output/play_positions.h"
 #include "scanner/ebml_scanner.h"
@@ -14,7 +15,7 @@
 
 namespace tarvex {
 
-class Source {
+class Source final : public FrameMemory {
  public:
   /// `tracks` gets the record of each track, `positions` what the file says of times. `pass` is told before a read
   /// that waits.
@@ -30,6 +31,11 @@ class Source {
   /// For application threads with the filter lock held what the headers say, and for the worker everything.
   CEbmlScanner& Scanner() noexcept { return m_scanner; }
 
+  /// Worker only.
+  ComPtr<IUnknown> Keep(std::span<const std::uint8_t> frame) noexcept override {
+    return m_reader ? m_reader->Keep(frame) : nullptr;
+  }
+
   /// Makes a read return that the worker waits in, and those that follow, until EndFlush. Any thread, while there is a
   /// worker.
   void BeginFlush() noexcept;
@@ -41,7 +47,7 @@ class Source {
   COutPinsCreator& m_tracks;
   PlayPositions& m_positions;
   PassControl& m_pass;
-  ComPtr<IAsyncReader> m_reader;  // what the scanner reads from; null while nothing is open
+  ComPtr<ReadAheadReader> m_reader;  // what the scanner reads from; null while nothing is open
   CEbmlScanner m_scanner;
 };
 

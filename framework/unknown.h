@@ -38,6 +38,8 @@ class CUnknown : public INonDelegatingUnknown {
   ULONG STDMETHODCALLTYPE NonDelegatingRelease() override;
 
  protected:
+  /// Of all that others hold, at this moment.
+  ULONG References() const noexcept { return m_references.load(std::memory_order_acquire); }
   /// The last reference has gone. Whatever takes one now keeps the object, and this is called again when that goes.
   virtual void OnLastRelease() noexcept {}
 

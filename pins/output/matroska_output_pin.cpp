@@ -22,7 +22,7 @@ constexpr LONG kQueueList = 200;
 CMatroskaOutputPin::CMatroskaOutputPin(const char* objectName, const SharedByPins& shared, const WideString& name)
     : CBaseOutputPin(objectName, &shared.filter, shared.filter.FilterLock(), name.c_str()),
       m_shared(shared),
-      m_sender(shared.pass),
+      m_sender(shared.pass, shared.memory),
       m_seeking(*this, m_track, shared) {}
 
 CMatroskaOutputPin::~CMatroskaOutputPin() = default;
@@ -194,7 +194,9 @@ HRESULT CMatroskaOutputPin::DeliverFrameSample(const std::uint8_t* data, std::si
 }
 
 HRESULT CMatroskaOutputPin::SampleFor(const std::uint8_t* data, std::size_t size, ComPtr<IMediaSample>& sample) {
-  const HRESULT hr = GetDeliveryBuffer(sample.Put(), size);
+  HRESULT hr = m_sender.GetSampleOver(sample.Put(), data, size);
+  if (SUCCEEDED(hr) && sample) return S_OK;
+  if (SUCCEEDED(hr)) hr = GetDeliveryBuffer(sample.Put(), size);
   if (SUCCEEDED(hr)) return SampleSender::Fill(*sample, data, size);
   // Downstream decommits the ring as it stops, and whoever cancels a wait knows why.
   if (hr != VFW_E_NOT_COMMITTED && hr != VFW_E_WRONG_STATE) m_ownFailure = hr;

@@ -3,7 +3,7 @@
 
 namespace tarvex {
 
-void RingRegions::Reset(std::size_t size) noexcept {
+void RingRegions::Reset(std::uint32_t size) noexcept {
   *this = RingRegions{};
   m_size = size;
 }
@@ -17,8 +17,8 @@ bool RingRegions::Take(Region& region, std::size_t size) noexcept {
     m_bound = m_lowest;
   }
   if (!Fits(size)) return false;
-  region = Region{.start = m_cursor, .end = m_cursor + size};
-  m_cursor += size;
+  region = Region{.start = m_cursor, .end = m_cursor + static_cast<std::uint32_t>(size)};
+  m_cursor = region.end;
   if (size != 0) Link(region);
   return true;
 }

@@ -2,6 +2,7 @@
 #include "pins/output/sample_buffer.h"
 
 #include <algorithm>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -16,7 +17,8 @@ class CSampleBuffer::Sample final : public CMediaSample {
  public:
   explicit Sample(IMemAllocator* allocator) noexcept : CMediaSample(allocator, nullptr, 0) {}
 
-  RingRegions::Region region;
+  RingRegions::Region region;  // empty for a sample over bytes elsewhere
+  ComPtr<IUnknown> keeper;     // of those
 };
 
 CSampleBuffer::CSampleBuffer() : CMemAllocator("CSampleBuffer") {
@@ -27,9 +29,10 @@ CSampleBuffer::~CSampleBuffer() = default;
 
 HRESULT CSampleBuffer::Alloc() {
   const bool hadBlock = Block() != nullptr;
-  const HRESULT hr = ReserveBlock();
+  HRESULT hr = ReserveBlock();
+  if (BlockSize() > std::numeric_limits<std::uint32_t>::max()) hr = E_OUTOFMEMORY;
   // Samples of an earlier commit may still lie in the block; then the ring goes on with them.
-  if (SUCCEEDED(hr) && !hadBlock) m_ring.Reset(BlockSize());
+  if (SUCCEEDED(hr) && !hadBlock) m_ring.Reset(static_cast<std::uint32_t>(BlockSize()));
   return hr;
 }
 
@@ -101,8 +104,10 @@ void CSampleBuffer::ForgetReturned() noexcept {
 // A sample without memory has given it back before.
 void CSampleBuffer::TakeBack(Sample& sample) noexcept {
   if (sample.Buffer() == nullptr) return;
+  m_bytesOut -= static_cast<std::size_t>(sample.GetSize());
   sample.SetBuffer(nullptr, 0);
   m_ring.Give(sample.region);
+  sample.keeper.Reset();
   NoteReturned();
 }
 
@@ -122,7 +127,7 @@ CSampleBuffer::Sample* CSampleBuffer::FreeSample() {
 
 CSampleBuffer::Sample* CSampleBuffer::Take(std::size_t size) {
   Sample* sample = TakeIfThereIsRoom(size);
-  if (sample == nullptr && m_ring.IsEmpty() && LentCount() < limits::kSamplesOut) {
+  if (sample == nullptr && m_bytesOut == 0 && LentCount() < limits::kSamplesOut) {
     throw MessageError("CSampleBuffer::GetSample size of buffer less than sample");
   }
   return sample;
@@ -142,7 +147,7 @@ CSampleBuffer::Sample* CSampleBuffer::TakeIfThereIsRoom(std::size_t size) {
 // Null when there is none. The ring's front is used first, and again whenever all samples are back, so what lies
 // behind the farthest that the ring has been used needs no memory.
 CSampleBuffer::Sample* CSampleBuffer::TakeNext(std::size_t size) {
-  if (LentCount() >= limits::kSamplesOut) return nullptr;
+  if (!HasRoomFor(size)) return nullptr;
   m_taken.KeepFree(1);
   Sample* sample = FreeSample();
   if (!m_ring.Take(sample->region, size)) return nullptr;
@@ -150,11 +155,21 @@ CSampleBuffer::Sample* CSampleBuffer::TakeNext(std::size_t size) {
     m_ring.Give(sample->region);
     throw std::bad_alloc();
   }
-  m_free = sample->Next();
-  sample->SetBuffer(Block() + sample->region.start, static_cast<LONG>(size));
-  NoteLent();
-  m_taken.Push(sample);
+  NoteTaken(*sample, Block() + sample->region.start, size);
   return sample;
+}
+
+bool CSampleBuffer::HasRoomFor(std::size_t size) const noexcept {
+  return LentCount() < limits::kSamplesOut && size <= BlockSize() - m_bytesOut;
+}
+
+// The first of the free ones. There is room to note it.
+void CSampleBuffer::NoteTaken(Sample& sample, BYTE* bytes, std::size_t size) noexcept {
+  m_free = sample.Next();
+  sample.SetBuffer(bytes, static_cast<LONG>(size));
+  m_bytesOut += size;
+  NoteLent();
+  m_taken.Push(&sample);
 }
 
 // With the lock. A sample that is taken while others wait is awaited like those that were.
@@ -189,6 +204,21 @@ void CSampleBuffer::GetSamples(std::span<const std::size_t> sizes, std::vector<C
     if (sample == nullptr) break;
     samples.push_back(ComPtr<IMediaSample>::Attach(Lend(*sample)));
   }
+}
+
+HRESULT CSampleBuffer::GetSampleOver(IMediaSample** sample, std::span<BYTE> bytes, ComPtr<IUnknown> keeper) {
+  *sample = nullptr;
+  const CAutoLock hold(Lock());
+  if (!IsCommitted()) return VFW_E_NOT_COMMITTED;
+  Collect();
+  if (!HasRoomFor(bytes.size())) return S_FALSE;
+  m_taken.KeepFree(1);
+  Sample& taken = *FreeSample();
+  taken.region = {};
+  taken.keeper = std::move(keeper);
+  NoteTaken(taken, bytes.data(), bytes.size());
+  *sample = Lend(taken);
+  return S_OK;
 }
 
 HRESULT STDMETHODCALLTYPE CSampleBuffer::GetBuffer(IMediaSample** ppBuffer, REFERENCE_TIME* /*pStartTime*/,

@@ -36,6 +36,11 @@ class CSampleBuffer final : public CMemAllocator {
   /// that were had in `samples`.
   void GetSamples(std::span<const std::size_t> sizes, std::vector<ComPtr<IMediaSample>>& samples);
 
+  /// A sample over bytes that lie elsewhere, with a reference; `keeper` is held until it is back. It counts as if it
+  /// lay in the ring: what downstream holds has one limit. S_FALSE without room; VFW_E_NOT_COMMITTED. Throws
+  /// std::bad_alloc.
+  HRESULT GetSampleOver(IMediaSample** sample, std::span<BYTE> bytes, ComPtr<IUnknown> keeper);
+
   /// While on, nobody waits for room: a wait in progress and later ones fail at once. Any thread.
   void CancelWaits(bool on) noexcept;
   // The same for the time of a flush, independently. Any thread.
@@ -58,6 +63,8 @@ class CSampleBuffer final : public CMemAllocator {
   static constexpr std::size_t kCacheLine = 64;
 
   Sample* FreeSample();
+  bool HasRoomFor(std::size_t size) const noexcept;
+  void NoteTaken(Sample& sample, BYTE* bytes, std::size_t size) noexcept;
   Sample* Take(std::size_t size);
   Sample* TakeIfThereIsRoom(std::size_t size);
   Sample* TakeNext(std::size_t size);
@@ -77,7 +84,8 @@ class CSampleBuffer final : public CMemAllocator {
   // In the order of taking. The foremost is out, as far as was seen; others may be back, and what was awaited among
   // them has given up its region.
   RingQueue<Sample*> m_taken{64};
-  std::size_t m_silent = 0;  // so many of the last of those are not awaited
+  std::size_t m_silent = 0;    // so many of the last of those are not awaited
+  std::size_t m_bytesOut = 0;  // of samples, wherever they lie
   unsigned m_waiters = 0;
   bool m_cancelled = false;
   bool m_flushing = false;

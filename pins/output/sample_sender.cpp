@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+#include "pins/limits.h"
+
 namespace tarvex {
 
 namespace {
@@ -99,6 +101,15 @@ HRESULT SampleSender::GetSample(IMediaSample** sample, std::size_t size) {
   const auto buffer = route.buffer;  // the route goes before the wait
   m_pass.BeforeWait();
   return buffer->GetSample(sample, size, true);
+}
+
+HRESULT SampleSender::GetSampleOver(IMediaSample** sample, const std::uint8_t* data, std::size_t size) {
+  *sample = nullptr;
+  const auto& buffer = CurrentRoute().buffer;
+  if (size < limits::kLargeFrame || !buffer) return S_OK;
+  ComPtr<IUnknown> keeper = m_memory.Keep(std::span(data, size));
+  if (!keeper) return S_OK;
+  return buffer->GetSampleOver(sample, std::span(const_cast<BYTE*>(data), size), std::move(keeper));
 }
 
 HRESULT SampleSender::Fill(IMediaSample& sample, const std::uint8_t* data, std::size_t size) {

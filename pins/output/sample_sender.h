@@ -13,6 +13,7 @@
 #include "framework/com_ptr.h"
 #include "framework/critical_section.h"
 #include "framework/output_queue.h"
+#include "pins/output/frame_memory.h"
 #include "pins/output/pass_control.h"
 #include "pins/output/sample_buffer.h"
 #include "scanner/frames/frame_info.h"
@@ -22,8 +23,8 @@ namespace tarvex {
 /// Waits here: the worker in GetSample, for room in the ring (see CSampleBuffer).
 class SampleSender {
  public:
-  /// `pass` is told before a wait. It lives as long as the worker calls.
-  explicit SampleSender(PassControl& pass) : m_pass(pass) {}
+  /// `pass` is told before a wait. Both live as long as the worker calls.
+  SampleSender(PassControl& pass, FrameMemory& memory) : m_pass(pass), m_memory(memory) {}
 
   // Any thread.
   /// Null takes it away. The former one passes on nothing more.
@@ -41,6 +42,9 @@ class SampleSender {
   /// A sample of exactly `size` bytes, with a reference; waits for room. VFW_E_NO_ALLOCATOR and what
   /// CSampleBuffer::GetSample answers and throws.
   HRESULT GetSample(IMediaSample** sample, std::size_t size);
+  /// A sample over a frame's bytes where they lie, which is not to be filled; null where they have to be copied. Fails
+  /// with VFW_E_NOT_COMMITTED.
+  HRESULT GetSampleOver(IMediaSample** sample, const std::uint8_t* data, std::size_t size);
   /// The next GetSample for this frame does not wait. Throws std::bad_alloc.
   bool HasRoomFor(const FrameInfo& frame);
   static HRESULT Fill(IMediaSample& sample, const std::uint8_t* data, std::size_t size);
@@ -69,6 +73,7 @@ class SampleSender {
   bool TakeReserved(IMediaSample** sample, std::size_t size);
 
   PassControl& m_pass;
+  FrameMemory& m_memory;
 
   mutable CCritSec m_lock{"SampleSender", LockRank::kPinStream};
   // Null while the pin is inactive or unconnected. Shared with calls in progress.

@@ -4,6 +4,7 @@
 namespace tarvex {
 
 class CBaseFilter;
+class FrameMemory;
 class PassControl;
 class PlayPositions;
 class SegmentGate;
@@ -15,6 +16,7 @@ struct SharedByPins {
   PlayPositions& positions;
   SegmentGate& gate;
   PassControl& pass;
+  FrameMemory& memory;
 };
 
 }  // namespace tarvex

@@ -1,14 +1,14 @@
 #include "scanner/source/prefetcher.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 #include "framework/com_boundary.h"
 
 namespace tarvex {
 
-Prefetcher::Prefetcher(IAsyncReader* upstream, LONG size) : m_upstream(upstream), m_size(size) {}
+Prefetcher::Prefetcher(IAsyncReader* upstream, LONG size)
+    : m_upstream(upstream), m_size(size), m_pool(2 * static_cast<std::size_t>(size)) {}
 
 Prefetcher::~Prefetcher() {
   if (!m_thread) return;
@@ -25,24 +25,8 @@ Prefetcher::~Prefetcher() {
   if (isReading) m_upstream->EndFlush();
 }
 
-Prefetcher::Memory Prefetcher::TakeMemory() noexcept {
-  const auto spare = std::ranges::find_if(m_spares, [](const Memory& memory) { return memory != nullptr; });
-  if (spare != m_spares.end()) return std::move(*spare);
-  return Memory(new (std::nothrow) BYTE[2 * static_cast<std::size_t>(m_size)]);
-}
-
-void Prefetcher::Return(Memory memory) noexcept {
-  const CAutoLock hold(m_lock);
-  PutBack(std::move(memory));
-}
-
-void Prefetcher::PutBack(Memory memory) noexcept {
-  const auto place = std::ranges::find_if(m_spares, [](const Memory& other) { return other == nullptr; });
-  if (place != m_spares.end()) *place = std::move(memory);
-}
-
 void Prefetcher::Forget() noexcept {
-  while (m_count != 0) PutBack(std::move(m_pieces[--m_count].memory));
+  while (m_count != 0) m_pieces[--m_count] = {};
   m_isOn = false;
   m_isStale = m_isReading;
   m_isClaimed = false;
@@ -101,7 +85,7 @@ void Prefetcher::Run() {
 }
 
 Prefetcher::Piece Prefetcher::Next() noexcept {
-  Piece piece{TakeMemory(), m_next, static_cast<LONG>(std::min<LONGLONG>(m_size, m_end - m_next))};
+  Piece piece{m_pool.Take(), m_next, static_cast<LONG>(std::min<LONGLONG>(m_size, m_end - m_next))};
   m_next += piece.bytes;
   return piece;
 }
@@ -121,9 +105,8 @@ void Prefetcher::ReadOne() {
       [&] { return piece.memory ? m_upstream->SyncRead(piece.position, piece.bytes, BytesOf(piece)) : E_OUTOFMEMORY; });
   m_lock.Lock();
   m_isReading = false;
-  if (std::exchange(m_isStale, false)) return PutBack(std::move(piece.memory));
+  if (std::exchange(m_isStale, false)) return;
   if (result == S_OK) return Keep(std::move(piece));
-  PutBack(std::move(piece.memory));
   Forget();
 }
 
@@ -137,9 +120,8 @@ bool Prefetcher::Claim(LONGLONG position, Piece& piece) {
 
 void Prefetcher::Give(Piece piece, bool isRead) noexcept {
   const CAutoLock hold(m_lock);
-  if (!std::exchange(m_isClaimed, false)) return PutBack(std::move(piece.memory));
+  if (!std::exchange(m_isClaimed, false)) return;
   if (isRead) return Keep(std::move(piece));
-  PutBack(std::move(piece.memory));
   Forget();
 }
 

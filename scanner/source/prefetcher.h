@@ -4,13 +4,13 @@
 
 #include <array>
 #include <cstddef>
-#include <memory>
 
 #include "framework/com_ptr.h"
 #include "framework/condition_variable.h"
 #include "framework/critical_section.h"
 #include "framework/platform/platform.h"
 #include "framework/thread.h"
+#include "scanner/source/piece_pool.h"
 
 namespace tarvex {
 
@@ -23,9 +23,8 @@ namespace tarvex {
 class Prefetcher {
  public:
   /// A piece's bytes lie in the second half of its memory; the first is left to whoever takes it.
-  using Memory = std::unique_ptr<BYTE[]>;
   struct Piece {
-    Memory memory;
+    PiecePool::Taken memory;
     LONGLONG position = 0;
     LONG bytes = 0;
   };
@@ -48,15 +47,16 @@ class Prefetcher {
   /// A claimed piece. `isRead` false: it could not be read.
   void Give(Piece piece, bool isRead) noexcept;
   /// Where the bytes of a piece begin.
-  BYTE* BytesOf(const Piece& piece) const noexcept { return piece.memory.get() + m_size; }
-  /// Takes the memory of a piece back, for later ones.
-  void Return(Memory memory) noexcept;
+  BYTE* BytesOf(const Piece& piece) const noexcept { return piece.memory.Bytes() + m_size; }
+  /// See PiecePool::Keep. For the reading thread.
+  ComPtr<IUnknown> Keep(const PiecePool::Taken& memory) noexcept { return m_pool.Keep(memory); }
   /// Forgets what was read and what was to be read. While on, no read begins and nobody waits. Any thread.
   void SetFlushing(bool on) noexcept;
 
  private:
   static constexpr std::size_t kAhead = 2;   // pieces that the thread reads ahead
   static constexpr std::size_t kPieces = 3;  // pieces that are there or being read
+  static_assert(kPieces + 2 <= PiecePool::kTaken, "with the caller's, and the one that is to take its place");
 
   void Run();
   void ReadOne();
@@ -67,11 +67,10 @@ class Prefetcher {
   bool IsComing(LONGLONG position) const noexcept;
   Piece Next() noexcept;
   void Keep(Piece piece) noexcept;
-  Memory TakeMemory() noexcept;
-  void PutBack(Memory memory) noexcept;
 
   const ComPtr<IAsyncReader> m_upstream;
   const LONG m_size;
+  PiecePool m_pool;
 
   mutable CCritSec m_lock{"Prefetcher", LockRank::kLeaf};
   ConditionVariable m_changed;
@@ -86,7 +85,6 @@ class Prefetcher {
   std::array<Piece, kPieces> m_pieces;  // in the stream's order
   std::size_t m_count = 0;              // of them, from the front
   bool m_isClaimed = false;             // the caller is reading one that is wanted
-  std::array<Memory, kPieces + 1> m_spares;
   Thread m_thread;
 };
 

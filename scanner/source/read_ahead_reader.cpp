@@ -14,7 +14,6 @@ namespace tarvex {
 
 namespace {
 
-constexpr LONG kPieceCapacity = 2 * ReadAheadReader::kLargestWindow;  // of the prefetcher's memory
 constexpr LONG kLargestSkip = 64 * 1024;
 constexpr LONGLONG kLastPosition = std::numeric_limits<LONGLONG>::max();
 
@@ -62,7 +61,7 @@ LONG ReadAheadReader::TakeFromWindow(LONGLONG position, LONG length, BYTE* buffe
   const LONGLONG offset = position - m_windowStart;
   if (offset < 0 || offset >= m_windowBytes) return 0;
   const LONG taken = static_cast<LONG>(std::min<LONGLONG>(length, m_windowBytes - offset));
-  std::memcpy(buffer, Window() + offset, static_cast<std::size_t>(taken));
+  std::memcpy(buffer, m_window + offset, static_cast<std::size_t>(taken));
   return taken;
 }
 
@@ -132,7 +131,7 @@ LONG ReadAheadReader::BytesAhead(LONGLONG position, LONG atLeast) const noexcept
 // may be more next time.
 bool ReadAheadReader::ReadIntoWindow(LONG bytes) {
   const LONGLONG position = m_windowStart + m_windowBytes;
-  if (ReadBelow(position, bytes, Window() + m_windowBytes) != S_OK) {
+  if (ReadBelow(position, bytes, m_window + m_windowBytes) != S_OK) {
     if (m_flushing.load(std::memory_order_acquire)) return false;
     m_brokenBegin = position;
     m_brokenEnd = position + bytes;
@@ -150,14 +149,10 @@ bool ReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
   if (m_prefetcher.IsReading(position)) ReadAnother(position);
   Prefetcher::Piece piece;
   if (!m_prefetcher.Take(position, piece)) return false;
-  const LONG offset = kLargestWindow - tail;
-  if (tail != 0) {
-    std::memcpy(piece.memory.get() + offset, Window() + (from - m_windowStart), static_cast<std::size_t>(tail));
-  }
-  std::swap(m_memory, piece.memory);
-  const LONG former = std::exchange(m_capacity, kPieceCapacity);
-  if (former == kPieceCapacity) m_prefetcher.Return(std::move(piece.memory));
-  m_windowOffset = offset;
+  BYTE* const window = m_prefetcher.BytesOf(piece) - tail;
+  if (tail != 0) std::memcpy(window, m_window + (from - m_windowStart), static_cast<std::size_t>(tail));
+  m_piece = std::move(piece.memory);
+  m_window = window;
   ++m_windowNumber;
   m_windowStart = from;
   m_windowBytes = tail + piece.bytes;
@@ -191,22 +186,30 @@ void ReadAheadReader::PrefetchOn() {
 
 // Afterwards the window begins with the `tail` bytes at `from`, which it has already, and has `room` for more.
 bool ReadAheadReader::MoveToFront(LONGLONG from, LONG tail, LONG room) {
-  const BYTE* kept = Window() + (tail == 0 ? 0 : from - m_windowStart);
+  const BYTE* kept = m_window + (tail == 0 ? 0 : from - m_windowStart);
   ++m_windowNumber;
   if (m_capacity < tail + room) {
     const LONG capacity = tail + room + kSmallestWindow;
     std::unique_ptr<BYTE[]> memory(new (std::nothrow) BYTE[static_cast<std::size_t>(capacity)]);
     if (!memory) return false;
     std::copy_n(kept, tail, memory.get());
-    m_memory = std::move(memory);
+    m_own = std::move(memory);
     m_capacity = capacity;
   } else if (tail != 0) {
-    std::memmove(m_memory.get(), kept, static_cast<std::size_t>(tail));
+    std::memmove(m_own.get(), kept, static_cast<std::size_t>(tail));
   }
-  m_windowOffset = 0;
+  m_piece = {};
+  m_window = m_own.get();
   m_windowStart = from;
   m_windowBytes = tail;
   return true;
+}
+
+ComPtr<IUnknown> ReadAheadReader::Keep(std::span<const BYTE> bytes) noexcept {
+  const std::less_equal<> isNotAbove;
+  const bool isInWindow = m_piece && isNotAbove(m_window, bytes.data()) &&
+                          isNotAbove(bytes.data() + bytes.size(), m_window + m_windowBytes);
+  return isInWindow ? m_prefetcher.Keep(m_piece) : nullptr;
 }
 
 bool ReadAheadReader::HasInWindow(LONGLONG position, LONG length) const noexcept {
@@ -225,7 +228,7 @@ std::span<const BYTE> ReadAheadReader::Borrow(LONGLONG position, LONG atLeast, L
     m_windowSize = std::clamp(wanted - tail, m_windowSize, kLargestWindow);
     if (needed > kLargestWindow || !Advance(from, tail, needed)) return {};
   }
-  return std::span(Window(), static_cast<std::size_t>(m_windowBytes))
+  return std::span(m_window, static_cast<std::size_t>(m_windowBytes))
       .subspan(static_cast<std::size_t>(position - m_windowStart));
 }
 

@@ -40,6 +40,9 @@ class ReadAheadReader : public UnknownImpl<IAsyncReader> {
   /// bytes are read, as many as the window holds. Valid while WindowNumber stays the same. Empty when they do not fit
   /// or cannot be read this way. For the reading thread.
   std::span<const BYTE> Borrow(LONGLONG position, LONG atLeast, LONG wanted);
+  /// What keeps these bytes, which lie in the window, where they are for as long as it is held. Null where they have to
+  /// be copied. For the reading thread.
+  ComPtr<IUnknown> Keep(std::span<const BYTE> bytes) noexcept;
   /// Changes whenever the bytes in the window do.
   std::uint64_t WindowNumber() const noexcept { return m_windowNumber; }
   HRESULT STDMETHODCALLTYPE BeginFlush() override;
@@ -56,7 +59,6 @@ class ReadAheadReader : public UnknownImpl<IAsyncReader> {
  private:
   HRESULT ReadBelow(LONGLONG position, LONG length, BYTE* buffer);
   HRESULT ReadMissing(LONGLONG position, LONG length, BYTE* buffer);
-  BYTE* Window() const noexcept { return m_memory.get() + m_windowOffset; }
   LONG TakeFromWindow(LONGLONG position, LONG length, BYTE* buffer) const noexcept;
   bool FillWindow(LONGLONG position, LONG atLeast);
   bool ReadIntoWindow(LONG bytes);
@@ -80,9 +82,10 @@ class ReadAheadReader : public UnknownImpl<IAsyncReader> {
   Prefetcher m_prefetcher;
 
   // The rest belongs to the reading thread.
-  std::unique_ptr<BYTE[]> m_memory;
-  LONG m_capacity = 0;         // bytes at m_memory
-  LONG m_windowOffset = 0;     // where the window begins in there
+  std::unique_ptr<BYTE[]> m_own;
+  LONG m_capacity = 0;         // bytes at m_own
+  PiecePool::Taken m_piece;    // where the window lies when it does not lie there
+  BYTE* m_window = nullptr;    // its first byte
   LONGLONG m_windowStart = 0;  // stream position of the first
   LONG m_windowBytes = 0;      // valid ones
   std::uint64_t m_windowNumber = 0;
