@@ -15,11 +15,10 @@ function(tarvex_lto_library)
 endfunction()
 
 function(tarvex_lto_program target)
-  if(TARVEX_LTO)
-    target_link_options(${target} PRIVATE -flto=auto)
-  endif()
+  set_target_properties(${target} PROPERTIES TARVEX_LTO_PROGRAM ON)
 endfunction()
 
+# One of the two: -fno-lto is not taken back by what follows it.
 if(TARVEX_LTO)
-  add_link_options(-fno-lto)
+  add_link_options($<IF:$<BOOL:$<TARGET_PROPERTY:TARVEX_LTO_PROGRAM>>,-flto=auto,-fno-lto>)
 endif()

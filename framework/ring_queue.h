@@ -2,6 +2,7 @@
 // object, which guards it.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -12,7 +13,7 @@ namespace tarvex {
 template <class T>
 class RingQueue {
  public:
-  explicit RingQueue(std::size_t room) : m_entries(room == 0 ? 1 : room) {}
+  explicit RingQueue(std::size_t room) : m_entries(std::bit_ceil(room)) {}
 
   std::size_t Size() const noexcept { return m_count; }
   bool Empty() const noexcept { return m_count == 0; }
@@ -22,7 +23,7 @@ class RingQueue {
 
   /// Makes room for so many more entries. Throws std::bad_alloc, and is unchanged then.
   void KeepFree(std::size_t count) {
-    while (m_entries.size() - m_count < count) Grow();
+    if (m_entries.size() - m_count < count) Grow(m_count + count);
   }
 
   /// Throws std::bad_alloc, and is unchanged then; not when there is room.
@@ -50,14 +51,11 @@ class RingQueue {
   }
 
  private:
-  // Of the entry so far behind the first. Not by division, which takes longer than all the rest.
-  std::size_t Place(std::size_t offset) const noexcept {
-    const std::size_t place = m_first + offset;
-    return place < m_entries.size() ? place : place - m_entries.size();
-  }
+  // Of the entry so far behind the first. There is room for a power of two.
+  std::size_t Place(std::size_t offset) const noexcept { return (m_first + offset) & (m_entries.size() - 1); }
 
-  void Grow() {
-    std::vector<T> larger(m_entries.size() * 2);
+  void Grow(std::size_t room) {
+    std::vector<T> larger(std::bit_ceil(room));
     for (std::size_t i = 0; i < m_count; ++i) larger[i] = std::move(m_entries[Place(i)]);
     m_entries.swap(larger);
     m_first = 0;

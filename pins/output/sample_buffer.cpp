@@ -199,8 +199,10 @@ HRESULT CSampleBuffer::GetSample(IMediaSample** sample, std::size_t size, bool w
 void CSampleBuffer::GetSamples(std::span<const std::size_t> sizes, std::vector<ComPtr<IMediaSample>>& samples) {
   const CAutoLock hold(Lock());
   if (!IsCommitted()) return;
+  Collect();
   for (const std::size_t size : sizes) {
-    Sample* sample = TakeIfThereIsRoom(size);
+    Sample* sample = TakeNext(size);
+    if (sample == nullptr) sample = TakeIfThereIsRoom(size);
     if (sample == nullptr) break;
     samples.push_back(ComPtr<IMediaSample>::Attach(Lend(*sample)));
   }
