@@ -57,7 +57,7 @@ std::span<const std::uint8_t> BytesBefore(ElementWalker& walker, std::uint64_t p
 /// Cues as muxers write them, without an object for each element. Nothing when there is anything else in them.
 std::optional<IndexEntries> PlainCues(ElementWalker& walker, const KaxCues& cues, const KaxSegment& segment,
                                       std::uint64_t scale) {
-  constexpr std::size_t kChunk = std::size_t{1} << 20;
+  constexpr std::size_t kPart = std::size_t{1} << 20;
   constexpr std::uint64_t kLongestPoint = 1u << 16;
   if (!walker.IsWhole(cues)) return std::nullopt;
   const std::uint64_t start = segment.GetGlobalPosition(0);
@@ -68,7 +68,7 @@ std::optional<IndexEntries> PlainCues(ElementWalker& walker, const KaxCues& cues
     const auto element = ParsePlainElement(bytes);
     if (!element) {
       const std::size_t known = bytes.size();
-      bytes = BytesBefore(walker, position, end, kLongestPoint, kChunk);
+      bytes = BytesBefore(walker, position, end, kLongestPoint, kPart);
       if (bytes.size() <= known) return std::nullopt;
       continue;
     }
