@@ -158,6 +158,11 @@ TEST(SampleBuffer, MemoryComesAsFarAsTheRingIsUsedAndStaysUntilTheLastSampleIsBa
   buffer->Decommit();
   buffer.Reset();
   EXPECT_EQ(BytesOf(*fresh)[999], 1) << "a sample keeps an allocator that nobody else holds";
+  buffer = MakeBuffer();
+  fresh = TakeNow(*buffer, 1000);
+  buffer.Reset();
+  std::memset(BytesOf(*fresh), 1, 1000);  // also one that nobody decommitted
+  fresh.Reset();
 }
 
 // Another filter may take samples of ours through IMemAllocator: they must come out of the same ring. And it may write
