@@ -1,14 +1,18 @@
 // IAMStreamSelect: what is listed and how it is named, which stream of each kind has the pin when a file is opened, and
-// switching of pins that are not connected. tests/data/streams.txt has the lists.
+// switching of pins that are not connected. And the media type of each codec. The lists are those of tests/data.
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <functional>
+#include <map>
 #include <sstream>
 
 #include "filter/matroska_splitter.h"
 #include "framework/co_task_mem.h"
 #include "framework/text_conversion.h"
+#include "tests/corpus/type_text.h"
 #include "tests/support/ebml_writer.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/source_dir.h"
 #include "tests/support/test_graph.h"
 #include "tests/support/test_system.h"
@@ -16,28 +20,62 @@
 namespace tarvex::test {
 namespace {
 
-/// From words such as "V1 A2:ger S3~! S4!!": kind, number and language; ~ without the default flag, ! with
-/// the forced one, !! with one of a large value. A track is named by its number.
-ByteString FileOf(const std::string& words) {
-  ByteString entries;
-  std::istringstream stream(words);
-  for (std::string word; stream >> word;) {
-    const std::size_t flags = std::min(word.find_first_of("~!"), word.size());
-    const std::size_t colon = std::min(word.find(':'), flags);
-    const std::string number = word.substr(1, colon - 1);
-    const std::string language = colon < flags ? word.substr(colon + 1, flags - colon - 1) : "eng";
-    const std::uint64_t forced = word.ends_with("!!") ? std::uint64_t{1} << 40 : word.ends_with('!') ? 1 : 0;
-    const ByteString more = Join(
-        {Text(id::kTrackName, number), Text(id::kLanguage, language),
-         word.find('~') != std::string::npos ? Unsigned(id::kFlagDefault, 0) : ByteString{},
-         Unsigned(id::kFlagForced, forced),
-         word[0] == 'V' ? Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 16), Unsigned(id::kPixelHeight, 16)}))
-                        : Text(id::kCodecPrivate, "header " + number)});
-    const std::uint64_t type = word[0] == 'V' ? 1 : word[0] == 'A' ? 2 : 17;
-    const char* codec = type == 1 ? "V_VP8" : type == 2 ? "A_TTA1" : "S_TEXT/UTF8";
-    entries = Join({entries, TrackEntry(std::stoull(number), type, codec, more)});
+ByteString FromHex(const std::string& text) {
+  ByteString bytes;
+  for (std::size_t k = 0; k + 1 < text.size(); k += 2) {
+    bytes.push_back(static_cast<std::uint8_t>(std::stoul(text.substr(k, 2), nullptr, 16)));
   }
-  return MatroskaFile(Join({Element(id::kInfo, {}), Element(id::kTracks, entries), Cluster(0, {})}));
+  return bytes;
+}
+
+/// A track as a line of a table describes it: type, codec, and elements.
+ByteString TrackOf(std::istream& words) {
+  static const std::map<std::string, std::uint32_t> kNumbers = {
+      {"duration", id::kDefaultDuration}, {"default", id::kFlagDefault}, {"forced", id::kFlagForced}};
+  static const std::map<std::string, std::uint32_t> kDetails = {
+      {"width", id::kPixelWidth}, {"height", id::kPixelHeight}, {"display_width", 0x54B0},
+      {"display_height", 0x54BA}, {"channels", id::kChannels},  {"bits", id::kBitDepth}};
+  std::uint64_t type = 0;
+  std::uint64_t number = 1;
+  std::string codec;
+  words >> type >> codec;
+  ByteString track;
+  ByteString details;
+  for (std::string word; words >> word && word != ";";) {
+    const std::string name = word.substr(0, word.find('='));
+    const std::string value = word.substr(name.size() + 1);
+    if (kNumbers.contains(name)) track = Join({track, Unsigned(kNumbers.at(name), std::stoull(value))});
+    if (kDetails.contains(name)) details = Join({details, Unsigned(kDetails.at(name), std::stoull(value))});
+    if (name == "rate") details = Join({details, Float(id::kSamplingFrequency, std::stod(value))});
+    if (name == "number") number = std::stoull(value);
+    if (name == "name") track = Join({track, Text(id::kTrackName, value)});
+    if (name == "language") track = Join({track, Text(id::kLanguage, value)});
+    if (name == "private") track = Join({track, Element(id::kCodecPrivate, FromHex(value))});
+  }
+  return TrackEntry(number, type, codec, Join({track, Element(type == 1 ? id::kVideo : id::kAudio, details)}));
+}
+
+/// A file with the tracks that a line describes.
+ByteString FileOf(const std::string& line) {
+  std::istringstream words(line);
+  ByteString tracks;
+  while (words >> std::ws && !words.eof()) tracks = Join({tracks, TrackOf(words)});
+  return MatroskaFile(Join({Element(id::kInfo, {}), Element(id::kTracks, tracks), Cluster(0, SimpleBlock(1, 0, {0}))}));
+}
+
+/// Each pair of lines of a table, which has so many at least.
+void ForEachRow(const char* table, int least,
+                const std::function<void(const std::string&, const std::string&)>& check) {
+  std::ifstream lines(SystemPath(SourceDir() + "/tests/data/" + table));
+  int rows = 0;
+  for (std::string first, second; std::getline(lines, first);) {
+    if (first.starts_with('#')) continue;
+    ASSERT_TRUE(std::getline(lines, second)) << first;
+    SCOPED_TRACE(first);
+    check(first, second);
+    ++rows;
+  }
+  EXPECT_GE(rows, least);
 }
 
 // Not the module's, whose user cannot be told a language.
@@ -46,7 +84,7 @@ ComPtr<IBaseFilter> LinkedSplitter() {
   return ComPtr<IUnknown>(CMatroskaSplitter::CreateInstance(nullptr, &result)->Inner()).Query<IBaseFilter>();
 }
 
-/// A graph with a file of the corpus or of such words, for a user of this language.
+/// A graph with a file of the corpus or of such tracks, for a user of this language.
 class Opened : public TestGraph {
  public:
   Opened(const std::string& userLanguage, const std::string& file) : TestGraph(LinkedSplitter()) {
@@ -86,16 +124,23 @@ class Opened : public TestGraph {
 };
 
 TEST(StreamList, IsAsTheTableSays) {
-  std::ifstream table(SystemPath(SourceDir() + "/tests/data/streams.txt"));
-  int rows = 0;
-  for (std::string file, streams; std::getline(table, file);) {
-    if (file.starts_with('#')) continue;
-    ASSERT_TRUE(std::getline(table, streams)) << file;
+  ForEachRow("streams.txt", 16, [](const std::string& file, const std::string& streams) {
     const std::size_t colon = file.find(": ");
-    EXPECT_EQ(Opened(file.substr(0, colon), file.substr(colon + 2)).Streams(), streams) << file;
-    ++rows;
-  }
-  EXPECT_GT(rows, 15);
+    EXPECT_EQ(Opened(file.substr(0, colon), file.substr(colon + 2)).Streams(), streams);
+  });
+}
+
+TEST(MediaTypeTable, EveryRowIsOfferedOrRefused) {
+  ForEachRow("media_types.txt", 71, [](const std::string& track, const std::string& type) {
+    constexpr std::string_view kRefused = "  refused: ";
+    TestGraph graph;
+    LogCapture log(graph.Splitter());
+    if (SUCCEEDED(graph.Open(SourceFilter::FromBytes(FileOf(track)).Get()))) {
+      EXPECT_EQ("  " + OfferedType(graph.OutputPins().at(0).Get()), type);
+    } else {
+      EXPECT_TRUE(type.starts_with(kRefused) && log.Contains(type.substr(kRefused.size()))) << log.Joined();
+    }
+  });
 }
 
 TEST(StreamList, EnableMovesAnUnconnectedPinToTheStreamAndWhatIsNoneTouchesNothing) {
