@@ -1,14 +1,56 @@
 // IModuleConfig: parameters, and the settings saved with a graph.
+#include <algorithm>
+#include <functional>
+
+#include "framework/unknown.h"
 #include "include/tarvex/module_config.h"
 #include "pins/formats/media_guids.h"
 #include "tests/contract/contract_fixture.h"
-#include "tests/contract/memory_stream.h"
 
 namespace tarvex::test {
 namespace {
 
 // {5B2E1C7C-0C6F-4E77-9E0C-6E1B8F3D0A77}: no parameter.
 constexpr GUID kNoParameter = {0x5B2E1C7C, 0x0C6F, 0x4E77, {0x9E, 0x0C, 0x6E, 0x1B, 0x8F, 0x3D, 0x0A, 0x77}};
+
+/// Bytes in memory; a write answers what it is told to.
+class MemoryStream final : public UnknownImpl<IStream> {
+ public:
+  explicit MemoryStream(std::vector<std::uint8_t> content = {})
+      : UnknownImpl("MemoryStream", nullptr), bytes(std::move(content)) {}
+
+  HRESULT STDMETHODCALLTYPE Read(void* out, ULONG count, ULONG* read) override {
+    const std::size_t given = std::min<std::size_t>(count, bytes.size() - m_position);
+    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(m_position), given, static_cast<std::uint8_t*>(out));
+    m_position += given;
+    *read = static_cast<ULONG>(given);
+    return given == count ? S_OK : S_FALSE;
+  }
+  HRESULT STDMETHODCALLTYPE Write(const void* data, ULONG count, ULONG* written) override {
+    const auto* first = static_cast<const std::uint8_t*>(data);
+    bytes.insert(bytes.end(), first, first + count);
+    *written = count;
+    return afterEachWrite ? afterEachWrite() : S_OK;
+  }
+
+  HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER, DWORD, ULARGE_INTEGER*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Commit(DWORD) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Revert() override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Stat(STATSTG*, DWORD) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
+
+  std::vector<std::uint8_t> bytes;
+  std::function<HRESULT()> afterEachWrite;  ///< the write's answer
+
+ private:
+  std::size_t m_position = 0;
+};
 
 class Settings : public GraphTest {
  protected:

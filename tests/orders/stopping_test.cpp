@@ -69,19 +69,5 @@ TEST_F(Stopping, OneBranchAloneAndStartedAgain) {
   }
 }
 
-// A peer that says no in the middle says so itself where its documents tell it to.
-TEST_F(Stopping, WhatARendererRefusesIsForItToReport) {
-  for (const HRESULT refusal : {VFW_E_NOT_COMMITTED, VFW_E_WRONG_STATE, E_OUTOFMEMORY, VFW_E_SAMPLE_REJECTED}) {
-    OpenFilm(kLongFilm, SinkKind::kCounting);
-    Graph().Sink(0).AnswerWith([refusal](IMediaSample* /*sample*/) { return refusal; });
-    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-    ASSERT_TRUE(Graph().Sink(0).WaitForSample(kPatience));
-    SleepMilliseconds(20);
-    ExpectNoEnd();
-    ExpectQuickStop();
-    EXPECT_EQ(Graph().Sink(0).Samples().size(), 1U) << "it was asked again";
-  }
-}
-
 }  // namespace
 }  // namespace tarvex::test

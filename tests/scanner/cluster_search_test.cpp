@@ -8,7 +8,6 @@
 
 #include "fuzz/cases.h"
 #include "fuzz/mutator.h"
-#include "tests/scanner/generated_file.h"
 #include "tests/scanner/recording.h"
 #include "tests/support/source_filter.h"
 
@@ -19,10 +18,36 @@ namespace {
 constexpr SearchReach kSmallReach = {
     .smallestFile = 0, .firstChunk = 256, .chunk = 1024, .closest = 1024, .budget = std::uint64_t{64} << 20};
 
-/// So many of each kind, or a part of what the variable says.
-unsigned Files(unsigned usually, unsigned part = 1) {
-  const unsigned wanted = fuzz::FromEnvironment("TARVEX_SEARCHED_FILES", 0);
-  return wanted == 0 ? usually : wanted / part;
+/// A file of sound or pictures at random, without Cues, and frames that now and then look like Clusters. What else may
+/// stand in a file, those of the corpus have. No two frames are the same.
+ByteString GenerateFile(std::mt19937& random, std::size_t frameBytes, std::size_t length) {
+  const auto below = [&](std::size_t limit) { return random() % limit; };
+  const auto append = [](ByteString& bytes, const ByteString& more) {
+    bytes.insert(bytes.end(), more.begin(), more.end());
+  };
+  const auto oneIn = [&](std::size_t times) { return below(times) == 0; };
+  const std::size_t mostBlocks = oneIn(4) ? 1 : 1 + below(30);
+  const std::size_t keyEvery = oneIn(8) ? 1000 : 1 + below(40);
+  const bool hasClustersInFrames = oneIn(4);
+  const bool isUnknown = oneIn(5);
+  ByteString clusters;
+  std::uint64_t time = below(100);
+  for (std::size_t count = (1 + below(oneIn(4) ? 300 : 40)) * length; count > 0; --count) {
+    if (oneIn(60)) append(clusters, Element(id::kVoid, Join({Cluster(time + 1, {}), Zeros(below(40))})));
+    ByteString data = Unsigned(id::kTimecode, time);
+    std::uint64_t relative = 0;
+    for (std::size_t block = 1 + below(mostBlocks); block > 0; --block, relative += below(40)) {
+      ByteString frame = Noise(5 + below(frameBytes), random());
+      if (oneIn(40)) append(frame, Id(id::kCluster));
+      if (hasClustersInFrames && oneIn(60)) append(frame, Cluster(time + below(3000), SimpleBlock(1, 0, {1})));
+      append(data, SimpleBlock(1, static_cast<std::int16_t>(relative), frame, below(keyEvery) == 0));
+    }
+    time += relative + 1 + below(oneIn(20) ? 20000 : 500);
+    append(clusters, isUnknown ? ElementOfUnknownSize(id::kCluster, data) : Element(id::kCluster, data));
+  }
+  const ByteString duration = Float(id::kDuration, static_cast<double>(time) * (oneIn(8) ? 3 : 1));
+  return MatroskaFile(Join({Element(id::kInfo, oneIn(4) ? ByteString() : duration),
+                            Element(id::kTracks, TrackEntry(1, 1 + below(2), "A")), clusters}));
 }
 
 /// The first frames from there on. `eventAfter` as OpenFile has it.
@@ -73,41 +98,38 @@ struct Searched {
   }
 };
 
+// Small files are read whole otherwise. Here they are searched, and damage far from where that looks may mean something
+// to an index: about one file in 500 leads elsewhere then.
 TEST(ClusterSearch, LeadsWhereTheIndexOfEverythingLeads) {
-  Searched searched;
-  for (unsigned k = Files(300); k > 0; --k) searched.Compare(GenerateFile(searched.random));
-  EXPECT_LT(searched.readWhole, searched.files / 10) << "they are to be searched";
+  const unsigned files = fuzz::FromEnvironment("TARVEX_SEARCHED_FILES", 320);
+  Searched whole;
+  Searched damaged;
+  for (unsigned k = 0; k < files; ++k) {
+    const ByteString file = GenerateFile(whole.random, 60, 1);
+    whole.Compare(file);
+    damaged.Compare(fuzz::Mutator(file).Mutated(damaged.random()));
+  }
+  EXPECT_LT(whole.readWhole, whole.files / 10) << "they are to be searched";
   for (const auto& file : fuzz::CorpusFiles()) {
     ByteString bytes = ReadWholeFile(file.path);
     const ByteString cues = Id(id::kCues);
     while (const auto found = std::ranges::search(bytes, cues)) found.front() = id::kVoid;
-    searched.Compare(bytes);
+    whole.Compare(bytes);
+    damaged.Compare(fuzz::Mutator(std::move(bytes)).Mutated(damaged.random()));
   }
-  EXPECT_EQ(searched.different, 0U);
-  EXPECT_GT(searched.files, 400U);
-}
+  EXPECT_EQ(whole.different, 0U);
+  EXPECT_GT(whole.files, files + 100);
+  EXPECT_LE(damaged.different, 2 + damaged.files / 300);
 
-// Files so small are read whole otherwise. Here they are searched, and damage far from where that looks may mean
-// something to an index: about one file in 500 leads elsewhere then.
-TEST(ClusterSearch, LeadsWhereTheIndexLeadsInDamagedFilesToo) {
-  Searched searched;
-  for (unsigned k = Files(300); k > 0; --k) {
-    searched.Compare(fuzz::Mutator(GenerateFile(searched.random)).Mutated(searched.random()));
+  Searched large{std::mt19937(4)};
+  for (unsigned k = 0; k < files / 40; ++k) {
+    const ByteString file = GenerateFile(large.random, 1500, 50);
+    if (file.size() < SearchReach().smallestFile) continue;
+    large.Compare(file, {});
+    large.Compare(fuzz::Mutator(file).Mutated(large.random()), {});
   }
-  EXPECT_LE(searched.different, 2 + searched.files / 300);
-}
-
-TEST(ClusterSearch, LeadsWhereTheIndexLeadsInLargeFiles) {
-  for (const bool isDamaged : {false, true}) {
-    Searched searched{std::mt19937(4)};
-    for (unsigned k = Files(8, 40); k > 0; --k) {
-      ByteString bytes = GenerateFile(searched.random, {.frameBytes = 1500, .length = 50});
-      if (isDamaged) bytes = fuzz::Mutator(std::move(bytes)).Mutated(searched.random());
-      if (bytes.size() >= SearchReach().smallestFile) searched.Compare(bytes, {});
-    }
-    EXPECT_EQ(searched.different, 0U);
-    EXPECT_GT(searched.files, searched.readWhole);
-  }
+  EXPECT_EQ(large.different, 0U);
+  EXPECT_GT(large.files, large.readWhole);
 }
 
 /// 20 MB in blocks of 100 bytes and Clusters of 5 ms a block, the first of each a key frame.

@@ -1,94 +1,200 @@
-// What stands between libebml and the reader upstream: the read-ahead reader, which gives the same bytes, results and
-// errors as the reader below, and the byte source on top of it.
+// What stands between libebml and the reader upstream: the read-ahead reader, which gives the bytes and results of the
+// reader below and reads long streams ahead on another thread, and the byte source on top of it.
 #include "scanner/source/read_ahead_reader.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <functional>
 #include <random>
+#include <thread>
 
 #include "scanner/source/async_callback.h"
 #include "tests/support/ebml_writer.h"
 #include "tests/support/memory_reader.h"
+#include "tests/support/patience.h"
 
 namespace tarvex::test {
 namespace {
 
-constexpr std::size_t kStreamSize = 3 * 1024 * 1024 + 17;
+constexpr LONGLONG kMebibyte = 1 << 20;
+constexpr LONGLONG kSize = 9 * kMebibyte + 17;
+constexpr SourceReads kOne = SourceReads::kOneAtATime;
+constexpr SourceReads kSeveral = SourceReads::kSeveralAtATime;
+constexpr LONGLONG kFewReads = kSize / kMebibyte + 6;  // nothing twice
 
-struct TwoReaders {
-  explicit TwoReaders(std::size_t size = kStreamSize) : below(Noise(size, 2)) {}
-
-  /// Both readers must answer alike and leave alike bytes.
-  void ExpectSame(LONGLONG position, LONG length) {
-    ByteString expected(static_cast<std::size_t>(length), 0xEE);
-    ByteString actual(static_cast<std::size_t>(length), 0xEE);
-    const HRESULT expectedResult = below.SyncRead(position, length, expected.data());
-    const HRESULT actualResult = readAhead->SyncRead(position, length, actual.data());
-    EXPECT_EQ(actualResult, expectedResult) << position << "+" << length;
-    EXPECT_TRUE(FAILED(expectedResult) || actual == expected) << position << "+" << length;
+struct Stream {
+  explicit Stream(LONGLONG size = kSize, SourceReads sourceReads = kSeveral)
+      : below(Noise(static_cast<std::size_t>(size), 6)), reader(MakeCom<ReadAheadReader>(&below, sourceReads)) {
+    below.onRead = [this] {
+      const bool isHere = std::this_thread::get_id() == here;
+      ++(isHere ? readsHere : readsElsewhere);
+      if (!isHere && elsewhere) elsewhere();
+    };
   }
 
+  /// The answer of the reader, which must be that of one without reading ahead, as must the bytes: what there is of
+  /// the stream, and nothing behind it.
+  HRESULT Read(LONGLONG position, LONG length) {
+    ByteString bytes(static_cast<std::size_t>(length), 0xEE);
+    ByteString expected = bytes;
+    const auto end = static_cast<LONGLONG>(below.bytes.size());
+    const LONGLONG given = std::clamp<LONGLONG>(end - position, 0, length);
+    if (given > 0) std::copy_n(below.bytes.begin() + static_cast<std::ptrdiff_t>(position), given, expected.begin());
+    const HRESULT result = reader->SyncRead(position, length, bytes.data());
+    EXPECT_TRUE(FAILED(result) || (result == (given == length ? S_OK : S_FALSE) && bytes == expected))
+        << result << " at " << position << "+" << length;
+    return result;
+  }
+  /// How far blocks of this size can be read from `position` on. The other thread gets its turn.
+  LONGLONG ReadOn(LONGLONG position, LONG length) {
+    for (const LONGLONG begin = position; position + length <= kSize && Read(position, length) == S_OK;) {
+      position += length;
+      if (position > begin + kMebibyte && !AwaitOtherThread()) break;
+    }
+    return position;
+  }
+  bool AwaitOtherThread() {
+    const bool isThere = Eventually([this] { return readsElsewhere != 0; });
+    EXPECT_TRUE(isThere) << "nothing is read ahead";
+    return isThere;
+  }
+
+  /// From now on a read on the other thread takes until one was made here meanwhile, if there is any.
+  void MakeSlow() {
+    elsewhere = [this] {
+      const int before = readsHere;
+      const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(overtaken == 0 ? 5000 : 20);
+      while (readsHere == before && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+      if (readsHere != before) ++overtaken;
+    };
+  }
+  /// A read on the other thread blocks until a flush. Reads here as far as it reads itself: not to the piece that does
+  /// not come.
+  void Block() {
+    elsewhere = [this] {
+      while (below.beginFlushes == 0) std::this_thread::yield();
+    };
+    for (LONGLONG position = 0; position < kMebibyte; position += 1000) EXPECT_EQ(Read(position, 1000), S_OK);
+    AwaitOtherThread();
+  }
+
+  const std::thread::id here = std::this_thread::get_id();
+  std::function<void()> elsewhere;  // inside each read that is made there
+  std::atomic<int> readsHere{0};
+  std::atomic<int> readsElsewhere{0};
+  std::atomic<int> overtaken{0};
   MemoryReader below;
-  ComPtr<ReadAheadReader> readAhead = MakeCom<ReadAheadReader>(&below);
+  ComPtr<ReadAheadReader> reader;
 };
 
-TEST(ReadAheadReader, RandomReadsAreThoseOfTheReaderBelow) {
-  TwoReaders readers;
+TEST(ReadAheadReader, AnswersAsTheReaderBelowAlsoAtAnEndThatMoves) {
+  constexpr LONGLONG kShort = 3 * kMebibyte + 17;
+  Stream stream(kShort, kOne);
   std::mt19937 random(3);
   LONGLONG position = 0;
   for (int count = 0; count < 20000; ++count) {
-    if (random() % 50 == 0) position = random() % (kStreamSize + 5000);
+    if (random() % 50 == 0) position = random() % (kShort + 5000);
     const LONG length = random() % 100 == 0 ? static_cast<LONG>(random() % 300000) : static_cast<LONG>(random() % 300);
-    readers.ExpectSame(position, length);
+    stream.Read(position, length);
     position += length;
   }
-}
 
-TEST(ReadAheadReader, EndOfTheStreamIsShortAlikeAlsoAfterItGrew) {
-  TwoReaders readers(10000);
-  for (LONGLONG position = 9980; position < 10020; ++position) readers.ExpectSame(position, 16);
-  readers.ExpectSame(0, 20000);
-  readers.ExpectSame(9990, 20);
-  const ByteString more = Noise(5000, 4);
-  readers.below.bytes.insert(readers.below.bytes.end(), more.begin(), more.end());
-  readers.ExpectSame(9990, 20);
-  readers.ExpectSame(10010, 100);
-  readers.below.reportedLength = 15000;
-  readers.ExpectSame(10110, 100);
-  readers.ExpectSame(10210, 100);
+  Stream growing(10000, kOne);
+  for (position = 9980; position < 10020; ++position) growing.Read(position, 16);
+  growing.Read(0, 20000);
+  growing.below.bytes.resize(15000, 4);
+  for (position = 9990; position < 10200; position += 20) growing.Read(position, 20);
+  growing.below.reportedLength = 15000;
+  for (position = 10110; position < 10310; position += 100) growing.Read(position, 100);
 }
 
 // The walk often looks a few bytes ahead of what it reads. First reads and jumps ask for little.
 TEST(ReadAheadReader, ReadsBelowAreFewWhereItGoesOnAndSmallWhereItJumps) {
-  BYTE bytes[64];
-  for (const LONG lookAhead : {0, 64}) {
-    TwoReaders readers;
-    for (LONGLONG position = 0; position + 64 <= static_cast<LONGLONG>(kStreamSize); position += 16) {
-      ASSERT_EQ(readers.readAhead->SyncRead(position, lookAhead, bytes), S_OK);
-      ASSERT_EQ(readers.readAhead->SyncRead(position, 16, bytes), S_OK);
+  for (const LONG lookAhead : {16, 64}) {
+    Stream stream(3 * kMebibyte, kOne);
+    for (LONGLONG position = 0; position + 64 <= 3 * kMebibyte; position += 16) {
+      ASSERT_EQ(stream.Read(position, lookAhead), S_OK);
+      ASSERT_EQ(stream.Read(position, 16), S_OK);
     }
-    EXPECT_LT(readers.below.reads, 16);
-    EXPECT_EQ(readers.below.largestRead, ReadAheadReader::kLargestWindow);
+    EXPECT_LT(stream.below.reads, 16);
+    EXPECT_EQ(stream.below.largestRead, ReadAheadReader::kLargestWindow);
   }
-  TwoReaders readers;
-  for (LONGLONG count = 0; count < 100; ++count) readers.readAhead->SyncRead(count * 1234567 % 3000000, 16, bytes);
-  EXPECT_EQ(readers.below.largestRead, ReadAheadReader::kSmallestWindow);
+  Stream stream(3 * kMebibyte, kOne);
+  for (LONGLONG count = 0; count < 100; ++count) stream.Read(count * 1234567 % 3000000, 16);
+  EXPECT_EQ(stream.below.largestRead, ReadAheadReader::kSmallestWindow);
 }
 
 // The flush arrives while the reader below is inside a read, which then comes back with data.
 TEST(ReadAheadReader, AFlushWaitsForNoReadAndFailsNewOnesAlsoOfBytesReadAhead) {
-  TwoReaders readers;
-  readers.below.onRead = [&] { readers.readAhead->BeginFlush(); };
-  BYTE bytes[16];
-  EXPECT_EQ(readers.readAhead->SyncRead(0, 16, bytes), S_OK);
-  EXPECT_EQ(readers.below.beginFlushes, 1);
-  for (const LONGLONG position : {16, 1000000}) {
-    EXPECT_EQ(readers.readAhead->SyncRead(position, 16, bytes), VFW_E_WRONG_STATE);
+  Stream stream(kSize, kOne);
+  stream.below.onRead = [&] { stream.reader->BeginFlush(); };
+  EXPECT_EQ(stream.Read(0, 16), S_OK);
+  EXPECT_EQ(stream.below.beginFlushes, 1);
+  for (const LONGLONG position : {16, 1000000}) EXPECT_EQ(stream.Read(position, 16), VFW_E_WRONG_STATE);
+  stream.below.onRead = nullptr;
+  EXPECT_EQ(stream.reader->EndFlush(), S_OK);
+  EXPECT_EQ(stream.below.endFlushes, 1);
+  EXPECT_EQ(stream.Read(16, 16), S_OK);
+}
+
+TEST(Prefetcher, StreamReadOnIsReadOnceByBothAndWhoWouldWaitReadsOnHimself) {
+  for (const SourceReads reads : {kOne, kSeveral}) {
+    for (const LONG length : {1000, 300000}) {
+      Stream stream(kSize, reads);
+      const LONGLONG half = stream.ReadOn(0, length) / 2;
+      EXPECT_GT(half, (kSize - length) / 2);
+      EXPECT_LE(stream.below.reads, kFewReads);
+      stream.ReadOn(half, length);
+      EXPECT_TRUE(reads == kSeveral || !stream.below.hadTwoAtOnce);
+    }
   }
-  readers.below.onRead = nullptr;
-  EXPECT_EQ(readers.readAhead->EndFlush(), S_OK);
-  EXPECT_EQ(readers.below.endFlushes, 1);
-  readers.ExpectSame(16, 16);
+  Stream slow;
+  slow.MakeSlow();
+  EXPECT_GT(slow.ReadOn(0, 1000), kSize - 1000);
+  EXPECT_GE(slow.overtaken, 1);
+  EXPECT_LE(slow.below.reads, kFewReads);
+}
+
+TEST(Prefetcher, BrokenPlaceFailsOnlyReadsThatTouchIt) {
+  for (const LONGLONG piece : {4, 5, 6}) {  // one of both threads each
+    for (const bool isSlow : {false, true}) {
+      const LONGLONG broken = piece * kMebibyte + 5000;
+      Stream stream;
+      if (isSlow) stream.MakeSlow();
+      stream.below.brokenFrom = broken;
+      EXPECT_EQ(stream.ReadOn(0, 1000), broken / 1000 * 1000);
+      EXPECT_EQ(stream.Read(broken, 1), E_FAIL);
+      stream.below.brokenFrom = -1;
+      EXPECT_GT(stream.ReadOn(0, 1000), kSize - 1000);
+    }
+  }
+}
+
+// Whether it waits for a piece or for the one read that is allowed.
+TEST(Prefetcher, AFlushFreesWhoWaitsAndABlockedReadOfAnotherPlaceHoldsNobodyUp) {
+  for (const auto& [reads, begin] : {std::pair{kSeveral, kMebibyte / 1000 * 1000}, {kOne, 3 * kMebibyte}}) {
+    Stream stream(kSize, reads);
+    stream.Block();
+    std::thread flusher([&] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      stream.reader->BeginFlush();
+    });
+    const LONGLONG reached = stream.ReadOn(begin, 1000);
+    EXPECT_LT(reached, kSize - kMebibyte);
+    EXPECT_EQ(stream.Read(reached, 1000), VFW_E_WRONG_STATE);
+    flusher.join();
+    stream.reader->EndFlush();
+    EXPECT_GT(stream.ReadOn(reached, 1000), kSize - 1000);
+    EXPECT_TRUE(reads == kSeveral || !stream.below.hadTwoAtOnce);
+  }
+  Stream stream;
+  stream.Block();
+  EXPECT_GT(stream.ReadOn(3 * kMebibyte, 1000), kSize - 1000) << "read here, as before";
+  stream.reader.Reset();
+  EXPECT_EQ(stream.below.endFlushes, 1) << "destruction frees it";
 }
 
 // What the reader does not give is zero, also when the stream is shorter than it said.

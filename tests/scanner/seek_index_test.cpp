@@ -45,6 +45,7 @@ TEST(SeekIndex, OfEveryFileIsWhatTheManifestSays) {
 
 // A point is that of the track whose Cluster lies first. What the quick way does not know goes through libmatroska.
 TEST(SeekIndex, OfSeveralPositionsInOnePointTheEarliestCounts) {
+  constexpr std::uint64_t kFar = std::uint64_t{5} << 30;
   const auto positions = [](std::uint64_t track, std::uint64_t cluster) {
     return Element(id::kCueTrackPositions, Join({Unsigned(id::kCueTrack, track),  //
                                                  Unsigned(id::kCueClusterPosition, cluster)}));
@@ -52,7 +53,7 @@ TEST(SeekIndex, OfSeveralPositionsInOnePointTheEarliestCounts) {
   for (const ByteString& unknown : {ByteString{}, Element(0x4444, {1})}) {
     ByteString points;
     for (const ByteString& two :
-         {Join({positions(2, 900), positions(1, 800)}), Join({positions(1, 600), positions(2, 700)}),
+         {Join({positions(2, kFar + 900), positions(1, kFar + 800)}), Join({positions(1, 600), positions(2, 700)}),
           Join({positions(2, 400), positions(1, 500)})}) {
       const ByteString time = Unsigned(id::kCueTime, points.empty() ? 7 : 9);
       points = Join({points, Element(id::kCuePoint, Join({time, two, unknown}))});
@@ -61,7 +62,7 @@ TEST(SeekIndex, OfSeveralPositionsInOnePointTheEarliestCounts) {
                                   Element(id::kTracks, TrackEntry(1, 2, "A"))});
     OpenFile file(MatroskaFile(data));
     const std::uint64_t begin = file.reader.bytes.size() - data.size();
-    EXPECT_EQ(IndexOf(file), json({{begin + 800, 70000}, {begin + 600, 90000}}));
+    EXPECT_EQ(IndexOf(file), json({{begin + kFar + 800, 70000}, {begin + 600, 90000}}));
   }
 }
 

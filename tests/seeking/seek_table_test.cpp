@@ -8,79 +8,37 @@
 
 #include "tests/corpus/manifest.h"
 #include "tests/corpus/stream.h"
-#include "tests/support/splitter_module.h"
-#include "tests/support/test_graph.h"
+#include "tests/support/graph_test.h"
 
 namespace tarvex::test {
 namespace {
 
+using nlohmann::json;
+
 constexpr std::int64_t kUnknownDuration = 0x7FFFFFFFFFFFFFFF;
 
-/// A seek and what it must deliver, where no rule tells: so many of the last frames of each pin.
-struct ListedSeek {
-  std::int64_t segment = 0;
-  std::vector<std::size_t> frames;
-};
-using ListedSeeks = std::map<std::int64_t, ListedSeek>;
-
-ListedSeeks SeeksOf(const CorpusFile& file) {
-  ListedSeeks seeks;
-  for (const auto& seek : file.entry.value("seeks", nlohmann::json::array())) seeks[seek[0]] = {seek[1], seek[2]};
-  return seeks;
-}
-
-/// A file in a graph with a pin for each kind of track, played again and again.
-class Player {
- public:
-  explicit Player(const CorpusFile& file) {
-    EXPECT_EQ(m_graph.Open(file.path), S_OK);
-    EXPECT_EQ(m_graph.ConnectSinks(SinkKind::kRecording), S_OK);
-    m_seeking = QueryFor<IMediaSeeking>(m_graph.OutputPins().front().Get());
-  }
-
-  bool HasPictures() const { return NameOf(m_graph.OutputPins().front().Get()).starts_with("Video"); }
-
-  std::vector<Stream> PlayFromTheFront() {
-    EXPECT_TRUE(SUCCEEDED(m_graph.Run()));
-    return ToTheEnd();
-  }
-
-  std::vector<Stream> Seek(LONGLONG place, LONGLONG stop, bool whileRunning) {
-    for (const auto& sink : m_graph.Sinks()) sink->Clear();
-    EXPECT_TRUE(!whileRunning || SUCCEEDED(m_graph.Run()));
-    EXPECT_EQ(m_seeking->SetPositions(&place, AM_SEEKING_AbsolutePositioning, &stop, AM_SEEKING_AbsolutePositioning),
-              S_OK);
-    EXPECT_TRUE(whileRunning || SUCCEEDED(m_graph.Run()));
-    return ToTheEnd();
-  }
-
- private:
-  std::vector<Stream> ToTheEnd() {
-    for (const auto& sink : m_graph.Sinks()) EXPECT_TRUE(sink->WaitForEnd(kPatience)) << "no end of stream";
-    EXPECT_TRUE(SUCCEEDED(m_graph.Stop()));  // S_FALSE: the pins had ended the worker already
-    std::vector<Stream> streams;
-    for (const auto& sink : m_graph.Sinks()) streams.push_back(StreamOf(*sink));
-    return streams;
-  }
-
-  TestGraph m_graph;
-  ComPtr<IMediaSeeking> m_seeking;
-};
-
-/// A start and a stop, and what they take of the whole, by the rules or as it is listed. Pictures are the first pin's.
+/// A start and a stop, and what they take of the whole, by the rules; or so many of the last frames of each pin, where
+/// no rule tells and it is listed. Pictures are the first pin's.
 class Expectation {
  public:
   Expectation(const std::vector<Stream>& whole, bool hasPictures, std::int64_t start, std::int64_t stop,
-              const ListedSeek* listed)
-      : m_start(start), m_stop(stop), m_origin(start) {
-    for (const Stream& stream : whole) m_tails.push_back(UpToStop(stream.frames, hasPictures && m_tails.empty()));
-    if (listed != nullptr) {
-      m_origin = listed->segment;
-      for (std::size_t pin = 0; pin < m_tails.size(); ++pin) KeepLast(m_tails[pin], listed->frames.at(pin));
-      return;
+              const json& listed)
+      : m_start(start), m_origin(listed.is_null() ? start : listed[1].get<std::int64_t>()) {
+    for (const Stream& stream : whole) {
+      const std::size_t pin = m_tails.size();
+      const bool isVideo = hasPictures && pin == 0;
+      // A picture that is due counts; of anything else all of it must be.
+      const auto past = [&](const Frame& frame) { return (isVideo ? frame.time : frame.End()) > stop; };
+      const auto end = std::ranges::find_if(stream.frames, past);
+      Frames& frames = m_tails.emplace_back(stream.frames.begin(), end);
+      if (!listed.is_null()) {
+        frames.erase(frames.begin(), frames.end() - listed[2].at(pin).get<std::ptrdiff_t>());
+      } else if (isVideo) {
+        BeginWithPictures(frames);
+      } else {
+        DropWhatLeads(frames);
+      }
     }
-    if (hasPictures) BeginWithPictures(m_tails[0]);
-    for (std::size_t pin = hasPictures ? 1 : 0; pin < m_tails.size(); ++pin) DropWhatLeads(m_tails[pin]);
   }
 
   void Compare(const std::vector<Stream>& streams) const {
@@ -96,16 +54,6 @@ class Expectation {
   }
 
  private:
-  // A picture that is due counts; of anything else all of it must be.
-  Frames UpToStop(const Frames& all, bool isVideo) const {
-    const auto past = [&](const Frame& frame) { return (isVideo ? frame.time : frame.End()) > m_stop; };
-    return {all.begin(), std::ranges::find_if(all, past)};
-  }
-
-  static void KeepLast(Frames& frames, std::size_t count) {
-    frames.erase(frames.begin(), frames.begin() + static_cast<std::ptrdiff_t>(frames.size() - count));
-  }
-
   // From the last key frame that is not after the start; the segment starts with the last picture that is not.
   void BeginWithPictures(Frames& pictures) {
     const auto isKey = [&](const Frame& frame) { return frame.key && frame.time <= m_start; };
@@ -138,7 +86,6 @@ class Expectation {
   }
 
   const std::int64_t m_start;
-  const std::int64_t m_stop;
   std::int64_t m_origin;
   std::int64_t m_first = -kUnknownDuration;
   std::vector<Frames> m_tails;  // what comes of each pin
@@ -171,36 +118,51 @@ std::set<std::int64_t> Places(std::int64_t duration, const Frames& frames) {
   return places;
 }
 
-class SeekTable : public testing::TestWithParam<CorpusFile> {};
+class SeekTable : public GraphTest, public testing::WithParamInterface<CorpusFile> {
+ protected:
+  std::vector<Stream> PlayFrom(LONGLONG place, LONGLONG stop, bool whileRunning) {
+    for (const auto& sink : Graph().Sinks()) sink->Clear();
+    EXPECT_TRUE(!whileRunning || SUCCEEDED(Graph().Run()));
+    EXPECT_EQ(QueryFor<IMediaSeeking>(Output(0).Get())
+                  ->SetPositions(&place, AM_SEEKING_AbsolutePositioning, &stop, AM_SEEKING_AbsolutePositioning),
+              S_OK);
+    return ToTheEnd();
+  }
+  std::vector<Stream> ToTheEnd() {
+    EXPECT_TRUE(SUCCEEDED(Graph().Run()));
+    EXPECT_TRUE(Graph().WaitForEnd());
+    EXPECT_TRUE(SUCCEEDED(Graph().Stop()));  // S_FALSE: the pins had ended the worker already
+    std::vector<Stream> streams;
+    for (const auto& sink : Graph().Sinks()) streams.push_back(StreamOf(*sink));
+    return streams;
+  }
+};
 
 TEST_P(SeekTable, DeliversTheTail) {
   const CorpusFile& file = GetParam();
-  {
-    Player player(file);
-    const std::vector<Stream> whole = player.PlayFromTheFront();
-    const std::int64_t end = file.Duration();
-    const Frames& frames = whole.front().frames;
-    const std::int64_t middle = frames.empty() ? 0 : frames[frames.size() * 2 / 3].time;
-    const ListedSeeks listed = SeeksOf(file);
-    std::set<std::int64_t> places = Places(end, frames);
-    std::set stops = {middle, end};
-    if (!listed.empty()) {
-      places.clear();
-      for (const auto& [place, seek] : listed) places.insert(place);
-      stops = {end};
-    }
-    for (const std::int64_t place : places) {
-      for (const std::int64_t stop : stops) {
-        SCOPED_TRACE(file.name + " from " + std::to_string(place) + " to " + std::to_string(stop));
-        const Expectation expected(whole, player.HasPictures(), place,
-                                   stop <= 0 || stop < place ? end : std::min(stop, end),
-                                   listed.contains(place) ? &listed.at(place) : nullptr);
-        for (const bool whileRunning : {false, true}) expected.Compare(player.Seek(place, stop, whileRunning));
-        if (HasFailure()) return;
-      }
+  ASSERT_EQ(Graph().Open(file.path), S_OK);
+  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kRecording), S_OK);
+  const std::vector<Stream> whole = ToTheEnd();
+  const std::int64_t end = file.Duration();
+  const Frames& frames = whole.front().frames;
+  std::set stops = {end, frames.empty() ? 0 : frames[frames.size() * 2 / 3].time};
+  std::map<std::int64_t, json> places;  // and what is listed of them
+  for (const json& seek : file.entry.value("seeks", json::array())) places[seek[0]] = seek;
+  if (places.empty()) {
+    for (const std::int64_t place : Places(end, frames)) places[place] = nullptr;
+  } else {
+    stops = {end};
+  }
+  const bool hasPictures = NameOf(Output(0).Get()).starts_with("Video");
+  for (const auto& [place, listed] : places) {
+    for (const std::int64_t stop : stops) {
+      SCOPED_TRACE(file.name + " from " + std::to_string(place) + " to " + std::to_string(stop));
+      const std::int64_t last = stop <= 0 || stop < place ? end : std::min(stop, end);
+      const Expectation expected(whole, hasPictures, place, last, listed);
+      for (const bool whileRunning : {false, true}) expected.Compare(PlayFrom(place, stop, whileRunning));
+      if (HasFailure()) return;
     }
   }
-  EXPECT_TRUE(ModuleBecomesIdle());
 }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, SeekTable, testing::ValuesIn(Files()), kCaseName);
