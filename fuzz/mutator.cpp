@@ -117,7 +117,8 @@ void Mutator::ChangeElement(Bytes& bytes, Random& random) const {
       break;
     default:
       const std::uint64_t whole = header.Length() + (header.sizeKnown ? header.size : 0);
-      bytes.insert(bytes.begin() + At(to), source, source + At(std::min<std::uint64_t>(whole, m_file.size() - from)));
+      const std::uint64_t there = std::min<std::uint64_t>(whole, m_file.size() - from);
+      bytes.insert(bytes.begin() + At(to), source, source + At(static_cast<std::size_t>(there)));
   }
 }
 
