@@ -58,10 +58,6 @@ Mutator::Mutator(Bytes file) : m_file(std::move(file)) {
   }
 }
 
-Mutator::Bytes Mutator::CutAt(std::size_t size) const {
-  return {m_file.begin(), m_file.begin() + At(std::min(size, m_file.size()))};
-}
-
 Mutator::Bytes Mutator::Mutated(std::uint_fast32_t seed) const {
   Random random(seed);
   Bytes bytes = m_file;

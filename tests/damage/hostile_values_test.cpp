@@ -142,7 +142,7 @@ TEST_F(HostileValues, FramesOfAnyTimeAreDeliveredAndEverySeekEnds) {
         Element(id::kBlockGroup,
                 Join({Element(id::kBlock, BlockData(1, times.block, 0, {1})), Unsigned(id::kBlockDuration, times.frame),
                       Signed(id::kReferenceBlock, std::numeric_limits<std::int64_t>::min())}));
-    const ByteString lace = LacedBlock(1, times.block, Lacing::kXiph, {{1}, {2, 2}, {3}});
+    const ByteString lace = LacedBlock(1, times.block, {{1}, {2, 2}, {3}});
     const ByteString sound = Cluster(times.cluster, Join({SimpleBlock(1, times.block, {1}), group, lace}));
     const ByteString blocks = Join({SimpleBlock(2, times.block, {2}), SimpleBlock(1, times.block, {1}),
                                     SimpleBlock(1, 32767, {1}), SimpleBlock(2, -32768, {2})});

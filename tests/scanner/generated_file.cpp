@@ -86,7 +86,7 @@ class Generator {
   ByteString Block(std::int16_t relative) {
     const std::uint64_t track = 1 + Below(2);
     const bool key = track != std::max<std::uint64_t>(m_video, 1) || Below(m_keyEvery) == 0;
-    if (OneIn(12) && !m_unknownClusters) return LacedBlock(track, relative, Lacing::kXiph, {Frame(), Frame(), Frame()});
+    if (OneIn(12) && !m_unknownClusters) return LacedBlock(track, relative, {Frame(), Frame(), Frame()});
     if (!OneIn(4)) return SimpleBlock(track, relative, Frame(), key);
     ByteString group = Element(id::kBlock, BlockData(track, relative, 0, Frame()));
     if (!key) Append(group, Signed(id::kReferenceBlock, -40));
