@@ -27,13 +27,9 @@ namespace {
 constexpr unsigned kOperationsPerRound = 100;
 
 /// Repeatable draws of one thread: 0 to below `sides`.
-class Dice {
- public:
-  explicit Dice(unsigned seed) : m_random(seed) {}
-  unsigned operator()(unsigned sides) { return static_cast<unsigned>(m_random() % sides); }
-
- private:
-  std::mt19937_64 m_random;
+struct Dice {
+  std::mt19937_64 random;
+  unsigned operator()(unsigned sides) { return static_cast<unsigned>(random() % sides); }
 };
 
 // The pin may have lost its filter to a change of the pins.
@@ -236,7 +232,7 @@ void Application::Perform(unsigned operations, unsigned seed) {
       {"connect pins", 12, true, [](Application& self, Dice& dice) { self.ConnectPins(dice); }},
   };
   constexpr unsigned kAll = 107;
-  Dice dice(seed);
+  Dice dice{std::mt19937_64(seed)};
   for (unsigned k = 0; k < operations; ++k) {
     unsigned drawn = dice(kAll);
     const auto* operation = kOperations;
@@ -260,12 +256,10 @@ struct Usage {
   /// Or is so soon: a thread that was let go may still be on its way out.
   bool IsBack() const {
     EXPECT_TRUE(handles != 0 && memory != 0) << "nothing is measured";
-    for (int attempt = 0; attempt < 500; ++attempt) {
+    for (int attempt = 0; attempt < 100; ++attempt) {
       const Usage now;
-      if (now.handles <= handles + 2 && now.threads <= threads + 1 && now.memory <= memory + (1 << 20)) {
-        return true;
-      }
-      SleepMilliseconds(10);
+      if (now.handles <= handles + 2 && now.threads <= threads + 1 && now.memory <= memory + (1 << 20)) return true;
+      SleepMilliseconds(50);
     }
     return false;
   }

@@ -15,7 +15,6 @@ namespace {
 constexpr std::uint32_t kSilentTracks = 0x5854, kPreviousSize = 0xAB, kUnknown = 0x4444;
 
 ByteString Empty(std::uint32_t element) { return Element(element, {}); }
-ByteString Open(std::uint32_t element) { return ElementOfUnknownSize(element, {}); }
 
 ByteString UsualHeaders() { return Join({Element(id::kInfo, {}), Element(id::kTracks, TrackEntry(1, 2, "A_AC3"))}); }
 
@@ -61,8 +60,8 @@ struct Content {
   std::function<ByteString(std::size_t size)> make;
 };
 
-Content Of(const char* name, ByteString part) {
-  return {name, [part = std::move(part)](std::size_t size) { return Repeat(part, size / part.size()); }};
+Content Of(std::string name, ByteString part) {
+  return {std::move(name), [part = std::move(part)](std::size_t size) { return Repeat(part, size / part.size()); }};
 }
 
 /// One element around all of it.
@@ -130,18 +129,21 @@ std::vector<Content> MakeContents() {
       Of("AtomsWithLongNames", Atom(std::string(60000, 'x'))),
       In("LongDisplay", id::kChapterDisplay, Text(id::kChapterString, "x")),
   };
-  for (const Lacing lacing : {Lacing::kXiph, Lacing::kFixed, Lacing::kEbml}) {
-    all.push_back(Of("Laces", LacedBlock(1, 0, lacing, std::vector<ByteString>(256, ByteString{7}))));
-    all.back().name += std::to_string(static_cast<int>(lacing));
+  // Of 256 frames of one byte; sizes but for the last, in EBML's lacing as differences from the one before.
+  const std::pair<Lacing, ByteString> laces[] = {
+      {Lacing::kXiph, Repeat({1}, 255)}, {Lacing::kFixed, {}}, {Lacing::kEbml, Join({{0x81}, Repeat({0xBF}, 254)})}};
+  for (const auto& [lacing, sizes] : laces) {
+    const ByteString lace = Join({{255}, sizes, Repeat({7}, 256)});
+    const auto flags = static_cast<std::uint8_t>(lacing);
+    all.push_back(Of("Laces" + std::to_string(flags), Element(id::kSimpleBlock, BlockData(1, 0, flags, lace))));
   }
   std::vector<std::uint32_t> elements = {id::kVoid,        id::kCrc32,     kUnknown,
                                          id::kSimpleBlock, id::kTimecode,  kPreviousSize,
                                          id::kTrackNumber, id::kTrackName, id::kCueTime};
   elements.insert(elements.end(), MasterIds().begin(), MasterIds().end());
   for (const std::uint32_t element : elements) {
-    all.push_back(Of("Empty", Empty(element)));
-    all.push_back(Of("Open", Open(element)));
-    for (std::size_t back = 1; back <= 2; ++back) all[all.size() - back].name += std::to_string(element);
+    all.push_back(Of("Empty" + std::to_string(element), Empty(element)));
+    all.push_back(Of("Open" + std::to_string(element), ElementOfUnknownSize(element, {})));
   }
   return all;
 }

@@ -58,10 +58,6 @@ Mutator::Mutator(Bytes file) : m_file(std::move(file)) {
   }
 }
 
-Mutator::Bytes Mutator::CutAt(std::size_t size) const {
-  return {m_file.begin(), m_file.begin() + At(std::min(size, m_file.size()))};
-}
-
 Mutator::Bytes Mutator::Mutated(std::uint_fast32_t seed) const {
   Random random(seed);
   Bytes bytes = m_file;
@@ -117,7 +113,8 @@ void Mutator::ChangeElement(Bytes& bytes, Random& random) const {
       break;
     default:
       const std::uint64_t whole = header.Length() + (header.sizeKnown ? header.size : 0);
-      bytes.insert(bytes.begin() + At(to), source, source + At(std::min<std::uint64_t>(whole, m_file.size() - from)));
+      const std::uint64_t there = std::min<std::uint64_t>(whole, m_file.size() - from);
+      bytes.insert(bytes.begin() + At(to), source, source + At(static_cast<std::size_t>(there)));
   }
 }
 

@@ -20,8 +20,6 @@ class Mutator {
   explicit Mutator(Bytes file);
 
   const Bytes& Whole() const noexcept { return m_file; }
-  /// The first `size` bytes.
-  Bytes CutAt(std::size_t size) const;
   /// One to three changes: flipped bits, runs overwritten, lost or put in, other sizes and identifiers of elements,
   /// elements repeated elsewhere. The same seed gives the same bytes.
   Bytes Mutated(std::uint_fast32_t seed) const;

@@ -13,8 +13,8 @@ using Input = std::span<const std::uint8_t>;
 void FuzzIndex(Input file);
 /// Opens a file and delivers all frames, with content decoding, from the front and from the middle.
 void FuzzDeliver(Input file);
-/// A track whose codec, numbers and codec data are the input's, and one frame of it: media types and start codes. The
-/// codec's name ends with a zero; two bytes say how long its data are.
+/// A track entry's elements, and one frame of the track: media types and start codes. The first two bytes say how long
+/// the elements are.
 void FuzzTrack(Input trackAndFrame);
 /// The whole filter with every pin connected; the last bytes are a script of seeks, stops and runs.
 void FuzzFilter(Input fileAndScript);

@@ -18,7 +18,7 @@ TEST_F(Connecting, UnusableSourceIsRefusedAndTheNextOneOpens) {
   const auto noise = SourceFilter::FromBytes(std::vector<std::uint8_t>(4000, 0x42));
   const auto noCodec = SourceFilter::FromFile(CorpusFile("codec_unknown_video.mkv"));  // refused after a track
   const auto noReading = SourceFilter::FromBytes(MakeMovie({}));
-  noReading->FailFrom(0, E_FAIL);
+  noReading->Pin()->brokenFrom = 0;
   TestGraph graph;
   for (const auto& [connector, expected] : {std::pair<IPin*, HRESULT>{noise->Pin(), VFW_E_TYPE_NOT_ACCEPTED},
                                             {noCodec->Pin(), VFW_E_TYPE_NOT_ACCEPTED},

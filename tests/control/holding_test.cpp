@@ -95,19 +95,17 @@ TEST_P(Holding, EveryPinGetsItsFramesInOrderAndOneEnd) {
 TEST_P(Holding, WhatWasHeldAtAStopOrAFailedReadNeverComes) {
   const char* const film = "V0k A0 V40 A20 | V80k A40";
   OpenFilm(film);
-  const int opened = m_source->Reads();
   PlayAndExpect("@0 0k! 40 80k end", "@0 0! 20 40 end");
-  const int reads = m_source->Reads() - opened;
   for (const auto& sink : Graph().Sinks()) sink->Clear();
-  m_source->BlockFrom(reads - 1);
+  m_source->Arrive(m_source->Size() - 1);  // the last read waits
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  ASSERT_TRUE(m_source->WaitUntilBlocked(kPatience));
+  ASSERT_TRUE(Eventually([this] { return m_source->Pin()->isWaiting.load(); }));
   Graph().Stop();
   for (const auto& sink : Graph().Sinks()) EXPECT_EQ(WordsOf(*sink), "") << "the frames were not held";
-  m_source->BlockFrom(0x1000000);
+  m_source->Arrive(m_source->Size());
   PlayAndExpect("@0 0k! 40 80k end", "@0 0! 20 40 end");
   for (const auto& sink : Graph().Sinks()) sink->Clear();
-  m_source->FailFrom(reads - 1, E_FAIL);
+  m_source->Pin()->brokenFrom = m_source->Size() - 1;  // the last read fails
   LogCapture log(Splitter());
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   EXPECT_TRUE(log.WaitFor("CMatroskaSplitter::ThreadProc Process exit"));

@@ -1,12 +1,13 @@
 // What a file may cost, in files written to cost as much as they can: what is read, what is left out as a whole and
 // said once, and how much memory that takes. Fillings of every other kind are made by fuzz/.
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include "fuzz/heap.h"
 #include "fuzz/scan.h"
 #include "pins/limits.h"
 #include "scanner/limits.h"
-#include "tests/support/deflated.h"
+#include "tests/support/ebml_writer.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/memory_reader.h"
 #include "tests/support/splitter_module.h"
@@ -27,6 +28,13 @@ ByteString Sound(const ByteString& more = {}) { return TrackEntry(1, 2, "A_AC3",
 ByteString Private(std::size_t size) { return TrackEntry(7, 17, "S", Element(id::kCodecPrivate, Zeros(size))); }
 ByteString Compression(const ByteString& children) {
   return Element(id::kContentEncodings, Element(id::kContentEncoding, Element(id::kContentCompression, children)));
+}
+ByteString Deflated(const ByteString& plain) {
+  uLongf size = compressBound(static_cast<uLong>(plain.size()));
+  ByteString packed(size);
+  EXPECT_EQ(compress(packed.data(), &size, plain.data(), static_cast<uLong>(plain.size())), Z_OK);
+  packed.resize(size);
+  return packed;
 }
 ByteString Inflated(std::size_t zeros) {
   return FileOf(Sound(Compression({})), Cluster(0, SimpleBlock(1, 0, Deflated(Zeros(zeros)))));

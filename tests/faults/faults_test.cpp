@@ -7,7 +7,6 @@
 #include <cstring>
 #include <iostream>
 #include <set>
-#include <span>
 
 #include "filter/interface_ids.h"
 #include "framework/bstr.h"
@@ -56,7 +55,6 @@ struct Fault {
   FaultKind kind;
   HRESULT answer = E_FAIL;  ///< of the reader or a sink
   Manner manner = Manner::kFails;
-  bool mayLast = true;  ///< also with all later calls
 };
 constexpr Fault kFaults[] = {
     {"OperatorNew", FaultKind::kNew},
@@ -68,11 +66,11 @@ constexpr Fault kFaults[] = {
     {"Thread", FaultKind::kThread},
     {"Inflate", FaultKind::kInflate},
     {"Reader", FaultKind::kReader},
-    {"ReaderIsShort", FaultKind::kReader, S_FALSE, Manner::kFails, false},
-    {"ReaderBlocksUntilSeek", FaultKind::kReader, VFW_E_WRONG_STATE, Manner::kBlocksUntilSeek, false},
-    {"ReaderBlocksUntilStop", FaultKind::kReader, VFW_E_WRONG_STATE, Manner::kBlocksUntilStop, false},
-    {"ReaderShrinks", FaultKind::kReader, S_OK, Manner::kShrinks, false},
-    {"ReaderEmpties", FaultKind::kReader, S_OK, Manner::kEmpties, false},
+    {"ReaderIsShort", FaultKind::kReader, S_FALSE},
+    {"ReaderBlocksUntilSeek", FaultKind::kReader, VFW_E_WRONG_STATE, Manner::kBlocksUntilSeek},
+    {"ReaderBlocksUntilStop", FaultKind::kReader, VFW_E_WRONG_STATE, Manner::kBlocksUntilStop},
+    {"ReaderShrinks", FaultKind::kReader, S_OK, Manner::kShrinks},
+    {"ReaderEmpties", FaultKind::kReader, S_OK, Manner::kEmpties},
     {"ReceiveConnection", FaultKind::kReceiveConnection, VFW_E_TYPE_NOT_ACCEPTED},
     {"NotifyAllocator", FaultKind::kNotifyAllocator},
     {"Receive", FaultKind::kReceive},
@@ -126,7 +124,10 @@ class FaultRig {
   /// Creates the splitter, opens the file, asks it everything, plays, seeks, switches streams, plays again and changes
   /// settings. Goes on after a failure as far as that makes sense.
   void Use() {
-    if (!Prepare()) return;
+    Create();
+    if (!m_splitter || !Open()) return;
+    AskAboutFile();
+    Render();
     Start();
     Seek();
     Stop();
@@ -135,20 +136,6 @@ class FaultRig {
     Stop();
     ChangeSettings();
   }
-  /// The same as far as the start of playing.
-  bool Prepare() {
-    Create();
-    if (!m_splitter || !Open()) return false;
-    AskAboutFile();
-    Render();
-    return true;
-  }
-  /// Pausing delivers as well, and does not start again what failed as running would.
-  void PauseOnce() {
-    Start(&IMediaControl::Pause);
-    Stop();
-  }
-  int Aborts() const { return m_graph->aborts; }
   /// On the same splitter, when nothing fails any more: the file opens and plays to its end.
   void ExpectRecovery() {
     m_source->Shrink(m_size);
@@ -165,9 +152,9 @@ class FaultRig {
     EXPECT_FALSE(complained) << "the splitter has not recovered";
   }
 
-  bool complained = false;    ///< a call gave a failure, or the graph was aborted
-  int firstPass = -1;         ///< samples that reached the sinks in the first pass; -1 when there was none
-  std::uint64_t answers = 0;  ///< all that the splitter told of the file and its pins before
+  bool complained = false;  ///< a call gave a failure, or the graph was aborted
+  int firstPass = -1;       ///< samples that reached the sinks in the first pass; -1 when there was none
+  std::size_t answers = 0;  ///< all that the splitter told of the file and its pins before
 
  private:
   template <class Call>
@@ -214,9 +201,7 @@ class FaultRig {
   }
 
   void Note(const void* data, std::size_t size) {
-    for (const std::uint8_t byte : std::span(static_cast<const std::uint8_t*>(data), size)) {
-      answers = (answers ^ byte) * 0x100000001B3;
-    }
+    answers = answers * 31 + std::hash<std::string_view>{}({static_cast<const char*>(data), size});
   }
   void NoteText(const OLECHAR* text) {
     if (text != nullptr) Note(text, std::char_traits<OLECHAR>::length(text) * sizeof(OLECHAR));
@@ -269,10 +254,10 @@ class FaultRig {
     DeleteMediaType(type);
   }
 
-  void Start(HRESULT (STDMETHODCALLTYPE IMediaControl::*start)() = &IMediaControl::Run) {
+  void Start() {
     const int samples = m_graph->Samples();
     const int aborts = m_graph->aborts;
-    if (FAILED(Ask([&] { return (m_graph.Get()->*start)(); }))) return Stop();
+    if (FAILED(Ask([&] { return m_graph->Run(); }))) return Stop();
     WaitForOutcome(aborts);
     if (firstPass < 0) firstPass = m_graph->Samples() - samples;
   }
@@ -394,7 +379,7 @@ class Faults : public testing::TestWithParam<Case> {
     const bool isLoss = m_fault.kind < FaultKind::kReader || std::string_view(m_fault.name) == "Reader";
     if (isLoss && !rig.complained) {
       EXPECT_EQ(rig.firstPass, m_samples) << "lost without a word";
-      EXPECT_EQ(rig.answers, m_answers) << "answers that are not right";
+      EXPECT_TRUE(rig.answers == m_answers) << "answers that are not right";
     }
     if (m_fault.kind >= FaultKind::kReceive) {
       EXPECT_FALSE(rig.complained) << "the filter that refuses is the one to report it";
@@ -409,7 +394,7 @@ class Faults : public testing::TestWithParam<Case> {
   const std::vector<std::uint8_t> m_bytes = ReadWholeFile(SourceDir() + "/tests/data/corpus/" + m_movie.path);
   const MeetsNoFaults m_own;
   int m_samples = -1;
-  std::uint64_t m_answers = 0;
+  std::size_t m_answers = 0;
 };
 
 TEST_P(Faults, EndClearlyAndLeaveNothing) {
@@ -430,7 +415,7 @@ TEST_P(Faults, EndClearlyAndLeaveNothing) {
   const std::int64_t stride = one != UINT_MAX ? INT_MAX : all ? 1 : std::max<std::int64_t>(calls / kWanted, 1);
   int met = 0;
   for (const bool lasting : {false, true}) {
-    if (lasting && !m_fault.mayLast) break;
+    if (lasting && m_fault.manner != Manner::kFails) break;
     for (std::int64_t index = one != UINT_MAX ? one : 0; !HasFailure(); index += stride, ++met) {
       const std::string point = m_fault.name + (" " + std::to_string(index)) + (lasting ? " and later" : "");
       SCOPED_TRACE(point);
@@ -458,30 +443,6 @@ std::vector<Case> Cases() {
 }
 INSTANTIATE_TEST_SUITE_P(Movies, Faults, testing::ValuesIn(Cases()),
                          [](const auto& one) { return std::string(one.param.first.name) + one.param.second.name; });
-
-class FailedActivation : public Faults {};
-
-// Of several pins one has no memory for its samples: the graph cannot play, learns of it, and plays when it
-// is started again.
-TEST_P(FailedActivation, OfOnePinAbortsTheGraphAndHarmsNoOther) {
-  std::int64_t pin = 0;
-  for (bool met = true; met; ++pin) {
-    FaultRig rig = Rig();
-    ASSERT_TRUE(rig.Prepare());
-    ArmFaults({.kind = FaultKind::kRing, .index = pin});
-    rig.PauseOnce();
-    DisarmFaults();
-    met = fuzz::FaultWasMet();
-    EXPECT_EQ(rig.Aborts(), met ? 1 : 0);
-    rig.complained = false;
-    rig.PauseOnce();
-    EXPECT_FALSE(rig.complained);
-    EXPECT_EQ(rig.Aborts(), met ? 1 : 0);
-  }
-  EXPECT_GT(pin, 2) << "more pins than one";
-}
-
-INSTANTIATE_TEST_SUITE_P(Movies, FailedActivation, testing::Values(Case(kMovies[3], kFaults[4])));
 
 }  // namespace
 }  // namespace tarvex::test

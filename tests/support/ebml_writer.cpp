@@ -27,30 +27,6 @@ ByteString XiphSize(std::size_t size) {
   return bytes;
 }
 
-// A difference, around the middle of its range.
-ByteString SignedVint(std::int64_t value) {
-  unsigned length = 1;
-  while (value > (std::int64_t{1} << (7 * length - 1)) - 1 || value <= -(std::int64_t{1} << (7 * length - 1)) + 1) {
-    ++length;
-  }
-  return Vint(static_cast<std::uint64_t>(value + (std::int64_t{1} << (7 * length - 1)) - 1), length);
-}
-
-ByteString LaceSizes(Lacing lacing, const std::vector<ByteString>& frames) {
-  ByteString sizes;
-  for (std::size_t index = 0; index + 1 < frames.size() && lacing != Lacing::kFixed; ++index) {
-    const auto size = static_cast<std::int64_t>(frames[index].size());
-    if (lacing == Lacing::kXiph) {
-      sizes = Join({sizes, XiphSize(frames[index].size())});
-    } else if (index == 0) {
-      sizes = Vint(frames[0].size());
-    } else {
-      sizes = Join({sizes, SignedVint(size - static_cast<std::int64_t>(frames[index - 1].size()))});
-    }
-  }
-  return sizes;
-}
-
 }  // namespace
 
 ByteString Join(std::initializer_list<ByteString> parts) {
@@ -131,11 +107,15 @@ ByteString SimpleBlock(std::uint64_t track, std::int16_t time, const ByteString&
   return Element(id::kSimpleBlock, BlockData(track, time, key ? kKeyFlag : std::uint8_t{0}, frame));
 }
 
-ByteString LacedBlock(std::uint64_t track, std::int16_t time, Lacing lacing, const std::vector<ByteString>& frames) {
-  const auto flags = static_cast<std::uint8_t>(kKeyFlag | static_cast<std::uint8_t>(lacing));
-  ByteString lace = Join({{static_cast<std::uint8_t>(frames.size() - 1)}, LaceSizes(lacing, frames)});
-  for (const ByteString& frame : frames) lace.insert(lace.end(), frame.begin(), frame.end());
-  return Element(id::kSimpleBlock, BlockData(track, time, flags, lace));
+ByteString LacedBlock(std::uint64_t track, std::int16_t time, const std::vector<ByteString>& frames) {
+  ByteString sizes;
+  ByteString data;
+  for (const ByteString& frame : frames) {
+    if (&frame != &frames.back()) sizes = Join({sizes, XiphSize(frame.size())});
+    data = Join({data, frame});
+  }
+  const ByteString lace = Join({{static_cast<std::uint8_t>(frames.size() - 1)}, sizes, data});
+  return Element(id::kSimpleBlock, BlockData(track, time, kKeyFlag | static_cast<std::uint8_t>(Lacing::kXiph), lace));
 }
 
 ByteString Cluster(std::uint64_t time, const ByteString& blocks) {

@@ -74,7 +74,8 @@ ByteString BlockData(std::uint64_t track, std::int16_t time, std::uint8_t flags,
 inline constexpr std::uint8_t kKeyFlag = 0x80;
 
 ByteString SimpleBlock(std::uint64_t track, std::int16_t time, const ByteString& frame, bool key = true);
-ByteString LacedBlock(std::uint64_t track, std::int16_t time, Lacing lacing, const std::vector<ByteString>& frames);
+/// With Xiph lacing.
+ByteString LacedBlock(std::uint64_t track, std::int16_t time, const std::vector<ByteString>& frames);
 ByteString Cluster(std::uint64_t time, const ByteString& blocks);
 
 }  // namespace tarvex::test

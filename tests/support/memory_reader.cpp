@@ -6,13 +6,6 @@
 #include <utility>
 
 namespace tarvex::test {
-namespace {
-
-constexpr DWORD kPollInterval = 2;  // milliseconds between looks at two events
-
-bool IsReached(std::int64_t number, std::int64_t first) { return first >= 0 && number >= first; }
-
-}  // namespace
 
 MemoryReader::MemoryReader(std::vector<std::uint8_t> content) : size(0) {
   bytes = std::move(content);
@@ -25,24 +18,19 @@ MemoryReader::MemoryReader(Parts parts, LONGLONG total)
 LONGLONG MemoryReader::Size() const { return size != 0 ? size.load() : static_cast<LONGLONG>(bytes.size()); }
 
 HRESULT STDMETHODCALLTYPE MemoryReader::SyncRead(LONGLONG llPosition, LONG lLength, BYTE* pBuffer) {
-  const std::int64_t number = reads++;
+  ++reads;
   if (m_inside++ != 0) hadTwoAtOnce = true;
-  const HRESULT result = Read(number, llPosition, lLength, pBuffer);
+  const HRESULT result = Read(llPosition, lLength, pBuffer);
   --m_inside;
   return result;
 }
 
-HRESULT MemoryReader::Read(std::int64_t number, LONGLONG position, LONG length, BYTE* buffer) {
+HRESULT MemoryReader::Read(LONGLONG position, LONG length, BYTE* buffer) {
   LONG largest = largestRead;
   while (length > largest && !largestRead.compare_exchange_weak(largest, length)) {
   }
   if (onRead) onRead();
   if (position < 0 || length < 0) return E_INVALIDARG;
-  if (IsReached(number, failingRead)) return failure;
-  if (IsReached(number, blockingRead)) {
-    blocked.Set();
-    if (!WaitUntil([this] { return unblocked.Wait(0); })) return VFW_E_WRONG_STATE;
-  }
   const HRESULT answer = fault ? fault() : S_OK;
   if (FAILED(answer)) return answer;
   if (brokenFrom >= 0 && position + length > brokenFrom) {
@@ -50,22 +38,16 @@ HRESULT MemoryReader::Read(std::int64_t number, LONGLONG position, LONG length, 
     return E_FAIL;
   }
   const auto isThere = [&] { return std::min(position + length, Size()) <= arrived; };
-  isWaiting = !isThere();
-  const bool came = WaitUntil(isThere);
+  bool isFlushed = false;
+  while (!isThere() && !isFlushed) {
+    isWaiting = true;
+    isFlushed = flushing.Wait(2);  // milliseconds between looks at either
+  }
   isWaiting = false;
-  if (!came) return VFW_E_WRONG_STATE;
+  if (isFlushed) return VFW_E_WRONG_STATE;
   if (answer == S_OK) return Copy(position, length, buffer);
   Copy(position, length / 2, buffer);
   return S_FALSE;
-}
-
-// False when a flush came first.
-template <class Condition>
-bool MemoryReader::WaitUntil(Condition isDone) {
-  while (!isDone()) {
-    if (flushing.Wait(kPollInterval)) return false;
-  }
-  return true;
 }
 
 HRESULT MemoryReader::Copy(LONGLONG position, LONG length, BYTE* buffer) const {

@@ -1,5 +1,5 @@
-// An IAsyncReader over bytes in memory, with the manners of a real one: short reads at the end, reads that fail, that
-// block until they are flushed or that wait for bytes to come, a stream that grows or shrinks. Made by a test, on its
+// An IAsyncReader over bytes in memory, with the manners of a real one: short reads at the end, reads that fail or
+// that wait for bytes to come or for a flush, a stream that grows or shrinks. Made by a test, on its
 // stack and not counted, or part of a SourcePin. Any threads read; settings may change meanwhile where they are
 // atomic.
 #pragma once
@@ -34,15 +34,10 @@ class MemoryReader : public IAsyncReader {
   std::atomic<LONGLONG> size;                     ///< of what there is to read, where it is more than `bytes`
   std::atomic<LONGLONG> reportedLength;           ///< what Length says, which does not follow `bytes`
   std::atomic<LONGLONG> arrived{std::numeric_limits<LONGLONG>::max()};  ///< reads behind it wait
-  std::atomic<std::int64_t> failingRead{-1};     ///< this read (counted from 0) and all after it fail
-  std::atomic<HRESULT> failure{E_FAIL};          ///< what they answer
-  std::atomic<std::int64_t> blockingRead{-1};    ///< this read and all after it wait for a flush, or for `unblocked`
   std::atomic<HRESULT> answerAtTheEnd{S_FALSE};  ///< of a read beyond the last byte; a failure gives nothing
   std::atomic<LONGLONG> brokenFrom{-1};          ///< reads that touch this position or one behind it fail
   std::function<void()> onRead;                  ///< called inside every SyncRead
   std::function<HRESULT()> fault;  ///< asked ahead of every read and Length: a failure is the answer, S_FALSE halves it
-  Event unblocked{Event::Mode::kManual};
-  Event blocked{Event::Mode::kManual};  ///< a read waits
   Event flushing{Event::Mode::kManual};
   std::atomic<bool> isWaiting{false};     ///< for bytes to arrive
   std::atomic<int> brokenReads{0};        ///< reads that failed since they touch `brokenFrom`
@@ -69,9 +64,7 @@ class MemoryReader : public IAsyncReader {
   HRESULT STDMETHODCALLTYPE SyncReadAligned(IMediaSample*) override { return E_NOTIMPL; }
 
  private:
-  HRESULT Read(std::int64_t number, LONGLONG position, LONG length, BYTE* buffer);
-  template <class Condition>
-  bool WaitUntil(Condition isDone);
+  HRESULT Read(LONGLONG position, LONG length, BYTE* buffer);
   HRESULT Copy(LONGLONG position, LONG length, BYTE* buffer) const;
   LONGLONG Size() const;
 

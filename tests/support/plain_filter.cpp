@@ -111,22 +111,15 @@ void PlainPin::Keep(IPin* peer, const AM_MEDIA_TYPE* type) {
   m_isConnected = peer != nullptr;
 }
 
-// The peer's first type where none is asked for, as an output pin does that has no wish of its own.
+// Of bytes, where no type is asked for: the only pin here that connects is the source's.
 HRESULT STDMETHODCALLTYPE PlainPin::Connect(IPin* pReceivePin, const AM_MEDIA_TYPE* pmt) {
   const CAutoLock hold(m_filter.m_lock);
   HRESULT result = CheckFree();
   if (FAILED(result)) return result;
-  MediaTypePtr first;
-  if (pmt == nullptr) {
-    ComPtr<IEnumMediaTypes> types;
-    AM_MEDIA_TYPE* type = nullptr;
-    result = pReceivePin->EnumMediaTypes(types.Put());
-    if (FAILED(result)) return result;
-    if (types->Next(1, &type, nullptr) != S_OK) return VFW_E_NO_ACCEPTABLE_TYPES;
-    first.reset(type);
-  }
-  Keep(pReceivePin, pmt == nullptr ? first.get() : pmt);
-  result = pReceivePin->ReceiveConnection(this, pmt == nullptr ? first.get() : pmt);
+  const CMediaType stream(MEDIATYPE_Stream);
+  if (pmt == nullptr) pmt = &stream;
+  Keep(pReceivePin, pmt);
+  result = pReceivePin->ReceiveConnection(this, pmt);
   if (FAILED(result)) Keep(nullptr, nullptr);
   return result;
 }

@@ -28,17 +28,6 @@ ComPtr<SourceFilter> SourceFilter::FromParts(Parts parts, LONGLONG size) {
   return ComPtr<SourceFilter>(new SourceFilter(std::move(parts), size));
 }
 
-void SourceFilter::FailFrom(int read, HRESULT result) {
-  m_pin.failure = result;
-  m_pin.failingRead = m_pin.reads + read;
-}
-
-void SourceFilter::BlockFrom(int read) {
-  m_pin.unblocked.Clear();
-  m_pin.blocked.Clear();
-  m_pin.blockingRead = m_pin.reads + read;
-}
-
 void SourceFilter::Arrive(LONGLONG size, LONGLONG estimate) {
   m_pin.reportedLength = estimate != 0 ? estimate : m_pin.size.load();
   m_pin.arrived = size;

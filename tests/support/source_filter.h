@@ -35,13 +35,6 @@ class SourceFilter : public PlainFilter {
 
   SourcePin* Pin() noexcept { return &m_pin; }
 
-  /// The read with this number (from 0, counted from now) and all after it fail with `result`.
-  void FailFrom(int read, HRESULT result);
-  /// The read with this number (from 0, counted from now) and all after it wait for a flush or for Unblock.
-  void BlockFrom(int read);
-  void Unblock() { m_pin.unblocked.Set(); }
-  /// A read waits since BlockFrom.
-  bool WaitUntilBlocked(DWORD milliseconds) { return m_pin.blocked.Wait(milliseconds); }
   /// Asked ahead of every read and every question for the length. A failure is the answer; S_FALSE makes
   /// a read give half of its bytes. To be set before anybody reads.
   void BeforeEachCall(std::function<HRESULT()> fault) { m_pin.fault = std::move(fault); }

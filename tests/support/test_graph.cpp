@@ -61,10 +61,6 @@ TestGraph::~TestGraph() {
   if (!m_graph) return;
   Stop();
   DisconnectAll();
-  RemoveFilters();
-}
-
-void TestGraph::RemoveFilters() {
   for (const ComPtr<SinkFilter>& sink : m_sinks) m_graph->RemoveFilter(sink.Get());
   m_graph->RemoveFilter(m_splitter.Get());
   if (m_source) m_graph->RemoveFilter(m_source.Get());

@@ -59,8 +59,6 @@ class TestGraph {
   HRESULT DisconnectAll();
 
  private:
-  void RemoveFilters();
-
   ComPtr<IGraphBuilder> m_graph;
   ComPtr<IMediaControl> m_control;
   ComPtr<IBaseFilter> m_splitter;

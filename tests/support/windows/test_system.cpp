@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <vector>
 
 #include "framework/text_conversion.h"
 
@@ -22,31 +21,6 @@ ComPtr<T> CreateInstance(REFCLSID clsid, const char* name) {
     throw std::runtime_error(std::string("cannot create ") + name);
   }
   return object;
-}
-
-// The published form of the system's list of all handles.
-struct HandleList {
-  ULONG_PTR count;
-  ULONG_PTR reserved;
-};
-struct HandleEntry {
-  void* object;
-  ULONG_PTR process;
-  ULONG_PTR value;
-  ULONG access;
-  USHORT creatorBackTrace;
-  USHORT objectType;
-  ULONG attributes;
-  ULONG reserved;
-};
-constexpr ULONG kExtendedHandleInformation = 64;
-constexpr LONG kInfoLengthMismatch = static_cast<LONG>(0xC0000004);
-using QueryFunction = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
-
-QueryFunction QueryHandleList() {
-  // By way of a function type without arguments, which may become any other.
-  return reinterpret_cast<QueryFunction>(
-      reinterpret_cast<void (*)()>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
 }
 
 }  // namespace
@@ -78,19 +52,15 @@ std::string SystemPath(const std::string& path) {
   return result;
 }
 
-// From the list of all handles in the system: Wine gives no count of a process's own.
+// One by one: Wine gives no count of a process's own. Handles are small numbers, and free ones are given again.
 std::uint32_t OpenHandles() {
-  std::vector<std::uint8_t> list(1024 * 1024);
-  ULONG needed = 0;
-  while (QueryHandleList()(kExtendedHandleInformation, list.data(), static_cast<ULONG>(list.size()), &needed) ==
-         kInfoLengthMismatch) {
-    list.resize(list.size() * 2);
+  std::uint32_t count = 0;
+  for (std::uintptr_t value = 4; value < 0x4000; value += 4) {
+    DWORD flags = 0;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): that is what handles are
+    count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != FALSE ? 1 : 0;
   }
-  const auto* header = reinterpret_cast<const HandleList*>(list.data());
-  const auto* entries = reinterpret_cast<const HandleEntry*>(header + 1);
-  return static_cast<std::uint32_t>(std::count_if(entries, entries + header->count, [](const HandleEntry& entry) {
-    return entry.process == GetCurrentProcessId();
-  }));
+  return count;
 }
 
 std::uint32_t LivingThreads() {
