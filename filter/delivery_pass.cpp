@@ -55,6 +55,7 @@ void DeliveryPass::Finish() {
   while (TakeEnd()) {
     if (m_isCommandPending()) continue;
     static_cast<void>(ComBoundary([this] {
+      m_pins.DropHeld();
       m_pins.EndOfStream();
       return S_OK;
     }));

@@ -106,9 +106,8 @@ TEST_P(Holding, WhatWasHeldAtAStopOrAFailedReadNeverComes) {
   PlayAndExpect("@0 0k! 40 80k end", "@0 0! 20 40 end");
   for (const auto& sink : Graph().Sinks()) sink->Clear();
   m_source->Pin()->brokenFrom = m_source->Size() - 1;  // the last read fails
-  LogCapture log(Splitter());
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  EXPECT_TRUE(log.WaitFor("CMatroskaSplitter::ThreadProc Process exit"));
+  ASSERT_TRUE(Eventually([this] { return m_source->Pin()->brokenReads != 0; }));  // the pass may be over, or not
   EXPECT_EQ(Graph().InputPin()->EndOfStream(), S_OK);
   for (const auto& sink : Graph().Sinks()) EXPECT_TRUE(Eventually([&] { return WordsOf(*sink) == "end"; }));
 }
