@@ -241,12 +241,12 @@ TEST_F(OutputQueue, AFlushMeanwhileIsEndedForDownstream) {
   }
   // The same, where the end has come and gone while downstream is being told of the flush.
   onSample = [](int) { return S_OK; };
-  Make();
-  Send(1);
   m_sink->BeforeEachCall([&](SinkCall call) {
     if (call == SinkCall::kBeginFlush) COutputQueue::End(std::span(&m_queue, 1));
     return S_OK;
   });
+  Make();
+  Send(1);
   for (int flush = 0; flush < 2; ++flush) {
     m_queue->BeginFlush();
     m_queue->EndFlush();
