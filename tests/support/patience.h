@@ -11,7 +11,10 @@ inline constexpr DWORD kPatience = 20000;  // milliseconds
 /// Asks until the answer is yes; false when it never was.
 template <class Condition>
 bool Eventually(Condition isTrue) {
-  for (DWORD waited = 0; waited < kPatience && !isTrue(); ++waited) SleepMilliseconds(1);
+  for (DWORD waited = 0; waited < kPatience; ++waited) {
+    if (isTrue()) return true;  // asking may have an effect, so it ends here
+    SleepMilliseconds(1);
+  }
   return isTrue();
 }
 
