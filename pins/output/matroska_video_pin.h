@@ -3,10 +3,9 @@
 // Made by pin creation, owned by the filter; threads as in the base.
 #pragma once
 
-#include <span>
-
 #include <atomic>
 #include <optional>
+#include <span>
 
 #include "pins/output/annex_b_converter.h"
 #include "pins/output/matroska_output_pin.h"

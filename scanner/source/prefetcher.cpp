@@ -90,7 +90,7 @@ Prefetcher::Piece Prefetcher::Next() noexcept {
   return piece;
 }
 
-void Prefetcher::Keep(Piece piece) noexcept {
+void Prefetcher::Put(Piece piece) noexcept {
   const auto end = m_pieces.begin() + static_cast<std::ptrdiff_t>(m_count++);
   *end = std::move(piece);
   if (m_count > 1 && end->position < (end - 1)->position) std::swap(*end, *(end - 1));
@@ -106,7 +106,7 @@ void Prefetcher::ReadOne() {
   m_lock.Lock();
   m_isReading = false;
   if (std::exchange(m_isStale, false)) return;
-  if (result == S_OK) return Keep(std::move(piece));
+  if (result == S_OK) return Put(std::move(piece));
   Forget();
 }
 
@@ -121,7 +121,7 @@ bool Prefetcher::Claim(LONGLONG position, Piece& piece) {
 void Prefetcher::Give(Piece piece, bool isRead) noexcept {
   const CAutoLock hold(m_lock);
   if (!std::exchange(m_isClaimed, false)) return;
-  if (isRead) return Keep(std::move(piece));
+  if (isRead) return Put(std::move(piece));
   Forget();
 }
 

@@ -66,7 +66,7 @@ class Prefetcher {
   bool IsFirstThere() const noexcept { return m_count != 0 && m_pieces.front().position == m_first; }
   bool IsComing(LONGLONG position) const noexcept;
   Piece Next() noexcept;
-  void Keep(Piece piece) noexcept;
+  void Put(Piece piece) noexcept;
 
   const ComPtr<IAsyncReader> m_upstream;
   const LONG m_size;

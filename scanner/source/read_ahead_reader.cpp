@@ -59,7 +59,7 @@ HRESULT ReadAheadReader::ReadBelow(LONGLONG position, LONG length, BYTE* buffer)
 
 LONG ReadAheadReader::TakeFromWindow(LONGLONG position, LONG length, BYTE* buffer) const noexcept {
   const LONGLONG offset = position - m_windowStart;
-  if (offset < 0 || offset >= m_windowBytes) return 0;
+  if (offset < 0 || offset >= m_windowBytes || position < m_keptEnd) return 0;
   const LONG taken = static_cast<LONG>(std::min<LONGLONG>(length, m_windowBytes - offset));
   std::memcpy(buffer, m_window + offset, static_cast<std::size_t>(taken));
   return taken;
@@ -155,6 +155,7 @@ bool ReadAheadReader::TakePrefetched(LONGLONG from, LONG tail) {
   m_window = window;
   ++m_windowNumber;
   m_windowStart = from;
+  if (tail == 0) m_keptEnd = 0;
   m_windowBytes = tail + piece.bytes;
   m_next = position + piece.bytes;
   PrefetchOn();
@@ -201,6 +202,7 @@ bool ReadAheadReader::MoveToFront(LONGLONG from, LONG tail, LONG room) {
   m_piece = {};
   m_window = m_own.get();
   m_windowStart = from;
+  if (tail == 0) m_keptEnd = 0;
   m_windowBytes = tail;
   return true;
 }
@@ -209,12 +211,15 @@ ComPtr<IUnknown> ReadAheadReader::Keep(std::span<const BYTE> bytes) noexcept {
   const std::less_equal<> isNotAbove;
   const bool isInWindow = m_piece && isNotAbove(m_window, bytes.data()) &&
                           isNotAbove(bytes.data() + bytes.size(), m_window + m_windowBytes);
-  return isInWindow ? m_prefetcher.Keep(m_piece) : nullptr;
+  if (!isInWindow) return nullptr;
+  auto keeper = m_prefetcher.Keep(m_piece);
+  if (keeper) m_keptEnd = std::max(m_keptEnd, m_windowStart + (bytes.data() + bytes.size() - m_window));
+  return keeper;
 }
 
 bool ReadAheadReader::HasInWindow(LONGLONG position, LONG length) const noexcept {
   const LONGLONG offset = position - m_windowStart;
-  return offset >= 0 && offset <= m_windowBytes && length <= m_windowBytes - offset;
+  return offset >= 0 && offset <= m_windowBytes && length <= m_windowBytes - offset && position >= m_keptEnd;
 }
 
 std::span<const BYTE> ReadAheadReader::Borrow(LONGLONG position, LONG atLeast, LONG wanted) {

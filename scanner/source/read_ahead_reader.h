@@ -41,7 +41,7 @@ class ReadAheadReader : public UnknownImpl<IAsyncReader> {
   /// or cannot be read this way. For the reading thread.
   std::span<const BYTE> Borrow(LONGLONG position, LONG atLeast, LONG wanted);
   /// What keeps these bytes, which lie in the window, where they are for as long as it is held. Null where they have to
-  /// be copied. For the reading thread.
+  /// be copied. They may be written to: who wants them once more gets them read again. For the reading thread.
   ComPtr<IUnknown> Keep(std::span<const BYTE> bytes) noexcept;
   /// Changes whenever the bytes in the window do.
   std::uint64_t WindowNumber() const noexcept { return m_windowNumber; }
@@ -87,7 +87,8 @@ class ReadAheadReader : public UnknownImpl<IAsyncReader> {
   PiecePool::Taken m_piece;    // where the window lies when it does not lie there
   BYTE* m_window = nullptr;    // its first byte
   LONGLONG m_windowStart = 0;  // stream position of the first
-  LONG m_windowBytes = 0;      // valid ones
+  LONG m_windowBytes = 0;      // valid ones, but for those that were kept
+  LONGLONG m_keptEnd = 0;      // stream position behind the last of those; 0 when there are none
   std::uint64_t m_windowNumber = 0;
   LONG m_windowSize = kSmallestWindow;
   LONG m_lastLength = 0;  // of the last read past the window, if that was the last of all

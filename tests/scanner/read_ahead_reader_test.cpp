@@ -111,6 +111,28 @@ TEST(ReadAheadReader, AnswersAsTheReaderBelowAlsoAtAnEndThatMoves) {
   for (position = 10110; position < 10310; position += 100) growing.Read(position, 100);
 }
 
+// Downstream may write over frames that stay where they were read to, and be sought back into them.
+TEST(ReadAheadReader, WhatIsKeptIsReadAgainForWhoeverGoesBackToIt) {
+  for (const bool borrows : {false, true}) {
+    Stream stream;
+    LONGLONG position = 0;
+    ComPtr<IUnknown> keeper;
+    for (; !keeper && position < 6 * kMebibyte; position += keeper ? 0 : 1000) {
+      ASSERT_TRUE(position <= kMebibyte || stream.AwaitOtherThread());
+      const auto bytes = stream.reader->Borrow(position, 1000, kMebibyte);
+      ASSERT_GE(bytes.size(), 1000U);
+      keeper = stream.reader->Keep(bytes.first(1000));
+      if (keeper) std::fill_n(const_cast<BYTE*>(bytes.data()), 1000, BYTE{0xEE});
+    }
+    ASSERT_TRUE(keeper) << "nothing is kept";
+    EXPECT_EQ(stream.Read(position + 1000, 1000), S_OK) << "what follows is there";
+    const auto again = borrows ? stream.reader->Borrow(position + 500, 500, 500) : std::span<const BYTE>();
+    EXPECT_TRUE(std::equal(again.begin(), again.end(),
+                           stream.below.bytes.begin() + static_cast<std::ptrdiff_t>(position + 500)));
+    EXPECT_EQ(stream.Read(position, 1000), S_OK);
+  }
+}
+
 // The walk often looks a few bytes ahead of what it reads. First reads and jumps ask for little.
 TEST(ReadAheadReader, ReadsBelowAreFewWhereItGoesOnAndSmallWhereItJumps) {
   for (const LONG lookAhead : {16, 64}) {
