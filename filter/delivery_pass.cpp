@@ -2,7 +2,6 @@
 #include "filter/delivery_pass.h"
 
 #include <algorithm>
-#include <iterator>
 
 #include "framework/com_boundary.h"
 #include "framework/log.h"
@@ -80,7 +79,9 @@ void DeliveryPass::OnComing(std::span<const FrameInfo> frames) {
     const bool isKnown = pin != nullptr && !m_source.Scanner().IsCompressed(frames[index].trackNumber);
     if (!isKnown) continue;
     m_coming.clear();
-    std::ranges::copy_if(frames.subspan(index), std::back_inserter(m_coming), isSame);
+    for (const FrameInfo& frame : frames.subspan(index)) {
+      if (isSame(frame)) m_coming.push_back(frame.size);
+    }
     if (m_coming.size() > 1) pin->Reserve(m_coming);
   }
 }
@@ -88,6 +89,7 @@ void DeliveryPass::OnComing(std::span<const FrameInfo> frames) {
 bool DeliveryPass::OnData(const FrameInfo& frame) {
   CMatroskaOutputPin* pin = PinOf(frame);
   if (pin == nullptr) return true;
+  if (!m_source.Scanner().IsCompressed(frame.trackNumber)) return GiveFrame(*pin, frame);
   FrameInfo decoded = frame;
   m_source.Scanner().Decode(decoded);
   return GiveFrame(*pin, decoded);

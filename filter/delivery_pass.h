@@ -56,7 +56,7 @@ class DeliveryPass final : private CMatroskaCallback {
   bool m_inProgress = false;             // under the lock
   std::atomic<bool> m_endsEarly{false};  // written under the lock
   HRESULT m_failure = S_OK;              // what ended the pass, if the graph is to know it
-  std::vector<FrameInfo> m_coming;       // for one pin; kept for its room
+  std::vector<std::size_t> m_coming;     // sizes of one pin's frames; kept for its room
 };
 
 }  // namespace tarvex

@@ -26,32 +26,6 @@ bool Has(DWORD size, const AM_SAMPLE2_PROPERTIES& record, const Field& field) {
 CMediaSample::CMediaSample(IMemAllocator* allocator, BYTE* buffer, LONG length) noexcept
     : m_allocator(allocator), m_buffer(buffer), m_length(length), m_actual(length) {}
 
-void CMediaSample::SetBuffer(BYTE* buffer, LONG length) noexcept {
-  m_buffer = buffer;
-  m_length = length;
-}
-
-void CMediaSample::LendWith(ULONG references) noexcept {
-  m_next = nullptr;
-  m_actual = m_length;
-  m_flags = 0;
-  m_typeSpecificFlags = 0;
-  m_streamId = 0;
-  m_mediaType.reset();
-  m_references.store(references, std::memory_order_relaxed);  // nobody else has it
-}
-
-IMediaSample* CMediaSample::Lend() noexcept {
-  m_allocator->AddRef();
-  LendWith(kAwaited | 1);
-  return this;
-}
-
-IMediaSample* CMediaSample::LendSilently() noexcept {
-  LendWith(1);
-  return this;
-}
-
 bool CMediaSample::Await() noexcept {
   ULONG held = m_references.load(std::memory_order_acquire);
   if (held == 0 || (held & kAwaited) != 0) return held != 0;

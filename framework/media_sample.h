@@ -26,13 +26,19 @@ class alignas(64) CMediaSample : public IMediaSample2 {
   CMediaSample& operator=(const CMediaSample&) = delete;
 
   /// Allocator only, while nobody borrows the sample: gives it another region of memory.
-  void SetBuffer(BYTE* buffer, LONG length) noexcept;
+  void SetBuffer(BYTE* buffer, LONG length) noexcept {
+    m_buffer = buffer;
+    m_length = length;
+  }
 
   // Allocator only, under its lock.
   /// Hands the sample out, awaited, with one reference, which the caller owns.
-  IMediaSample* Lend() noexcept;
+  void Lend() noexcept {
+    m_allocator->AddRef();
+    LendWith(kAwaited | 1);
+  }
   /// The same, but not awaited.
-  IMediaSample* LendSilently() noexcept;
+  void LendSilently() noexcept { LendWith(1); }
   /// The sample is awaited from now on. False when it is back, or was awaited and Settle was called.
   bool Await() noexcept;
   /// ReleaseBuffer has got the awaited sample.
@@ -40,8 +46,17 @@ class alignas(64) CMediaSample : public IMediaSample2 {
   /// Nobody has the sample, nor will the allocator be told so any more.
   bool IsBack() const noexcept { return m_references.load(std::memory_order_acquire) == 0; }
 
-  /// Start of the region.
+  /// The region, of so many bytes.
   BYTE* Buffer() const noexcept { return m_buffer; }
+  LONG Length() const noexcept { return m_length; }
+
+  /// What is known of a sample that was just lent, in one go: its times, and what it is of AM_SAMPLE_*. Its data fill
+  /// the region. By its only borrower.
+  void Describe(REFERENCE_TIME start, REFERENCE_TIME stop, DWORD flags) noexcept {
+    m_start = start;
+    m_stop = stop;
+    m_flags = flags | AM_SAMPLE_TIMEVALID | AM_SAMPLE_STOPVALID;
+  }
 
   /// The allocator's list of free samples.
   CMediaSample* Next() const noexcept { return m_next; }
@@ -77,7 +92,15 @@ class alignas(64) CMediaSample : public IMediaSample2 {
  private:
   static constexpr ULONG kAwaited = 0x80000000;  // beside the count of references
 
-  void LendWith(ULONG references) noexcept;
+  void LendWith(ULONG references) noexcept {
+    m_next = nullptr;
+    m_actual = m_length;
+    m_flags = 0;
+    m_typeSpecificFlags = 0;
+    m_streamId = 0;
+    m_mediaType.reset();
+    m_references.store(references, std::memory_order_relaxed);  // nobody else has it
+  }
   HRESULT Flag(DWORD flag) const noexcept { return (m_flags & flag) != 0 ? S_OK : S_FALSE; }
   HRESULT SetFlag(DWORD flag, BOOL on) noexcept;
   HRESULT CheckProperties(const AM_SAMPLE2_PROPERTIES& properties, DWORD size) const noexcept;

@@ -134,7 +134,8 @@ HRESULT STDMETHODCALLTYPE CMemAllocator::GetBuffer(IMediaSample** ppBuffer, REFE
     CMediaSample* sample = m_free;
     m_free = sample->Next();
     NoteLent();
-    *ppBuffer = sample->Lend();
+    sample->Lend();
+    *ppBuffer = sample;
     return S_OK;
   });
 }

@@ -2,6 +2,7 @@
 #include "framework/queue_state.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "framework/compiler.h"
@@ -22,6 +23,12 @@ constexpr std::size_t kTakenAtOnce = 64;
 
 // The worker has written to samples last: so far ahead they are fetched from its cache.
 constexpr std::size_t kFetchedAhead = 4;
+
+std::size_t TotalLength(std::span<const ComPtr<IMediaSample>> samples) {
+  return std::accumulate(samples.begin(), samples.end(), std::size_t{0}, [](std::size_t sum, const auto& sample) {
+    return sum + static_cast<std::size_t>(sample->GetActualDataLength());
+  });
+}
 
 }  // namespace
 
@@ -193,9 +200,8 @@ HRESULT COutputQueue::State::PutSample(ComPtr<IMediaSample> sample) {
 }
 
 HRESULT COutputQueue::State::PutReleased(std::span<ComPtr<IMediaSample>> samples, bool wakeNow) {
-  std::size_t bytes = 0;
-  for (const auto& sample : samples) bytes += static_cast<std::size_t>(sample->GetActualDataLength());
   const CAutoLock hold(m_lock);
+  const std::size_t bytes = m_threadSleeps ? TotalLength(samples) : 0;
   if (const HRESULT hr = Put(samples); hr != S_OK) return hr;
   m_released = m_entries.Size();
   if (!m_threadSleeps) return S_OK;

@@ -23,15 +23,16 @@ class RingQueue {
 
   /// Makes room for so many more entries. Throws std::bad_alloc, and is unchanged then.
   void KeepFree(std::size_t count) {
-    if (m_entries.size() - m_count < count) Grow(m_count + count);
+    if (m_count + count > m_mask + 1) Grow(m_count + count);
   }
 
   /// Throws std::bad_alloc, and is unchanged then; not when there is room.
-  void Push(T entry) {
+  void Push(T&& entry) {
     KeepFree(1);
     m_entries[Place(m_count)] = std::move(entry);
     ++m_count;
   }
+  void Push(const T& entry) { Push(T(entry)); }
 
   /// Not to be called when empty.
   T Pop() noexcept {
@@ -46,22 +47,25 @@ class RingQueue {
 
   void Swap(RingQueue& other) noexcept {
     m_entries.swap(other.m_entries);
+    std::swap(m_mask, other.m_mask);
     std::swap(m_first, other.m_first);
     std::swap(m_count, other.m_count);
   }
 
  private:
   // Of the entry so far behind the first. There is room for a power of two.
-  std::size_t Place(std::size_t offset) const noexcept { return (m_first + offset) & (m_entries.size() - 1); }
+  std::size_t Place(std::size_t offset) const noexcept { return (m_first + offset) & m_mask; }
 
   void Grow(std::size_t room) {
     std::vector<T> larger(std::bit_ceil(room));
     for (std::size_t i = 0; i < m_count; ++i) larger[i] = std::move(m_entries[Place(i)]);
     m_entries.swap(larger);
+    m_mask = m_entries.size() - 1;
     m_first = 0;
   }
 
   std::vector<T> m_entries;
+  std::size_t m_mask = m_entries.size() - 1;
   std::size_t m_first = 0;
   std::size_t m_count = 0;
 };

@@ -3,6 +3,7 @@
 #include "pins/output/matroska_output_pin.h"
 
 #include <cinttypes>
+#include <cstring>
 #include <utility>
 
 #include "framework/com_boundary.h"
@@ -158,9 +159,9 @@ bool CMatroskaOutputPin::IsPastStop(const FrameInfo& frame) {
 
 bool CMatroskaOutputPin::HoldFrame(const FrameInfo& frame) { return Gate().Hold(*this, frame); }
 
-void CMatroskaOutputPin::Reserve(std::span<const FrameInfo> frames) {
+void CMatroskaOutputPin::Reserve(std::span<const std::size_t> sizes) {
   if (Gate().IsHolding() || IsEndOfStreamSent()) return m_sender.DropReserved();
-  m_sender.Reserve(frames);
+  m_sender.Reserve(sizes);
 }
 
 HRESULT CMatroskaOutputPin::DeliverRelative(const FrameInfo& frame) {
@@ -179,13 +180,16 @@ HRESULT CMatroskaOutputPin::DeliverFrameSample(const std::uint8_t* data, std::si
   REFERENCE_TIME tStop = AddTimes(start, duration);
   if (IsDroppedAsEarly(tStart, tStop)) return S_OK;
 
-  ComPtr<IMediaSample> sample;
+  ComPtr<CMediaSample> sample;
   const HRESULT hr = SampleFor(data, size, sample);
   if (FAILED(hr)) return hr;
-  sample->SetSyncPoint(splice ? TRUE : FALSE);
-  const bool isFirst = StartSegment(*sample);
-  if (tStart < 0 && tStop < 0) sample->SetPreroll(TRUE);
-  sample->SetTime(&tStart, &tStop);
+  const bool isFirst = m_discontinuityPending;
+  if (isFirst) StartSegment();
+  DWORD flags = 0;
+  if (splice) flags |= AM_SAMPLE_SPLICEPOINT;
+  if (isFirst) flags |= AM_SAMPLE_DATADISCONTINUITY;
+  if (tStart < 0 && tStop < 0) flags |= AM_SAMPLE_PREROLL;
+  sample->Describe(tStart, tStop, flags);
   if (m_track.IsVideo()) {
     LogFormat("DeliverFrameSample tStart: %" PRId64 " tStop: %" PRId64 " splice: %d", std::int64_t{tStart},
               std::int64_t{tStop}, splice ? 1 : 0);
@@ -193,32 +197,30 @@ HRESULT CMatroskaOutputPin::DeliverFrameSample(const std::uint8_t* data, std::si
   return isFirst ? m_sender.SendNow(std::move(sample)) : m_sender.Send(std::move(sample));
 }
 
-HRESULT CMatroskaOutputPin::SampleFor(const std::uint8_t* data, std::size_t size, ComPtr<IMediaSample>& sample) {
-  HRESULT hr = m_sender.GetSampleOver(sample.Put(), data, size);
+HRESULT CMatroskaOutputPin::SampleFor(const std::uint8_t* data, std::size_t size, ComPtr<CMediaSample>& sample) {
+  HRESULT hr = S_OK;
+  if (size >= limits::kLargeFrame) hr = m_sender.GetSampleOver(sample.Put(), data, size);
   if (SUCCEEDED(hr) && sample) return S_OK;
   if (SUCCEEDED(hr)) hr = GetDeliveryBuffer(sample.Put(), size);
-  if (SUCCEEDED(hr)) return SampleSender::Fill(*sample, data, size);
   // Downstream decommits the ring as it stops, and whoever cancels a wait knows why.
-  if (hr != VFW_E_NOT_COMMITTED && hr != VFW_E_WRONG_STATE) m_ownFailure = hr;
+  if (FAILED(hr) && hr != VFW_E_NOT_COMMITTED && hr != VFW_E_WRONG_STATE) m_ownFailure = hr;
+  if (SUCCEEDED(hr) && size != 0) std::memcpy(sample->Buffer(), data, size);
   return hr;
 }
 
-HRESULT CMatroskaOutputPin::GetDeliveryBuffer(IMediaSample** sample, std::size_t size) {
+HRESULT CMatroskaOutputPin::GetDeliveryBuffer(CMediaSample** sample, std::size_t size) {
   return m_sender.GetSample(sample, size);
 }
 
-// The first sample after a start or a flush tells downstream of the segment it belongs to. True for that.
-bool CMatroskaOutputPin::StartSegment(IMediaSample& sample) {
-  if (!m_discontinuityPending) return false;
+// The first sample after a start or a flush tells downstream of the segment it belongs to.
+void CMatroskaOutputPin::StartSegment() {
   {
     const CAutoLock hold(m_streamLock);
     m_discontinuityPending = false;
   }
-  sample.SetDiscontinuity(TRUE);
   m_sender.SendUnsent();
   const PlayRange range = Positions().Segment();
   DeliverNewSegment(range.start, range.stop, range.rate);
-  return true;
 }
 
 HRESULT CMatroskaOutputPin::DeliverHeld(const FrameInfo& frame) { return DeliverRelative(frame); }
@@ -227,7 +229,7 @@ HRESULT CMatroskaOutputPin::DeliverHeld(const FrameInfo& frame) { return Deliver
 std::optional<HRESULT> CMatroskaOutputPin::TryDeliverHeld(const FrameInfo& frame) {
   const REFERENCE_TIME start = SubtractTimes(StartOf(frame), Positions().Start());
   const bool isSent = !IsDroppedAsEarly(start, AddTimes(start, DurationOf(frame)));
-  if (isSent && !m_sender.HasRoomFor(frame)) return std::nullopt;
+  if (isSent && !m_sender.HasRoomFor(frame.size)) return std::nullopt;
   return DeliverRelative(frame);
 }
 

@@ -47,7 +47,7 @@ class CMatroskaOutputPin : public CBaseOutputPin, protected SegmentGate::Receive
   /// What comes next is the first of a new segment, and no end of stream was sent.
   virtual void ResetForSeek();
   /// A sample of exactly `size` bytes, with a reference; waits for room. See SampleSender::GetSample.
-  virtual HRESULT GetDeliveryBuffer(IMediaSample** sample, std::size_t size);
+  virtual HRESULT GetDeliveryBuffer(CMediaSample** sample, std::size_t size);
   using CBaseOutputPin::GetDeliveryBuffer;
 
  public:
@@ -87,9 +87,9 @@ class CMatroskaOutputPin : public CBaseOutputPin, protected SegmentGate::Receive
   const TrackRecord& Track() const noexcept { return m_track; }
   /// Null while inactive or unconnected. Any thread.
   std::shared_ptr<COutputQueue> Queue() const { return m_sender.Queue(); }
-  /// These frames come next: samples for them are taken in one go, as far as there is room. Worker only.
+  /// Frames of these sizes come next: samples for them are taken in one go, as far as there is room. Worker only.
   /// Throws std::bad_alloc.
-  virtual void Reserve(std::span<const FrameInfo> frames);
+  virtual void Reserve(std::span<const std::size_t> sizes);
   /// Why OnData answered false, if nobody but us can tell the graph: kNoQueue, or what kept us from making a sample.
   /// S_OK where downstream refused, which tells the graph itself, and where it stops. Worker only.
   HRESULT OwnFailure() const noexcept { return m_ownFailure; }
@@ -122,8 +122,8 @@ class CMatroskaOutputPin : public CBaseOutputPin, protected SegmentGate::Receive
                              bool splice);
   HRESULT DeliverRelative(const FrameInfo& frame);
   bool IsDroppedAsEarly(REFERENCE_TIME start, REFERENCE_TIME stop) const;
-  HRESULT SampleFor(const std::uint8_t* data, std::size_t size, ComPtr<IMediaSample>& sample);
-  bool StartSegment(IMediaSample& sample);
+  HRESULT SampleFor(const std::uint8_t* data, std::size_t size, ComPtr<CMediaSample>& sample);
+  void StartSegment();
 
   const SharedByPins m_shared;
   TrackRecord m_track;

@@ -32,8 +32,8 @@ bool CMatroskaVideoPin::OnData(const FrameInfo& frame) {
   return taken;
 }
 
-void CMatroskaVideoPin::Reserve(std::span<const FrameInfo> frames) {
-  if (!m_annexB) CMatroskaOutputPin::Reserve(frames);
+void CMatroskaVideoPin::Reserve(std::span<const std::size_t> sizes) {
+  if (!m_annexB) CMatroskaOutputPin::Reserve(sizes);
 }
 
 void CMatroskaVideoPin::ResetForSeek() {

@@ -19,7 +19,7 @@ class CMatroskaVideoPin : public CMatroskaOutputPin {
 
   bool OnData(const FrameInfo& frame) override;
   /// Frames that are rewritten have other sizes.
-  void Reserve(std::span<const FrameInfo> frames) override;
+  void Reserve(std::span<const std::size_t> sizes) override;
   HRESULT Active() override;
   /// Also releases what all pins hold, since no frame will come to choose a start by. A failure of that
   /// is returned, and the end is not sent.

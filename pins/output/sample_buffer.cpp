@@ -13,14 +13,6 @@
 
 namespace tarvex {
 
-class CSampleBuffer::Sample final : public CMediaSample {
- public:
-  explicit Sample(IMemAllocator* allocator) noexcept : CMediaSample(allocator, nullptr, 0) {}
-
-  RingRegions::Region region;  // empty for a sample over bytes elsewhere
-  ComPtr<IUnknown> keeper;     // of those
-};
-
 CSampleBuffer::CSampleBuffer() : CMemAllocator("CSampleBuffer") {
   static_assert(sizeof(Sample) <= 2 * kCacheLine, "a thread that takes over a sample waits for each of them");
 }
@@ -104,7 +96,7 @@ void CSampleBuffer::ForgetReturned() noexcept {
 // A sample without memory has given it back before.
 void CSampleBuffer::TakeBack(Sample& sample) noexcept {
   if (sample.Buffer() == nullptr) return;
-  m_bytesOut -= static_cast<std::size_t>(sample.GetSize());
+  m_bytesOut -= static_cast<std::size_t>(sample.Length());
   sample.SetBuffer(nullptr, 0);
   m_ring.Give(sample.region);
   sample.keeper.Reset();
@@ -119,8 +111,7 @@ void CSampleBuffer::Recycle(Sample& sample) noexcept {
 
 CSampleBuffer::Sample* CSampleBuffer::FreeSample() {
   if (m_free == nullptr) {
-    m_samples.push_back(std::make_unique<Sample>(this));
-    m_free = m_samples.back().get();
+    m_free = &m_samples.emplace_back(this);
   }
   return static_cast<Sample*>(m_free);
 }
@@ -173,19 +164,23 @@ void CSampleBuffer::NoteTaken(Sample& sample, BYTE* bytes, std::size_t size) noe
 }
 
 // With the lock. A sample that is taken while others wait is awaited like those that were.
-IMediaSample* CSampleBuffer::Lend(Sample& sample) noexcept {
-  if (m_waiters != 0) return sample.Lend();
-  ++m_silent;
-  return sample.LendSilently();
+void CSampleBuffer::Lend(Sample& sample) noexcept {
+  if (m_waiters != 0) {
+    sample.Lend();
+  } else {
+    ++m_silent;
+    sample.LendSilently();
+  }
 }
 
-HRESULT CSampleBuffer::GetSample(IMediaSample** sample, std::size_t size, bool wait) {
+HRESULT CSampleBuffer::GetSample(CMediaSample** sample, std::size_t size, bool wait) {
   *sample = nullptr;
   const CAutoLock hold(Lock());
   for (;;) {
     if (!IsCommitted()) return VFW_E_NOT_COMMITTED;
     if (Sample* taken = Take(size); taken != nullptr) {
-      *sample = Lend(*taken);
+      Lend(*taken);
+      *sample = taken;
       return S_OK;
     }
     if (!wait) return S_FALSE;
@@ -196,7 +191,7 @@ HRESULT CSampleBuffer::GetSample(IMediaSample** sample, std::size_t size, bool w
   }
 }
 
-void CSampleBuffer::GetSamples(std::span<const std::size_t> sizes, std::vector<ComPtr<IMediaSample>>& samples) {
+void CSampleBuffer::GetSamples(std::span<const std::size_t> sizes, std::vector<ComPtr<CMediaSample>>& samples) {
   const CAutoLock hold(Lock());
   if (!IsCommitted()) return;
   Collect();
@@ -204,11 +199,12 @@ void CSampleBuffer::GetSamples(std::span<const std::size_t> sizes, std::vector<C
     Sample* sample = TakeNext(size);
     if (sample == nullptr) sample = TakeIfThereIsRoom(size);
     if (sample == nullptr) break;
-    samples.push_back(ComPtr<IMediaSample>::Attach(Lend(*sample)));
+    Lend(*sample);
+    samples.push_back(ComPtr<CMediaSample>::Attach(sample));
   }
 }
 
-HRESULT CSampleBuffer::GetSampleOver(IMediaSample** sample, std::span<BYTE> bytes, ComPtr<IUnknown> keeper) {
+HRESULT CSampleBuffer::GetSampleOver(CMediaSample** sample, std::span<BYTE> bytes, ComPtr<IUnknown> keeper) {
   *sample = nullptr;
   const CAutoLock hold(Lock());
   if (!IsCommitted()) return VFW_E_NOT_COMMITTED;
@@ -219,7 +215,8 @@ HRESULT CSampleBuffer::GetSampleOver(IMediaSample** sample, std::span<BYTE> byte
   taken.region = {};
   taken.keeper = std::move(keeper);
   NoteTaken(taken, bytes.data(), bytes.size());
-  *sample = Lend(taken);
+  Lend(taken);
+  *sample = &taken;
   return S_OK;
 }
 
@@ -231,7 +228,9 @@ HRESULT STDMETHODCALLTYPE CSampleBuffer::GetBuffer(IMediaSample** ppBuffer, REFE
     ALLOCATOR_PROPERTIES properties{};
     GetProperties(&properties);
     const bool wait = (dwFlags & AM_GBF_NOWAIT) == 0;
-    const HRESULT hr = GetSample(ppBuffer, static_cast<std::size_t>(properties.cbBuffer), wait);
+    CMediaSample* sample = nullptr;
+    const HRESULT hr = GetSample(&sample, static_cast<std::size_t>(properties.cbBuffer), wait);
+    *ppBuffer = sample;
     return hr == S_FALSE ? VFW_E_TIMEOUT : hr;
   });
 }

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
+#include <deque>
 #include <span>
 #include <vector>
 
@@ -12,6 +12,7 @@
 #include "framework/mem_allocator.h"
 #include "framework/ring_queue.h"
 #include "pins/output/ring_regions.h"
+#include "pins/output/ring_sample.h"
 
 namespace tarvex {
 
@@ -29,17 +30,17 @@ class CSampleBuffer final : public CMemAllocator {
   /// Stores a sample of `size` bytes, with a reference. Without room: S_FALSE when not to `wait`, else
   /// waits; VFW_E_WRONG_STATE when the wait was cancelled or a flush began. VFW_E_NOT_COMMITTED. Throws
   /// MessageError when the whole block is smaller than `size`, once no sample is out; std::bad_alloc.
-  HRESULT GetSample(IMediaSample** sample, std::size_t size, bool wait);
+  HRESULT GetSample(CMediaSample** sample, std::size_t size, bool wait);
 
   /// The same for several samples of these sizes, as many of them from the first on as there is room for now. They
   /// are appended to `samples`, which has room for them. Does not wait. Throws std::bad_alloc, with those
   /// that were had in `samples`.
-  void GetSamples(std::span<const std::size_t> sizes, std::vector<ComPtr<IMediaSample>>& samples);
+  void GetSamples(std::span<const std::size_t> sizes, std::vector<ComPtr<CMediaSample>>& samples);
 
   /// A sample over bytes that lie elsewhere, with a reference; `keeper` is held until it is back. It counts as if it
   /// lay in the ring: what downstream holds has one limit. S_FALSE without room; VFW_E_NOT_COMMITTED. Throws
   /// std::bad_alloc.
-  HRESULT GetSampleOver(IMediaSample** sample, std::span<BYTE> bytes, ComPtr<IUnknown> keeper);
+  HRESULT GetSampleOver(CMediaSample** sample, std::span<BYTE> bytes, ComPtr<IUnknown> keeper);
 
   /// While on, nobody waits for room: a wait in progress and later ones fail at once. Any thread.
   void CancelWaits(bool on) noexcept;
@@ -59,7 +60,7 @@ class CSampleBuffer final : public CMemAllocator {
   void OnLastRelease() noexcept override;
 
  private:
-  class Sample;
+  using Sample = RingSample;
   static constexpr std::size_t kCacheLine = 64;
 
   Sample* FreeSample();
@@ -73,13 +74,13 @@ class CSampleBuffer final : public CMemAllocator {
   void ForgetReturned() noexcept;
   void TakeBack(Sample& sample) noexcept;
   void Recycle(Sample& sample) noexcept;
-  IMediaSample* Lend(Sample& sample) noexcept;
+  void Lend(Sample& sample) noexcept;
   void Set(bool& flag, bool on) noexcept;
 
   // All under Lock(), which is a leaf.
   ConditionVariable m_spaceFreed;
   RingRegions m_ring;
-  std::vector<std::unique_ptr<Sample>> m_samples;  // every sample object, out or not
+  std::deque<Sample> m_samples;  // every sample object, out or not
   CMediaSample* m_free = nullptr;
   // In the order of taking. The foremost is out, as far as was seen; others may be back, and what was awaited among
   // them has given up its region.

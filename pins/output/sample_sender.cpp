@@ -1,10 +1,7 @@
 // Samples from the ring, and their way into the queue some at a time.
 #include "pins/output/sample_sender.h"
 
-#include <cstring>
 #include <utility>
-
-#include "pins/limits.h"
 
 namespace tarvex {
 
@@ -57,16 +54,12 @@ void SampleSender::LookUpRoute() {
   std::swap(m_route, route);
 }
 
-void SampleSender::Reserve(std::span<const FrameInfo> frames) {
+void SampleSender::Reserve(std::span<const std::size_t> sizes) {
   DropReserved();
-  if (const auto buffer = CurrentRoute().buffer; buffer) ReserveFrom(*buffer, frames);
-}
-
-void SampleSender::ReserveFrom(CSampleBuffer& buffer, std::span<const FrameInfo> frames) {
-  m_sizes.clear();
-  for (const FrameInfo& frame : frames) m_sizes.push_back(frame.size);
-  m_reserved.reserve(frames.size());
-  buffer.GetSamples(m_sizes, m_reserved);
+  const auto& buffer = CurrentRoute().buffer;
+  if (!buffer) return;
+  m_reserved.reserve(sizes.size());
+  buffer->GetSamples(sizes, m_reserved);
 }
 
 void SampleSender::DropReserved() noexcept {
@@ -75,15 +68,15 @@ void SampleSender::DropReserved() noexcept {
 }
 
 // Without a ring GetSample fails at once.
-bool SampleSender::HasRoomFor(const FrameInfo& frame) {
-  Reserve(std::span(&frame, 1));
+bool SampleSender::HasRoomFor(std::size_t size) {
+  Reserve(std::span(&size, 1));
   return !m_reserved.empty() || !m_route.buffer;
 }
 
 // A frame may have been dropped, or have become larger; then the others' samples are for nobody.
-bool SampleSender::TakeReserved(IMediaSample** sample, std::size_t size) {
+bool SampleSender::TakeReserved(CMediaSample** sample, std::size_t size) {
   if (m_nextReserved == m_reserved.size()) return false;
-  const bool fits = static_cast<std::size_t>(m_reserved[m_nextReserved]->GetSize()) == size;
+  const bool fits = static_cast<std::size_t>(m_reserved[m_nextReserved]->Length()) == size;
   if (fits) {
     *sample = m_reserved[m_nextReserved++].Detach();
   } else {
@@ -92,7 +85,7 @@ bool SampleSender::TakeReserved(IMediaSample** sample, std::size_t size) {
   return fits;
 }
 
-HRESULT SampleSender::GetSample(IMediaSample** sample, std::size_t size) {
+HRESULT SampleSender::GetSample(CMediaSample** sample, std::size_t size) {
   const Route& route = CurrentRoute();
   if (TakeReserved(sample, size)) return S_OK;
   if (!route.buffer) return VFW_E_NO_ALLOCATOR;
@@ -103,21 +96,13 @@ HRESULT SampleSender::GetSample(IMediaSample** sample, std::size_t size) {
   return buffer->GetSample(sample, size, true);
 }
 
-HRESULT SampleSender::GetSampleOver(IMediaSample** sample, const std::uint8_t* data, std::size_t size) {
+HRESULT SampleSender::GetSampleOver(CMediaSample** sample, const std::uint8_t* data, std::size_t size) {
   *sample = nullptr;
   const auto& buffer = CurrentRoute().buffer;
-  if (size < limits::kLargeFrame || !buffer) return S_OK;
+  if (!buffer) return S_OK;
   ComPtr<IUnknown> keeper = m_memory.Keep(std::span(data, size));
   if (!keeper) return S_OK;
   return buffer->GetSampleOver(sample, std::span(const_cast<BYTE*>(data), size), std::move(keeper));
-}
-
-HRESULT SampleSender::Fill(IMediaSample& sample, const std::uint8_t* data, std::size_t size) {
-  BYTE* bytes = nullptr;
-  const HRESULT hr = sample.GetPointer(&bytes);
-  if (FAILED(hr)) return hr;
-  if (size != 0) std::memcpy(bytes, data, size);
-  return sample.SetActualDataLength(static_cast<LONG>(size));
 }
 
 // The queue's thread is woken when much is there or when the worker has to wait.

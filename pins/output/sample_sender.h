@@ -36,18 +36,18 @@ class SampleSender {
 
   // The worker, or another thread while there is none.
   bool HasQueue() { return CurrentRoute().queue != nullptr; }
-  /// These frames come next: samples for them are taken in one go, as far as there is room. Throws std::bad_alloc.
-  void Reserve(std::span<const FrameInfo> frames);
+  /// Frames of these sizes come next: samples for them are taken in one go, as far as there is room. Throws
+  /// std::bad_alloc.
+  void Reserve(std::span<const std::size_t> sizes);
   void DropReserved() noexcept;
   /// A sample of exactly `size` bytes, with a reference; waits for room. VFW_E_NO_ALLOCATOR and what
   /// CSampleBuffer::GetSample answers and throws.
-  HRESULT GetSample(IMediaSample** sample, std::size_t size);
+  HRESULT GetSample(CMediaSample** sample, std::size_t size);
   /// A sample over a frame's bytes where they lie, which is not to be filled; null where they have to be copied. Fails
   /// with VFW_E_NOT_COMMITTED.
-  HRESULT GetSampleOver(IMediaSample** sample, const std::uint8_t* data, std::size_t size);
-  /// The next GetSample for this frame does not wait. Throws std::bad_alloc.
-  bool HasRoomFor(const FrameInfo& frame);
-  static HRESULT Fill(IMediaSample& sample, const std::uint8_t* data, std::size_t size);
+  HRESULT GetSampleOver(CMediaSample** sample, const std::uint8_t* data, std::size_t size);
+  /// The next GetSample of this size does not wait. Throws std::bad_alloc.
+  bool HasRoomFor(std::size_t size);
   /// Behind what was sent before. What COutputQueue::Receive answers; VFW_E_WRONG_STATE without a queue.
   HRESULT Send(ComPtr<IMediaSample> sample);
   /// The same behind SendUnsent, for a sample that somebody waits for: its queue's thread is woken at once.
@@ -69,8 +69,7 @@ class SampleSender {
     return m_route;
   }
   void LookUpRoute();
-  void ReserveFrom(CSampleBuffer& buffer, std::span<const FrameInfo> frames);
-  bool TakeReserved(IMediaSample** sample, std::size_t size);
+  bool TakeReserved(CMediaSample** sample, std::size_t size);
 
   PassControl& m_pass;
   FrameMemory& m_memory;
@@ -84,9 +83,8 @@ class SampleSender {
   // The worker's. It keeps the route until it has to wait.
   Route m_route;
   std::vector<ComPtr<IMediaSample>> m_unsent;    // on the way to the route's queue
-  std::vector<ComPtr<IMediaSample>> m_reserved;  // for the next frames, from m_nextReserved on
+  std::vector<ComPtr<CMediaSample>> m_reserved;  // for the next frames, from m_nextReserved on
   std::size_t m_nextReserved = 0;
-  std::vector<std::size_t> m_sizes;  // of those; kept for its room
 };
 
 }  // namespace tarvex

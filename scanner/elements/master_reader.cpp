@@ -192,9 +192,10 @@ std::span<const std::uint8_t> MasterReader::ClusterBytes(const Level& level, std
                                                          std::uint64_t atLeast) {
   constexpr std::uint64_t kLeast = 32 * 1024;
   constexpr std::uint64_t kMost = 1024 * 1024;
+  if (const auto loaded = m_window.Loaded(position); loaded.size() >= atLeast) return loaded;
+  if (!BeforeReading(level)) return {};
   const bool hasEnd = level.end != ElementSearch::kNoEnd;
   const std::uint64_t wanted = hasEnd ? std::clamp(level.end - position, kLeast, kMost) : kLeast;
-  if (!m_window.Loaded(position, atLeast) && !BeforeReading(level)) return {};
   return m_window.From(position, static_cast<std::size_t>(atLeast), static_cast<std::size_t>(wanted));
 }
 
@@ -264,8 +265,9 @@ MasterReader::LevelEnd MasterReader::ReadValue(Level& level, FoundElement found)
 
 void MasterReader::ReadData(FoundElement& found) {
   if (m_frames == Frames::kLeaveOut && IsBlock(*found.element) && ReadBlockHead(found)) return;
-  if (const auto data = m_window.Loaded(found.dataPosition, found.element->GetSize())) {
-    ByteInput input(found.dataPosition, *data);
+  const auto data = m_window.Loaded(found.dataPosition);
+  if (!data.empty() && data.size() >= found.element->GetSize()) {
+    ByteInput input(found.dataPosition, data.first(static_cast<std::size_t>(found.element->GetSize())));
     found.element->ReadData(input, libebml::SCOPE_ALL_DATA);
     return;
   }

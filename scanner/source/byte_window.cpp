@@ -8,14 +8,9 @@ std::span<const std::uint8_t> ByteWindow::From(std::uint64_t position, std::size
   const std::uint64_t end = m_source.Length() + 1;
   if (position >= end) return {};
   const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(atLeast, end - position));
-  if (!Loaded(position, wanted)) Load(position, wanted, std::max(wanted, chunk));
-  return std::span(m_bytes, m_size).subspan(static_cast<std::size_t>(position - m_start));
-}
-
-std::optional<std::span<const std::uint8_t>> ByteWindow::Loaded(std::uint64_t position, std::uint64_t size) const {
-  if (m_borrowed && *m_borrowed != m_source.BorrowNumber()) return std::nullopt;
-  if (position < m_start || position - m_start > m_size || size > m_size - (position - m_start)) return std::nullopt;
-  return std::span(m_bytes + (position - m_start), static_cast<std::size_t>(size));
+  if (const auto loaded = Loaded(position); loaded.size() >= wanted) return loaded;
+  Load(position, wanted, std::max(wanted, chunk));
+  return Loaded(position);
 }
 
 // A few bytes are copied, so that they stay when the source reads others. Many are borrowed from the source. Where that

@@ -21,8 +21,12 @@ class ByteWindow {
   /// bytes are read again.
   std::span<const std::uint8_t> From(std::uint64_t position, std::size_t atLeast, std::size_t chunk);
 
-  /// `size` bytes from `position` on if all of them are in the window; reads nothing. Valid as long as From's.
-  std::optional<std::span<const std::uint8_t>> Loaded(std::uint64_t position, std::uint64_t size) const;
+  /// The bytes from `position` on that are in the window; reads nothing. Valid as long as From's.
+  std::span<const std::uint8_t> Loaded(std::uint64_t position) const {
+    const bool isGone = m_borrowed && *m_borrowed != m_source.BorrowNumber();
+    if (isGone || position < m_start || position - m_start > m_size) return {};
+    return {m_bytes + (position - m_start), m_size - static_cast<std::size_t>(position - m_start)};
+  }
 
   /// Forgets what was read: the stream may be another one by now.
   void Clear() { m_size = 0; }

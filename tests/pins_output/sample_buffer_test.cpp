@@ -30,8 +30,8 @@ ComPtr<CSampleBuffer> MakeBuffer(LONG count = 200, LONG size = 52428) {
 }
 
 /// Null when there is no room.
-ComPtr<IMediaSample> TakeNow(CSampleBuffer& buffer, std::size_t size) {
-  ComPtr<IMediaSample> sample;
+ComPtr<CMediaSample> TakeNow(CSampleBuffer& buffer, std::size_t size) {
+  ComPtr<CMediaSample> sample;
   const HRESULT result = buffer.GetSample(sample.Put(), size, false);
   EXPECT_EQ(result, sample ? S_OK : S_FALSE);
   return sample;
@@ -54,7 +54,7 @@ TEST(SampleBuffer, SamplesLieApartAndRoomThatIsThereIsGiven) {
       SCOPED_TRACE(testing::Message() << "largest " << largest << " disorder " << disorder);
       const auto buffer = MakeBuffer(1, kSize);
       const BYTE* block = BytesOf(*TakeNow(*buffer, 1));
-      std::deque<std::pair<std::size_t, ComPtr<IMediaSample>>> out;  // starts and samples, the oldest first
+      std::deque<std::pair<std::size_t, ComPtr<CMediaSample>>> out;  // starts and samples, the oldest first
       const auto endOf = [](const auto& each) { return each.first + static_cast<std::size_t>(each.second->GetSize()); };
       for (int step = 0; step < 20000; ++step) {
         if (!out.empty() && upTo(1) == 0) {
@@ -62,7 +62,7 @@ TEST(SampleBuffer, SamplesLieApartAndRoomThatIsThereIsGiven) {
           continue;
         }
         const std::size_t size = 1 + upTo(largest - 1);
-        ComPtr<IMediaSample> sample = TakeNow(*buffer, size);
+        ComPtr<CMediaSample> sample = TakeNow(*buffer, size);
         if (!sample) {
           ASSERT_FALSE(out.empty());
           const std::size_t oldest = out.front().first;
@@ -88,7 +88,7 @@ TEST(SampleBuffer, WhatNeverFitsIsAnErrorAndEmptySamplesTakeNoRoomButHaveABound)
   EXPECT_FALSE(TakeNow(*buffer, kWholeBlock + 1));
   out.Reset();
   EXPECT_THROW(TakeNow(*buffer, kWholeBlock + 1), MessageError);
-  std::vector<ComPtr<IMediaSample>> empty;
+  std::vector<ComPtr<CMediaSample>> empty;
   empty.push_back(TakeNow(*buffer, 0));
   out = TakeNow(*buffer, kWholeBlock);
   EXPECT_EQ(BytesOf(*out), BytesOf(*empty.front()));
@@ -101,20 +101,20 @@ TEST(SampleBuffer, WhatNeverFitsIsAnErrorAndEmptySamplesTakeNoRoomButHaveABound)
 }
 
 TEST(SampleBuffer, WaitEndsWithWhateverMustEndIt) {
-  using End = std::function<void(CSampleBuffer&, ComPtr<IMediaSample>&)>;
+  using End = std::function<void(CSampleBuffer&, ComPtr<CMediaSample>&)>;
   const std::pair<End, HRESULT> ends[] = {{[](auto&, auto& out) { out.Reset(); }, S_OK},
                                           {[](auto& b, auto&) { b.Decommit(); }, VFW_E_NOT_COMMITTED},
                                           {[](auto& b, auto&) { b.BeginFlush(); }, VFW_E_WRONG_STATE},
                                           {[](auto& b, auto&) { b.CancelWaits(true); }, VFW_E_WRONG_STATE}};
   const auto buffer = MakeBuffer();
-  ComPtr<IMediaSample> sample;
+  ComPtr<CMediaSample> sample;
   for (const auto& [end, expected] : ends) {
     auto out = TakeNow(*buffer, 1);
     HRESULT result = E_FAIL;
     Event done;
     Thread waiter;
     ASSERT_EQ(waiter.Start([&] {
-      ComPtr<IMediaSample> waited;
+      ComPtr<CMediaSample> waited;
       result = buffer->GetSample(waited.Put(), kWholeBlock, true);
       done.Set();
     }),
