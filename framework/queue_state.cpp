@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <thread>
 #include <utility>
 
 #include "framework/compiler.h"
@@ -17,6 +18,10 @@ constexpr DWORD kFlushWait = 500;
 // What may lie in the queue without its thread being woken: each wake costs more than many samples do.
 constexpr std::size_t kMuchSamples = 2048;
 constexpr std::size_t kMuchBytes = 1024 * 1024;
+
+// The thread may be ready and have to wait for a processor. Whenever so many more wait in the queue, the sender offers
+// its own: what it sends meanwhile would go through memory that the caches have lost.
+constexpr std::size_t kFarBehind = 2 * kMuchSamples;
 
 // As many released samples are taken at once, so that the lock is not needed for each.
 constexpr std::size_t kTakenAtOnce = 64;
@@ -200,13 +205,20 @@ HRESULT COutputQueue::State::PutSample(ComPtr<IMediaSample> sample) {
 }
 
 HRESULT COutputQueue::State::PutReleased(std::span<ComPtr<IMediaSample>> samples, bool wakeNow) {
-  const CAutoLock hold(m_lock);
-  const std::size_t bytes = m_threadSleeps ? TotalLength(samples) : 0;
-  if (const HRESULT hr = Put(samples); hr != S_OK) return hr;
-  m_released = m_entries.Size();
-  if (!m_threadSleeps) return S_OK;
-  m_unannounced += bytes;
-  if (wakeNow || m_unannounced >= kMuchBytes || m_released >= kMuchSamples) WakeThread();
+  bool isFarBehind = false;
+  {
+    const CAutoLock hold(m_lock);
+    const std::size_t bytes = m_threadSleeps ? TotalLength(samples) : 0;
+    const std::size_t before = m_entries.Size();
+    if (const HRESULT hr = Put(samples); hr != S_OK) return hr;
+    m_released = m_entries.Size();
+    isFarBehind = before / kFarBehind != m_released / kFarBehind;
+    if (m_threadSleeps) {
+      m_unannounced += bytes;
+      if (wakeNow || m_unannounced >= kMuchBytes || m_released >= kMuchSamples) WakeThread();
+    }
+  }
+  if (isFarBehind) std::this_thread::yield();
   return S_OK;
 }
 
