@@ -8,7 +8,7 @@ programs32='registration_test contract_test corpus_test seeking_test fuzz_contro
 
 # What the build of the 32-bit module takes besides, where it can be run.
 targets32() {
-  ! tools/root32.sh allowed >/dev/null || echo "render_file $programs32"
+  ! tools/root32.sh allowed >/dev/null || echo "$programs32"
 }
 
 # As run_program.sh takes them; an emulated program is slower than the limit was meant for.

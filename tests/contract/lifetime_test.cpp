@@ -86,17 +86,5 @@ TEST_F(Lifetime, APinMayLeaveItsFilterWhileOthersUseIt) {
   }
 }
 
-TEST_F(Lifetime, AfterPlayingTheModuleCanBeUnloaded) {
-  Drop();
-  EXPECT_TRUE(LoadUseAndUnload([](ComPtr<IBaseFilter> splitter) {
-    TestGraph graph(std::move(splitter));
-    const auto source = SourceFilter::FromBytes(MakeMovie({}));
-    ASSERT_EQ(graph.Open(source.Get()), S_OK);
-    ASSERT_EQ(graph.ConnectSinks(SinkKind::kCounting), S_OK);
-    ASSERT_TRUE(SUCCEEDED(graph.Run()));
-    ASSERT_TRUE(graph.WaitForEnd());
-  }));
-}
-
 }  // namespace
 }  // namespace tarvex::test

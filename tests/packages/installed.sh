@@ -23,7 +23,7 @@ export LC_ALL=C
 
 kept=$root/build/packages-test-$arch
 sample=$(windows_path "$root/tests/data/sample.mkv")
-render_file=$(windows_path "$root/build/windows-$arch/tests/render_file.exe")
+playback_test=$(windows_path "$root/build/windows-$arch/tests/playback_test.exe")
 unpacked=$kept/unpacked
 programs='C:\Program Files\Tarvex Matroska Splitter'
 splitter='{F90F48F0-3C28-4C86-AD91-B62C99A0EA47}'
@@ -33,7 +33,7 @@ extensions='HKLM\Software\Classes\Media Type\Extensions'
 
 . "$root/tests/packages/snapshots.sh"
 
-# A first play finds the sound devices, which Wine notes down.
+# Needs the pictures of make_pictures.sh. A first play finds the sound devices, which Wine notes down.
 make_clean_prefix() {
   end_wine_server
   rm -rf "$WINEPREFIX" "$kept"
@@ -42,7 +42,7 @@ make_clean_prefix() {
   python3 -m zipfile -e "$(package_of zip)" "$unpacked"
   run_wine 60 "$(windows_path "$(echo "$unpacked"/*/mkvhost.exe)")" play --no-clock \
     --module "$(windows_path "$(echo "$unpacked"/*/tarvex.dll)")" "$sample"
-  if run_wine 60 "$render_file" "$sample"; then
+  if run_wine 60 "$playback_test"; then
     fail 'RenderFile plays without any splitter'
   fi
   take_snapshot before
