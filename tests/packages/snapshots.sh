@@ -81,9 +81,17 @@ nothing_left() {
   done
 }
 
-# An entry of another splitter, which would be asked instead of ours as long as it is there.
-add_foreign_entry() {
-  run_wine 60 reg add "$extensions\\.mkv" /v 'Source Filter' /d '{00000000-0000-0000-0000-000000000001}' /f
+# add_source KEY: below "Media Type", an entry that gives files to something else.
+add_source() {
+  run_wine 60 reg add "$media_types\\$1" /v 'Source Filter' /d '{00000000-0000-0000-0000-000000000001}' /f
+}
+
+# All entries of others that would be asked instead of ours as long as they are there.
+add_foreign_entries() {
+  for extension in mkv mka mks webm; do
+    add_source "Extensions\\.$extension"
+  done
+  add_source '{00000000-0000-0000-0000-000000000000}\{1AC0BEBD-4D2B-45AD-BCEB-F2C41C5E3788}'
 }
 
 # play_from FOLDER: RenderFile takes the splitter of that folder, and the host that lies there plays.
