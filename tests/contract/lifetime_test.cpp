@@ -1,6 +1,5 @@
 // Who keeps what alive, and that all of it goes.
 #include "framework/text_conversion.h"
-#include "framework/thread.h"
 #include "tests/contract/contract_fixture.h"
 
 namespace tarvex::test {
@@ -63,26 +62,6 @@ TEST_F(Lifetime, AGraphThatIsDroppedWhileRunningLeavesNothing) {
     EXPECT_TRUE(EverySinkHasASample()) << "stopped alone, it does not start again";
     Graph().Abandon();
     EXPECT_TRUE(ModuleBecomesIdle());
-  }
-}
-
-TEST_F(Lifetime, APinMayLeaveItsFilterWhileOthersUseIt) {
-  for (int round = 0; round < 20; ++round) {
-    OpenMovie({.frames = 1});
-    Thread user;
-    ASSERT_EQ(user.Start([pin = Output(0)] {
-      for (int i = 0; i < 50; ++i) {
-        PIN_INFO info{};
-        pin->QueryPinInfo(&info);
-        const auto held = ComPtr<IBaseFilter>::Attach(info.pFilter);
-        pin->Disconnect();
-        const ComPtr<IPin> more(pin.Get());
-      }
-    }),
-              S_OK);
-    EXPECT_EQ(Graph().CloseSource(), S_OK);
-    Drop();
-    user.Join();
   }
 }
 

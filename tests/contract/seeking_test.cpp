@@ -130,21 +130,5 @@ TEST_F(Seeking, OnlyTheFirstConnectedPinMovesThePositions) {
   EXPECT_EQ(Positions(), Range(50, 50));
 }
 
-TEST_F(Seeking, StepsFromTwoThreadsAllCount) {
-  constexpr int kSteps = 2000;
-  SetRange(0, 20000000);
-  const auto step = [&] {
-    for (int k = 0; k < kSteps; ++k) {
-      LONGLONG distance = 1;
-      m_video->SetPositions(&distance, kRelative, nullptr, kNone);
-    }
-  };
-  Thread other;
-  ASSERT_EQ(other.Start(step), S_OK);
-  step();
-  other.Join();
-  EXPECT_EQ(Positions(), Range(2 * kSteps, 20000000));
-}
-
 }  // namespace
 }  // namespace tarvex::test

@@ -97,6 +97,7 @@ TEST_F(Settings, AreOffAtFirstAndReadAsOnesAndWhatIsNoneIsRefused) {
     EXPECT_EQ(m_config->SetValue(&parameter, &value), E_NOTIMPL);
   }
   EXPECT_EQ(m_config->GetValue(&paramPosition, &value), E_NOTIMPL);
+  EXPECT_EQ(QueryFor<IModuleConfig>(CreateSplitter().Get())->SetValue(&paramPosition, &value), VFW_E_NOT_IN_GRAPH);
   EXPECT_EQ(m_config->GetValue(&paramDocType, &value), E_FAIL) << "nothing is open";
   EXPECT_EQ(m_config->GetValue(&paramChapterList, &value), E_INVALIDARG) << "neither a number nor room for a list";
 }

@@ -16,8 +16,9 @@ namespace {
 constexpr int kAnnexB = TARVEX_SETTINGS_ANNEX_B;
 constexpr int kSeparatePins = TARVEX_SETTINGS_SEPARATE_PINS;
 constexpr int kChapters = TARVEX_SETTINGS_CHAPTERS;
-constexpr std::size_t kCommon = 3;    // pins of the sample, one for each kind of its streams
-constexpr std::size_t kSeparate = 4;  // and one for each stream
+constexpr LONGLONG kStop = 40'000'000;  // which a jump leaves
+constexpr std::size_t kCommon = 3;      // pins of the sample, one for each kind of its streams
+constexpr std::size_t kSeparate = 4;    // and one for each stream
 // {C1F400A4-3F08-11D3-9F0B-006008039E37}: the platform's renderer of nothing
 constexpr GUID kNullRenderer = {0xC1F400A4, 0x3F08, 0x11D3, {0x9F, 0x0B, 0x00, 0x60, 0x08, 0x03, 0x9E, 0x37}};
 
@@ -79,6 +80,7 @@ class SettingsPage : public GraphTest {
     LONGLONG position = -1;
     LONGLONG stop = -1;
     Output(0).Query<IMediaSeeking>()->GetPositions(&position, &stop);
+    EXPECT_EQ(stop, kStop);
     return position;
   }
 
@@ -152,6 +154,8 @@ TEST_F(SettingsPage, ADoubleClickOrTheSpaceBarMovesThePosition) {
   ASSERT_EQ(Graph().Graph()->AddFilter(renderer.Get(), L"Renderer"), S_OK);
   const ComPtr<IPin> rendering = AllPins(renderer.Get()).front();
   ASSERT_EQ(Graph().Graph()->ConnectDirect(Output(0).Get(), rendering.Get(), nullptr), S_OK);
+  LONGLONG stop = kStop;
+  EXPECT_EQ(Output(0).Query<IMediaSeeking>()->SetPositions(nullptr, AM_SEEKING_AbsolutePositioning, &stop, 0), S_OK);
   HWND list = m_frame->Control(kChapters);
   SendMessageW(m_frame->Dialog(), WM_COMMAND, MAKEWPARAM(kChapters, LBN_DBLCLK), 0);
   EXPECT_EQ(Position(), 0) << "no chapter is selected";
