@@ -10,14 +10,6 @@
 namespace tarvex::host {
 namespace {
 
-std::string LineOf(const GUID& major, const GUID& subtype, const GUID& format, const std::vector<std::uint8_t>& block) {
-  CMediaType type(major);
-  type.subtype = subtype;
-  type.formattype = format;
-  std::ranges::copy(block, type.AllocFormatBuffer(static_cast<ULONG>(block.size())));
-  return MediaTypeLine(DescribeMediaType(type));
-}
-
 TEST(MediaTypeText, EveryShorterBlockIsReadWithinItsBounds) {
   const std::pair<const GUID*, std::size_t> formats[] = {
       // and their published sizes
@@ -25,9 +17,12 @@ TEST(MediaTypeText, EveryShorterBlockIsReadWithinItsBounds) {
       {&FORMAT_WaveFormatEx, 18}, {&kFormatVorbis2, 24},     {&kFormatSubtitleInfo, 520}};
   for (const auto& [format, least] : formats) {
     for (std::size_t size = 0; size <= 600; ++size) {
+      CMediaType type(MEDIATYPE_Video);
+      type.subtype = SubtypeOf(FourCc("AVC1"));
+      type.formattype = *format;
       // Exactly as large as it claims, so that a sanitizer sees the first byte too many.
-      const std::string line =
-          LineOf(MEDIATYPE_Video, SubtypeOf(FourCc("AVC1")), *format, std::vector<std::uint8_t>(size, 0xFF));
+      std::fill_n(type.AllocFormatBuffer(static_cast<ULONG>(size)), size, BYTE{0xFF});
+      const std::string line = MediaTypeLine(DescribeMediaType(type));
       EXPECT_EQ(line.ends_with("too short"), size < least) << line;
     }
   }
