@@ -11,13 +11,6 @@ TEST_F(Lifetime, WhatOutlivesItsGraphOrItsFilterCanStillBeAsked) {
   ComPtr<IBaseFilter> filter(Splitter());
   const ComPtr<IPin> pin = Output(0);
   const ComPtr<IMediaSeeking> seeking = pin.Query<IMediaSeeking>();
-  ComPtr<IMediaSample> kept;
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  Graph().Sink(1).OnSample([&kept](IMediaSample* sample) {
-    if (!kept) kept = ComPtr<IMediaSample>(sample);
-  });
-  ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-  ASSERT_TRUE(Graph().WaitForEnd());
   FILTER_INFO info{};
   ASSERT_EQ(filter->QueryFilterInfo(&info), S_OK);
   EXPECT_TRUE(IsSameObject(ComPtr<IFilterGraph>::Attach(info.pGraph).Get(), Graph().Graph()));
@@ -29,10 +22,6 @@ TEST_F(Lifetime, WhatOutlivesItsGraphOrItsFilterCanStillBeAsked) {
   EXPECT_EQ(AllPins(filter.Get()).size(), 1U);
 
   filter.Reset();
-  BYTE* data = nullptr;
-  ASSERT_EQ(kept->GetPointer(&data), S_OK);
-  EXPECT_EQ(kept->GetActualDataLength(), 200);
-  EXPECT_EQ(data[0], 2) << "the track";
   const auto sink = SinkFilter::Create(SinkKind::kCounting);
   EXPECT_EQ(pin->Connect(sink->Pin(), nullptr), VFW_E_NOT_CONNECTED);
   ComPtr<IEnumMediaTypes> types;
