@@ -41,6 +41,7 @@ HWND FindFrame(const wchar_t* title) {
 }
 
 TEST(PlatformFrame, OfTheHostShowsBothPages) {
+  GetDesktopWindow();  // starts Wine's desktop, which would keep the host's pipe open if it came with the host
   const std::string module = " --module " + SystemPath(TARVEX_MODULE_PATH);
   const std::string film = ' ' + SystemPath(SourceDir() + "/tests/data/sample.mkv");
   FILE* host = _popen((SystemPath(TARVEX_HOST_PATH) + " settings --annexb" + module + film + " 2>&1").c_str(), "rt");
