@@ -11,8 +11,8 @@ set -eu
 
 root=$(CDPATH='' cd -- "$(dirname -- "$0")/.." && pwd)
 folder=$root/build/wine32-root
-# Nothing of what Wine only recommends: pages and pictures come out without.
-included='wine32,wine'
+# Of what Wine only recommends, OpenGL alone: pictures are drawn with it.
+included='wine32,wine,libgl1,libgl1-mesa-dri'
 variables='WINEPREFIX WINEDEBUG WINEDLLOVERRIDES DISPLAY ALSA_CONFIG_PATH XDG_CACHE_HOME XDG_CONFIG_HOME LC_ALL TZ'
 
 fail() {

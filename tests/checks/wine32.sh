@@ -4,11 +4,11 @@
 : "${root:?}"
 
 # Those that go through the module's border, where the width of a pointer or a calling convention matters.
-programs32='registration_test contract_test corpus_test seeking_test fuzz_control_test pages_test playback_test'
+programs32='contract_test corpus_test seeking_test fuzz_control_test pages_test playback_test'
 
 # What the build of the 32-bit module takes besides, where it can be run.
 targets32() {
-  ! tools/root32.sh allowed >/dev/null || echo "render_file $programs32"
+  ! tools/root32.sh allowed >/dev/null || echo "$programs32"
 }
 
 # As run_program.sh takes them; an emulated program is slower than the limit was meant for.

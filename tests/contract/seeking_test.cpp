@@ -1,9 +1,7 @@
-// IMediaSeeking of the output pins: capabilities, time formats, and every operation on positions. And what
-// IAMExtendedSeeking offers; the corpus tests compare the markers.
+// IMediaSeeking of the output pins: capabilities, time formats, and every operation on positions. What
+// IAMExtendedSeeking offers, the corpus tests and mkvhost's transcripts compare.
 #include <limits>
 
-#include "framework/bstr.h"
-#include "framework/text_conversion.h"
 #include "tests/contract/contract_fixture.h"
 
 namespace tarvex::test {
@@ -130,46 +128,6 @@ TEST_F(Seeking, OnlyTheFirstConnectedPinMovesThePositions) {
   EXPECT_EQ(Output(0)->Disconnect(), S_OK);
   EXPECT_EQ(m_audio->SetPositions(&time, kAbsolute, &time, kAbsolute), S_OK);
   EXPECT_EQ(Positions(), Range(50, 50));
-}
-
-TEST_F(Seeking, StepsFromTwoThreadsAllCount) {
-  constexpr int kSteps = 2000;
-  SetRange(0, 20000000);
-  const auto step = [&] {
-    for (int k = 0; k < kSteps; ++k) {
-      LONGLONG distance = 1;
-      m_video->SetPositions(&distance, kRelative, nullptr, kNone);
-    }
-  };
-  Thread other;
-  ASSERT_EQ(other.Start(step), S_OK);
-  step();
-  other.Join();
-  EXPECT_EQ(Positions(), Range(2 * kSteps, 20000000));
-}
-
-using Markers = GraphTest;
-
-TEST_F(Markers, AreChaptersInWholeSecondsAndCapabilitiesFollowFromThemAndVideo) {
-  for (const auto& [file, expected] : {std::pair{"aac.mka", 49}, {"multi.mkv", 65}, {"../../sample.mkv", 69}}) {
-    Graph().CloseSource();
-    ASSERT_EQ(Graph().Open(CorpusFile(file)), S_OK);
-    LONG capabilities = 0;
-    EXPECT_EQ(Ask<IAMExtendedSeeking>()->get_ExSeekCapabilities(&capabilities), S_OK);
-    EXPECT_EQ(capabilities, expected) << file;
-  }
-  for (const auto& [number, time, name] : {std::tuple{0, -7.0, ""},
-                                           {1, 0.0, "First half"},
-                                           {2, 2.0, "Second half"},  // 2.5 seconds
-                                           {3, -7.0, ""},
-                                           {-1, -7.0, ""}}) {
-    double found = -7;
-    BStr text;
-    EXPECT_EQ(Ask<IAMExtendedSeeking>()->GetMarkerTime(number, &found), S_OK);
-    EXPECT_EQ(Ask<IAMExtendedSeeking>()->GetMarkerName(number, text.Put()), S_OK);
-    EXPECT_EQ(found, time) << number;
-    EXPECT_EQ(Utf8FromWide(text.View()), name);
-  }
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // IModuleConfig: parameters, and the settings saved with a graph.
-#include <algorithm>
 #include <functional>
+#include <sstream>
 
 #include "framework/unknown.h"
 #include "include/tarvex/module_config.h"
@@ -16,19 +16,16 @@ constexpr GUID kNoParameter = {0x5B2E1C7C, 0x0C6F, 0x4E77, {0x9E, 0x0C, 0x6E, 0x
 /// Bytes in memory; a write answers what it is told to.
 class MemoryStream final : public UnknownImpl<IStream> {
  public:
-  explicit MemoryStream(std::vector<std::uint8_t> content = {})
-      : UnknownImpl("MemoryStream", nullptr), bytes(std::move(content)) {}
+  explicit MemoryStream(const std::string& bytes = {})
+      : UnknownImpl("MemoryStream", nullptr), content(bytes, std::ios::in | std::ios::out | std::ios::app) {}
 
   HRESULT STDMETHODCALLTYPE Read(void* out, ULONG count, ULONG* read) override {
-    const std::size_t given = std::min<std::size_t>(count, bytes.size() - m_position);
-    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(m_position), given, static_cast<std::uint8_t*>(out));
-    m_position += given;
-    *read = static_cast<ULONG>(given);
-    return given == count ? S_OK : S_FALSE;
+    content.read(static_cast<char*>(out), count);
+    *read = static_cast<ULONG>(content.gcount());
+    return *read == count ? S_OK : S_FALSE;
   }
   HRESULT STDMETHODCALLTYPE Write(const void* data, ULONG count, ULONG* written) override {
-    const auto* first = static_cast<const std::uint8_t*>(data);
-    bytes.insert(bytes.end(), first, first + count);
+    content.write(static_cast<const char*>(data), count);
     *written = count;
     return afterEachWrite ? afterEachWrite() : S_OK;
   }
@@ -45,11 +42,8 @@ class MemoryStream final : public UnknownImpl<IStream> {
   HRESULT STDMETHODCALLTYPE Stat(STATSTG*, DWORD) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
 
-  std::vector<std::uint8_t> bytes;
+  std::stringstream content;
   std::function<HRESULT()> afterEachWrite;  ///< the write's answer
-
- private:
-  std::size_t m_position = 0;
 };
 
 class Settings : public GraphTest {
@@ -73,9 +67,7 @@ class Settings : public GraphTest {
     EXPECT_EQ(value.vt, VT_BOOL);
     return value.boolVal;
   }
-  HRESULT Load(std::vector<std::uint8_t> bytes) {
-    return m_config->Load(MakeCom<MemoryStream>(std::move(bytes)).Get());
-  }
+  HRESULT Load(const std::string& bytes) { return m_config->Load(MakeCom<MemoryStream>(bytes).Get()); }
 
   ComPtr<IModuleConfig> m_config;
 };
@@ -97,6 +89,7 @@ TEST_F(Settings, AreOffAtFirstAndReadAsOnesAndWhatIsNoneIsRefused) {
     EXPECT_EQ(m_config->SetValue(&parameter, &value), E_NOTIMPL);
   }
   EXPECT_EQ(m_config->GetValue(&paramPosition, &value), E_NOTIMPL);
+  EXPECT_EQ(QueryFor<IModuleConfig>(CreateSplitter().Get())->SetValue(&paramPosition, &value), VFW_E_NOT_IN_GRAPH);
   EXPECT_EQ(m_config->GetValue(&paramDocType, &value), E_FAIL) << "nothing is open";
   EXPECT_EQ(m_config->GetValue(&paramChapterList, &value), E_INVALIDARG) << "neither a number nor room for a list";
 }
@@ -145,11 +138,10 @@ TEST_F(Settings, H264FormIsThatOfTheNextConnection) {
 }
 
 // What a graph file holds: the version as text, then a byte for each setting.
-std::vector<std::uint8_t> SavedBytes(std::uint8_t annexB, std::uint8_t separate, const char* version = "00000000000 ") {
-  std::vector<std::uint8_t> bytes;
-  for (; *version != 0; ++version) bytes.insert(bytes.end(), {static_cast<std::uint8_t>(*version), 0});
-  bytes.insert(bytes.end(), {annexB, separate});
-  return bytes;
+std::string SavedBytes(char annexB, char separate, std::string_view version = "00000000000 ") {
+  std::string bytes;
+  for (const char letter : version) bytes.append({letter, '\0'});
+  return bytes.append({annexB, separate});
 }
 
 TEST_F(Settings, AreSavedAsVersionAndTwoBytesAndLoadedAgainOrNotAtAll) {
@@ -157,7 +149,7 @@ TEST_F(Settings, AreSavedAsVersionAndTwoBytesAndLoadedAgainOrNotAtAll) {
   const auto stream = MakeCom<MemoryStream>();
   EXPECT_EQ(m_config->Save(stream.Get(), FALSE), S_OK);
   EXPECT_EQ(m_config->IsDirty(), S_OK) << "the caller did not ask to clear it";
-  EXPECT_EQ(stream->bytes, SavedBytes(0, 1));
+  EXPECT_EQ(stream->content.str(), SavedBytes(0, 1));
   stream->afterEachWrite = [] { return E_FAIL; };
   EXPECT_TRUE(FAILED(m_config->Save(stream.Get(), TRUE)));
   stream->afterEachWrite = [this] { return SetBool(paramSeparatePins, 1); };
@@ -170,9 +162,7 @@ TEST_F(Settings, AreSavedAsVersionAndTwoBytesAndLoadedAgainOrNotAtAll) {
   EXPECT_EQ(m_config->IsDirty(), S_FALSE);
 
   for (const std::size_t length : {0U, 23U, 25U}) {
-    std::vector<std::uint8_t> cut = SavedBytes(0, 1);
-    cut.resize(length);
-    EXPECT_TRUE(FAILED(Load(cut))) << length;
+    EXPECT_TRUE(FAILED(Load(SavedBytes(0, 1).substr(0, length)))) << length;
   }
   for (const char* version : {"00000000001 ", "0000000000x ", "000000000000", "99999999999 "}) {
     EXPECT_TRUE(FAILED(Load(SavedBytes(0, 1, version)))) << version;

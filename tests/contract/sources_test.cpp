@@ -1,5 +1,4 @@
-// Sources other than a file on a disk: one whose bytes are still on their way, one that says its end in another way,
-// one of more than 4 GiB.
+// Sources other than a file on a disk: one whose bytes are still on their way, one of more than 4 GiB.
 #include "tests/contract/contract_fixture.h"
 
 namespace tarvex::test {
@@ -63,30 +62,6 @@ TEST_F(Sources, BytesOnTheirWayAreWaitedForAndNeverMadeUp) {
   }
   source->Arrive(size);
   EXPECT_EQ(DigestsAtTheEnd(), expected);
-}
-
-// The end is nearer than it was thought to be when the stream was opened, or the file is cut: reads cross it.
-TEST_F(Sources, AnEndIsTheSameHoweverTheSourceSaysIt) {
-  constexpr LONGLONG kTooMuch = 100000;
-  for (const int cut : {0, 1, 3, 4990, 5010}) {
-    auto movie = MakeMovie(kMovie);
-    movie.erase(movie.end() - cut, movie.end());
-    OpenWithSinks(SourceFilter::FromBytes(movie));
-    const auto expected = DigestsAtTheEnd();
-    EXPECT_GE(expected.at(0).size(), kMovie.frames - kMovie.framesPerCluster);
-    for (const HRESULT answer : {S_FALSE, HRESULT_FROM_WIN32(ERROR_HANDLE_EOF)}) {
-      SCOPED_TRACE(testing::Message() << cut << " bytes missing, answer " << std::hex << answer);
-      const auto source = SourceFilter::FromBytes(movie);
-      const auto size = static_cast<LONGLONG>(movie.size());
-      source->Pin()->answerAtTheEnd = answer;
-      source->Arrive(size - kTooMuch, cut == 0 ? size + kTooMuch : size);
-      OpenWithSinks(source);
-      ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-      EXPECT_TRUE(WaitsForBytes());
-      source->Arrive(size);
-      EXPECT_EQ(DigestsAtTheEnd(), expected);
-    }
-  }
 }
 
 // And to open a file takes its headers alone.

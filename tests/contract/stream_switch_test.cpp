@@ -1,8 +1,7 @@
-// What the splitter asks its graph for: when a stream is switched, also where the new one finds no renderer, and when
-// an application jumps. In a graph of ours, which says so. Natively only.
+// What the splitter asks its graph for: when a stream is switched, also where the new one finds no renderer. In a graph
+// of ours, which says so. Natively only.
 #include <algorithm>
 
-#include "include/tarvex/module_config.h"
 #include "tests/contract/contract_fixture.h"
 #include "tests/support/linux/filter_graph.h"
 
@@ -48,12 +47,6 @@ class InItsGraph : public GraphTest {
   bool AllAreConnected() {
     return std::ranges::all_of(Graph().OutputPins(), [](const auto& pin) { return IsConnected(pin.Get()); });
   }
-  HRESULT JumpTo(LONGLONG time) {
-    VARIANT value{};
-    value.vt = VT_I8;
-    value.llVal = time;
-    return Ask<IModuleConfig>()->SetValue(&paramPosition, &value);
-  }
 
   RenderingGraph* m_rendering = nullptr;  // m_graph's
 };
@@ -80,22 +73,6 @@ TEST_F(InItsGraph, ARefusedSwitchIsTakenBackAndOnlyARunningGraphIsWaitedFor) {
   Splitter()->JoinFilterGraph(nullptr, nullptr);
   EXPECT_EQ(Enable(kEnglish), VFW_E_NOT_IN_GRAPH);
   EXPECT_TRUE(IsEnabled(kFrench));
-}
-
-TEST_F(InItsGraph, AJumpMovesThePositionAndLeavesTheStop) {
-  EXPECT_TRUE(FAILED(JumpTo(0))) << "nothing is open";
-  OpenMovie({.duration = 10000});
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  const auto seeking = QueryFor<IMediaSeeking>(Output(0).Get());
-  LONGLONG start = 0;
-  LONGLONG stop = 5 * kSecond;
-  ASSERT_EQ(seeking->SetPositions(&start, AM_SEEKING_AbsolutePositioning, &stop, AM_SEEKING_AbsolutePositioning), S_OK);
-  EXPECT_EQ(JumpTo(2 * kSecond), S_OK);
-  EXPECT_EQ(seeking->GetPositions(&start, &stop), S_OK);
-  EXPECT_EQ(start, 2 * kSecond);
-  EXPECT_EQ(stop, 5 * kSecond);
-  Splitter()->JoinFilterGraph(nullptr, nullptr);
-  EXPECT_EQ(JumpTo(kSecond), VFW_E_NOT_IN_GRAPH);
 }
 
 }  // namespace

@@ -25,41 +25,12 @@ class Streaming : public OpenedTest {
   }
 };
 
-TEST_F(Streaming, EachStartIsOneSegmentItsSamplesAndOneEndAndGoingOnIsNone) {
-  const auto seeking = QueryFor<IMediaSeeking>(Output(0).Get());
-  double rate = 0;
-  EXPECT_EQ(seeking->SetRate(2.5), S_OK);
-  EXPECT_TRUE(seeking->GetRate(&rate) == S_OK && rate == 2.5);
-  ASSERT_EQ(Graph().ConnectSinks(SinkKind::kCounting), S_OK);
-  for (int round = 0; round < 3; ++round) {
-    if (round != 0) {
-      ASSERT_TRUE(SUCCEEDED(Graph().Pause()));
-      ASSERT_TRUE(SUCCEEDED(Splitter()->Pause()));
-      EXPECT_EQ(StateOf(Splitter()), State_Paused);
-      ASSERT_TRUE(Graph().WaitForEnd());
-    }
-    ASSERT_TRUE(SUCCEEDED(Graph().Run()));
-    ASSERT_TRUE(Graph().WaitForEnd());
-    EXPECT_EQ(StateOf(Splitter()), State_Running);
-    EXPECT_EQ(Graph().InputPin()->EndOfStream(), S_OK) << "an end from upstream, which is known";
-    EXPECT_EQ(Graph().Stop(), S_OK);
-    EXPECT_EQ(Splitter()->Stop(), S_FALSE) << "there was nothing to stop";
-    EXPECT_EQ(StateOf(Splitter()), State_Stopped);
-    for (const auto& sink : Graph().Sinks()) {
-      const std::vector<SinkEvent> events = sink->Events();
-      ASSERT_EQ(events.size(), 102U);
-      EXPECT_TRUE(events.front().kind == Kind::kNewSegment && events.front().start == 0 && events.front().rate == rate);
-      for (std::size_t k = 1; k <= 100; ++k) EXPECT_EQ(events[k].discontinuity, k == 1);
-      EXPECT_EQ(events.back().kind, Kind::kEndOfStream);
-      sink->Clear();
-    }
-  }
-}
-
 TEST_F(UnopenedStates, AFilterWithoutSourceRunsAndEndsByItself) {
   EXPECT_EQ(Splitter()->Stop(), S_FALSE);
   EXPECT_TRUE(SUCCEEDED(Splitter()->Run(0)));
   EXPECT_EQ(StateOf(Splitter()), State_Running);
+  EXPECT_EQ(Splitter()->Pause(), S_OK);
+  EXPECT_EQ(StateOf(Splitter()), State_Paused);
   EXPECT_EQ(Splitter()->Stop(), S_OK);
   EXPECT_EQ(CreateSplitter()->Pause(), S_OK);  // and the last reference is given back while its worker is there
 }
@@ -79,6 +50,10 @@ TEST_F(Streaming, AStopFromASinkReturns) {
 
 TEST_F(Streaming, ASeekAFlushAndAnEndFromUpstreamReachEverySinkAndNothingComesInBetween) {
   OpenMovie(kLongMovie);
+  double rate = 0;
+  EXPECT_EQ(QueryFor<IMediaSeeking>(Output(0).Get())->SetRate(2.5), S_OK);
+  EXPECT_EQ(QueryFor<IMediaSeeking>(Output(0).Get())->GetRate(&rate), S_OK);
+  EXPECT_EQ(rate, 2.5);
   ASSERT_EQ(Graph().ConnectSinks(SinkKind::kSlow), S_OK);
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   ASSERT_TRUE(EverySinkHasASample());
@@ -95,6 +70,7 @@ TEST_F(Streaming, ASeekAFlushAndAnEndFromUpstreamReachEverySinkAndNothingComesIn
     for (const SinkEvent& event : sink->Events()) {
       EXPECT_EQ(flushing, event.kind == Kind::kEndFlush) << "in the middle of a flush, or without one";
       flushing = event.kind == Kind::kBeginFlush;
+      EXPECT_TRUE(event.kind != Kind::kNewSegment || event.rate == rate);
     }
     EXPECT_EQ(sink->CountOf(Kind::kEndFlush), 2U);
     EXPECT_EQ(sink->CountOf(Kind::kEndOfStream), 1U);

@@ -80,6 +80,7 @@ json ExpectedOffer(const CorpusFile& file) {
     offer["chapters"].push_back({name, start, chapter.at("end")});
     offer["markers"].push_back({name, static_cast<double>(start / 10000000)});
   }
+  for (int beyond = 0; beyond < 2; ++beyond) offer["markers"].push_back({"", -1.0});
   std::map<int, int> counts;
   for (const json& track : TracksOf(file)) {
     const int type = track.at("type");
@@ -111,11 +112,12 @@ json Offer(const TestGraph& graph, const json& expected) {
   const auto markers = QueryFor<IAMExtendedSeeking>(graph.Splitter());
   LONG count = -1;
   EXPECT_EQ(markers->get_MarkerCount(&count), S_OK);
-  for (LONG k = 1; k <= count; ++k) {
+  for (LONG k = 1; k <= count + 2; ++k) {
+    const LONG number = k <= count + 1 ? k : 0;  // two that are none
     double time = -1;
     BStr name;
-    EXPECT_EQ(markers->GetMarkerTime(k, &time), S_OK);
-    EXPECT_EQ(markers->GetMarkerName(k, name.Put()), S_OK);
+    EXPECT_EQ(markers->GetMarkerTime(number, &time), S_OK);
+    EXPECT_EQ(markers->GetMarkerName(number, name.Put()), S_OK);
     offer["markers"].push_back({Utf8FromWide(name.View()), time});
   }
   for (const ComPtr<IPin>& pin : graph.OutputPins()) {
@@ -167,10 +169,10 @@ void CompareFrames(const CorpusFile& file, const json& track, const Frames& deli
   } else {
     const std::ptrdiff_t dropped = CountOfDropped(file, track, all);
     EXPECT_EQ(delivered.size(), count - static_cast<std::size_t>(dropped));
-    Sha256 sum;
-    std::for_each(all.begin(), all.begin() + dropped, [&](const Frame& frame) { sum.Add(LineOf(frame)); });
-    for (const Frame& frame : delivered) sum.Add(LineOf(frame));
-    EXPECT_TRUE(listed.contains("frames") || sum.Finish() == listed.at("sha256_lines"));
+    std::string lines;
+    std::for_each(all.begin(), all.begin() + dropped, [&](const Frame& frame) { lines += LineOf(frame); });
+    for (const Frame& frame : delivered) lines += LineOf(frame);
+    EXPECT_TRUE(listed.contains("frames") || Sha256Of(lines) == listed.at("sha256_lines"));
     all.erase(all.begin(), all.begin() + dropped);
   }
   for (std::size_t k = 0; k < std::min(all.size(), delivered.size()); ++k) {

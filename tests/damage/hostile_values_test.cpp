@@ -141,8 +141,10 @@ TEST_F(HostileValues, FramesOfAnyTimeAreDeliveredAndEverySeekEnds) {
     const ByteString group =
         Element(id::kBlockGroup,
                 Join({Element(id::kBlock, BlockData(1, times.block, 0, {1})), Unsigned(id::kBlockDuration, times.frame),
-                      Signed(id::kReferenceBlock, std::numeric_limits<std::int64_t>::min())}));
-    const ByteString lace = LacedBlock(1, times.block, {{1}, {2, 2}, {3}});
+                      Element(id::kReferenceBlock, {0x80, 0, 0, 0, 0, 0, 0, 0})}));
+    const ByteString frames = {2, 1, 2, 1, 2, 2, 3};  // three, of 1, 2 and 1 bytes
+    const std::uint8_t flags = kKeyFlag | static_cast<std::uint8_t>(Lacing::kXiph);
+    const ByteString lace = Element(id::kSimpleBlock, BlockData(1, times.block, flags, frames));
     const ByteString sound = Cluster(times.cluster, Join({SimpleBlock(1, times.block, {1}), group, lace}));
     const ByteString blocks = Join({SimpleBlock(2, times.block, {2}), SimpleBlock(1, times.block, {1}),
                                     SimpleBlock(1, 32767, {1}), SimpleBlock(2, -32768, {2})});

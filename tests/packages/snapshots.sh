@@ -81,16 +81,23 @@ nothing_left() {
   done
 }
 
-# An entry of another splitter, which would be asked instead of ours as long as it is there.
-add_foreign_entry() {
-  run_wine 60 reg add "$extensions\\.mkv" /v 'Source Filter' /d '{00000000-0000-0000-0000-000000000001}' /f
+# add_source KEY: below "Media Type", an entry that gives files to something else.
+add_source() {
+  run_wine 60 reg add "$media_types\\$1" /v 'Source Filter' /d '{00000000-0000-0000-0000-000000000001}' /f
+}
+
+# All entries of others that would be asked instead of ours as long as they are there.
+add_foreign_entries() {
+  for extension in mkv mka mks webm; do
+    add_source "Extensions\\.$extension"
+  done
+  add_source '{00000000-0000-0000-0000-000000000000}\{1AC0BEBD-4D2B-45AD-BCEB-F2C41C5E3788}'
 }
 
 # play_from FOLDER: RenderFile takes the splitter of that folder, and the host that lies there plays.
 play_from() {
-  run_wine 60 "$render_file" "$sample" | tr -d '\r' | tee "$kept/played"
-  grep -qxF "module $1\\tarvex.dll" "$kept/played" || fail "the splitter does not come from $1"
-  grep -qx played "$kept/played" || fail 'RenderFile plays nothing'
+  run_wine 60 "$playback_test" >"$kept/played" || { cat "$kept/played"; fail 'RenderFile does not play'; }
+  tr -d '\r' <"$kept/played" | grep -qxF "module $1\\tarvex.dll" || fail "the splitter does not come from $1"
   run_wine 60 "$1\\mkvhost.exe" play --no-clock "$sample" || fail 'the host does not play'
 }
 

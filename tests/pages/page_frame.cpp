@@ -11,32 +11,13 @@ namespace {
 ComPtr<IPropertyPage> CreatePage(REFCLSID clsid) {
   ComPtr<IClassFactory> factory;
   ComPtr<IPropertyPage> page;
-  if (FAILED(GetClassObject(clsid, IID_IClassFactory, factory.PutVoid())) ||
-      FAILED(factory->CreateInstance(nullptr, IidOf<IPropertyPage>(), page.PutVoid()))) {
-    throw std::runtime_error("the module makes no such page");
-  }
+  HRESULT result = GetClassObject(clsid, IID_IClassFactory, factory.PutVoid());
+  if (SUCCEEDED(result)) result = factory->CreateInstance(nullptr, IidOf<IPropertyPage>(), page.PutVoid());
+  if (FAILED(result)) throw std::runtime_error("the module makes no such page");
   return page;
 }
 
 }  // namespace
-
-HRESULT PageSite::NonDelegatingQueryInterface(REFIID iid, void** out) {
-  if (iid == IidOf<IPropertyPageSite>()) return GiveInterface(static_cast<IPropertyPageSite*>(this), out);
-  return CUnknown::NonDelegatingQueryInterface(iid, out);
-}
-
-HRESULT PageSite::OnStatusChange(DWORD dwFlags) {
-  if ((dwFlags & PROPPAGESTATUS_DIRTY) != 0) ++m_dirty;
-  return S_OK;
-}
-
-HRESULT PageSite::GetLocaleID(LCID* pLocaleID) {
-  *pLocaleID = LOCALE_USER_DEFAULT;
-  return S_OK;
-}
-
-HRESULT PageSite::GetPageContainer(IUnknown** /*ppUnk*/) { return E_NOTIMPL; }
-HRESULT PageSite::TranslateAccelerator(MSG* /*pMsg*/) { return S_FALSE; }
 
 // A program that says nothing of densities is shown at one it never had.
 PageFrame::PageFrame(REFCLSID page) : m_page(CreatePage(page)), m_site(MakeCom<PageSite>()) {

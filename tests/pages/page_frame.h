@@ -14,11 +14,17 @@ class PageSite final : public UnknownImpl<IPropertyPageSite> {
   PageSite() : UnknownImpl("PageSite", nullptr) {}
   int Dirty() const noexcept { return m_dirty; }
 
-  HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override;
-  HRESULT STDMETHODCALLTYPE OnStatusChange(DWORD dwFlags) override;
-  HRESULT STDMETHODCALLTYPE GetLocaleID(LCID* pLocaleID) override;
-  HRESULT STDMETHODCALLTYPE GetPageContainer(IUnknown** ppUnk) override;
-  HRESULT STDMETHODCALLTYPE TranslateAccelerator(MSG* pMsg) override;
+  HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** out) override {
+    if (iid == IidOf<IPropertyPageSite>()) return GiveInterface(static_cast<IPropertyPageSite*>(this), out);
+    return CUnknown::NonDelegatingQueryInterface(iid, out);
+  }
+  HRESULT STDMETHODCALLTYPE OnStatusChange(DWORD flags) override {
+    m_dirty += (flags & PROPPAGESTATUS_DIRTY) != 0 ? 1 : 0;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE GetLocaleID(LCID* /*pLocaleID*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetPageContainer(IUnknown** /*ppUnk*/) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE TranslateAccelerator(MSG* /*pMsg*/) override { return S_FALSE; }
 
  private:
   int m_dirty = 0;

@@ -221,12 +221,14 @@ TEST(Prefetcher, AFlushFreesWhoWaitsAndABlockedReadOfAnotherPlaceHoldsNobodyUp) 
 
 // What the reader does not give is zero, also when the stream is shorter than it said.
 TEST(AsyncCallback, ShortReadCountsWholeAndEndsInZeros) {
-  for (const std::size_t shrunk : {100U, 50U}) {
+  for (const auto& [shrunk, answer] :
+       {std::pair{100U, S_FALSE}, {50U, S_FALSE}, {100U, HRESULT_FROM_WIN32(ERROR_HANDLE_EOF)}}) {
     MemoryReader reader(Noise(100, 1));
+    reader.answerAtTheEnd = answer;
     CAsyncCallback callback;
     callback.Attach(&reader);
     reader.bytes.resize(shrunk);
-    callback.setFilePointer(static_cast<std::int64_t>(shrunk) - 2);
+    callback.setFilePointer(std::int64_t{shrunk} - 2);
     ByteString buffer(4, 1);
     EXPECT_EQ(callback.read(buffer.data(), 4), 4U);
     EXPECT_EQ(callback.getFilePointer(), shrunk + 2);

@@ -24,9 +24,9 @@ json IndexOf(OpenFile& file) {
 }
 
 std::string SumOf(const json& entries) {
-  Sha256 sum;
-  for (const json& entry : entries) sum.Add(entry[0].dump() + " " + entry[1].dump() + "\n");
-  return sum.Finish();
+  std::string lines;
+  for (const json& entry : entries) lines += entry[0].dump() + " " + entry[1].dump() + "\n";
+  return Sha256Of(lines);
 }
 
 TEST(SeekIndex, OfEveryFileIsWhatTheManifestSays) {

@@ -1,7 +1,6 @@
-// Checksums of bytes in lower-case hexadecimal, as the corpus manifest writes them. Values; any thread.
+// Checksums of bytes in lower-case hexadecimal, as the corpus manifest writes them. Free functions; any thread.
 #pragma once
 
-#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -10,20 +9,9 @@
 
 namespace tarvex::test {
 
-using Bytes = std::span<const std::uint8_t>;
-
-std::string Sha1Of(Bytes bytes);
-
-/// A SHA-256 over pieces given one after another.
-class Sha256 {
- public:
-  void Add(Bytes bytes) { m_digest.Add(bytes); }
-  void Add(std::string_view text) { Add(Bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size())); }
-  /// Of all that was added. Nothing may be added afterwards.
-  std::string Finish();
-
- private:
-  Digest m_digest{DigestAlgorithm::kSha256};
-};
+std::string HexDigest(DigestAlgorithm algorithm, std::span<const std::uint8_t> bytes);
+inline std::string Sha256Of(std::string_view text) {
+  return HexDigest(DigestAlgorithm::kSha256, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
 
 }  // namespace tarvex::test

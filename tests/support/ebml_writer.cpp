@@ -21,12 +21,6 @@ unsigned BytesFor(std::uint64_t value) {
 
 std::uint64_t LargestVint(unsigned length) { return (std::uint64_t{1} << (7 * length)) - 2; }
 
-ByteString XiphSize(std::size_t size) {
-  ByteString bytes(size / 255, 255);
-  bytes.push_back(static_cast<std::uint8_t>(size % 255));
-  return bytes;
-}
-
 }  // namespace
 
 ByteString Join(std::initializer_list<ByteString> parts) {
@@ -73,10 +67,6 @@ ByteString ElementOfUnknownSize(std::uint32_t id, const ByteString& data) {
 
 ByteString Unsigned(std::uint32_t id, std::uint64_t value) { return Element(id, BigEndian(value, BytesFor(value))); }
 
-ByteString Signed(std::uint32_t id, std::int64_t value) {
-  return Element(id, BigEndian(static_cast<std::uint64_t>(value), 8));
-}
-
 ByteString Float(std::uint32_t id, double value) {
   return Element(id, BigEndian(std::bit_cast<std::uint64_t>(value), 8));
 }
@@ -105,17 +95,6 @@ ByteString BlockData(std::uint64_t track, std::int16_t time, std::uint8_t flags,
 
 ByteString SimpleBlock(std::uint64_t track, std::int16_t time, const ByteString& frame, bool key) {
   return Element(id::kSimpleBlock, BlockData(track, time, key ? kKeyFlag : std::uint8_t{0}, frame));
-}
-
-ByteString LacedBlock(std::uint64_t track, std::int16_t time, const std::vector<ByteString>& frames) {
-  ByteString sizes;
-  ByteString data;
-  for (const ByteString& frame : frames) {
-    if (&frame != &frames.back()) sizes = Join({sizes, XiphSize(frame.size())});
-    data = Join({data, frame});
-  }
-  const ByteString lace = Join({{static_cast<std::uint8_t>(frames.size() - 1)}, sizes, data});
-  return Element(id::kSimpleBlock, BlockData(track, time, kKeyFlag | static_cast<std::uint8_t>(Lacing::kXiph), lace));
 }
 
 ByteString Cluster(std::uint64_t time, const ByteString& blocks) {

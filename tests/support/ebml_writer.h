@@ -31,7 +31,6 @@ ByteString ElementDeclaring(std::uint32_t id, std::uint64_t size, const ByteStri
 /// The same with the size that means "unknown".
 ByteString ElementOfUnknownSize(std::uint32_t id, const ByteString& data);
 ByteString Unsigned(std::uint32_t id, std::uint64_t value);
-ByteString Signed(std::uint32_t id, std::int64_t value);
 ByteString Float(std::uint32_t id, double value);
 ByteString Text(std::uint32_t id, std::string_view text);
 
@@ -74,8 +73,6 @@ ByteString BlockData(std::uint64_t track, std::int16_t time, std::uint8_t flags,
 inline constexpr std::uint8_t kKeyFlag = 0x80;
 
 ByteString SimpleBlock(std::uint64_t track, std::int16_t time, const ByteString& frame, bool key = true);
-/// With Xiph lacing.
-ByteString LacedBlock(std::uint64_t track, std::int16_t time, const std::vector<ByteString>& frames);
 ByteString Cluster(std::uint64_t time, const ByteString& blocks);
 
 }  // namespace tarvex::test

@@ -21,9 +21,7 @@ ByteString TrackOf(std::uint64_t number, std::uint64_t type, std::uint32_t perio
       Element(id::kVideo, Join({Unsigned(id::kPixelWidth, 320), Unsigned(id::kPixelHeight, 240)}));
   const ByteString sound = Element(id::kAudio, Join({Unsigned(id::kChannels, 2), Unsigned(id::kBitDepth, 16)}));
   if (type == 1) return TrackEntry(number, type, "V_VP8", Join({duration, picture}));
-  if (type == 2)
-    return TrackEntry(number, type, period == kSoundMs ? "A_AC3" : "A_PCM/INT/LIT", Join({duration, sound}));
-  return TrackEntry(number, type, "S_TEXT/UTF8", duration);
+  return TrackEntry(number, type, period == kSoundMs ? "A_AC3" : "A_PCM/INT/LIT", Join({duration, sound}));
 }
 
 /// A file, part after part.
@@ -110,12 +108,9 @@ ComPtr<SourceFilter> MakeFilm(const FilmShape& shape) {
 }
 
 std::vector<std::uint8_t> MakeMovie(const MovieShape& shape) {
-  const unsigned all = shape.videos + shape.audios + shape.subtitles;
+  const unsigned all = shape.videos + shape.audios;
   ByteString tracks;
-  for (unsigned k = 0; k < all; ++k) {
-    const unsigned type = k < shape.videos ? 1 : k < shape.videos + shape.audios ? 2 : 17;
-    tracks = Join({tracks, TrackOf(k + 1, type, kPictureMs)});
-  }
+  for (unsigned k = 0; k < all; ++k) tracks = Join({tracks, TrackOf(k + 1, k < shape.videos ? 1 : 2, kPictureMs)});
   Writer writer(shape.duration, tracks);
   for (unsigned k = 0; k < shape.frames; ++k) {
     if (k % shape.framesPerCluster == 0) writer.BeginCluster(k * kPictureMs);

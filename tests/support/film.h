@@ -30,12 +30,11 @@ inline constexpr REFERENCE_TIME kSoundTime = 20 * kMillisecond;
 
 ComPtr<SourceFilter> MakeFilm(const FilmShape& shape);
 
-/// Tracks are numbered from 1: videos first, then audio, then subtitles. Every frame is a key frame and
+/// Tracks are numbered from 1: videos first. Every frame is a key frame and
 /// lasts 40 ms; every track has one at each time.
 struct MovieShape {
   unsigned videos = 1;
   unsigned audios = 1;
-  unsigned subtitles = 0;
   unsigned frames = 100;  ///< of each track
   unsigned framesPerCluster = 25;
   std::uint32_t frameSize = 200;  ///< bytes, with those that say where it comes from

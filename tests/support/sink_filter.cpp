@@ -21,7 +21,7 @@ SinkEvent Describe(IMediaSample* sample, bool withChecksum) {
   BYTE* data = nullptr;
   if (FAILED(sample->GetPointer(&data))) return event;
   if (event.size >= sizeof(event.origin)) std::memcpy(&event.origin, data, sizeof(event.origin));
-  if (withChecksum) event.sha1 = Sha1Of({data, event.size});
+  if (withChecksum) event.sha1 = HexDigest(DigestAlgorithm::kSha1, {data, event.size});
   return event;
 }
 

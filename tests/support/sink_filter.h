@@ -95,7 +95,6 @@ class SinkFilter : public PlainFilter {
   static ComPtr<SinkFilter> Create(SinkKind kind) { return ComPtr<SinkFilter>(new SinkFilter(kind)); }
 
   SinkPin* Pin() noexcept { return &m_pin; }
-  SinkKind Kind() const noexcept { return m_kind; }
 
   std::vector<SinkEvent> Events();
   std::vector<SinkEvent> Samples();

@@ -3,8 +3,6 @@
 // Linux build has the same code linked in. Any thread.
 #pragma once
 
-#include <functional>
-
 #include "framework/com_ptr.h"
 #include "framework/platform/platform.h"
 
@@ -22,9 +20,5 @@ ComPtr<IBaseFilter> CreateSplitter();
 bool ModuleIsIdle();
 /// The same in the end: a thread that was let go may still be on its way out.
 bool ModuleBecomesIdle();
-
-/// Loads a copy of the module, lets `use` have a splitter of it, unloads it, and answers whether it said
-/// that it could be unloaded and is gone. Where nothing is loaded the answer is whether it is idle.
-bool LoadUseAndUnload(const std::function<void(ComPtr<IBaseFilter>)>& use);
 
 }  // namespace tarvex::test

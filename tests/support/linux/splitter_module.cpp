@@ -13,9 +13,4 @@ HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** out) {
 
 bool ModuleIsIdle() { return ModuleCanUnload(); }
 
-bool LoadUseAndUnload(const std::function<void(ComPtr<IBaseFilter>)>& use) {
-  use(CreateSplitter());
-  return ModuleBecomesIdle();
-}
-
 }  // namespace tarvex::test
