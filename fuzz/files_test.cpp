@@ -92,23 +92,23 @@ TEST_P(DamagedFile, MutatedIsReadAndPlayedToItsEnd) {
 INSTANTIATE_TEST_SUITE_P(Corpus, DamagedFile, testing::Range<std::size_t>(0, CorpusFiles().size()),
                          [](const auto& file) { return CorpusFiles()[file.param].Letters(); });
 
-class FilledWith : public testing::TestWithParam<std::size_t> {};
+class FilledWith : public testing::TestWithParam<Filling> {};
 
 TEST_P(FilledWith, CostsBoundedMemoryAndWorkThatFollowsTheSize) {
   constexpr std::size_t kFactor = 4;
   const std::size_t mebibytes = FromEnvironment("TARVEX_FILLING_MIB", 0);
-  const std::size_t large = mebibytes != 0 ? mebibytes << 20 : std::size_t{1} << (IsInstrumented() ? 16 : 18);
-  const Watched call(FillingName(GetParam()));
-  const Cost one = CostOf(MakeFilling(GetParam(), large / kFactor));
-  const Cost four = CostOf(MakeFilling(GetParam(), large));
+  const std::size_t large = mebibytes != 0 ? mebibytes << 20 : std::size_t{1} << (IsInstrumented() ? 16 : 17);
+  const Watched call(GetParam().name);
+  const Cost one = CostOf(GetParam().make(large / kFactor));
+  const Cost four = CostOf(GetParam().make(large));
   // Twice as much as proportion, and what is done once.
   EXPECT_LE(four.reads, 2 * kFactor * one.reads + 30);
   EXPECT_LE(four.allocations, 2 * kFactor * one.allocations + 1000);
   EXPECT_LE(four.peak, 64 * kMebibyte + 3 * static_cast<std::int64_t>(large));
 }
 
-INSTANTIATE_TEST_SUITE_P(Fillings, FilledWith, testing::Range<std::size_t>(0, FillingCount()),
-                         [](const auto& filling) { return FillingName(filling.param); });
+INSTANTIATE_TEST_SUITE_P(Fillings, FilledWith, testing::ValuesIn(MakeFillings()),
+                         [](const auto& filling) { return filling.param.name; });
 
 }  // namespace
 }  // namespace tarvex::fuzz
