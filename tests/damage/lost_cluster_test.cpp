@@ -39,14 +39,15 @@ struct Part {
   std::size_t begin, end;
 };
 
-/// The fifth Cluster that the file has, and it with its neighbours.
+/// The Cluster in the middle of the file, and it with its neighbours.
 std::pair<Part, Part> LostOf(const ByteString& file) {
   const fuzz::Mutator parts(file);
   std::vector<std::size_t> clusters;
   for (const auto& element : parts.Elements()) {
     if (element.header.id == id::kCluster) clusters.push_back(element.position);
   }
-  return {{clusters.at(4), clusters.at(5)}, {clusters.at(3), clusters.at(6)}};
+  const std::size_t middle = clusters.size() / 2;
+  return {{clusters.at(middle), clusters.at(middle + 1)}, {clusters.at(middle - 1), clusters.at(middle + 2)}};
 }
 
 ByteString Replaced(const ByteString& file, Part part, const ByteString& by) {
@@ -65,10 +66,11 @@ ByteString WithoutSizes(ByteString file) {
   return file;
 }
 
-// The Cues lead into the damage, and without them an index is made of what is left.
+// The Cues lead into the damage, and without them an index is made of what is left. The Clusters of the real film are
+// so small that a wrong size may stand for several.
 TEST(LostCluster, CostsItsNeighboursAtMost) {
   const ByteString made = MakeMovie({.frames = 45, .framesPerCluster = 5, .frameSize = 5000});
-  const ByteString real = ReadWholeFile(SourceDir() + "/tests/data/corpus/gen/mjpeg.mkv");
+  const ByteString real = ReadWholeFile(SourceDir() + "/tests/data/corpus/gen/small_clusters.mkv");
   for (const ByteString& film : {made, WithoutSizes(made), real, WithoutSizes(real)}) {
     const auto [lost, around] = LostOf(film);
     const ByteString cluster(film.begin() + static_cast<std::ptrdiff_t>(lost.begin),
@@ -84,7 +86,8 @@ TEST(LostCluster, CostsItsNeighboursAtMost) {
       EXPECT_GT(others.size(), whole.size() / (start == 0 ? 2 : 5));
       for (std::uint_fast32_t seed = 1; seed <= 200; ++seed) {
         SCOPED_TRACE(testing::Message() << film.size() << " bytes, from " << start << ", seed " << seed);
-        const ByteString damage = seed % 20 == 0 ? Noise(cluster.size(), seed) : fuzz::Mutator(cluster).Mutated(seed);
+        const bool isNoise = film.size() == real.size() || seed % 20 == 0;
+        const ByteString damage = isNoise ? Noise(cluster.size(), seed) : fuzz::Mutator(cluster).Mutated(seed);
         EXPECT_TRUE(std::ranges::includes(Play(Replaced(film, lost, damage), start), others));
       }
     }
