@@ -1,9 +1,8 @@
-// Values that nobody means well with, as a host gets to see them through the filter's interfaces: names,
-// times and track numbers of any kind. The bytes of the file are in order otherwise.
+// Values that nobody means well with, as a host gets to see them through the filter's interfaces: names
+// and times of any kind. The bytes of the file are in order otherwise.
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <numeric>
 
 #include "framework/bstr.h"
 #include "framework/co_task_mem.h"
@@ -156,34 +155,6 @@ TEST_F(HostileValues, FramesOfAnyTimeAreDeliveredAndEverySeekEnds) {
       const auto counts = Play({0, 1, 5000000, kEnd, kEnd - 1, -1, std::numeric_limits<LONGLONG>::min()});
       EXPECT_TRUE(hasPictures || counts.at(0) == times.delivered) << counts.at(0);
     }
-  }
-}
-
-// A number that does not fit is cut off, so such a track may take the place of another. What its blocks
-// hold reaches no pin.
-TEST_F(HostileValues, TrackNumbersAreOneTrackEach) {
-  constexpr std::uint64_t kBeyond = std::uint64_t{1} << 32;
-  const ByteString named = AudioTrack(1, Text(id::kTrackName, "first"));
-  const ByteString beyond = Join({AudioTrack(kBeyond), AudioTrack(kBeyond + 1)});
-  const struct {
-    ByteString tracks;
-    ByteString blocks;
-    std::size_t pins;
-    std::size_t samples;
-  } cases[] = {
-      {Join({named, VideoTrack(1), AudioTrack(1)}), Join({SimpleBlock(1, 0, {1}), SimpleBlock(1, 1, {2})}), 1, 2},
-      {Join({AudioTrack(0), TrackEntry(1, 17, "S_TEXT/UTF8")}), Join({SimpleBlock(0, 0, {1}), SimpleBlock(1, 1, {2})}),
-       2, 2},
-      {Join({named, beyond}),
-       Join({SimpleBlock(1, 0, {1}), SimpleBlock(kBeyond, 0, {2}), SimpleBlock(kBeyond + 1, 0, {3}),
-             SimpleBlock(kBeyond * 1000, 0, {3})}),
-       2, 1},
-  };
-  for (const auto& each : cases) {
-    OpenBytes(FileWith({}, each.tracks, {}, Cluster(0, each.blocks)));
-    const auto counts = Play();
-    EXPECT_EQ(counts.size(), each.pins) << &each - cases;
-    EXPECT_EQ(std::accumulate(counts.begin(), counts.end(), std::size_t{0}), each.samples) << &each - cases;
   }
 }
 
