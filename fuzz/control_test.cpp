@@ -15,6 +15,7 @@
 #include "fuzz/cases.h"
 #include "fuzz/watch.h"
 #include "include/tarvex/module_config.h"
+#include "tests/corpus/manifest.h"
 #include "tests/support/film.h"
 #include "tests/support/source_dir.h"
 #include "tests/support/splitter_module.h"
@@ -312,7 +313,7 @@ class CorpusRounds : public OneGraph {
  protected:
   // A file may be refused, or end with an error; both are ends.
   void PlayAll() {
-    for (const CorpusFile& file : CorpusFiles()) {
+    for (const CorpusFile& file : Corpus()) {
       const Watched call(file.name);
       TestGraph graph(CreateSplitter(), m_graph);
       if (FAILED(graph.Open(file.path)) || FAILED(graph.ConnectSinks(SinkKind::kCounting))) continue;

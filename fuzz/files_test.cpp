@@ -17,6 +17,7 @@
 #include "fuzz/targets.h"
 #include "fuzz/watch.h"
 #include "scanner/limits.h"
+#include "tests/corpus/manifest.h"
 #include "tests/support/memory_reader.h"
 #include "tests/support/source_filter.h"
 #include "tests/support/test_system.h"
@@ -66,7 +67,7 @@ class DamagedFile : public testing::TestWithParam<std::size_t> {
     FuzzFilter(bytes);
   }
 
-  const CorpusFile& m_file = CorpusFiles()[GetParam()];
+  const CorpusFile& m_file = Corpus()[GetParam()];
   const Mutator m_mutator{ReadWholeFile(m_file.path)};
   const std::uint32_t m_seed = FromEnvironment("TARVEX_SEED", 1) + static_cast<std::uint32_t>(GetParam()) * 10000;
 };
@@ -89,26 +90,25 @@ TEST_P(DamagedFile, MutatedIsReadAndPlayedToItsEnd) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Corpus, DamagedFile, testing::Range<std::size_t>(0, CorpusFiles().size()),
-                         [](const auto& file) { return CorpusFiles()[file.param].Letters(); });
+INSTANTIATE_TEST_SUITE_P(Corpus, DamagedFile, testing::Range<std::size_t>(0, Corpus().size()), [](const auto& file) {
+  return kCaseName(testing::TestParamInfo(Corpus()[file.param], file.index));
+});
 
-class FilledWith : public testing::TestWithParam<Filling> {};
-
-TEST_P(FilledWith, CostsBoundedMemoryAndWorkThatFollowsTheSize) {
+TEST(Fillings, CostBoundedMemoryAndWorkThatFollowsTheSize) {
   constexpr std::size_t kFactor = 4;
   const std::size_t mebibytes = FromEnvironment("TARVEX_FILLING_MIB", 0);
   const std::size_t large = mebibytes != 0 ? mebibytes << 20 : std::size_t{1} << (IsInstrumented() ? 16 : 17);
-  const Watched call(GetParam().name);
-  const Cost one = CostOf(GetParam().make(large / kFactor));
-  const Cost four = CostOf(GetParam().make(large));
-  // Twice as much as proportion, and what is done once.
-  EXPECT_LE(four.reads, 2 * kFactor * one.reads + 30);
-  EXPECT_LE(four.allocations, 2 * kFactor * one.allocations + 1000);
-  EXPECT_LE(four.peak, 64 * kMebibyte + 3 * static_cast<std::int64_t>(large));
+  for (const auto& [name, make] : MakeFillings()) {
+    SCOPED_TRACE(name);
+    const Watched call(name);
+    const Cost one = CostOf(make(large / kFactor));
+    const Cost four = CostOf(make(large));
+    // Twice as much as proportion, and what is done once.
+    EXPECT_LE(four.reads, 2 * kFactor * one.reads + 30);
+    EXPECT_LE(four.allocations, 2 * kFactor * one.allocations + 1000);
+    EXPECT_LE(four.peak, 64 * kMebibyte + 3 * static_cast<std::int64_t>(large));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Fillings, FilledWith, testing::ValuesIn(MakeFillings()),
-                         [](const auto& filling) { return filling.param.name; });
 
 }  // namespace
 }  // namespace tarvex::fuzz

@@ -3,11 +3,13 @@
 
 #include <map>
 
-#include "fuzz/cases.h"
 #include "fuzz/mutator.h"
+#include "tests/corpus/manifest.h"
 #include "tests/support/source_filter.h"
 
 namespace tarvex::fuzz {
+
+using namespace test;  // NOLINT(google-build-using-namespace): the writer's vocabulary
 
 namespace {
 
@@ -74,7 +76,7 @@ ByteString Nested(std::uint32_t element, std::size_t size) {
 std::map<std::uint32_t, ByteString> ElementsOfTheCorpus() {
   constexpr std::uint64_t kLongest = 64;  // bytes
   std::map<std::uint32_t, ByteString> elements;
-  for (const CorpusFile& file : CorpusFiles()) {
+  for (const CorpusFile& file : Corpus()) {
     const Mutator parts(ReadWholeFile(file.path));
     for (const auto& element : parts.Elements()) {
       const auto& [kind, idLength, size, sizeLength, sizeKnown] = element.header;

@@ -8,6 +8,7 @@
 
 #include "fuzz/cases.h"
 #include "fuzz/mutator.h"
+#include "tests/corpus/manifest.h"
 #include "tests/scanner/recording.h"
 #include "tests/support/source_filter.h"
 
@@ -103,7 +104,7 @@ TEST(ClusterSearch, LeadsWhereTheIndexOfEverythingLeads) {
     damaged.Compare(fuzz::Mutator(file).Mutated(damaged.random()));
   }
   EXPECT_LT(whole.readWhole, whole.files / 10) << "they are to be searched";
-  for (const auto& file : fuzz::CorpusFiles()) {
+  for (const auto& file : Corpus()) {
     ByteString bytes = ReadWholeFile(file.path);
     const ByteString cues = Id(id::kCues);
     while (const auto found = std::ranges::search(bytes, cues)) found.front() = id::kVoid;
