@@ -44,11 +44,10 @@ ByteString GenerateFile(std::mt19937& random, std::size_t frameBytes, std::size_
                             Element(id::kTracks, TrackEntry(1, 1 + below(2), "A")), clusters}));
 }
 
-/// The first frames from there on. `eventAfter` as OpenFile has it.
-const std::vector<RecordedFrame>& FramesFrom(OpenFile& file, std::uint64_t time, std::int64_t eventAfter = -1) {
+/// The first frames from there on.
+const std::vector<RecordedFrame>& FramesFrom(OpenFile& file, std::uint64_t time) {
   file.frames.clear();
   file.framesToTake = 2;
-  file.eventAfter = eventAfter;
   file.scanner.SetStartTime(time);
   file.scanner.Process();
   return file.frames;
@@ -172,18 +171,6 @@ TEST(ClusterSearch, NothingOfOneFileIsKnownOfTheNext) {
   file.scanner.CanProcess(second.readAhead.Get());
   EXPECT_EQ(FramesFrom(file, 6000000000), FramesFrom(second, 6000000000));
   EXPECT_TRUE(file.scanner.Index().empty()) << "a contradiction to what was known";
-}
-
-TEST(ClusterSearch, PendingEventEndsItAtOnceAndItIsTriedAgain) {
-  const ByteString bytes = SmallBlocks(1000);
-  OpenFile undisturbed(bytes);
-  const auto frames = FramesFrom(undisturbed, kPlace);
-  for (std::int64_t polls = 0;; ++polls) {
-    OpenFile file(bytes);
-    if (!FramesFrom(file, kPlace, polls).empty()) break;
-    EXPECT_EQ(FramesFrom(file, kPlace), frames);
-    ASSERT_LT(polls, 100) << "it does not come to an end";
-  }
 }
 
 }  // namespace
