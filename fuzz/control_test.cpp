@@ -238,11 +238,6 @@ struct Usage {
   std::uint64_t handles = OpenHandles();
   std::uint64_t threads = LivingThreads();
   std::uint64_t memory = IsInstrumented() ? 1 : MemoryInUse();  // bytes
-
-  bool IsBack() const {
-    const Usage now;
-    return now.handles <= handles + 2 && now.threads <= threads + 1 && now.memory <= memory + (1 << 20);
-  }
 };
 
 // In one graph, since Wine's own leaves a handle behind with each.
@@ -264,7 +259,11 @@ class OneGraph : public testing::Test {
       do {
         round();
       } while (++count < rounds && !HasFailure() && std::chrono::steady_clock::now() < end);
-      if (Eventually([&] { return before.IsBack(); })) return;
+      const auto isBack = [&before](const Usage& now) {
+        return now.handles <= before.handles + 2 && now.threads <= before.threads + 1 &&
+               now.memory <= before.memory + (1 << 20);
+      };
+      if (Eventually([&] { return isBack({}); })) return;
     }
     ADD_FAILURE() << "something is left by each round";
   }
@@ -309,27 +308,24 @@ constexpr Scene kScenes[] = {
 INSTANTIATE_TEST_SUITE_P(Scenes, RandomControl, testing::ValuesIn(kScenes),
                          [](const auto& scene) { return std::string(scene.param.name); });
 
-class CorpusRounds : public OneGraph {
- protected:
-  // A file may be refused, or end with an error; both are ends.
-  void PlayAll() {
+using CorpusRounds = OneGraph;
+
+// A file may be refused, or end with an error; both are ends.
+TEST_F(CorpusRounds, LeaveHandlesThreadsAndMemoryFlat) {
+  std::size_t played = 0;
+  const auto playAll = [&] {
     for (const CorpusFile& file : Corpus()) {
       const Watched call(file.name);
       TestGraph graph(CreateSplitter(), m_graph);
       if (FAILED(graph.Open(file.path)) || FAILED(graph.ConnectSinks(SinkKind::kCounting))) continue;
       ASSERT_TRUE(SUCCEEDED(graph.Run()));
       while (!graph.WaitForEnd(50) && !graph.WaitForEvent(EC_ERRORABORT, 1)) continue;  // until the watch ends it
-      ++m_played;
+      ++played;
     }
-  }
-
-  std::size_t m_played = 0;
-};
-
-TEST_F(CorpusRounds, LeaveHandlesThreadsAndMemoryFlat) {
-  PlayAll();
-  ExpectNothingLeftBy(FromEnvironment("TARVEX_ROUNDS", 1), [this] { PlayAll(); });
-  EXPECT_GT(m_played, 0U);
+  };
+  playAll();
+  ExpectNothingLeftBy(FromEnvironment("TARVEX_ROUNDS", 1), playAll);
+  EXPECT_GT(played, 0U);
 }
 
 }  // namespace
