@@ -112,5 +112,13 @@ void* operator new(std::size_t size) {
   throw std::bad_alloc();
 }
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept { return New(size); }
+void* operator new(std::size_t size, std::align_val_t alignment) {
+  const auto unit = static_cast<std::size_t>(alignment);
+  void* memory = Fails(FaultKind::kNew) ? nullptr : std::aligned_alloc(unit, (size + unit - 1) / unit * unit);
+  if (memory == nullptr) throw std::bad_alloc();
+  return Counted(memory);
+}
 void operator delete(void* memory) noexcept { Free(memory); }
 void operator delete(void* memory, std::size_t /*size*/) noexcept { Free(memory); }
+void operator delete(void* memory, std::align_val_t /*unit*/) noexcept { Free(memory); }
+void operator delete(void* memory, std::size_t /*size*/, std::align_val_t /*unit*/) noexcept { Free(memory); }

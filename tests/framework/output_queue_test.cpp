@@ -91,6 +91,7 @@ TEST_F(OutputQueue, KeepsSamplesUntilTheirBatchIsFullAndEverythingInOrder) {
 
 TEST_F(OutputQueue, AFlushFromItsOwnThreadDropsWaitingSamplesAndEndsARefusal) {
   onSample = [&](LONG mark) {
+    if (mark == 20) Send(21);  // is dropped with the refusal
     if (mark != 1) return mark == 20 ? S_FALSE : S_OK;
     EXPECT_EQ(Send(2), S_OK);
     m_queue->BeginFlush();

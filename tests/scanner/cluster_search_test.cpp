@@ -26,6 +26,7 @@ ByteString GenerateFile(std::mt19937& random, std::size_t frameBytes, std::size_
   const std::size_t mostBlocks = 1 + below(30);
   const std::size_t keyEvery = 1 + below(40);
   const bool hasClustersInFrames = below(4) == 0;
+  const bool isUnknown = below(5) == 0;
   ByteString clusters;
   std::uint64_t time = below(100);
   for (std::size_t count = (1 + below(below(4) == 0 ? 300 : 40)) * length; count > 0; --count) {
@@ -37,7 +38,8 @@ ByteString GenerateFile(std::mt19937& random, std::size_t frameBytes, std::size_
       data = Join({data, SimpleBlock(1, static_cast<std::int16_t>(relative), frame, below(keyEvery) == 0)});
     }
     time += relative + 1 + below(below(20) == 0 ? 20000 : 500);
-    const ByteString cluster = Element(id::kCluster, data);
+    ByteString cluster = isUnknown ? ElementOfUnknownSize(id::kCluster, data) : Element(id::kCluster, data);
+    if (below(60) == 0) cluster = Join({Element(id::kVoid, Join({Cluster(time + 1, {}), Zeros(below(40))})), cluster});
     clusters.insert(clusters.end(), cluster.begin(), cluster.end());
   }
   return MatroskaFile(Join({Element(id::kInfo, Float(id::kDuration, static_cast<double>(time))),

@@ -11,6 +11,7 @@
 #include <random>
 #include <thread>
 
+#include "scanner/source/async_callback.h"
 #include "tests/support/ebml_writer.h"
 #include "tests/support/memory_reader.h"
 #include "tests/support/patience.h"
@@ -124,6 +125,18 @@ TEST(ReadAheadReader, WhatIsKeptIsReadAgainForWhoeverGoesBackToIt) {
   }
 }
 
+// The walk often looks a few bytes ahead of what it reads.
+TEST(ReadAheadReader, ReadsBelowAreFewWhereItGoesOn) {
+  for (const LONG lookAhead : {16, 64}) {
+    Stream stream(3 * kMebibyte, kOne);
+    for (LONGLONG position = 0; position + 64 <= 3 * kMebibyte; position += 16) {
+      ASSERT_EQ(stream.Read(position, lookAhead), S_OK);
+      ASSERT_EQ(stream.Read(position, 16), S_OK);
+    }
+    EXPECT_LT(stream.below.reads, 16);
+  }
+}
+
 TEST(Prefetcher, StreamReadOnIsReadOnceByBothAndWhoWouldWaitReadsOnHimself) {
   for (const SourceReads reads : {kOne, kSeveral}) {
     for (const LONG length : {1000, 300000}) {
@@ -164,6 +177,18 @@ TEST(Prefetcher, AFlushFreesWhoWaitsAndABlockedReadOfAnotherPlaceHoldsNobodyUp) 
   EXPECT_GT(stream.ReadOn(3 * kMebibyte, 1000), kSize - 1000) << "read here, as before";
   stream.reader.Reset();
   EXPECT_EQ(stream.below.endFlushes, 1) << "destruction frees it";
+}
+
+// What the reader does not give is zero, also when the stream is shorter than it said.
+TEST(AsyncCallback, ShortReadCountsWholeAndEndsInZeros) {
+  MemoryReader reader(Noise(100, 1));
+  CAsyncCallback callback;
+  callback.Attach(&reader);
+  reader.bytes.resize(50);
+  callback.setFilePointer(48);
+  ByteString buffer(4, 1);
+  EXPECT_EQ(callback.read(buffer.data(), 4), 4U);
+  EXPECT_EQ(buffer, (ByteString{reader.bytes[48], reader.bytes[49], 0, 0}));
 }
 
 }  // namespace
