@@ -151,6 +151,8 @@ TEST(SampleBuffer, IsAnAllocatorAsThePlatformDescribesIt) {
   const auto buffer = MakeCom<CSampleBuffer>();
   ComPtr<IMediaSample> sample;
   ALLOCATOR_PROPERTIES actual{};
+  ALLOCATOR_PROPERTIES odd{1, 10, 3, 0};
+  EXPECT_EQ(buffer->SetProperties(&odd, &actual), VFW_E_BADALIGN);
   ALLOCATOR_PROPERTIES request{3, 100, 16, 4};
   EXPECT_EQ(buffer->SetProperties(&request, &actual), S_OK);
   EXPECT_EQ(actual.cbBuffer, 108) << "with its prefix a multiple of the alignment";
