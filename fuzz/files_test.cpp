@@ -28,23 +28,17 @@ namespace {
 using Bytes = Mutator::Bytes;
 using limits::kMebibyte;
 
-struct Cost : ScanResult {
-  std::int64_t left = 0;  ///< bytes, at the end and at most
-  std::int64_t peak = 0;
-  std::uint64_t allocations = 0;
-  std::uint64_t reads = 0;  ///< of the reader below
+struct Cost {
+  std::int64_t left, peak;  ///< bytes, at the end and at most
+  std::uint64_t allocations;
+  std::int64_t reads;  ///< of the reader below
 };
 
 Cost CostOf(Bytes file) {
   MemoryReader reader(std::move(file));
-  Cost cost;
   const HeapCount heap;
-  static_cast<ScanResult&>(cost) = ScanStream(reader, ScanWhole);
-  cost.left = heap.Now();
-  cost.peak = heap.Peak();
-  cost.allocations = heap.Allocations();
-  cost.reads = static_cast<std::uint64_t>(reader.reads);
-  return cost;
+  ScanStream(reader, ScanWhole);
+  return {heap.Now(), heap.Peak(), heap.Allocations(), reader.reads};
 }
 
 class DamagedFile : public testing::TestWithParam<std::size_t> {
@@ -95,7 +89,7 @@ INSTANTIATE_TEST_SUITE_P(Corpus, DamagedFile, testing::Range<std::size_t>(0, Cor
 });
 
 TEST(Fillings, CostBoundedMemoryAndWorkThatFollowsTheSize) {
-  constexpr std::size_t kFactor = 4;
+  constexpr int kFactor = 4;
   const std::size_t mebibytes = FromEnvironment("TARVEX_FILLING_MIB", 0);
   const std::size_t large = mebibytes != 0 ? mebibytes << 20 : std::size_t{1} << (IsInstrumented() ? 16 : 17);
   for (const auto& [name, make] : MakeFillings()) {
