@@ -8,7 +8,6 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
-#include <random>
 #include <thread>
 
 #include "scanner/source/async_callback.h"
@@ -89,19 +88,6 @@ struct Stream {
   MemoryReader below;
   ComPtr<ReadAheadReader> reader;
 };
-
-TEST(ReadAheadReader, AnswersAsTheReaderBelow) {
-  constexpr LONGLONG kShort = 3 * kMebibyte + 17;
-  Stream stream(kShort, kOne);
-  std::mt19937 random(3);
-  LONGLONG position = 0;
-  for (int count = 0; count < 20000; ++count) {
-    if (random() % 50 == 0) position = random() % (kShort + 5000);
-    const LONG length = random() % 100 == 0 ? static_cast<LONG>(random() % 300000) : static_cast<LONG>(random() % 300);
-    stream.Read(position, length);
-    position += length;
-  }
-}
 
 // Downstream may write over frames that stay where they were read to, and be sought back into them.
 TEST(ReadAheadReader, WhatIsKeptIsReadAgainForWhoeverGoesBackToIt) {

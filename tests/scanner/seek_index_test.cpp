@@ -2,7 +2,6 @@
 // seen in where seeks lead.
 #include <gtest/gtest.h>
 
-#include "scanner/index/index_search.h"
 #include "tests/scanner/recording.h"
 
 namespace tarvex::test {
@@ -49,16 +48,6 @@ TEST(SeekIndex, FailingReadOrPendingEventLeavesNoneAndItIsTriedAgain) {
     file.reader.brokenFrom = -1;
     EXPECT_EQ(IndexOf(file).size(), 2U);
   }
-}
-
-// Beyond the duration, and in an index that is out of order. Other starts are the matter of tests/seeking.
-TEST(IndexSearch, BeginsAtAnEstimateAndEndsInAnyIndex) {
-  const std::vector<SeekPoint> sorted = {{1, 0}, {2, 100}, {3, 200}};
-  const std::vector<SeekPoint> unsorted = {{1, 50}, {2, 10}, {3, 40}, {4, 5}};
-  EXPECT_EQ(FindIndexEntry(sorted, 900, 300), 0);
-  EXPECT_EQ(FindIndexEntry(sorted, 900, 0), 2);
-  EXPECT_EQ(FindIndexEntry(unsorted, 45, 60), 3);
-  EXPECT_EQ(FindIndexEntry(unsorted, 7, 8), 0);
 }
 
 }  // namespace
