@@ -57,9 +57,7 @@ const std::vector<RecordedFrame>& FramesFrom(OpenFile& file, std::uint64_t time)
 
 std::vector<std::uint64_t> Places(CEbmlScanner& scanner, std::mt19937& random) {
   const auto& index = scanner.Index();
-  const std::uint64_t last = index.empty() ? 0 : index.back().time;
-  const std::uint64_t indexed = static_cast<std::int64_t>(last) < 0 ? 0 : last;
-  const std::uint64_t end = std::max<std::uint64_t>({scanner.Duration(), indexed, 1});
+  const std::uint64_t end = std::max<std::uint64_t>(scanner.Duration(), 1);
   std::vector<std::uint64_t> places = {1, end, end + 1};
   for (int k = 0; k < 6; ++k) places.push_back(1 + random() * (end / 0xFFFFFFFF + 1) % end);
   for (int k = 0; k < 3 && !index.empty(); ++k) {
