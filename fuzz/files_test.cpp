@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <random>
 #include <span>
 
@@ -54,10 +53,9 @@ class DamagedFile : public testing::TestWithParam<std::size_t> {
     ASSERT_LE(cost.peak, most) << what;
   }
   void Play(Bytes bytes, std::uint32_t seed) {
-    constexpr std::array<std::uint8_t, 7> kScript = {0x60, 0xC0, 0x60, 0x20, 0x90, 0x60, 0x00};
     const Watched call(m_file.name + ": played, mutation " + std::to_string(seed));
-    bytes.push_back(static_cast<std::uint8_t>(0x40 + seed % 2));  // all pins or one of each kind
-    bytes.insert(bytes.end(), kScript.begin(), kScript.end());
+    const auto pins = static_cast<std::uint8_t>(0x40 + seed % 2);  // all or one of each kind
+    bytes.insert(bytes.end(), {pins, 0x60, 0xC0, 0x60, 0x20, 0x90, 0x60, 0x00});
     FuzzFilter(bytes);
   }
 
