@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <random>
 #include <span>
 
@@ -17,6 +16,7 @@
 #include "fuzz/targets.h"
 #include "fuzz/watch.h"
 #include "scanner/limits.h"
+#include "tests/corpus/manifest.h"
 #include "tests/support/memory_reader.h"
 #include "tests/support/source_filter.h"
 #include "tests/support/test_system.h"
@@ -27,23 +27,17 @@ namespace {
 using Bytes = Mutator::Bytes;
 using limits::kMebibyte;
 
-struct Cost : ScanResult {
-  std::int64_t left = 0;  ///< bytes, at the end and at most
-  std::int64_t peak = 0;
-  std::uint64_t allocations = 0;
-  std::uint64_t reads = 0;  ///< of the reader below
+struct Cost {
+  std::int64_t left, peak;  ///< bytes, at the end and at most
+  std::uint64_t allocations;
+  std::int64_t reads;  ///< of the reader below
 };
 
 Cost CostOf(Bytes file) {
   MemoryReader reader(std::move(file));
-  Cost cost;
   const HeapCount heap;
-  static_cast<ScanResult&>(cost) = ScanStream(reader, ScanWhole);
-  cost.left = heap.Now();
-  cost.peak = heap.Peak();
-  cost.allocations = heap.Allocations();
-  cost.reads = static_cast<std::uint64_t>(reader.reads);
-  return cost;
+  ScanStream(reader, ScanWhole);
+  return {heap.Now(), heap.Peak(), heap.Allocations(), reader.reads};
 }
 
 class DamagedFile : public testing::TestWithParam<std::size_t> {
@@ -59,14 +53,13 @@ class DamagedFile : public testing::TestWithParam<std::size_t> {
     ASSERT_LE(cost.peak, most) << what;
   }
   void Play(Bytes bytes, std::uint32_t seed) {
-    constexpr std::array<std::uint8_t, 7> kScript = {0x60, 0xC0, 0x60, 0x20, 0x90, 0x60, 0x00};
     const Watched call(m_file.name + ": played, mutation " + std::to_string(seed));
-    bytes.push_back(static_cast<std::uint8_t>(0x40 + seed % 2));  // all pins or one of each kind
-    bytes.insert(bytes.end(), kScript.begin(), kScript.end());
+    const auto pins = static_cast<std::uint8_t>(0x40 + seed % 2);  // all or one of each kind
+    bytes.insert(bytes.end(), {pins, 0x60, 0xC0, 0x60, 0x20, 0x90, 0x60, 0x00});
     FuzzFilter(bytes);
   }
 
-  const CorpusFile& m_file = CorpusFiles()[GetParam()];
+  const CorpusFile& m_file = Corpus()[GetParam()];
   const Mutator m_mutator{ReadWholeFile(m_file.path)};
   const std::uint32_t m_seed = FromEnvironment("TARVEX_SEED", 1) + static_cast<std::uint32_t>(GetParam()) * 10000;
 };
@@ -89,26 +82,25 @@ TEST_P(DamagedFile, MutatedIsReadAndPlayedToItsEnd) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Corpus, DamagedFile, testing::Range<std::size_t>(0, CorpusFiles().size()),
-                         [](const auto& file) { return CorpusFiles()[file.param].Letters(); });
+INSTANTIATE_TEST_SUITE_P(Corpus, DamagedFile, testing::Range<std::size_t>(0, Corpus().size()), [](const auto& file) {
+  return kCaseName(testing::TestParamInfo(Corpus()[file.param], file.index));
+});
 
-class FilledWith : public testing::TestWithParam<std::size_t> {};
-
-TEST_P(FilledWith, CostsBoundedMemoryAndWorkThatFollowsTheSize) {
-  constexpr std::size_t kFactor = 4;
+TEST(Fillings, CostBoundedMemoryAndWorkThatFollowsTheSize) {
+  constexpr int kFactor = 4;
   const std::size_t mebibytes = FromEnvironment("TARVEX_FILLING_MIB", 0);
-  const std::size_t large = mebibytes != 0 ? mebibytes << 20 : std::size_t{1} << (IsInstrumented() ? 16 : 18);
-  const Watched call(FillingName(GetParam()));
-  const Cost one = CostOf(MakeFilling(GetParam(), large / kFactor));
-  const Cost four = CostOf(MakeFilling(GetParam(), large));
-  // Twice as much as proportion, and what is done once.
-  EXPECT_LE(four.reads, 2 * kFactor * one.reads + 30);
-  EXPECT_LE(four.allocations, 2 * kFactor * one.allocations + 1000);
-  EXPECT_LE(four.peak, 64 * kMebibyte + 3 * static_cast<std::int64_t>(large));
+  const std::size_t large = mebibytes != 0 ? mebibytes << 20 : std::size_t{1} << (IsInstrumented() ? 16 : 17);
+  for (const auto& [name, make] : MakeFillings()) {
+    SCOPED_TRACE(name);
+    const Watched call(name);
+    const Cost one = CostOf(make(large / kFactor));
+    const Cost four = CostOf(make(large));
+    // Twice as much as proportion, and what is done once.
+    EXPECT_LE(four.reads, 2 * kFactor * one.reads + 30);
+    EXPECT_LE(four.allocations, 2 * kFactor * one.allocations + 1000);
+    EXPECT_LE(four.peak, 64 * kMebibyte + 3 * static_cast<std::int64_t>(large));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Fillings, FilledWith, testing::Range<std::size_t>(0, FillingCount()),
-                         [](const auto& filling) { return FillingName(filling.param); });
 
 }  // namespace
 }  // namespace tarvex::fuzz

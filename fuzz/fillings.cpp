@@ -1,20 +1,17 @@
 // See fillings.h.
 #include "fuzz/fillings.h"
 
-#include <functional>
-#include <vector>
+#include <map>
 
 #include "fuzz/mutator.h"
+#include "tests/corpus/manifest.h"
+#include "tests/support/source_filter.h"
 
 namespace tarvex::fuzz {
 
 using namespace test;  // NOLINT(google-build-using-namespace): the writer's vocabulary
 
 namespace {
-
-constexpr std::uint32_t kSilentTracks = 0x5854, kPreviousSize = 0xAB, kUnknown = 0x4444;
-
-ByteString Empty(std::uint32_t element) { return Element(element, {}); }
 
 ByteString UsualHeaders() { return Join({Element(id::kInfo, {}), Element(id::kTracks, TrackEntry(1, 2, "A_AC3"))}); }
 
@@ -55,17 +52,12 @@ constexpr Place kPlaces[] = {
     {"Atom", [](const ByteString& content) { return InEdition(Element(id::kChapterAtom, content)); }},
 };
 
-struct Content {
-  std::string name;
-  std::function<ByteString(std::size_t size)> make;
-};
-
-Content Of(std::string name, ByteString part) {
-  return {std::move(name), [part = std::move(part)](std::size_t size) { return Repeat(part, size / part.size()); }};
+Filling Of(const std::string& name, ByteString part) {
+  return {name, [part = std::move(part)](std::size_t size) { return Repeat(part, size / part.size()); }};
 }
 
 /// One element around all of it.
-Content In(const char* name, std::uint32_t element, ByteString part) {
+Filling In(const std::string& name, std::uint32_t element, ByteString part) {
   return {name, [=](std::size_t size) { return Element(element, Repeat(part, size / part.size())); }};
 }
 
@@ -80,89 +72,60 @@ ByteString Nested(std::uint32_t element, std::size_t size) {
   return all;
 }
 
-ByteString Group(const ByteString& more = {}) {
-  return Element(id::kBlockGroup, Join({Element(id::kBlock, BlockData(1, 0, 0, {})), more}));
+/// Of each kind of element that the corpus has the first that is small and not empty.
+std::map<std::uint32_t, ByteString> ElementsOfTheCorpus() {
+  constexpr std::uint64_t kLongest = 64;  // bytes
+  std::map<std::uint32_t, ByteString> elements;
+  for (const CorpusFile& file : Corpus()) {
+    const Mutator parts(ReadWholeFile(file.path));
+    for (const auto& element : parts.Elements()) {
+      const auto& [kind, idLength, size, sizeLength, sizeKnown] = element.header;
+      if (sizeKnown && size > 0 && size <= kLongest) elements.try_emplace(kind, parts.CopyOf(element));
+    }
+  }
+  return elements;
 }
 
-ByteString Atom(std::string_view name) {
-  return Element(id::kChapterAtom, Element(id::kChapterDisplay, Text(id::kChapterString, name)));
-}
-
-std::vector<Content> MakeContents() {
-  const ByteString positions =
-      Element(id::kCueTrackPositions, Join({Unsigned(id::kCueTrack, 1), Unsigned(id::kCueClusterPosition, 0)}));
-  const ByteString encodings =
-      Element(id::kContentEncodings, Element(id::kContentEncoding, Empty(id::kContentCompression)));
-  std::vector<Content> all = {
+// A lace of nothing, since the corpus has none of so many frames, and the block of a group, which is longer there.
+std::vector<Filling> MakeContents() {
+  const ByteString lace = BlockData(1, 0, static_cast<std::uint8_t>(Lacing::kFixed), {0xFF});
+  const ByteString block = Element(id::kBlock, BlockData(1, 0, 0, {}));
+  std::vector<Filling> all = {
       {"Noise", [](std::size_t size) { return Noise(size, 3); }},
       {"NestedTags", [](std::size_t size) { return Nested(id::kTags, size); }},
       {"NestedAtoms", [](std::size_t size) { return Nested(id::kChapterAtom, size); }},
       Of("Zeros", {0}),
       Of("Ones", {0xFF}),
-      Of("VoidsOfOneByte", {id::kVoid, 0x81, 0}),
-      Of("Checksums", Element(id::kCrc32, {1, 2, 3, 4})),
       Of("ClustersOfOneBlock", Cluster(0, SimpleBlock(1, 0, {}))),
-      Of("Blocks", SimpleBlock(1, 0, {})),
-      Of("BlocksOfOneByte", SimpleBlock(1, 0, {7})),
-      Of("LacesOfNothing",
-         Element(id::kSimpleBlock, BlockData(1, 0, static_cast<std::uint8_t>(Lacing::kFixed), {0xFF}))),
-      Of("Groups", Group()),
-      Of("GroupsWithDuration", Group(Unsigned(id::kBlockDuration, 1))),
-      In("GroupOfBlocks", id::kBlockGroup, Element(id::kBlock, BlockData(1, 0, 0, {}))),
-      In("GroupOfReferences", id::kBlockGroup, Empty(id::kReferenceBlock)),
-      In("SilentTrackNumbers", kSilentTracks, Unsigned(0x58D7, 1)),
-      In("OneBlock", id::kSimpleBlock, {0x81, 0, 0, 0x80}),
-      Of("SmallEntries", Element(id::kTrackEntry, Unsigned(id::kTrackNumber, 1))),
+      Of("LacesOfNothing", Element(id::kSimpleBlock, lace)),
+      Of("Groups", Element(id::kBlockGroup, block)),
+      In("GroupOfBlocks", id::kBlockGroup, block),
+      In("GroupOfReferences", id::kBlockGroup, Element(id::kReferenceBlock, {})),
+      In("Encodings", id::kContentEncodings, Element(id::kContentEncoding, {})),
       Of("WholeEntries", TrackEntry(1, 2, "A_AC3")),
-      Of("EntriesWithEncodings", Element(id::kTrackEntry, encodings)),
-      Of("EncodingsElements", encodings),
-      In("Encodings", id::kContentEncodings, Empty(id::kContentEncoding)),
-      In("LongName", id::kTrackName, {'x'}),
-      In("LongCodecId", id::kCodecId, {'x'}),
-      In("LongPrivate", id::kCodecPrivate, {0}),
-      Of("Privates", Element(id::kCodecPrivate, Zeros(100))),
-      Of("Points", Element(id::kCuePoint, Join({Unsigned(id::kCueTime, 1), positions}))),
-      Of("PointsOfNothing", Element(id::kCuePoint, Empty(id::kCueTrackPositions))),
-      Of("Positions", positions),
-      Of("NamedEditions", Element(id::kEditionEntry, Atom("x"))),
-      Of("NamedAtoms", Atom("x")),
-      Of("AtomsWithLongNames", Atom(std::string(60000, 'x'))),
-      In("LongDisplay", id::kChapterDisplay, Text(id::kChapterString, "x")),
   };
-  // Of 256 frames of one byte; sizes but for the last, in EBML's lacing as differences from the one before.
-  const std::pair<Lacing, ByteString> laces[] = {
-      {Lacing::kXiph, Repeat({1}, 255)}, {Lacing::kFixed, {}}, {Lacing::kEbml, Join({{0x81}, Repeat({0xBF}, 254)})}};
-  for (const auto& [lacing, sizes] : laces) {
-    const ByteString lace = Join({{255}, sizes, Repeat({7}, 256)});
-    const auto flags = static_cast<std::uint8_t>(lacing);
-    all.push_back(Of("Laces" + std::to_string(flags), Element(id::kSimpleBlock, BlockData(1, 0, flags, lace))));
+  for (const auto& [kind, element] : ElementsOfTheCorpus()) {
+    all.push_back(Of("Some" + std::to_string(kind), element));
+    if (!MasterIds().contains(kind)) all.push_back(In("Long" + std::to_string(kind), kind, {'x'}));
   }
-  std::vector<std::uint32_t> elements = {id::kVoid,        id::kCrc32,     kUnknown,
-                                         id::kSimpleBlock, id::kTimecode,  kPreviousSize,
-                                         id::kTrackNumber, id::kTrackName, id::kCueTime};
-  elements.insert(elements.end(), MasterIds().begin(), MasterIds().end());
-  for (const std::uint32_t element : elements) {
-    all.push_back(Of("Empty" + std::to_string(element), Empty(element)));
-    all.push_back(Of("Open" + std::to_string(element), ElementOfUnknownSize(element, {})));
+  for (const std::uint32_t kind : MasterIds()) {
+    all.push_back(Of("Empty" + std::to_string(kind), Element(kind, {})));
+    all.push_back(Of("Open" + std::to_string(kind), ElementOfUnknownSize(kind, {})));
   }
   return all;
 }
 
-const std::vector<Content>& Contents() {
-  static const std::vector<Content> contents = MakeContents();
-  return contents;
-}
-
 }  // namespace
 
-std::size_t FillingCount() { return std::size(kPlaces) * Contents().size(); }
-
-ByteString MakeFilling(std::size_t index, std::size_t size) {
-  return kPlaces[index / Contents().size()].file(Contents()[index % Contents().size()].make(size));
-}
-
-std::string FillingName(std::size_t index) {
-  return kPlaces[index / Contents().size()].name + Contents()[index % Contents().size()].name;
+std::vector<Filling> MakeFillings() {
+  std::vector<Filling> all;
+  const std::vector<Filling> contents = MakeContents();
+  for (const auto& [place, file] : kPlaces) {
+    for (const auto& [name, make] : contents) {
+      all.push_back({place + name, [file, make](std::size_t size) { return file(make(size)); }});
+    }
+  }
+  return all;
 }
 
 }  // namespace tarvex::fuzz

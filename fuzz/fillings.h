@@ -1,16 +1,20 @@
 // Files that are filled with one thing, for finding what costs more than its size. Pure functions.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "tests/support/ebml_writer.h"
 
 namespace tarvex::fuzz {
 
-/// How many there are: every content in every place. They are counted from 0.
-std::size_t FillingCount();
-/// A file with about `size` bytes of it.
-test::ByteString MakeFilling(std::size_t index, std::size_t size);
-std::string FillingName(std::size_t index);
+struct Filling {
+  std::string name;
+  std::function<test::ByteString(std::size_t size)> make;  ///< about so many bytes
+};
+
+/// A file for every content in every place.
+std::vector<Filling> MakeFillings();
 
 }  // namespace tarvex::fuzz

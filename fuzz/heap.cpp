@@ -48,16 +48,8 @@ void Free(void* memory) noexcept {
   __real_free(memory);
 }
 
-void* New(std::size_t size, std::size_t alignment = 0) noexcept {
-  if (Fails(FaultKind::kNew)) return nullptr;
-  const std::size_t unit = alignment == 0 ? 1 : alignment;
-  const std::size_t bytes = (size + unit - 1 + (size == 0 ? 1 : 0)) / unit * unit;
-  return Counted(alignment == 0 ? __real_malloc(bytes) : std::aligned_alloc(unit, bytes));
-}
-
-void* OrThrow(void* memory) {
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
+void* New(std::size_t size) noexcept {
+  return Fails(FaultKind::kNew) ? nullptr : Counted(__real_malloc(size == 0 ? 1 : size));
 }
 
 }  // namespace
@@ -114,16 +106,19 @@ void __wrap_free(void* memory) { Free(memory); }
 }
 // NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
-void* operator new(std::size_t size) { return OrThrow(New(size)); }
-void* operator new[](std::size_t size) { return OrThrow(New(size)); }
-void* operator new(std::size_t size, std::align_val_t unit) {
-  return OrThrow(New(size, static_cast<std::size_t>(unit)));
+// The other forms call these.
+void* operator new(std::size_t size) {
+  if (void* memory = New(size)) return memory;
+  throw std::bad_alloc();
 }
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept { return New(size); }
-void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept { return New(size); }
+void* operator new(std::size_t size, std::align_val_t alignment) {
+  const auto unit = static_cast<std::size_t>(alignment);
+  void* memory = Fails(FaultKind::kNew) ? nullptr : std::aligned_alloc(unit, (size + unit - 1) / unit * unit);
+  if (memory == nullptr) throw std::bad_alloc();
+  return Counted(memory);
+}
 void operator delete(void* memory) noexcept { Free(memory); }
-void operator delete[](void* memory) noexcept { Free(memory); }
 void operator delete(void* memory, std::size_t /*size*/) noexcept { Free(memory); }
-void operator delete[](void* memory, std::size_t /*size*/) noexcept { Free(memory); }
 void operator delete(void* memory, std::align_val_t /*unit*/) noexcept { Free(memory); }
 void operator delete(void* memory, std::size_t /*size*/, std::align_val_t /*unit*/) noexcept { Free(memory); }

@@ -4,7 +4,6 @@
 #include <matroska/KaxSegment.h>
 
 #include <algorithm>
-#include <iterator>
 #include <span>
 
 #include "tests/support/ebml_writer.h"
@@ -58,64 +57,50 @@ Mutator::Mutator(Bytes file) : m_file(std::move(file)) {
   }
 }
 
+Mutator::Bytes Mutator::CopyOf(const Place& element) const {
+  const std::uint64_t size = element.header.Length() + (element.header.sizeKnown ? element.header.size : 0);
+  const auto first = m_file.begin() + At(element.position);
+  return {first, first + At(std::min<std::uint64_t>(size, m_file.size() - element.position))};
+}
+
 Mutator::Bytes Mutator::Mutated(std::uint_fast32_t seed) const {
   Random random(seed);
   Bytes bytes = m_file;
-  for (auto changes = 1 + random() % 3; changes > 0 && !bytes.empty(); --changes) {
-    if (random() % 2 == 0 && !m_elements.empty()) {
-      ChangeElement(bytes, random);
-    } else {
-      Change(bytes, random);
-    }
-  }
+  for (auto changes = 1 + random() % 3; changes > 0 && !bytes.empty(); --changes) Change(bytes, random);
   return bytes;
 }
 
+// One run of bytes goes, which may be empty, and another one comes. Earlier changes may have moved the element that
+// stands there in the file; that is as good.
 void Mutator::Change(Bytes& bytes, Random& random) const {
+  const auto any = [&] { return m_elements.empty() ? Place() : m_elements[random() % m_elements.size()]; };
+  const auto& [position, header] = any();
+  const Bytes other = CopyOf(any());
   const std::size_t at = random() % bytes.size();
-  const std::size_t longest = random() % 4 == 0 ? bytes.size() / 4 + 1 : 200;
-  const std::size_t length = std::min<std::size_t>(1 + random() % longest, bytes.size() - at);
-  const auto first = bytes.begin() + At(at);
-  const auto noise = [&random, kind = random() % 3] {
-    return static_cast<std::uint8_t>(kind == 0 ? 0 : kind == 1 ? 0xFF : random());
+  const std::size_t length = 1 + random() % (random() % 4 == 0 ? bytes.size() / 4 + 1 : 200);
+  const Bytes noises[] = {Bytes(length, 0), Bytes(length, 0xFF), test::Noise(length, random())};
+  const Bytes& noise = noises[random() % 3];
+  const auto flipped = static_cast<std::uint8_t>(bytes[at] ^ 1U << random() % 8);
+  const std::uint64_t size =
+      OtherSize(header.size, bytes.size(), random) & ((std::uint64_t{1} << 7 * header.sizeLength) - 1);
+  const struct {
+    std::size_t at, gone;
+    Bytes come;
+  } changes[] = {
+      {at, 1, {flipped}},
+      {at, length, noise},
+      {at, 0, {noise.begin(), noise.begin() + At(std::min<std::size_t>(length, 200))}},
+      {at, length, {}},
+      {position, 0, other},
+      {position,
+       header.idLength,
+       {other.begin(), other.begin() + std::min<std::ptrdiff_t>(header.idLength, std::ssize(other))}},
+      {position + header.idLength, header.sizeLength, test::Vint(size, header.sizeLength)},
   };
-  switch (random() % 4) {
-    case 0:
-      for (auto count = 1 + random() % 8; count > 0; --count) {
-        bytes[random() % bytes.size()] ^= static_cast<std::uint8_t>(1U << random() % 8);
-      }
-      break;
-    case 1:
-      return std::generate(first, first + At(length), noise);
-    case 2:
-      std::generate_n(std::inserter(bytes, first), std::min<std::size_t>(length, 200), noise);
-      break;
-    default:
-      bytes.erase(first, first + At(length));
-  }
-}
-
-// Earlier changes may have moved what is written over here; that is as good.
-void Mutator::ChangeElement(Bytes& bytes, Random& random) const {
-  const auto& [from, header] = m_elements[random() % m_elements.size()];
-  const std::size_t to = std::min(m_elements[random() % m_elements.size()].position, bytes.size());
-  const auto source = m_file.begin() + At(from);
-  switch (random() % 3) {
-    case 0: {
-      const Bytes size =
-          test::Vint(OtherSize(header.size, bytes.size(), random) & ((std::uint64_t{1} << 7 * header.sizeLength) - 1),
-                     header.sizeLength);
-      if (from + header.Length() <= bytes.size()) std::ranges::copy(size, bytes.begin() + At(from + header.idLength));
-      break;
-    }
-    case 1:
-      if (to + header.idLength <= bytes.size()) std::copy_n(source, header.idLength, bytes.begin() + At(to));
-      break;
-    default:
-      const std::uint64_t whole = header.Length() + (header.sizeKnown ? header.size : 0);
-      const std::uint64_t there = std::min<std::uint64_t>(whole, m_file.size() - from);
-      bytes.insert(bytes.begin() + At(to), source, source + At(static_cast<std::size_t>(there)));
-  }
+  const auto& change = changes[random() % std::size(changes)];
+  const auto first = bytes.begin() + At(std::min(change.at, bytes.size()));
+  const auto last = first + std::min(At(change.gone), bytes.end() - first);
+  bytes.insert(bytes.erase(first, last), change.come.begin(), change.come.end());
 }
 
 }  // namespace tarvex::fuzz

@@ -16,22 +16,24 @@ const std::set<std::uint32_t>& MasterIds();
 class Mutator {
  public:
   using Bytes = std::vector<std::uint8_t>;
-
-  explicit Mutator(Bytes file);
-
-  const Bytes& Whole() const noexcept { return m_file; }
-  /// One to three changes: flipped bits, runs overwritten, lost or put in, other sizes and identifiers of elements,
-  /// elements repeated elsewhere. The same seed gives the same bytes.
-  Bytes Mutated(std::uint_fast32_t seed) const;
-
- private:
   struct Place {
     std::size_t position = 0;
     ElementHeader header;
   };
 
+  explicit Mutator(Bytes file);
+
+  const Bytes& Whole() const noexcept { return m_file; }
+  /// In the order of the file, each in front of what it holds.
+  const std::vector<Place>& Elements() const noexcept { return m_elements; }
+  /// The element, or as much of it as the file has.
+  Bytes CopyOf(const Place& element) const;
+  /// One to three changes: flipped bits, runs overwritten, lost or put in, other sizes and identifiers of elements,
+  /// elements repeated elsewhere. The same seed gives the same bytes.
+  Bytes Mutated(std::uint_fast32_t seed) const;
+
+ private:
   void Change(Bytes& bytes, std::mt19937& random) const;
-  void ChangeElement(Bytes& bytes, std::mt19937& random) const;
 
   const Bytes m_file;
   std::vector<Place> m_elements;

@@ -26,18 +26,14 @@ ByteString FileOf(const ByteString& trackEntries, const ByteString& rest = {}) {
 }
 ByteString Sound(const ByteString& more = {}) { return TrackEntry(1, 2, "A_AC3", more); }
 ByteString Private(std::size_t size) { return TrackEntry(7, 17, "S", Element(id::kCodecPrivate, Zeros(size))); }
-ByteString Compression(const ByteString& children) {
-  return Element(id::kContentEncodings, Element(id::kContentEncoding, Element(id::kContentCompression, children)));
-}
-ByteString Deflated(const ByteString& plain) {
-  uLongf size = compressBound(static_cast<uLong>(plain.size()));
-  ByteString packed(size);
-  EXPECT_EQ(compress(packed.data(), &size, plain.data(), static_cast<uLong>(plain.size())), Z_OK);
-  packed.resize(size);
-  return packed;
-}
 ByteString Inflated(std::size_t zeros) {
-  return FileOf(Sound(Compression({})), Cluster(0, SimpleBlock(1, 0, Deflated(Zeros(zeros)))));
+  const ByteString plain = Zeros(zeros);
+  uLongf size = compressBound(static_cast<uLong>(zeros));
+  ByteString packed(size);
+  EXPECT_EQ(compress(packed.data(), &size, plain.data(), static_cast<uLong>(zeros)), Z_OK);
+  packed.resize(size);
+  const ByteString encoding = Element(id::kContentEncoding, Element(id::kContentCompression, {}));
+  return FileOf(Sound(Element(id::kContentEncodings, encoding)), Cluster(0, SimpleBlock(1, 0, packed)));
 }
 ByteString Chapters(const ByteString& atoms) {
   const ByteString chapters = Element(id::kChapters, Element(id::kEditionEntry, atoms));
@@ -55,25 +51,11 @@ ByteString Nested(int atoms) {
 ByteString Blocks(std::size_t perCluster) {
   return FileOf(Sound(), Repeat(Cluster(7, Repeat(SimpleBlock(1, 0, {}), perCluster)), kBlocks / perCluster));
 }
-ByteString Laces() {
-  const ByteString lace = BlockData(1, 0, kKeyFlag | static_cast<std::uint8_t>(Lacing::kFixed), {0xFF});
-  return FileOf(Sound(), Element(id::kCluster, Repeat(Element(id::kSimpleBlock, lace), 4000)));
-}
 ByteString Groups() {
   const ByteString group = Element(id::kBlockGroup, Element(id::kBlock, BlockData(1, 0, 0, Zeros(150))));
   return FileOf(Sound(), ElementOfUnknownSize(id::kCluster, Repeat(group, 120000)));
 }
 
-// In a header and in a Cluster each, where there are 100 bytes.
-ByteString Declaring(std::uint32_t element) {
-  constexpr std::uint64_t kHuge = 0x7FFFFFF0;
-  const ByteString huge = ElementDeclaring(element, kHuge, Zeros(100));
-  const ByteString entry = ElementDeclaring(id::kTrackEntry, kHuge + 20, huge);
-  return FileOf(Join({Sound(), entry}), ElementDeclaring(id::kCluster, kHuge + 20, huge));
-}
-
-// What is counted may be SIZE_MAX: it does not matter.
-constexpr std::size_t kAny = SIZE_MAX;
 constexpr int kDeepest = limits::kNesting - 2;  // below Chapters and the edition
 const struct {
   const char* name;
@@ -85,7 +67,6 @@ const struct {
 } kFiles[] = {
     {"all tracks", [] { return FileOf(Repeat(Sound(), limits::kTracks)); }, limits::kTracks, 0, 0, 0, 8},
     {"one more", [] { return FileOf(Repeat(Sound(), limits::kTracks + 1)); }, limits::kTracks, 0, 0, 0, 8},
-    {"rich tracks", [] { return FileOf(Repeat(Private(20000), 1000)); }, 1000, 0, 0, 0, 100},
     {"large tracks", [] { return FileOf(Repeat(Private(16 << 20), 3)); }, 3, 0, 0, 0, 245},
     {"too large tracks",
      [] {
@@ -96,21 +77,15 @@ const struct {
     {"all chapters", [] { return Chapters(Repeat(Atom(1), limits::kChapters)); }, 0, limits::kChapters, 0, 0, 64},
     {"one more", [] { return Chapters(Repeat(Atom(1), limits::kChapters + 1)); }, 0, limits::kChapters, 0, 0, 64},
     {"10000 chapters", [] { return Chapters(Repeat(Atom(20), 10000)); }, 0, 10000, 0, 0, 8},
-    {"chapters in one", [] { return Chapters(Element(id::kChapterAtom, Repeat(Atom(20), 10000))); }, 0, 10001, 0, 0, 8},
     {"chapters with long names", [] { return Chapters(Repeat(Atom(1 << 20), 30)); }, 0,
      limits::kChapterNames / (limits::kMemoryPerTextByte << 20), 0, 0, 64, 1},
     {"deepest", [] { return Chapters(Nested(kDeepest)); }, 0, kDeepest, 0, 0, 1},
     {"one deeper", [] { return Chapters(Nested(kDeepest + 1)); }, 0, kDeepest, 0, 0, 1},
     {"long index", [] { return Blocks(1024); }, 1, 0, kBlocks / 2, 2 * kBlocks, 48},
     {"long index of one Cluster", [] { return Blocks(kBlocks); }, 1, 0, kBlocks / 2, 2 * kBlocks, 48},
-    {"laces of nothing", Laces, 1, 0, 4000, 2 * 4000 * limits::kLaceFrames, 48},
     {"countless groups", Groups, 1, 0, 120000, 240000, 16},
     {"largest sample", [] { return Inflated(limits::kLargestSample); }, 1, 0, 1, 2, 30, 0, limits::kLargestSample},
     {"bomb", [] { return Inflated(64 << 20); }, 1, 0, 1, 2, 30, 0, limits::kInflatedFrame},
-    {"declared data", [] { return Declaring(id::kCodecPrivate); }, kAny, 0, 0, kAny, 1},
-    {"declared text", [] { return Declaring(id::kTrackName); }, kAny, 0, 0, kAny, 1},
-    {"declared block", [] { return Declaring(id::kSimpleBlock); }, kAny, 0, kAny, kAny, 1},
-    {"declared settings", [] { return Declaring(id::kContentCompSettings); }, kAny, 0, 0, kAny, 1},
 };
 
 TEST(Limits, WhatFitsIsReadWholeAndWhatDoesNotIsLeftOutWhole) {
@@ -122,10 +97,10 @@ TEST(Limits, WhatFitsIsReadWholeAndWhatDoesNotIsLeftOutWhole) {
     const HeapCount heap;
     const fuzz::ScanResult result = fuzz::ScanStream(reader, fuzz::ScanWhole);
     EXPECT_LE(heap.Peak(), file.peak * kMebibyte);
-    EXPECT_TRUE(file.tracks == kAny || result.tracks == file.tracks) << result.tracks;
+    EXPECT_EQ(result.tracks, file.tracks);
     EXPECT_EQ(result.chapters, file.chapters);
-    EXPECT_TRUE(file.indexEntries == kAny || result.indexEntries == file.indexEntries) << result.indexEntries;
-    EXPECT_TRUE(file.frames == kAny || result.frames == file.frames) << result.frames;
+    EXPECT_EQ(result.indexEntries, file.indexEntries);
+    EXPECT_EQ(result.frames, file.frames);
     EXPECT_GE(result.largestFrame, file.largest);
     EXPECT_LE(result.largestFrame, limits::kInflatedFrame + 16384) << "a piece of zlib's more at most";
     std::size_t leftOut = 0;
@@ -135,26 +110,20 @@ TEST(Limits, WhatFitsIsReadWholeAndWhatDoesNotIsLeftOutWhole) {
   }
 }
 
-/// Heap of the whole filter while a file plays, with a sink on every pin. The pins' rings are not of the heap.
-struct Playing {
-  explicit Playing(const ByteString& file) {
-    const auto source = SourceFilter::FromBytes(file);
-    TestGraph graph;
-    const HeapCount heap;
-    EXPECT_EQ(graph.Open(source.Get()), S_OK);
-    EXPECT_EQ(graph.ConnectSinks(SinkKind::kCounting), S_OK);
-    // What they write down is not the filter's.
-    for (const auto& sink : graph.Sinks()) sink->OnSample([&sink](IMediaSample*) { sink->Clear(); });
-    const std::uint64_t before = heap.Allocations();
-    EXPECT_TRUE(SUCCEEDED(graph.Run()));
-    EXPECT_TRUE(graph.WaitForEnd());
-    allocations = heap.Allocations() - before;
-    EXPECT_TRUE(SUCCEEDED(graph.Stop()));
-    peak = heap.Peak();
-  }
-  std::uint64_t allocations = 0;
-  std::int64_t peak = 0;  ///< bytes
-};
+/// Heap of the whole filter at most while a file plays, with a sink on every pin. The pins' rings are not of the heap.
+std::int64_t PeakOfPlaying(const ByteString& file) {
+  const auto source = SourceFilter::FromBytes(file);
+  TestGraph graph;
+  const HeapCount heap;
+  EXPECT_EQ(graph.Open(source.Get()), S_OK);
+  EXPECT_EQ(graph.ConnectSinks(SinkKind::kCounting), S_OK);
+  // What they write down is not the filter's.
+  for (const auto& sink : graph.Sinks()) sink->OnSample([&sink](IMediaSample*) { sink->Clear(); });
+  EXPECT_TRUE(SUCCEEDED(graph.Run()));
+  EXPECT_TRUE(graph.WaitForEnd());
+  EXPECT_TRUE(SUCCEEDED(graph.Stop()));
+  return heap.Peak();
+}
 
 TEST(Limits, WholeFilterStaysBelowItsMemory) {
   constexpr std::int64_t kMany = 4 << 20;  // bytes, of one Cluster
@@ -166,25 +135,8 @@ TEST(Limits, WholeFilterStaysBelowItsMemory) {
   const ByteString held =
       FileOf(Join({picture, Sound()}), Join({Cluster(0, SimpleBlock(2, 0, {1})), Repeat(later, 32)}));
   const ByteString tiny = FileOf(Sound(), Element(id::kCluster, Repeat(SimpleBlock(1, 0, {}), kMany / 6)));
-  for (const ByteString& file : {held, tiny}) EXPECT_LE(Playing(file).peak, 64 * kMebibyte + 3 * kMany);
-  EXPECT_LE(Playing(FileOf(Repeat(Private(1000), limits::kTracks))).peak, 64 * kMebibyte);
-}
-
-// Objects of all the samples that the ring can hold, and lists that keep their room, are all that grows.
-TEST(Limits, FrameCostsNoAllocation) {
-  const ByteString frame = Noise(3000, 1);
-  const ByteString stripped = Join({Unsigned(id::kContentCompAlgo, 3), Element(id::kContentCompSettings, {1, 2})});
-  constexpr std::uint64_t kGrowth = limits::kLargestSample / 3000 + 1000;
-  for (const auto& [encodings, packed] :
-       {std::pair(ByteString(), frame), {Compression(stripped), frame}, {Compression({}), Deflated(frame)}}) {
-    const auto allocations = [&](std::size_t frames) {
-      return Playing(FileOf(Sound(encodings), Repeat(Cluster(0, Repeat(SimpleBlock(1, 0, packed), frames)), 100)))
-          .allocations;
-    };
-    const std::uint64_t few = allocations(50);
-    EXPECT_GT(few, 100U) << "nothing was counted";
-    EXPECT_LE(allocations(250), few + kGrowth);
-  }
+  for (const ByteString& file : {held, tiny}) EXPECT_LE(PeakOfPlaying(file), 64 * kMebibyte + 3 * kMany);
+  EXPECT_LE(PeakOfPlaying(FileOf(Repeat(Private(1000), limits::kTracks))), 64 * kMebibyte);
 }
 
 }  // namespace

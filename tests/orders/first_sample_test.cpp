@@ -7,24 +7,19 @@
 namespace tarvex::test {
 namespace {
 
-FilmShape FilmOf(std::uint32_t pictures, std::uint32_t sound, std::uint32_t keyFrameEvery) {
-  constexpr std::uint32_t kMostBytes = 96000000;
-  constexpr std::uint32_t kLongest = 900;  // seconds
-  return {.seconds = std::min(kLongest, kMostBytes / (pictures + sound)),
-          .pictures = pictures,
-          .sound = sound,
-          .keyFrameEvery = keyFrameEvery};
-}
+/// Seconds, so that a film of this rate does not become too large.
+std::uint32_t Lasting(std::uint32_t rate) { return std::min(900U, 96000000 / rate); }
 
 std::vector<FilmShape> Films() {
   // More sound than its ring holds lies in front of the first picture.
   std::vector<FilmShape> films = {{.seconds = 10, .pictures = 25000, .sound = 4000000, .picturesLag = 4000}};
   for (const std::uint32_t sound : {24000U, 80000U, 120000U, 1728000U, 4608000U}) {
-    films.push_back(FilmOf(0, sound, 0));
-    films.back().pictures = 2500000;
-    films.back().still = true;
+    films.push_back({.seconds = Lasting(sound), .pictures = 2500000, .sound = sound, .still = true});
     for (const std::uint32_t pictures : {125000U, 1000000U, 3000000U, 7500000U}) {
-      for (const std::uint32_t every : {1000U, 5000U, 10000U, 0U}) films.push_back(FilmOf(pictures, sound, every));
+      for (const std::uint32_t every : {1000U, 5000U, 10000U, 0U}) {
+        films.push_back(
+            {.seconds = Lasting(pictures + sound), .pictures = pictures, .sound = sound, .keyFrameEvery = every});
+      }
     }
   }
   return films;

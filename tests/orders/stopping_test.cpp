@@ -25,12 +25,6 @@ class Stopping : public OrdersTest {
     if (number == 0) return Graph().Splitter();
     return &Graph().Sink(static_cast<std::size_t>(number) - 1);
   }
-  void StopOneByOne(const std::array<int, 3>& order, DWORD delay) {
-    for (const int number : order) {
-      EXPECT_TRUE(SUCCEEDED(Filter(number)->Stop()));
-      SleepMilliseconds(delay);
-    }
-  }
 };
 
 TEST_F(Stopping, InNoOrderIsAnErrorAndTheNextRunPlays) {
@@ -41,7 +35,10 @@ TEST_F(Stopping, InNoOrderIsAnErrorAndTheNextRunPlays) {
         SCOPED_TRACE(std::string(NameOf(kind)) + ", " + std::to_string(delay) + " ms, " + std::to_string(order[0]) +
                      std::to_string(order[1]) + std::to_string(order[2]));
         Start(kind);
-        StopOneByOne(order, delay);
+        for (const int number : order) {
+          EXPECT_TRUE(SUCCEEDED(Filter(number)->Stop()));
+          SleepMilliseconds(delay);
+        }
         ExpectQuickStop();
         for (const auto& sink : Graph().Sinks()) sink->Clear();
         ASSERT_TRUE(SUCCEEDED(Graph().Run()));

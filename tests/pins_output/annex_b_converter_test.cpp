@@ -4,27 +4,21 @@
 #include <tuple>
 
 #include "pins/output/annex_b_converter.h"
+#include "tests/support/ebml_writer.h"
 
 namespace tarvex::test {
 namespace {
 
 // 16-bit lengths in front of the sets, as in a format block.
-const std::vector<std::uint8_t> kSets = {0, 2, 0x67, 1, 0, 1, 0x68, 0, 1, 0x99};
-const std::vector<std::uint8_t> kPrefix = {0, 0, 0, 1, 0x67, 1, 0, 0, 0, 1, 0x68};
+const ByteString kSets = {0, 2, 0x67, 1, 0, 1, 0x68, 0, 1, 0x99};
+const ByteString kPrefix = {0, 0, 0, 1, 0x67, 1, 0, 0, 0, 1, 0x68};
 
-using Bytes = std::vector<std::uint8_t>;
-
-Bytes Joined(Bytes first, const Bytes& second) {
-  first.insert(first.end(), second.begin(), second.end());
-  return first;
-}
-
-Bytes Converted(unsigned lengthSize, const Bytes& sets, const Bytes& data, bool key) {
+ByteString Converted(unsigned lengthSize, const ByteString& sets, const ByteString& data, bool key) {
   AnnexBConverter converter(lengthSize, sets);
   FrameInfo frame;
   frame.keyFrame = key;
   // A copy of exactly this size, so that reading outside is seen.
-  const Bytes exact(data.begin(), data.end());
+  const ByteString exact(data.begin(), data.end());
   frame.data = exact.data();
   frame.size = static_cast<std::uint32_t>(exact.size());
   const FrameInfo converted = converter.Convert(frame);
@@ -32,15 +26,16 @@ Bytes Converted(unsigned lengthSize, const Bytes& sets, const Bytes& data, bool 
 }
 
 TEST(AnnexB, UnitsGetStartCodes) {
-  const Bytes unit = {0, 0, 0, 1, 0x41, 9};
-  using Case = std::tuple<const char*, unsigned, bool, Bytes, Bytes>;  // size of lengths, key frame, data, expected
+  const ByteString unit = {0, 0, 0, 1, 0x41, 9};
+  using Case =
+      std::tuple<const char*, unsigned, bool, ByteString, ByteString>;  // size of lengths, key frame, data, expected
   const Case cases[] = {
       {"length of 2 bytes", 2, false, {0, 2, 0x41, 9}, unit},
       {"length of 4 bytes", 4, false, {0, 0, 0, 2, 0x41, 9}, unit},
-      {"key frame without sets", 1, true, {2, 0x41, 9}, Joined(kPrefix, unit)},
-      {"key frame with a set", 1, true, {1, 0x67, 2, 0x41, 9}, Joined({0, 0, 0, 1, 0x67}, unit)},
-      {"the set is not its first unit", 1, true, {2, 0x41, 9, 1, 0x28}, Joined(unit, {0, 0, 0, 1, 0x28})},
-      {"empty unit", 1, false, {0, 2, 0x41, 9}, Joined({0, 0, 0, 1}, unit)},
+      {"key frame without sets", 1, true, {2, 0x41, 9}, Join({kPrefix, unit})},
+      {"key frame with a set", 1, true, {1, 0x67, 2, 0x41, 9}, Join({{0, 0, 0, 1, 0x67}, unit})},
+      {"the set is not its first unit", 1, true, {2, 0x41, 9, 1, 0x28}, Join({unit, {0, 0, 0, 1, 0x28}})},
+      {"empty unit", 1, false, {0, 2, 0x41, 9}, Join({{0, 0, 0, 1}, unit})},
       {"unit past the end", 1, false, {200, 0x41, 9}, unit},
       {"greatest length there is", 4, false, {0xFF, 0xFF, 0xFF, 0xFF, 0x41, 9}, unit},
       {"length cut off", 4, false, {0, 0, 0, 2, 0x41, 9, 0, 0}, unit},
@@ -51,7 +46,7 @@ TEST(AnnexB, UnitsGetStartCodes) {
   }
   // Sets that run past their block are not used.
   EXPECT_EQ(Converted(1, {0, 3, 0x67, 1}, {2, 0x41, 9}, true), unit);
-  EXPECT_EQ(Converted(1, {0, 1, 0x67, 0, 2, 0x68}, {2, 0x41, 9}, true), Joined({0, 0, 0, 1, 0x67}, unit));
+  EXPECT_EQ(Converted(1, {0, 1, 0x67, 0, 2, 0x68}, {2, 0x41, 9}, true), Join({{0, 0, 0, 1, 0x67}, unit}));
 }
 
 }  // namespace

@@ -38,8 +38,6 @@ class SourceFilter : public PlainFilter {
   /// Asked ahead of every read and every question for the length. A failure is the answer; S_FALSE makes
   /// a read give half of its bytes. To be set before anybody reads.
   void BeforeEachCall(std::function<HRESULT()> fault) { m_pin.fault = std::move(fault); }
-  /// From now on there are only so many bytes.
-  void Shrink(std::size_t size) { m_pin.size = m_pin.reportedLength = static_cast<LONGLONG>(size); }
   LONGLONG Size() const noexcept { return m_pin.size; }
   /// So many bytes have come, of a file that is `estimate` long as it seems. A read of others waits for them or for a
   /// flush, as that of a file on its way does, and the length is called an estimate.
