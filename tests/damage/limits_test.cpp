@@ -110,8 +110,13 @@ TEST(Limits, WhatFitsIsReadWholeAndWhatDoesNotIsLeftOutWhole) {
   }
 }
 
-/// Heap of the whole filter at most while a file plays, with a sink on every pin. The pins' rings are not of the heap.
-std::int64_t PeakOfPlaying(const ByteString& file) {
+struct Cost {
+  std::int64_t peak;  ///< bytes
+  std::uint64_t allocations;
+};
+
+/// Heap of the whole filter while a file plays, with a sink on every pin. The pins' rings are not of the heap.
+Cost Playing(const ByteString& file) {
   const auto source = SourceFilter::FromBytes(file);
   TestGraph graph;
   const HeapCount heap;
@@ -122,7 +127,7 @@ std::int64_t PeakOfPlaying(const ByteString& file) {
   EXPECT_TRUE(SUCCEEDED(graph.Run()));
   EXPECT_TRUE(graph.WaitForEnd());
   EXPECT_TRUE(SUCCEEDED(graph.Stop()));
-  return heap.Peak();
+  return {heap.Peak(), heap.Allocations()};
 }
 
 TEST(Limits, WholeFilterStaysBelowItsMemory) {
@@ -135,8 +140,18 @@ TEST(Limits, WholeFilterStaysBelowItsMemory) {
   const ByteString held =
       FileOf(Join({picture, Sound()}), Join({Cluster(0, SimpleBlock(2, 0, {1})), Repeat(later, 32)}));
   const ByteString tiny = FileOf(Sound(), Element(id::kCluster, Repeat(SimpleBlock(1, 0, {}), kMany / 6)));
-  for (const ByteString& file : {held, tiny}) EXPECT_LE(PeakOfPlaying(file), 64 * kMebibyte + 3 * kMany);
-  EXPECT_LE(PeakOfPlaying(FileOf(Repeat(Private(1000), limits::kTracks))), 64 * kMebibyte);
+  for (const ByteString& file : {held, tiny}) EXPECT_LE(Playing(file).peak, 64 * kMebibyte + 3 * kMany);
+  EXPECT_LE(Playing(FileOf(Repeat(Private(1000), limits::kTracks))).peak, 64 * kMebibyte);
+}
+
+// Objects of the samples that the ring can hold, and lists that keep their room, are all that grows.
+TEST(Limits, FrameCostsNoAllocation) {
+  constexpr std::size_t kSize = 3000;
+  const auto allocations = [&](std::size_t frames) {
+    return Playing(FileOf(Sound(), Repeat(Cluster(0, Repeat(SimpleBlock(1, 0, Noise(kSize, 1)), frames)), 100)))
+        .allocations;
+  };
+  EXPECT_LE(allocations(250), allocations(50) + limits::kLargestSample / kSize + 1000);
 }
 
 }  // namespace
