@@ -34,8 +34,6 @@ std::uint32_t OpenHandles();
 std::uint32_t LivingThreads();
 /// Private memory of this process that the system has committed or made resident, in bytes.
 std::uint64_t MemoryInUse();
-/// Bytes of the `size` at `begin` that the system lets the process write to: those it has promised memory for.
-std::size_t WritableBytes(const void* begin, std::size_t size);
 
 /// Numbers in this build's reports are from the shipped module, not from an instrumented one.
 bool IsInstrumented();

@@ -4,11 +4,9 @@
 #include <malloc.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 
 #include "tests/support/linux/filter_graph.h"
 #include "tests/support/source_filter.h"
@@ -47,23 +45,6 @@ std::uint64_t MemoryInUse() {
   std::uint64_t resident = 0;
   statm >> total >> resident;
   return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
-}
-
-std::size_t WritableBytes(const void* begin, std::size_t size) {
-  const auto first = reinterpret_cast<std::uintptr_t>(begin);
-  std::ifstream maps("/proc/self/maps");
-  std::size_t writable = 0;
-  for (std::string line; std::getline(maps, line);) {
-    std::uintptr_t from = 0;
-    std::uintptr_t to = 0;
-    char dash = 0;
-    std::string rights;
-    std::istringstream(line) >> std::hex >> from >> dash >> to >> rights;
-    from = std::max(from, first);
-    to = std::min(to, first + size);
-    if (rights.starts_with("rw") && from < to) writable += to - from;
-  }
-  return writable;
 }
 
 bool GraphTakesThreads() { return true; }

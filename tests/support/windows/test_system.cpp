@@ -1,7 +1,6 @@
 // test_system.h for Windows.
 #include "tests/support/test_system.h"
 
-#include <algorithm>
 #include <stdexcept>
 
 #include "framework/text_conversion.h"
@@ -84,20 +83,6 @@ std::uint64_t MemoryInUse() {
     address = static_cast<const std::uint8_t*>(region.BaseAddress) + region.RegionSize;
   }
   return total;
-}
-
-std::size_t WritableBytes(const void* begin, std::size_t size) {
-  const auto* address = static_cast<const std::uint8_t*>(begin);
-  const std::uint8_t* const end = address + size;
-  std::size_t writable = 0;
-  MEMORY_BASIC_INFORMATION region{};
-  while (address < end && VirtualQuery(address, &region, sizeof region) == sizeof region) {
-    const std::uint8_t* next = static_cast<const std::uint8_t*>(region.BaseAddress) + region.RegionSize;
-    next = std::min(next, end);
-    if (region.State == MEM_COMMIT) writable += static_cast<std::size_t>(next - address);
-    address = next;
-  }
-  return writable;
 }
 
 // Wine 8 keeps its list of filters without a lock.
