@@ -31,8 +31,12 @@ TEST(Log, ExceptionsBecomeCodesAtTheBorderAndLongTextsAreCut) {
 }
 
 TEST(TextConversion, IllFormedIsReplacedByteByByte) {
-  const std::pair<const char*, WideString> cases[] = {{"\xC0\x80", WideString(2, OLECHAR{0xFFFD})},
-                                                      {"\xED\xA0\x80", WideString(3, OLECHAR{0xFFFD})},
+  const auto lost = [](std::size_t bytes) { return WideString(bytes, OLECHAR{0xFFFD}); };
+  const std::pair<const char*, WideString> cases[] = {{"\xC0\x80\xE0\x80\xAF\xF0\x80\x80\x80", lost(9)},  // overlong
+                                                      {"\xED\xA0\x80", lost(3)},  // half of a pair
+                                                      {"\xF4\x90\x80\x80\xF8\x88\x80\x80\x80", lost(9)},  // too large
+                                                      {"a\xE6\x97", {OLECHAR{'a'}, OLECHAR{0xFFFD}, OLECHAR{0xFFFD}}},
+                                                      {"\x80\xBF\xFE", lost(3)},
                                                       {"\xF0\x9F\x8E\xAC", OLESTR("\U0001F3AC")}};
   for (const auto& [bytes, wide] : cases) EXPECT_EQ(WideFromUtf8(bytes), wide);
   EXPECT_EQ(Utf8FromWide(WideString(1, OLECHAR{0xD800})), "\xEF\xBF\xBD") << "half of a pair";
