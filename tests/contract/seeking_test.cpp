@@ -1,5 +1,5 @@
-// IMediaSeeking of the output pins: capabilities, time formats, and every operation on positions. What
-// IAMExtendedSeeking offers, the corpus tests and mkvhost's transcripts compare.
+// IMediaSeeking of the output pins: capabilities, time formats, and every operation on positions. And
+// what IAMExtendedSeeking says it offers; markers are compared by the corpus tests and mkvhost's transcripts.
 #include <limits>
 
 #include "tests/contract/contract_fixture.h"
@@ -77,6 +77,11 @@ TEST_F(Seeking, CapabilitiesFormatsAndConversions) {
   EXPECT_EQ(callers, Range(2, 4000000)) << "the start comes back converted";
   Use(TIME_FORMAT_MEDIA_TIME);
   EXPECT_EQ(Positions(), Range(2, 10)) << "both ways divide";
+
+  Use(TIME_FORMAT_FRAME);
+  ASSERT_EQ(Graph().CloseSource(), S_OK);
+  ASSERT_EQ(Graph().Open(CorpusFile("multi.mkv")), S_OK);
+  EXPECT_EQ(QueryFor<IMediaSeeking>(Output(0).Get())->IsUsingTimeFormat(&TIME_FORMAT_MEDIA_TIME), S_OK);
 }
 
 TEST_F(Seeking, EveryOperationOnPositions) {
@@ -128,6 +133,18 @@ TEST_F(Seeking, OnlyTheFirstConnectedPinMovesThePositions) {
   EXPECT_EQ(Output(0)->Disconnect(), S_OK);
   EXPECT_EQ(m_audio->SetPositions(&time, kAbsolute, &time, kAbsolute), S_OK);
   EXPECT_EQ(Positions(), Range(50, 50));
+}
+
+using Markers = GraphTest;
+
+TEST_F(Markers, CapabilitiesFollowFromThemAndFromVideo) {
+  for (const auto& [file, expected] : {std::pair{"aac.mka", 49}, {"multi.mkv", 65}, {"../../sample.mkv", 69}}) {
+    Graph().CloseSource();
+    ASSERT_EQ(Graph().Open(CorpusFile(file)), S_OK);
+    LONG capabilities = 0;
+    EXPECT_EQ(Ask<IAMExtendedSeeking>()->get_ExSeekCapabilities(&capabilities), S_OK);
+    EXPECT_EQ(capabilities, expected) << file;
+  }
 }
 
 }  // namespace

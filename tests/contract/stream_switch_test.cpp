@@ -13,12 +13,14 @@ class RenderingGraph : public FilterGraph {
   HRESULT STDMETHODCALLTYPE Render(IPin* pin) override {
     if (refusals-- > 0) return VFW_E_CANNOT_RENDER;
     const auto sink = SinkFilter::Create(SinkKind::kCounting);
+    ++filters;
     const HRESULT result = AddFilter(sink.Get(), OLESTR("Sink"));
     return FAILED(result) ? result : ConnectDirect(pin, sink->Pin(), nullptr);
   }
   HRESULT STDMETHODCALLTYPE RemoveFilter(IBaseFilter* filter) override {
     const ComPtr<IBaseFilter> with = std::move(goesWithTheNext);
-    if (with) FilterGraph::RemoveFilter(with.Get());
+    if (with) RemoveFilter(with.Get());
+    --filters;
     return FilterGraph::RemoveFilter(filter);
   }
   HRESULT STDMETHODCALLTYPE WaitForCompletion(LONG /*milliseconds*/, LONG* /*code*/) override {
@@ -27,6 +29,7 @@ class RenderingGraph : public FilterGraph {
   }
 
   int refusals = 0;
+  int filters = 0;  ///< rendered less those removed
   int completionWaits = 0;
   ComPtr<IBaseFilter> goesWithTheNext;
 };
@@ -68,6 +71,7 @@ TEST_F(InItsGraph, ARefusedSwitchIsTakenBackAndOnlyARunningGraphIsWaitedFor) {
   ASSERT_TRUE(SUCCEEDED(Graph().Run()));
   EXPECT_EQ(Enable(kFrench), S_OK);
   EXPECT_EQ(m_rendering->completionWaits, 1);
+  EXPECT_EQ(m_rendering->filters, 0) << "a renderer takes the place of the one before it";
 
   ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
   Splitter()->JoinFilterGraph(nullptr, nullptr);

@@ -42,7 +42,8 @@ class FaultGraph : public FilterGraph {
     const MeetsNoFaults own;
     return FilterGraph::NonDelegatingQueryInterface(iid, out);
   }
-  HRESULT STDMETHODCALLTYPE Notify(LONG EventCode, LONG_PTR /*EventParam1*/, LONG_PTR /*EventParam2*/) override {
+  HRESULT STDMETHODCALLTYPE Notify(LONG EventCode, LONG_PTR /*EventParam1*/, LONG_PTR EventParam2) override {
+    EXPECT_EQ(EventParam2, 0);
     aborts += EventCode == EC_ERRORABORT ? 1 : 0;
     return S_OK;
   }

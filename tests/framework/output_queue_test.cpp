@@ -146,6 +146,10 @@ TEST_F(OutputQueue, AFlushMeanwhileIsEndedForDownstream) {
     EXPECT_FALSE(m_sink->Pin()->IsFlushing()) << "nobody would end it, whose queue has ended";
     m_sink->BeforeEachCall(nullptr);
   }
+  Make();
+  m_queue->BeginFlush();
+  m_queue.reset();
+  EXPECT_FALSE(m_sink->Pin()->IsFlushing());
 }
 
 }  // namespace

@@ -133,7 +133,7 @@ TEST(SampleBuffer, MemoryComesAsFarAsTheRingIsUsedAndStaysForSamplesThatAreOut) 
   }
   const auto old = TakeNow(*buffer, 1000);
   std::memset(BytesOf(*old), 7, 1000);
-  buffer->Decommit();
+  EXPECT_EQ(buffer->Decommit(), S_OK);
   ALLOCATOR_PROPERTIES request{1, 1, 1, 0};
   ALLOCATOR_PROPERTIES actual{};
   EXPECT_EQ(buffer->SetProperties(&request, &actual), VFW_E_BUFFERS_OUTSTANDING);
@@ -164,11 +164,16 @@ TEST(SampleBuffer, IsAnAllocatorAsThePlatformDescribesIt) {
   EXPECT_EQ(sample->SetActualDataLength(sample->GetSize() + 1), VFW_E_BUFFER_OVERFLOW);
   AM_SAMPLE2_PROPERTIES record{};
   record.cbData = 12;  // up to and with the flags
+  record.dwTypeSpecificFlags = 4;
   record.dwSampleFlags = AM_SAMPLE_PREROLL;
   record.lActual = 4;
   const auto* bytes = reinterpret_cast<const BYTE*>(&record);
   ASSERT_EQ(sample.Query<IMediaSample2>()->SetProperties(sizeof(record), bytes), S_OK);
   EXPECT_EQ(sample->IsPreroll(), S_OK);
+  ASSERT_EQ(sample.Query<IMediaSample2>()->GetProperties(sizeof(record), reinterpret_cast<BYTE*>(&record)), S_OK);
+  EXPECT_EQ(record.dwTypeSpecificFlags, 4U);
+  AM_MEDIA_TYPE* type = nullptr;
+  EXPECT_EQ(sample->GetMediaType(&type), S_FALSE);
   EXPECT_EQ(sample->GetActualDataLength(), 108);
 }
 
