@@ -72,6 +72,7 @@ TEST_F(InItsGraph, ARefusedSwitchIsTakenBackAndOnlyARunningGraphIsWaitedFor) {
   EXPECT_EQ(Enable(kFrench), S_OK);
   EXPECT_EQ(m_rendering->completionWaits, 1);
   EXPECT_EQ(m_rendering->filters, 0) << "a renderer takes the place of the one before it";
+  EXPECT_FALSE(IsConnected(Graph().Sink(2).Pin()));
 
   ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
   Splitter()->JoinFilterGraph(nullptr, nullptr);

@@ -129,7 +129,7 @@ TEST(SampleBuffer, MemoryComesAsFarAsTheRingIsUsedAndStaysForSamplesThatAreOut) 
   for (const std::size_t used : {std::size_t{1}, std::size_t{3} << 20, std::size_t{2} << 20, kWholeBlock}) {
     std::memset(BytesOf(*TakeNow(*buffer, used)), 1, used);
     largest = std::max(largest, used);
-    EXPECT_LT(MemoryInUse(), before + largest + kCoarse);
+    EXPECT_TRUE(IsInstrumented() || MemoryInUse() < before + largest + kCoarse) << used;
   }
   const auto old = TakeNow(*buffer, 1000);
   std::memset(BytesOf(*old), 7, 1000);
@@ -172,8 +172,9 @@ TEST(SampleBuffer, IsAnAllocatorAsThePlatformDescribesIt) {
   EXPECT_EQ(sample->IsPreroll(), S_OK);
   ASSERT_EQ(sample.Query<IMediaSample2>()->GetProperties(sizeof(record), reinterpret_cast<BYTE*>(&record)), S_OK);
   EXPECT_EQ(record.dwTypeSpecificFlags, 4U);
-  AM_MEDIA_TYPE* type = nullptr;
+  auto* type = reinterpret_cast<AM_MEDIA_TYPE*>(&record);
   EXPECT_EQ(sample->GetMediaType(&type), S_FALSE);
+  EXPECT_EQ(type, nullptr);
   EXPECT_EQ(sample->GetActualDataLength(), 108);
 }
 
