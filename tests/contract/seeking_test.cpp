@@ -1,5 +1,5 @@
-// IMediaSeeking of the output pins: capabilities, time formats, and every operation on positions. And
-// what IAMExtendedSeeking says it offers; markers are compared by the corpus tests and mkvhost's transcripts.
+// IMediaSeeking of the output pins: capabilities, time formats, and every operation on positions. What
+// IAMExtendedSeeking offers, the corpus tests and mkvhost's transcripts compare.
 #include <limits>
 
 #include "tests/contract/contract_fixture.h"
@@ -137,18 +137,6 @@ TEST_F(Seeking, OnlyTheFirstConnectedPinMovesThePositions) {
   EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
   SetRange(100, 100);
   EXPECT_EQ(Positions(), Range(100, 100)) << "a stop makes it anybody's turn";
-}
-
-using Markers = GraphTest;
-
-TEST_F(Markers, CapabilitiesFollowFromThemAndFromVideo) {
-  for (const auto& [file, expected] : {std::pair{"aac.mka", 49}, {"multi.mkv", 65}, {"../../sample.mkv", 69}}) {
-    Graph().CloseSource();
-    ASSERT_EQ(Graph().Open(CorpusFile(file)), S_OK);
-    LONG capabilities = 0;
-    EXPECT_EQ(Ask<IAMExtendedSeeking>()->get_ExSeekCapabilities(&capabilities), S_OK);
-    EXPECT_EQ(capabilities, expected) << file;
-  }
 }
 
 }  // namespace
