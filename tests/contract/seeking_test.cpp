@@ -134,7 +134,7 @@ TEST_F(Seeking, OnlyTheFirstConnectedPinMovesThePositions) {
   EXPECT_EQ(m_audio->SetPositions(&time, kAbsolute, &time, kAbsolute), S_OK);
   EXPECT_EQ(Positions(), Range(50, 50));
   ASSERT_EQ(Graph().ConnectSink(Output(0).Get(), SinkKind::kCounting), S_OK);
-  EXPECT_TRUE(SUCCEEDED(Graph().Stop()));
+  EXPECT_TRUE(SUCCEEDED(Splitter()->Stop()));
   SetRange(100, 100);
   EXPECT_EQ(Positions(), Range(100, 100)) << "a stop makes it anybody's turn";
 }
