@@ -26,17 +26,9 @@ std::vector<ComPtr<IPin>> AllPins(IBaseFilter* filter) {
   ComPtr<IEnumPins> list;
   if (FAILED(filter->EnumPins(list.Put()))) throw std::runtime_error("no pin list");
   ComPtr<IPin> pin;
-  for (;;) {
-    const HRESULT result = list->Next(1, pin.Put(), nullptr);
-    if (result == S_OK) {
-      pins.push_back(pin);
-    } else if (result == VFW_E_ENUM_OUT_OF_SYNC) {  // another thread has changed them
-      pins.clear();
-      list->Reset();
-    } else {
-      return pins;
-    }
-  }
+  HRESULT result = S_OK;
+  while ((result = list->Next(1, pin.Put(), nullptr)) == S_OK) pins.push_back(pin);
+  return result == VFW_E_ENUM_OUT_OF_SYNC ? AllPins(filter) : pins;  // another thread has changed them
 }
 
 PIN_DIRECTION DirectionOf(IPin* pin) {
