@@ -25,7 +25,7 @@ package_packages='
 '
 # What the native builds and the checks take besides.
 test_packages='
-  g++
+  g++ procps
   clang clang-tidy clang-format ffmpeg debootstrap osslsigncode openssl python3-yaml
   libgtest-dev zlib1g-dev libgcrypt20-dev libgpg-error-dev
 '

@@ -117,11 +117,13 @@ has_sound_device() {
 # device does not know makes it refuse to open.
 use_null_sound() {
   mkdir -p "$XDG_CACHE_HOME"
-  cat >"$XDG_CACHE_HOME/asound.conf" <<'END'
+  # Others may be reading it.
+  cat >"$XDG_CACHE_HOME/asound.conf.$$" <<'END'
 pcm.!default { type null }
 ctl.!default { type null }
 seq.!default { type hw absent true }
 END
+  mv "$XDG_CACHE_HOME/asound.conf.$$" "$XDG_CACHE_HOME/asound.conf"
   export ALSA_CONFIG_PATH="$XDG_CACHE_HOME/asound.conf"
   # The sound server's client library leaves a folder in the user's configuration otherwise.
   export XDG_CONFIG_HOME="$XDG_CACHE_HOME"

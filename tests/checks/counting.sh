@@ -1,6 +1,6 @@
 # shellcheck shell=sh
-# Running GoogleTest programs and checks, and adding up what they say. ./test sources this after setting
-# $root. Logs are kept in build/test-logs.
+# Running GoogleTest programs and checks, and adding up what they say. ./test and its rows source this after
+# setting $root. Logs are kept in build/test-logs.
 
 : "${root:?}"
 
@@ -9,6 +9,25 @@ failed=0
 skipped=0
 restarts=0
 logs=$root/build/test-logs
+jobs_folder=$logs/jobs
+
+# Rows write to one terminal, and what one says of a failure stays together.
+say() {
+  flock "$logs" cat
+}
+
+# wait_for_code FILE PROCESS: what the process writes there last, or 125 when it ended without.
+wait_for_code() {
+  while [ ! -e "$1" ] && kill -0 "$2" 2>/dev/null; do
+    sleep 0.1
+  done
+  cat "$1" 2>/dev/null || echo 125
+}
+
+# Waits for a job of tests/checks/jobs.sh and leaves its exit code in $job_code.
+await_job() {
+  job_code=$(wait_for_code "$jobs_folder/$1.code" "$(cat "$jobs_folder/process")")
+}
 
 # A check is one test: its output is shown only when it fails. check NAME COMMAND...
 check() {
@@ -20,8 +39,7 @@ check() {
     echo "ok      $check_name"
   else
     failed=$((failed + 1))
-    echo "FAILED  $check_name (${check_log#"$root"/})"
-    tail -n 40 "$check_log"
+    { echo "FAILED  $check_name (${check_log#"$root"/})" && tail -n 40 "$check_log"; } | say
   fi
 }
 
@@ -98,8 +116,10 @@ count_program() {
   if [ "$run_failed" -eq 0 ]; then
     echo "ok      $run_name: $run_passed cases$(notes)"
   else
-    echo "FAILED  $run_name: $run_failed of $((run_passed + run_failed)) cases, exit code $code$(notes) (${run_log#"$root"/})"
-    show_failures "$run_log"
+    {
+      echo "FAILED  $run_name: $run_failed of $((run_passed + run_failed)) cases, exit code $code$(notes) (${run_log#"$root"/})"
+      show_failures "$run_log"
+    } | say
   fi
 }
 

@@ -1,5 +1,5 @@
 # shellcheck shell=sh
-# The 32-bit module under a 32-bit Wine. ./test sources this; it sets $root, a display and the sound first.
+# The 32-bit module under a 32-bit Wine. ./test and its rows source this after setting $root.
 
 : "${root:?}"
 
@@ -19,7 +19,7 @@ list_programs32() {
   done
 }
 
-# After the build of the 32-bit module; needs the packages and the movies of the 64-bit tests.
+# The row sets a display and the sound first.
 test_32_bits() {
   if ! reason=$(tools/root32.sh allowed); then
     skip '32 bits' "$reason"
@@ -28,12 +28,13 @@ test_32_bits() {
   check '32-bit root' tools/root32.sh make
   use_wine 32
   check '32-bit prefix' make_prefix
+  needs windows-x86 pictures
   check 'register the 32-bit module' register_module "$root/build/windows-x86/tarvex.dll"
   list_programs32 >"$logs/windows-x86.list"
   run_list "$logs/windows-x86.list" 1
+  needs packages
   for step in prefix installer actions upgrade zip end; do
     check "packages for 32 bits: $step" tests/packages/installed.sh "$step" x86
   done
   end_wine_server
-  use_wine 64
 }
