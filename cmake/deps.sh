@@ -57,10 +57,10 @@ choose_compiler() {
       flags="$flags -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all" ;;
     windows-x64)
       compiler=x86_64-w64-mingw32-g++-posix toolchain=$root/cmake/toolchain-windows-x64.cmake
-      flags='-O2 -g1 -DNDEBUG' ;;
+      flags='-O2 -g1 -DNDEBUG -fno-ipa-ra -fno-ipa-stack-alignment' ;;
     windows-x86)
       compiler=i686-w64-mingw32-g++-posix toolchain=$root/cmake/toolchain-windows-x86.cmake
-      flags='-O2 -g1 -DNDEBUG' ;;
+      flags='-O2 -g1 -DNDEBUG -fno-ipa-ra -fno-ipa-stack-alignment' ;;
     *) fail "unknown preset $preset" ;;
   esac
   command -v "$compiler" >/dev/null || fail "$compiler is missing; tools/setup.sh installs it"

@@ -1,10 +1,11 @@
 // See type_text.h.
 #include "tests/corpus/type_text.h"
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <cstdio>
 #include <span>
 
 #include "framework/com_ptr.h"
@@ -13,17 +14,11 @@
 namespace tarvex::test {
 namespace {
 
-std::string Printed(const char* format, auto... values) {
-  std::array<char, 40> text{};
-  std::snprintf(text.data(), text.size(), format, values...);
-  return text.data();
-}
-
 std::string Text(const GUID& guid) {
-  const std::uint8_t* d = guid.Data4;
-  const std::string rest = Printed("-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X", guid.Data2, guid.Data3, d[0], d[1],
-                                   d[2], d[3], d[4], d[5], d[6], d[7]);
-  return Printed("%08X", static_cast<unsigned>(guid.Data1)) + (rest == "-0000-0010-8000-00AA00389B71" ? "" : rest);
+  const std::span d(guid.Data4);
+  const std::string rest = fmt::format("-{:04X}-{:04X}-{:02X}-{:02X}", guid.Data2, guid.Data3,
+                                       fmt::join(d.first(2), ""), fmt::join(d.subspan(2), ""));
+  return fmt::format("{:08X}{}", guid.Data1, rest == "-0000-0010-8000-00AA00389B71" ? "" : rest);
 }
 
 std::string Text(std::span<const std::uint8_t> block) {
@@ -35,7 +30,7 @@ std::string Text(std::span<const std::uint8_t> block) {
       text += '[' + std::to_string(end - at) + ']';
       at = end;
     } else {
-      text += Printed("%02X", *at++);
+      text += fmt::format("{:02X}", *at++);
     }
   }
   return text.empty() ? "-" : text;
@@ -48,10 +43,9 @@ std::string OfferedType(IPin* pin) {
   AM_MEDIA_TYPE* type = nullptr;
   if (FAILED(pin->EnumMediaTypes(list.Put())) || list->Next(1, &type, nullptr) != S_OK) return {};
   const MediaTypePtr owner(type);
-  return Text(type->majortype) + ' ' + Text(type->subtype) + ' ' + Text(type->formattype) + ' ' +
-         std::to_string(type->bFixedSizeSamples) + ' ' + std::to_string(type->bTemporalCompression) + ' ' +
-         std::to_string(type->lSampleSize) + ' ' + Text({type->pbFormat, type->cbFormat}) +
-         (type->pUnk == nullptr ? "" : " with pUnk");
+  return fmt::format("{} {} {} {:d} {:d} {} {}{}", Text(type->majortype), Text(type->subtype), Text(type->formattype),
+                     type->bFixedSizeSamples, type->bTemporalCompression, type->lSampleSize,
+                     Text({type->pbFormat, type->cbFormat}), type->pUnk == nullptr ? "" : " with pUnk");
 }
 
 }  // namespace tarvex::test
