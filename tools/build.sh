@@ -3,12 +3,17 @@
 
 : "${root:?}"
 
+# ninja does not see that a preset changed: its flags would stay what they were. is_configured PRESET
+is_configured() {
+  [ -e "$root/build/$1/build.ninja" ] && [ ! "$root/CMakePresets.json" -nt "$root/build/$1/build.ninja" ]
+}
+
 # Costs one ninja run. preset_is_built PRESET [TARGET...]
 preset_is_built() {
   build_folder=$root/build/$1
+  is_configured "$1" || return 1
   shift
-  [ -e "$build_folder/build.ninja" ] &&
-    ninja -C "$build_folder" -n "$@" 2>/dev/null | tail -n 1 | grep -q 'no work to do'
+  ninja -C "$build_folder" -n "$@" 2>/dev/null | tail -n 1 | grep -q 'no work to do'
 }
 
 # Prints nothing when there is nothing to do. build_preset PRESET [TARGET...]
@@ -19,7 +24,7 @@ build_preset() {
   echo "build: building $1"
   preset=$1
   shift
-  if [ ! -e "$root/build/$preset/build.ninja" ]; then
+  if ! is_configured "$preset"; then
     log_build_step "$preset" configure cmake -S "$root" --preset "$preset" || return 1
   fi
   log_build_step "$preset" build ninja -C "$root/build/$preset" "$@"

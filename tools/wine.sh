@@ -56,30 +56,35 @@ make_prefix_locked() {
   echo "wine: making the prefix ${WINEPREFIX#"$root"/}"
   rm -rf "$WINEPREFIX"
   mkdir -p "$WINEPREFIX" "$XDG_CACHE_HOME"
-  if ! { DISPLAY='' run_wine 300 wineboot -i && switch_off_crash_dialog; } >"$root/build/wine.log" 2>&1; then
-    tail -n 20 "$root/build/wine.log" >&2
-    echo 'wine: the prefix could not be made (build/wine.log)' >&2
+  if ! { DISPLAY='' run_wine 300 wineboot -i && switch_off_crash_dialog; } >"$WINEPREFIX.log" 2>&1; then
+    tail -n 20 "$WINEPREFIX.log" >&2
+    echo "wine: the prefix could not be made (${WINEPREFIX#"$root"/}.log)" >&2
     return 1
   fi
   end_wine_server
   touch "$WINEPREFIX/tarvex-ready"
 }
 
-# The prefix is made without a display, and the desktop of that time has none either. Whatever starts
-# while it lingers would find no place for pictures.
-end_wine_server() {
+# What the prefix's server does within 20 seconds: wine_server -k ends it and all its programs, wine_server -w waits
+# until it has ended.
+wine_server() {
   if [ "$wine_bits" = 32 ]; then
-    "$root/tools/root32.sh" enter sh -c '/usr/lib/wine/wineserver -k; /usr/lib/wine/wineserver -w' \
-      >>"$root/build/wine.log" 2>&1 || true
+    timeout 20 "$root/tools/root32.sh" enter /usr/lib/wine/wineserver "$1" >>"$WINEPREFIX.log" 2>&1 || true
     return 0
   fi
   for server in /usr/lib/wine/wineserver64 /usr/lib/wine/wineserver wineserver; do
     if command -v "$server" >/dev/null 2>&1; then
-      "$server" -k >>"$root/build/wine.log" 2>&1 || true
-      "$server" -w >>"$root/build/wine.log" 2>&1 || true
+      timeout 20 "$server" "$1" >>"$WINEPREFIX.log" 2>&1 || true
       return 0
     fi
   done
+}
+
+# The prefix is made without a display, and the desktop of that time has none either. Whatever starts
+# while it lingers would find no place for pictures.
+end_wine_server() {
+  wine_server -k
+  wine_server -w
 }
 
 # Wine's server outlives the programs by some seconds, so it must not inherit the lock.
@@ -99,7 +104,7 @@ register_module() {
     return 0
   fi
   echo "wine: registering $(basename "$1")"
-  if ! run_wine 60 regsvr32 /s "$(windows_path "$1")" >"$root/build/wine.log" 2>&1; then
+  if ! run_wine 60 regsvr32 /s "$(windows_path "$1")" >"$WINEPREFIX.log" 2>&1; then
     echo "wine: regsvr32 refused $1" >&2
     return 1
   fi

@@ -130,6 +130,8 @@ prepare_wine() {
 test_under_wine() {
   needs windows-x64 pictures
   make_prefix
+  # What played a moment ago leaves a desktop for some seconds, on a display that is gone.
+  wine_server -w
   check 'register the module' register_module "$root/build/windows-x64/tarvex.dll"
   check 'example' example_works
   run_tests windows-x64 all

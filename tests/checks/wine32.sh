@@ -28,6 +28,7 @@ test_32_bits() {
   check '32-bit root' tools/root32.sh make
   use_wine 32
   check '32-bit prefix' make_prefix
+  wine_server -w
   needs windows-x86 pictures
   check 'register the 32-bit module' register_module "$root/build/windows-x86/tarvex.dll"
   list_programs32 >"$logs/windows-x86.list"

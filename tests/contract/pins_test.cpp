@@ -52,6 +52,7 @@ TEST_F(Pins, TheListIsGoneThroughUntilAnotherOneIsThere) {
 TEST_F(Pins, EachKnowsItsFilterAndOffersOneTypeAndAnOutputAcceptsNoOther) {
   ComPtr<IPin> found;
   EXPECT_EQ(Splitter()->FindPin(OLESTR("Nobody"), found.Put()), VFW_E_NOT_FOUND);
+  EXPECT_EQ(Splitter()->FindPin(nullptr, found.Put()), E_POINTER);
   for (const ComPtr<IPin>& pin : AllPins(Splitter())) {
     PIN_INFO info{};
     ASSERT_EQ(pin->QueryPinInfo(&info), S_OK);

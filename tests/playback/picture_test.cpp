@@ -21,6 +21,8 @@ constexpr int kHeight = 240;
 constexpr int kPictures = 50;
 constexpr REFERENCE_TIME kPictureTime = 1'000'000;  // 100 ns units; ten pictures a second
 constexpr LONG kPatienceOfGraph = 10'000;           // milliseconds
+constexpr LONG kEnglish = 1;                        // streams of sound
+constexpr LONG kGerman = 2;
 
 std::string MoviePath(const std::string& file) {
   const char* folder = std::getenv("TARVEX_MOVIES");
@@ -92,7 +94,7 @@ void Play() {
   const std::string sample = SystemPath(SourceDir() + "/tests/data/sample.mkv");
   ASSERT_EQ(graph->RenderFile(WideFromUtf8(sample).c_str(), nullptr), VFW_S_PARTIAL_RENDER);
   ComPtr<IBaseFilter> filter;
-  for (const OLECHAR* name : {L"Tarvex Matroska Splitter", L"MP3 Decoder DMO"}) {
+  for (const OLECHAR* name : {L"MP3 Decoder DMO", L"Tarvex Matroska Splitter"}) {
     EXPECT_EQ(graph->FindFilterByName(name, filter.Put()), S_OK) << Utf8FromWide(name);
   }
   WideString path(MAX_PATH, L'\0');
@@ -111,6 +113,12 @@ void Play() {
     ASSERT_TRUE(SUCCEEDED(control->Pause()));
     OAFilterState state = 0;
     ASSERT_EQ(control->GetState(kPatienceOfGraph, &state), S_OK);
+    ExpectOnScreen(picture);
+    // The graph renders the other sound anew, and is where it was.
+    EXPECT_EQ(filter.Query<IAMStreamSelect>()->Enable(picture == 0 ? kGerman : kEnglish, AMSTREAMSELECTENABLE_ENABLE),
+              S_OK);
+    EXPECT_EQ(control->GetState(kPatienceOfGraph, &state), S_OK);
+    EXPECT_EQ(state, State_Paused);
     ExpectOnScreen(picture);
   }
   ASSERT_TRUE(SUCCEEDED(control->Run()));
