@@ -75,9 +75,12 @@ TEST_F(InItsGraph, ARefusedSwitchIsTakenBackAndOnlyARunningGraphIsWaitedFor) {
   EXPECT_FALSE(IsConnected(Graph().Sink(2).Pin()));
 
   ASSERT_TRUE(SUCCEEDED(Graph().Stop()));
+  EXPECT_EQ(m_rendering->Disconnect(Output(0).Get()), S_OK);
+  EXPECT_EQ(Enable(kEnglish), S_OK);
+  EXPECT_FALSE(IsConnected(Output(0).Get())) << "what the player left out is not rendered for it";
   Splitter()->JoinFilterGraph(nullptr, nullptr);
-  EXPECT_EQ(Enable(kEnglish), VFW_E_NOT_IN_GRAPH);
-  EXPECT_TRUE(IsEnabled(kFrench));
+  EXPECT_EQ(Enable(kFrench), VFW_E_NOT_IN_GRAPH);
+  EXPECT_TRUE(IsEnabled(kEnglish));
 }
 
 }  // namespace
