@@ -6,8 +6,8 @@ add_custom_target(tarvex_tests)
 # tarvex_add_test(name SOURCES a.cpp ... [LIBS lib ...] [WINDOWS] [TSAN] [ALONE] [TIMEOUT seconds])
 #   WINDOWS   also built for Windows and run under Wine; without it the name does not exist there
 #   TSAN      part of the ThreadSanitizer run of ./test (framework, pins_output and filter always are)
-#   ALONE     ./test runs no other program beside it: it measures the whole process or the machine, changes
-#             the registry, or shows windows
+#   ALONE     in ./test no other program of its build runs beside it: it measures the whole process or the
+#             machine, changes the registry, or shows windows
 #   TIMEOUT   for the whole executable, default 300 seconds
 # The executable is <build>/tests/<name>[.exe]. GoogleTest with its main function and tests/support are linked
 # in. Each executable is one CTest test; ./test runs the executables itself and counts their cases.

@@ -139,7 +139,7 @@ start_display() {
   display_file=$(mktemp)
   Xvfb -displayfd 7 -screen 0 1024x768x24 -nolisten tcp 7>"$display_file" >/dev/null 2>&1 &
   display_pid=$!
-  for _ in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 22 23 24 25 26 27 28 29 30; do
+  for _ in $(seq 150); do
     DISPLAY=$(cat "$display_file")
     [ -z "$DISPLAY" ] || break
     sleep 0.1

@@ -11,9 +11,10 @@ restarts=0
 logs=$root/build/test-logs
 jobs_folder=$logs/jobs
 
-# Rows write to one terminal, and what one says of a failure stays together.
+# Rows write to one terminal, and what one says at a time stays together.
 say() {
-  flock "$logs" cat
+  said=$(cat)
+  printf '%s\n' "$said" | flock "$logs" cat
 }
 
 # wait_for_code FILE PROCESS: what the process writes there last, or 125 when it ended without.
@@ -24,9 +25,11 @@ wait_for_code() {
   cat "$1" 2>/dev/null || echo 125
 }
 
-# Waits for a job of tests/checks/jobs.sh and leaves its exit code in $job_code.
+# Waits for a job of tests/checks/jobs.sh and leaves its exit code in $job_code. Not within $(): while the shell reads
+# that, it neither sees that the process has ended nor hears a signal.
 await_job() {
-  job_code=$(wait_for_code "$jobs_folder/$1.code" "$(cat "$jobs_folder/process")")
+  wait_for_code "$jobs_folder/$1.code" "$(cat "$jobs_folder/process")" >/dev/null
+  job_code=$(cat "$jobs_folder/$1.code" 2>/dev/null || echo 125)
 }
 
 # A check is one test: its output is shown only when it fails. check NAME COMMAND...
@@ -36,7 +39,7 @@ check() {
   shift
   if "$@" >"$check_log" 2>&1; then
     passed=$((passed + 1))
-    echo "ok      $check_name"
+    echo "ok      $check_name" | say
   else
     failed=$((failed + 1))
     { echo "FAILED  $check_name (${check_log#"$root"/})" && tail -n 40 "$check_log"; } | say
@@ -114,7 +117,7 @@ count_program() {
   run_restarts=$(grep -c '^started again: ' "$run_log" || true)
   restarts=$((restarts + run_restarts))
   if [ "$run_failed" -eq 0 ]; then
-    echo "ok      $run_name: $run_passed cases$(notes)"
+    echo "ok      $run_name: $run_passed cases$(notes)" | say
   else
     {
       echo "FAILED  $run_name: $run_failed of $((run_passed + run_failed)) cases, exit code $code$(notes) (${run_log#"$root"/})"

@@ -3,7 +3,7 @@
 # session of its own while tests/checks/jobs.sh builds what it needs. It prints what it finds and leaves its
 # counts in build/test-logs/ROW.counts; without them it did not come to its end.
 #   native    the native programs, then those with sanitizers
-#   wine      the 64-bit programs, mkvhost and the examples under Wine
+#   wine      the 64-bit programs, mkvhost and the examples under Wine, also from the package for host authors
 #   packages  modules and packages, in Wine prefixes of their own
 #   wine32    what goes through the 32-bit module's border, and its packages, under a 32-bit Wine
 set -eu
@@ -54,7 +54,10 @@ listed() {
 run_list() {
   [ -s "$1" ] || return 0
   # A result of an earlier run is none of this one.
-  while read -r label _; do rm -f "$logs/$label.code"; done <"$1"
+  while read -r label _; do
+    rm -f "$logs/$label.code" "$logs/$label.json"
+    : >"$logs/$label.log"
+  done <"$1"
   xargs -P "$2" -L 1 tests/checks/run_program.sh <"$1" &
   list_id=$!
   while read -r label preset program _; do
@@ -69,6 +72,7 @@ run_tests() {
   for manner in beside alone; do
     listed "$1" "$2" $manner >"$logs/$1.$manner"
   done
+  check "programs of $1" [ -s "$logs/$1.beside" ]
   run_list "$logs/$1.beside" 2
   run_list "$logs/$1.alone" 1
 }
@@ -106,7 +110,8 @@ test_with_sanitizers() {
 # The example is what hosts start from, so it must do what it says.
 example_works() {
   run_wine 60 "$(windows_path "$root/build/windows-x64/play_with_chapters.exe")" \
-    "$(windows_path "$root/tests/data/sample.mkv")" | tr -d '\r' >"$logs/example.text"
+    "$(windows_path "$root/tests/data/sample.mkv")" >"$logs/example.output" || return 1
+  tr -d '\r' <"$logs/example.output" >"$logs/example.text"
   for line in 'sound: A: High tone [German]' 'chapter at 2.500 s: Second half' 'played from 2.500 s'; do
     grep -qxF "$line" "$logs/example.text" || { cat "$logs/example.text"; return 1; }
   done

@@ -51,8 +51,8 @@ try_example() {
     "-DCMAKE_TOOLCHAIN_FILE=$root/cmake/toolchain-windows-x64.cmake" '-DCMAKE_CXX_FLAGS=-Wall -Wextra -Wpedantic -Werror'
   cmake --build "$work/build"
   make_movie
-  run_wine 60 "$(windows_path "$work/build/play_with_chapters.exe")" "$(windows_path "$work/第二章.mkv")" |
-    tr -d '\r' >"$work/example.text"
+  run_wine 60 "$(windows_path "$work/build/play_with_chapters.exe")" "$(windows_path "$work/第二章.mkv")" >"$work/output"
+  tr -d '\r' <"$work/output" >"$work/example.text"
   expect_line "$work/example.text" 'chapter at 0.000 s: Начало'
   expect_line "$work/example.text" 'chapter at 2.500 s: 第二章 – fin 🎬'
   expect_line "$work/example.text" 'sound: A: Звук [German]'
@@ -63,7 +63,8 @@ try_example() {
 try_c() {
   "$triplet-gcc-posix" -std=c11 -Wall -Wextra -Wpedantic -Werror "-I$work/sdk/include" -o "$work/c_host.exe" \
     "$root/tests/packages/c_host.c" -static -lole32 -loleaut32 -luuid
-  run_wine 60 "$(windows_path "$work/c_host.exe")" | tr -d '\r' >"$work/c.text"
+  run_wine 60 "$(windows_path "$work/c_host.exe")" >"$work/output"
+  tr -d '\r' <"$work/output" >"$work/c.text"
   for line in 'set 00000000' 'get 00000000 1' 'position 80004001' 'dirty 00000000' 'listen 00000000' \
     'leave 00000000' 'left 0'; do
     expect_line "$work/c.text" "$line"
